@@ -1,0 +1,54 @@
+# What every target of ours is built with, gathered in the target morvane-settings.
+
+option(MORVANE_STRICT "Treat every warning as an error; demand the test dependencies" OFF)
+set(MORVANE_SANITIZER "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
+option(MORVANE_COVERAGE "Instrument for coverage" OFF)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
+
+include(CheckPIESupported)
+check_pie_supported()
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_library(morvane-settings INTERFACE)
+target_compile_definitions(
+    # Files are 64-bit everywhere: a 32-bit target would refuse those with large inode numbers.
+    morvane-settings INTERFACE MORVANE_VERSION="${PROJECT_VERSION}" _FILE_OFFSET_BITS=64
+                               GLIB_VERSION_MIN_REQUIRED=GLIB_VERSION_2_64
+                               GLIB_VERSION_MAX_ALLOWED=GLIB_VERSION_2_64)
+
+if(MORVANE_STRICT)
+    target_compile_options(
+        morvane-settings
+        INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+                  -Wcast-align -Wcast-qual -Wformat=2 -Wmissing-declarations -Wnon-virtual-dtor
+                  -Woverloaded-virtual -Wnull-dereference -Wundef -Wunused -Werror)
+endif()
+
+# Hardening. Fortification needs the optimiser and would blunt the sanitizers.
+add_library(morvane-hardening INTERFACE)
+target_compile_options(morvane-hardening INTERFACE $<$<CONFIG:Release>:-fstack-protector-strong>)
+target_compile_definitions(morvane-hardening INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+target_link_options(morvane-hardening INTERFACE
+                    $<$<CONFIG:Release>:LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed>)
+target_link_libraries(morvane-settings INTERFACE morvane-hardening)
+
+# Sanitizers and coverage must reach the generated code and the tests too.
+if(MORVANE_SANITIZER)
+    add_compile_options(-fsanitize=${MORVANE_SANITIZER} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${MORVANE_SANITIZER})
+endif()
+if(MORVANE_COVERAGE)
+    target_compile_options(morvane-settings INTERFACE --coverage -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()
