@@ -1,0 +1,16 @@
+#pragma once
+
+#include <mutex>
+
+namespace morvane {
+
+/// The hold on the registry mutex that is passed from menu to menu: held, except while the operator
+/// is asked.
+using MenuLock = std::unique_lock<std::mutex>;
+
+/// Passes the hold down for the length of a call; it is held again when the call returns or throws.
+inline MenuLock&& Lend(MenuLock& lock) {
+    return static_cast<MenuLock&&>(lock);
+}
+
+}  // namespace morvane

@@ -1,0 +1,82 @@
+#include "app/obex_proxy.h"
+
+#include "console/console_input.h"
+#include "interfaces/bus_name.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace morvane {
+
+ObexProxy obexProxy("Vantor");
+
+ObexProxy::ObexProxy(std::string title) : title_(std::move(title)) {}
+
+ObexProxy::~ObexProxy() = default;
+
+void ObexProxy::DBusInstance(const std::string& instance) {
+    instance_ = instance;
+}
+
+std::string ObexProxy::GetBusName() const {
+    return instance_.empty() ? kDefaultBusName : std::string(kDefaultBusName) + "." + instance_;
+}
+
+std::unique_lock<std::mutex> ObexProxy::LockStart() {
+    return std::unique_lock<std::mutex>(start_mutex_);
+}
+
+void ObexProxy::AwaitMenuThread(std::unique_lock<std::mutex>& start_lock) {
+    start_condition_.wait(start_lock, [this] { return started_; });
+}
+
+void ObexProxy::MenuThread() {
+    running_ = true;
+    {
+        // Taken only here, where the main thread is sure to wait or to look: no wake-up is lost.
+        const std::lock_guard<std::mutex> hold(start_mutex_);
+        started_ = true;
+    }
+    start_condition_.notify_all();
+    usleep(500000);  // what is already on the bus is reported before the banner
+    RunMenu();
+}
+
+void ObexProxy::StopThreads() {
+    running_ = false;
+    const Hold hold(contents_mutex_);
+    if (main_loop_) {
+        g_main_loop_quit(main_loop_.get());
+    }
+}
+
+gboolean terminationHandler(void* /*userData*/) {
+    obexProxy.StopThreads();
+    return G_SOURCE_REMOVE;
+}
+
+ObexProxy::Unlocked::Unlocked(ObexProxy& proxy, MenuLock& lock) : lock_(lock) {
+    proxy.DestroyReplacedClients();
+    lock_.unlock();
+    proxy.removal_turns_.LetPass();
+}
+
+char ObexProxy::AskKey(MenuLock& lock, const std::string& prompt_path) {
+    return AskUnlocked(lock, [&] { return PROXY_MenuInput(prompt_path.c_str()); });
+}
+
+unsigned int ObexProxy::AskNumber(MenuLock& lock, const std::string& prompt_path) {
+    return AskUnlocked(lock, [&] { return PROXY_InputUint32(prompt_path.c_str(), nullptr); });
+}
+
+std::string ObexProxy::AskText(MenuLock& lock, const std::string& prompt_path, const char* title,
+                               unsigned int limit) {
+    std::vector<char> text(limit + 1);
+    AskUnlocked(lock, [&] {
+        return PROXY_InputString(prompt_path.c_str(), title, text.data(), limit + 1);
+    });
+    return text.data();
+}
+
+}  // namespace morvane

@@ -1,0 +1,157 @@
+#pragma once
+
+#include "app/menu_lock.h"
+#include "app/obex_device_context.h"
+#include "app/removal_turns.h"
+#include "client/client_proxy_context.h"
+#include "console/mutex.h"
+#include "interfaces/glib_ptr.h"
+
+#include <gio/gio.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace morvane {
+
+/// The application: starts and stops its two threads, follows the daemon's objects and runs the
+/// main menu. There is one, `obexProxy`; it outlives main() and everything that it holds.
+///
+/// The main thread runs GDBusRun() and what that calls. The menu thread runs MenuThread() and all
+/// menus. Which mutex guards what stands beside the members.
+class ObexProxy {
+  public:
+    explicit ObexProxy(std::string title);
+    ObexProxy(const ObexProxy&) = delete;
+    ObexProxy& operator=(const ObexProxy&) = delete;
+    ~ObexProxy();
+
+    // Start and stop (obex_proxy.cpp). Any thread, unless a line says otherwise.
+
+    /// Main thread, before the menu thread exists. Not checked: GDBusRun reports a bad name.
+    void DBusInstance(const std::string& instance);
+    [[nodiscard]] std::string GetBusName() const;
+    [[nodiscard]] const std::string& GetTitle() const { return title_; }
+
+    /// The path that a prompt shows: the title and one segment of its own.
+    [[nodiscard]] std::string PromptPath(const char* segment) const { return title_ + segment; }
+
+    /// Main thread: the hold on the start mutex that lasts until main() returns.
+    [[nodiscard]] std::unique_lock<std::mutex> LockStart();
+    /// Main thread: waits until the menu thread has set the running flag, even if the flag has
+    /// been cleared again since.
+    void AwaitMenuThread(std::unique_lock<std::mutex>& start_lock);
+    /// Body of the menu thread.
+    void MenuThread();
+    /// Clears the running flag for good and ends the main loop, now or as soon as it begins.
+    void StopThreads();
+    [[nodiscard]] bool IsRunning() const { return running_; }
+
+    // Discovery (discovery.cpp), on the main thread.
+
+    /// Finds and follows the daemon's objects until StopThreads().
+    void GDBusRun();
+    void ObjectAdded(const std::string& path);
+    void ObjectRemoved(const std::string& path);
+
+    // Registry (registry.cpp). Additions never wait for the menu thread; removals, and with them
+    // the main loop, wait until it asks the operator something.
+
+    /// Main thread. Replaces a client that is there; may throw ProxyException.
+    void AllocClient(const std::string& path);
+    void FreeClient();
+    /// Main thread. May throw ProxyException.
+    void AllocDevice(const std::string& path);
+    /// Removes every device with this path.
+    void FreeDevice(const std::string& path);
+    /// For objects of other kinds: of no interest yet.
+    void ClientAddObject(const std::string& /*path*/) {}
+    void ClientRemoveObject(const std::string& /*path*/) {}
+
+    // The rest is the menu thread's, with the registry mutex held.
+
+    /// The daemon's client object, or null.
+    [[nodiscard]] ClientProxyContext* Client() const;
+    /// Running, and the daemon has its client object.
+    [[nodiscard]] bool IsClientValid() const;
+    /// Valid, and with a connected session.
+    [[nodiscard]] bool IsValid() const;
+    /// Whether `phonebook` is the context of the present session. Does not look into it, so that a
+    /// context can ask whether it is still alive.
+    [[nodiscard]] bool IsCurrent(const PhonebookContext* phonebook) const;
+
+    /// Calls `ask` with the registry mutex released and holds it again on return: what was valid
+    /// before may be gone then.
+    template <typename Ask>
+    auto AskUnlocked(MenuLock& lock, Ask ask) {
+        const Unlocked unlocked(*this, lock);
+        return ask();
+    }
+    [[nodiscard]] char AskKey(MenuLock& lock, const std::string& prompt_path);
+    [[nodiscard]] unsigned int AskNumber(MenuLock& lock, const std::string& prompt_path);
+    /// At most `limit` bytes, as typed.
+    [[nodiscard]] std::string AskText(MenuLock& lock, const std::string& prompt_path,
+                                      const char* title, unsigned int limit);
+
+    // Main menu (main_menu.cpp).
+
+    void RunMenu();
+    void DisplayMenu() const;
+    void DeviceList(bool select) const;
+    /// The address of the device that the operator chooses, empty if there are none. Throws
+    /// InvalidValueException or InvalidObjectException.
+    [[nodiscard]] std::string DeviceSelect(MenuLock&& lock);
+    /// Opens a session to a chosen device, runs its menu and removes it.
+    void RunSession(MenuLock& lock);
+    void RemoveSession();
+
+  private:
+    class Unlocked {
+      public:
+        Unlocked(ObexProxy& proxy, MenuLock& lock);
+        Unlocked(const Unlocked&) = delete;
+        Unlocked& operator=(const Unlocked&) = delete;
+        ~Unlocked() { lock_.lock(); }
+
+      private:
+        MenuLock& lock_;
+    };
+
+    GMainLoop* CreateMainLoop();
+    void AddObject(const std::string& path);
+    void DestroyReplacedClients();
+    [[nodiscard]] std::vector<const ObexDeviceContext*> Devices() const;
+
+    const std::string title_;
+    std::string instance_;  // written before there is a second thread
+
+    std::mutex start_mutex_;
+    std::condition_variable start_condition_;
+    bool started_ = false;  // start_mutex_
+    std::atomic<bool> running_{false};
+
+    // Taken before contents_mutex_; whoever holds it may look into the contexts, and only then are
+    // they destroyed.
+    std::mutex registry_mutex_;
+    RemovalTurns removal_turns_;
+
+    // Innermost: never held over a bus call, an output or an input.
+    mutable Mutex contents_mutex_;
+    GlibPtr<GMainLoop> main_loop_ MORVANE_GUARDED_BY(contents_mutex_);
+    std::unique_ptr<ClientProxyContext> client_ MORVANE_GUARDED_BY(contents_mutex_);
+    std::vector<std::unique_ptr<ObexDeviceContext>> devices_ MORVANE_GUARDED_BY(contents_mutex_);
+    // The menu thread may still be inside these.
+    std::vector<std::unique_ptr<ClientProxyContext>> replaced_clients_
+        MORVANE_GUARDED_BY(contents_mutex_);
+};
+
+extern ObexProxy obexProxy;
+
+/// Handles SIGINT in the main loop; once only, so that a second Ctrl-C ends a hanging program.
+gboolean terminationHandler(void* user_data);
+
+}  // namespace morvane

@@ -1,0 +1,85 @@
+#include "app/obex_proxy.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace morvane {
+
+void ObexProxy::AllocClient(const std::string& path) {
+    auto client = std::make_unique<ClientProxyContext>(path);
+    {
+        const Hold hold(contents_mutex_);
+        client_.swap(client);
+        if (client) {
+            replaced_clients_.push_back(std::move(client));
+        }
+    }
+    // A client announced twice without going in between: an addition does not wait, so if the menu
+    // thread is inside a client, that thread destroys the replaced one before its next input.
+    const MenuLock lock(registry_mutex_, std::try_to_lock);
+    if (lock.owns_lock()) {
+        DestroyReplacedClients();
+    }
+}
+
+// What goes is declared before the hold, here and below, and so destroyed after it: it prints.
+// The registry mutex is held.
+void ObexProxy::DestroyReplacedClients() {
+    std::vector<std::unique_ptr<ClientProxyContext>> replaced;
+    const Hold hold(contents_mutex_);
+    replaced.swap(replaced_clients_);
+}
+
+void ObexProxy::FreeClient() {
+    const RemovalTurns::Removal removal(removal_turns_, registry_mutex_);
+    std::unique_ptr<ClientProxyContext> client;
+    const Hold hold(contents_mutex_);
+    client.swap(client_);
+}
+
+void ObexProxy::AllocDevice(const std::string& path) {
+    auto device = std::make_unique<ObexDeviceContext>(GetBusName(), path);
+    const Hold hold(contents_mutex_);
+    devices_.push_back(std::move(device));
+}
+
+void ObexProxy::FreeDevice(const std::string& path) {
+    const RemovalTurns::Removal removal(removal_turns_, registry_mutex_);
+    std::vector<std::unique_ptr<ObexDeviceContext>> removed;
+    const Hold hold(contents_mutex_);
+    const auto first_removed =
+        std::stable_partition(devices_.begin(), devices_.end(),
+                              [&](const auto& device) { return device->GetPathName() != path; });
+    removed.assign(std::make_move_iterator(first_removed), std::make_move_iterator(devices_.end()));
+    devices_.erase(first_removed, devices_.end());
+}
+
+ClientProxyContext* ObexProxy::Client() const {
+    const Hold hold(contents_mutex_);
+    return client_.get();
+}
+
+std::vector<const ObexDeviceContext*> ObexProxy::Devices() const {
+    const Hold hold(contents_mutex_);
+    std::vector<const ObexDeviceContext*> devices;
+    std::transform(devices_.begin(), devices_.end(), std::back_inserter(devices),
+                   [](const auto& device) { return device.get(); });
+    return devices;
+}
+
+bool ObexProxy::IsClientValid() const {
+    return IsRunning() && Client() != nullptr;
+}
+
+bool ObexProxy::IsValid() const {
+    const ClientProxyContext* const client = Client();
+    return IsRunning() && client != nullptr && client->IsValid();
+}
+
+bool ObexProxy::IsCurrent(const PhonebookContext* phonebook) const {
+    const ClientProxyContext* const client = Client();
+    return client != nullptr && client->Phonebook() == phonebook;
+}
+
+}  // namespace morvane

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "console/console_output.h"
+#include "console/errors.h"
+
+namespace morvane {
+
+inline void PrintError(const std::exception& error) {
+    PROXY_Print(kRed, "%s\n", error.what());
+}
+
+/// Runs `action`. An error of one of the types named is printed in red; any other goes up.
+template <typename Caught, typename... Others, typename Action>
+void ReportErrors(const Action& action) {
+    try {
+        if constexpr (sizeof...(Others) == 0) {
+            action();
+        } else {
+            ReportErrors<Others...>(action);
+        }
+    } catch (const Caught& error) {
+        PrintError(error);
+    }
+}
+
+}  // namespace morvane

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+
+namespace morvane {
+
+/// A view of rows that live for the whole program.
+template <typename Row>
+class Table {
+  public:
+    template <std::size_t N>
+    // NOLINTNEXTLINE(google-explicit-constructor): rows are written where a view of them is taken
+    constexpr Table(const Row (&rows)[N]) : first_(rows), size_(N) {}
+
+    [[nodiscard]] constexpr const Row* begin() const { return first_; }
+    [[nodiscard]] constexpr const Row* end() const { return first_ + size_; }
+
+  private:
+    const Row* first_;
+    std::size_t size_;
+};
+
+}  // namespace morvane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "interfaces/glib_ptr.h"
+
+#include <gio/gio.h>
+
+#include <string>
+#include <vector>
+
+namespace morvane {
+
+/// An `a{sv}` being put together; what was not ended is released.
+class VariantDict {
+  public:
+    VariantDict() { g_variant_dict_init(&dict_, nullptr); }
+    VariantDict(const VariantDict&) = delete;
+    VariantDict& operator=(const VariantDict&) = delete;
+    ~VariantDict() { g_variant_dict_clear(&dict_); }
+
+    [[nodiscard]] GVariantDict* Get() { return &dict_; }
+
+    /// The finished dictionary; leaves this one empty.
+    [[nodiscard]] VariantPtr End() {
+        return VariantPtr(g_variant_ref_sink(g_variant_dict_end(&dict_)));
+    }
+
+  private:
+    GVariantDict dict_;
+};
+
+/// Inserts `texts`, in their order, as an `as` under `key`.
+void InsertTexts(GVariantDict* dict, const char* key, const std::vector<std::string>& texts);
+
+}  // namespace morvane

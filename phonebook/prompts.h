@@ -1,0 +1,33 @@
+#pragma once
+
+#include "app/menu_lock.h"
+
+#include <string>
+#include <vector>
+
+namespace morvane {
+
+// What the phone book's operations ask the operator. All run on the menu thread, release the lock
+// while they ask, and throw InvalidObjectException if the session was lost meanwhile.
+
+/// A list from which one entry is chosen by its number.
+struct ChoicePrompt {
+    const char* segment;  ///< of the prompt path
+    const char* title;
+    const char* error;  ///< text of the InvalidValueException for any other answer
+};
+
+using Choices = std::vector<std::string>;
+
+/// Throws InvalidObjectException unless client and session are valid.
+void RequireSession();
+
+/// The answer as typed, at most `limit` bytes.
+[[nodiscard]] std::string AskText(MenuLock& lock, const char* segment, const char* title,
+                                  unsigned int limit);
+/// `kInputLeft` if the operator left the input or it has ended.
+[[nodiscard]] unsigned int AskNumber(MenuLock& lock, const char* segment);
+[[nodiscard]] std::string Choose(MenuLock& lock, const ChoicePrompt& prompt,
+                                 const Choices& choices);
+
+}  // namespace morvane

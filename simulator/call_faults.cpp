@@ -1,0 +1,81 @@
+#include "simulator/call_faults.h"
+
+namespace simulator {
+namespace {
+
+std::string TextOrEmpty(const gchar* text) {
+    return text == nullptr ? "" : text;
+}
+
+MessagePtr MakeAnswer(GDBusMessage* call, const CallFault& fault) {
+    if (fault.kind == CallFault::Kind::kRefuse) {
+        return MessagePtr(g_dbus_message_new_method_error_literal(call, fault.error_name.c_str(),
+                                                                  fault.error_message.c_str()));
+    }
+    MessagePtr reply(g_dbus_message_new_method_reply(call));
+    g_dbus_message_set_body(reply.get(), fault.body.get());
+    return reply;
+}
+
+}  // namespace
+
+void CallFaults::Set(const std::string& method, CallFault fault, unsigned times) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    plans_.insert_or_assign(method, Planned{std::move(fault), times});
+}
+
+void CallFaults::Clear() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    plans_.clear();
+}
+
+MessagePtr CallFaults::Answer(GDBusMessage* call, bool& hangs) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto planned = Find(call);
+    hangs = planned != plans_.end() && planned->second.fault.kind == CallFault::Kind::kHang;
+    if (planned == plans_.end()) {
+        return nullptr;
+    }
+    MessagePtr answer;
+    if (hangs) {
+        hanging_.emplace_back(static_cast<GDBusMessage*>(g_object_ref(call)));
+    } else {
+        answer = MakeAnswer(call, planned->second.fault);
+    }
+    CountDown(planned);
+    return answer;
+}
+
+CallFaults::Plans::iterator CallFaults::Find(GDBusMessage* call) {
+    const std::string member = TextOrEmpty(g_dbus_message_get_member(call));
+    const std::string interface = TextOrEmpty(g_dbus_message_get_interface(call));
+    const auto exact = plans_.find(interface + "." + member);
+    return exact == plans_.end() ? plans_.find(member) : exact;
+}
+
+void CallFaults::CountDown(Plans::iterator planned) {
+    if (planned->second.times == 0) {
+        return;
+    }
+    if (--planned->second.times == 0) {
+        plans_.erase(planned);
+    }
+}
+
+std::vector<MessagePtr> CallFaults::Release() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (auto plan = plans_.begin(); plan != plans_.end();) {
+        const bool hangs = plan->second.fault.kind == CallFault::Kind::kHang;
+        plan = hangs ? plans_.erase(plan) : std::next(plan);
+    }
+    std::vector<MessagePtr> hanging;
+    hanging.swap(hanging_);
+    return hanging;
+}
+
+void CallFaults::ForgetHanging() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    hanging_.clear();
+}
+
+}  // namespace simulator

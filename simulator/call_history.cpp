@@ -1,0 +1,52 @@
+#include "simulator/call_history.h"
+
+#include "simulator/people.h"
+
+#include <ctime>
+
+namespace simulator {
+namespace {
+
+struct KindNames {
+    const char* phonebook;
+    const char* type;
+};
+
+const KindNames& NamesOf(CallKind kind) {
+    static const KindNames kIncoming{"ich", "RECEIVED"};
+    static const KindNames kOutgoing{"och", "DIALED"};
+    static const KindNames kMissed{"mch", "MISSED"};
+    switch (kind) {
+        case CallKind::kIncoming:
+            return kIncoming;
+        case CallKind::kOutgoing:
+            return kOutgoing;
+        case CallKind::kMissed:
+            return kMissed;
+    }
+    return kMissed;
+}
+
+}  // namespace
+
+const char* HistoryOf(CallKind kind) {
+    return NamesOf(kind).phonebook;
+}
+
+std::string FormatCallTime(std::int64_t time) {
+    const std::time_t seconds = time;
+    std::tm parts{};
+    gmtime_r(&seconds, &parts);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y%m%dT%H%M%S", &parts)};
+}
+
+Card MakeCallCard(const CallEntry& call) {
+    Card card = MakeShortContact(call.name, call.number, "");
+    card.properties.pop_back();  // a call is no contact and has no unique id
+    card.properties.push_back(
+        {Field::kCallDatetime, {NamesOf(call.kind).type}, {FormatCallTime(call.time)}});
+    return card;
+}
+
+}  // namespace simulator

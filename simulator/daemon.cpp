@@ -1,0 +1,327 @@
+#include "simulator/daemon.h"
+
+#include "simulator/event_thread.h"
+#include "simulator/stack.h"
+
+#include <limits>
+#include <stdexcept>
+
+namespace simulator {
+namespace {
+
+using morvane::VariantPtr;
+
+constexpr char kDefaultBusName[] = "com.veltrisonix";
+
+void Demand(bool condition, const std::string& complaint) {
+    if (!condition) {
+        throw std::invalid_argument(complaint);
+    }
+}
+
+VariantPtr Take(GVariant* value) {
+    Demand(value != nullptr, "No value given");
+    return VariantPtr(g_variant_ref_sink(value));
+}
+
+VariantPtr Take(GVariant* value, const char* type) {
+    VariantPtr taken = Take(value);
+    Demand(g_variant_is_of_type(taken.get(), G_VARIANT_TYPE(type)) != FALSE,
+           std::string("The value is of type ") + g_variant_get_type_string(taken.get()) +
+               ", not " + type);
+    return taken;
+}
+
+VariantPtr OneProperty(const std::string& name, GVariant* value) {
+    const VariantPtr owned = Take(value);
+    GVariantDict properties;
+    g_variant_dict_init(&properties, nullptr);
+    g_variant_dict_insert_value(&properties, name.c_str(), owned.get());
+    return Take(g_variant_dict_end(&properties));
+}
+
+void DemandPath(const std::string& path) {
+    Demand(g_variant_is_object_path(path.c_str()) != FALSE, "Not an object path: " + path);
+}
+
+void DemandInterface(const std::string& interface) {
+    Demand(g_dbus_is_interface_name(interface.c_str()) != FALSE,
+           "Not an interface name: " + interface);
+}
+
+std::string BusNameOf(const std::string& instance) {
+    std::string name =
+        instance.empty() ? kDefaultBusName : std::string(kDefaultBusName) + "." + instance;
+    Demand(g_dbus_is_name(name.c_str()) != FALSE, "Not a bus name: " + name);
+    return name;
+}
+
+}  // namespace
+
+class Daemon::Impl {
+  public:
+    template <typename Source>
+    Impl(const Source& source, const Options& options)
+        : options_(options),
+          bus_name_(BusNameOf(options.instance)),
+          instruments_(std::make_shared<Instruments>()) {
+        const auto make_bus = [&] {
+            return std::make_unique<Bus>(source, bus_name_, instruments_);
+        };
+        thread_.Run([&] {
+            stack_ = std::make_unique<Stack>(options_, make_bus, instruments_->property_faults);
+        });
+    }
+    ~Impl() {
+        thread_.Run([this] { stack_.reset(); });
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    /// Lets the stack do something and awaits that the bus has its signals.
+    template <typename Action>
+    void Do(Action action) {
+        thread_.Run([&] {
+            action(*stack_);
+            stack_->bus().Settle();
+        });
+    }
+
+    template <typename Question>
+    auto Ask(Question question) {
+        decltype(question(*stack_)) answer;
+        thread_.Run([&] { answer = question(*stack_); });
+        return answer;
+    }
+
+    void Release() {
+        std::promise<void> answered;
+        thread_.Run([&] {
+            stack_->bus().CarryOut(instruments_->call_faults.Release(),
+                                   [&answered] { answered.set_value(); });
+        });
+        answered.get_future().get();
+    }
+
+    [[nodiscard]] const std::string& bus_name() const { return bus_name_; }
+    Instruments& instruments() { return *instruments_; }
+
+  private:
+    const Options options_;
+    const std::string bus_name_;
+    const std::shared_ptr<Instruments> instruments_;
+    std::unique_ptr<Stack> stack_;  // touched in the thread only
+    EventThread thread_;
+};
+
+Daemon::Daemon(const std::string& address, const Options& options)
+    : impl_(std::make_unique<Impl>(address, options)) {}
+
+Daemon::Daemon(GDBusConnection* connection, const Options& options)
+    : impl_(std::make_unique<Impl>(connection, options)) {}
+
+Daemon::~Daemon() = default;
+
+std::string Daemon::BusName() const {
+    return impl_->bus_name();
+}
+
+std::vector<Call> Daemon::Calls() const {
+    return impl_->instruments().recorder.Calls();
+}
+
+std::optional<Call> Daemon::AwaitCall(const std::string& method,
+                                      std::chrono::milliseconds timeout) {
+    return impl_->instruments().recorder.Await(method, timeout);
+}
+
+void Daemon::ForgetCalls() {
+    impl_->instruments().recorder.Forget();
+}
+
+std::vector<PhoneInfo> Daemon::Phones() const {
+    return impl_->Ask([](Stack& stack) { return stack.devices().Phones(); });
+}
+
+void Daemon::AddDevice(const std::string& path, GVariant* properties) {
+    const VariantPtr owned = Take(properties, "a{sv}");
+    DemandPath(path);
+    impl_->Do([&](Stack& stack) { stack.devices().AddExact(path, owned.get()); });
+}
+
+void Daemon::AddDevice(const std::string& path, const std::string& address,
+                       const std::string& alias) {
+    DemandPath(path);
+    impl_->Do([&](Stack& stack) { stack.devices().Add(path, address, alias); });
+}
+
+void Daemon::RemoveDevice(const std::string& path) {
+    impl_->Do([&](Stack& stack) { stack.devices().Remove(path); });
+}
+
+void Daemon::ReturnDevice(const std::string& path) {
+    impl_->Do([&](Stack& stack) { stack.devices().Return(path); });
+}
+
+void Daemon::RemoveClient() {
+    impl_->Do([](Stack& stack) { stack.RemoveClient(); });
+}
+
+void Daemon::AddClient() {
+    impl_->Do([](Stack& stack) { stack.AddClient(); });
+}
+
+void Daemon::LeaveBus() {
+    impl_->Do([](Stack& stack) { stack.LeaveBus(); });
+}
+
+void Daemon::Crash() {
+    impl_->Do([](Stack& stack) { stack.Crash(); });
+    impl_->instruments().call_faults.ForgetHanging();
+}
+
+void Daemon::ReturnToBus() {
+    impl_->Do([](Stack& stack) { stack.ReturnToBus(); });
+}
+
+void Daemon::OnBusLost(std::function<void()> handler) {
+    impl_->Do([&](Stack& stack) { stack.bus().OnLost(std::move(handler)); });
+}
+
+std::vector<std::string> Daemon::Sessions() const {
+    return impl_->Ask([](Stack& stack) { return stack.sessions().Paths(); });
+}
+
+std::vector<std::string> Daemon::Transfers() const {
+    return impl_->Ask([](Stack& stack) { return stack.sessions().TransferPaths(); });
+}
+
+void Daemon::SetConnectionState(const std::string& session, std::uint8_t state) {
+    impl_->Do([&](Stack& stack) { stack.GetSession(session).SetConnectionState(state); });
+}
+
+void Daemon::CloseSession(const std::string& session) {
+    impl_->Do([&](Stack& stack) {
+        stack.GetSession(session).Disconnect();
+        stack.sessions().Close(session);
+    });
+}
+
+void Daemon::SetPullContent(const std::string& content) {
+    impl_->Do([&](Stack& stack) { stack.world().pull_content = content; });
+}
+
+void Daemon::RestorePullContent() {
+    impl_->Do([](Stack& stack) { stack.world().pull_content.reset(); });
+}
+
+void Daemon::AdvanceTransfer(const std::string& transfer, std::uint64_t bytes) {
+    impl_->Do([&](Stack& stack) { stack.GetTransfer(transfer).Advance(bytes); });
+}
+
+void Daemon::StartTransfer(const std::string& transfer) {
+    impl_->Do([&](Stack& stack) { stack.GetTransfer(transfer).Start(); });
+}
+
+void Daemon::CompleteTransfer(const std::string& transfer) {
+    AdvanceTransfer(transfer, std::numeric_limits<std::uint64_t>::max());
+}
+
+void Daemon::AbortTransfer(const std::string& transfer) {
+    impl_->Do([&](Stack& stack) { stack.GetTransfer(transfer).Abort(); });
+}
+
+void Daemon::StallTransfers(bool stall) {
+    impl_->Do([&](Stack& stack) { stack.world().transfers_stalled = stall; });
+}
+
+void Daemon::UseEmptyTransferPath(bool use) {
+    impl_->Do([&](Stack& stack) { stack.world().empty_transfer_path = use; });
+}
+
+void Daemon::MissCall(const std::string& phone, const std::string& number) {
+    impl_->Do([&](Stack& stack) { stack.devices().Get(phone).phone->MissCall(number); });
+}
+
+void Daemon::AddContact(const std::string& phone, const std::string& name,
+                        const std::string& number) {
+    impl_->Do([&](Stack& stack) { stack.devices().Get(phone).phone->AddContact(name, number); });
+}
+
+void Daemon::Refuse(const std::string& method, const std::string& error_name,
+                    const std::string& message, unsigned times) {
+    Demand(g_dbus_is_interface_name(error_name.c_str()) != FALSE,
+           "Not an error name: " + error_name);
+    impl_->instruments().call_faults.Set(
+        method, {CallFault::Kind::kRefuse, error_name, message, nullptr}, times);
+}
+
+void Daemon::Reply(const std::string& method, GVariant* body, unsigned times) {
+    impl_->instruments().call_faults.Set(method, {CallFault::Kind::kReply, "", "", Take(body, "r")},
+                                         times);
+}
+
+void Daemon::Hang(const std::string& method, unsigned times) {
+    impl_->instruments().call_faults.Set(method, {CallFault::Kind::kHang, "", "", nullptr}, times);
+}
+
+void Daemon::Release() {
+    impl_->Release();
+}
+
+void Daemon::ClearFaults() {
+    impl_->instruments().call_faults.Clear();
+}
+
+void Daemon::OverrideProperty(const std::string& path, const std::string& interface,
+                              const std::string& name, GVariant* value) {
+    impl_->instruments().property_faults.Override(path, interface, name, Take(value));
+}
+
+void Daemon::HideProperty(const std::string& path, const std::string& interface,
+                          const std::string& name) {
+    impl_->instruments().property_faults.Hide(path, interface, name);
+}
+
+void Daemon::ClearPropertyFaults() {
+    impl_->instruments().property_faults.Clear();
+}
+
+void Daemon::Notify(const std::string& path, const std::string& interface, const std::string& name,
+                    GVariant* value) {
+    NotifyAll(path, interface, OneProperty(name, value).get());
+}
+
+void Daemon::NotifyAll(const std::string& path, const std::string& interface,
+                       GVariant* properties) {
+    const VariantPtr owned = Take(properties, "a{sv}");
+    DemandPath(path);
+    DemandInterface(interface);
+    impl_->Do([&](Stack& stack) {
+        stack.bus().EmitChanges(path, interface, owned.get(), {}, kSentAsItStands);
+    });
+}
+
+void Daemon::Invalidate(const std::string& path, const std::string& interface,
+                        const std::string& name) {
+    DemandPath(path);
+    DemandInterface(interface);
+    impl_->Do([&](Stack& stack) {
+        stack.bus().EmitChanges(path, interface, g_variant_new("a{sv}", nullptr), {name},
+                                kSentAsItStands);
+    });
+}
+
+void Daemon::Flood(const std::string& path, const std::string& interface, const std::string& name,
+                   std::size_t count, const std::function<GVariant*(std::size_t)>& value) {
+    DemandPath(path);
+    DemandInterface(interface);
+    impl_->Do([&](Stack& stack) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const VariantPtr properties = OneProperty(name, value(i));
+            stack.bus().EmitChanges(path, interface, properties.get(), {}, kSentAsItStands);
+        }
+    });
+}
+
+}  // namespace simulator

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "interfaces/glib_ptr.h"
+
+#include <deque>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
+
+namespace simulator {
+
+/// A thread that runs a main loop on a context of its own, which is its thread-default context.
+class EventThread {
+  public:
+    EventThread();
+    /// Lets what is due happen, then ends the loop and joins.
+    ~EventThread();
+    EventThread(const EventThread&) = delete;
+    EventThread& operator=(const EventThread&) = delete;
+
+    /// Runs the task in the thread and waits for it; what it throws is thrown here. From any
+    /// thread but this one.
+    void Run(std::function<void()> task);
+
+  private:
+    void Serve();
+    void RunTasks();
+
+    morvane::GlibPtr<GMainContext> context_;
+    morvane::GlibPtr<GMainLoop> loop_;
+    std::mutex mutex_;
+    std::deque<std::packaged_task<void()>> tasks_;  // protected by mutex_
+    std::thread thread_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// A method call as it arrived.
+struct Call {
+    std::string sender;  ///< unique name of the caller
+    std::string path;
+    std::string interface;
+    std::string method;
+    std::string body;  ///< GVariant text with type annotations; "()" without arguments
+};
+
+/// One line for a failure message: "/path interface.Method(body)".
+std::string Describe(const Call& call);
+
+/// Remembers calls in the order of their arrival. Safe from any thread.
+class Recorder {
+  public:
+    void Record(Call call);
+    void Forget();
+    [[nodiscard]] std::vector<Call> Calls() const;
+
+    /// The first call of `method` that no earlier `Await` has returned, waiting for it if need be;
+    /// nothing when the time is over. `method` is "Select" or "interface.Select".
+    std::optional<Call> Await(const std::string& method, std::chrono::milliseconds timeout);
+
+  private:
+    struct Entry {
+        Call call;
+        bool awaited = false;
+    };
+    std::optional<Call> TakeFirst(const std::string& method);
+
+    mutable std::mutex mutex_;
+    std::condition_variable arrival_;
+    std::vector<Entry> entries_;  // protected by mutex_
+};
+
+}  // namespace simulator

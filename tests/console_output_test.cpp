@@ -1,0 +1,179 @@
+#include "console/console_output.h"
+
+#include "support/captured_run.h"
+#include "support/messages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Green;
+using morvane_test::Normal;
+using morvane_test::Red;
+using Writes = std::vector<std::string>;
+
+Writes WritesOf(const std::function<void()>& function) {
+    const auto run = morvane_test::Capture([&] {
+        function();
+        return 0;
+    });
+    EXPECT_EQ(run.status, 0);
+    return run.writes;
+}
+
+// What comes of `function` while the prompt "Path" stands.
+Writes WritesUnderPrompt(const std::function<void(const char*, int)>& show_prompt,
+                         const std::function<void()>& function) {
+    Writes writes = WritesOf([&] {
+        show_prompt("Path", 1);
+        function();
+    });
+    EXPECT_EQ(writes.front(), Green("Path"));
+    writes.erase(writes.begin(), writes.begin() + 2);
+    return writes;
+}
+
+const std::string kRedrawn = "\x1b[1;32mPath\x1b[1;31m > \x1b[0m";
+
+TEST(PrintTest, WritesColourTextAndResetAtOnce) {
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kGreen, "text\n"); }), Writes{"\x1b[1;32mtext\n\x1b[0m"});
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kRed, "text"); }), Writes{"\x1b[1;31mtext\x1b[0m"});
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kNormal, "text"); }), Writes{"\x1b[0mtext\x1b[0m"});
+}
+
+TEST(PrintTest, FormatsItsArguments) {
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kNormal, " %d) %s %x%%\n", -1, "name", 0xABU); }),
+              Writes{Normal(" -1) name ab%\n")});
+}
+
+TEST(PrintTest, AnEmptyMessageIsItsColours) {
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kGreen, "%s", ""); }), Writes{Green("")});
+}
+
+TEST(PrintTest, CutsAt999Characters) {
+    for (const std::size_t length : {998U, 999U, 1000U, 5000U}) {
+        SCOPED_TRACE(length);
+        const std::string text(length, 'x');
+        EXPECT_EQ(WritesOf([&] { PROXY_Print(kGreen, "%s", text.c_str()); }),
+                  Writes{Green(text.substr(0, 999))});
+    }
+}
+
+TEST(PrintTest, CutsUnderAPromptAsWell) {
+    const std::string text(1500, 'x');
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [&] { PROXY_Print(kRed, "%s", text.c_str()); }),
+              Writes{"\n\x1b[1;31m" + text.substr(0, 999) + kRedrawn});
+}
+
+TEST(PrintTest, RedrawsAStandingPrompt) {
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [] { PROXY_Print(kNormal, "news\n"); }),
+              Writes{"\n\x1b[0mnews\n" + kRedrawn});
+}
+
+TEST(PrintTest, RedrawsAValuePromptWithAMenusMarker) {
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Input, [] { PROXY_Print(kNormal, "news\n"); }),
+              Writes{"\n\x1b[0mnews\n" + kRedrawn});
+}
+
+TEST(PrintTest, KeepsThePromptStandingForFurtherMessages) {
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt,
+                                [] {
+                                    PROXY_Print(kNormal, "one\n");
+                                    PROXY_Print(kRed, "two\n");
+                                }),
+              (Writes{"\n\x1b[0mone\n" + kRedrawn, "\n\x1b[1;31mtwo\n" + kRedrawn}));
+}
+
+TEST(PrintTest, ForgetsAPromptThatWasTakenAway) {
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt,
+                                [] {
+                                    PROXY_Prompt("", 0);
+                                    PROXY_Print(kNormal, "news\n");
+                                }),
+              Writes{Normal("news\n")});
+}
+
+TEST(PrintTest, RedrawsTheFirst100CharactersOfAPrompt) {
+    for (const std::size_t length : {99U, 100U, 101U, 300U}) {
+        SCOPED_TRACE(length);
+        const std::string path(length, 'p');
+        const Writes writes = WritesOf([&] {
+            PROXY_Prompt(path.c_str(), 1);
+            PROXY_Print(kNormal, "news\n");
+        });
+        EXPECT_EQ(writes.front(), Green(path));
+        EXPECT_EQ(writes.back(),
+                  "\n\x1b[0mnews\n\x1b[1;32m" + path.substr(0, 100) + "\x1b[1;31m > \x1b[0m");
+    }
+}
+
+TEST(PrintTest, AShortPromptReplacesAllOfALongOne) {
+    const Writes writes = WritesOf([] {
+        PROXY_Prompt("a long prompt", 1);
+        PROXY_Prompt("", 0);
+        PROXY_Prompt("short", 1);
+        PROXY_Print(kNormal, "news\n");
+    });
+    EXPECT_EQ(writes.back(), "\n\x1b[0mnews\n\x1b[1;32mshort\x1b[1;31m > \x1b[0m");
+}
+
+TEST(PrintTest, MessagesOfTwoThreadsNeverMix) {
+    const auto print_often = [](const char* colour, char letter) {
+        const std::string text(200, letter);
+        for (int count = 0; count < 300; ++count) PROXY_Print(colour, "%s\n", text.c_str());
+    };
+    const Writes writes = WritesOf([&] {
+        std::thread other(print_often, kRed, 'b');
+        print_often(kGreen, 'a');
+        other.join();
+    });
+    const std::string a = Green(std::string(200, 'a') + "\n");
+    const std::string b = Red(std::string(200, 'b') + "\n");
+    EXPECT_EQ(std::count(writes.begin(), writes.end(), a), 300);
+    EXPECT_EQ(std::count(writes.begin(), writes.end(), b), 300);
+    EXPECT_EQ(writes.size(), 600U);
+}
+
+TEST(PrintNoPromptTest, IgnoresAStandingPrompt) {
+    EXPECT_EQ(
+        WritesUnderPrompt(PROXY_Prompt, [] { PROXY_PrintNoPrompt(kRed, "%s %d\n", "code", 7); }),
+        Writes{Red("code 7\n")});
+}
+
+TEST(PrintNoPromptTest, CutsAt999Characters) {
+    const std::string text(1200, 'x');
+    EXPECT_EQ(WritesOf([&] { PROXY_PrintNoPrompt(kNormal, "%s", text.c_str()); }),
+              Writes{Normal(text.substr(0, 999))});
+}
+
+TEST(PromptTest, DrawsPathAndMenuMarker) {
+    EXPECT_EQ(WritesOf([] { PROXY_Prompt("Path", 1); }), (Writes{Green("Path"), Red(" > ")}));
+}
+
+TEST(PromptTest, DrawsPathAndValueMarker) {
+    EXPECT_EQ(WritesOf([] { PROXY_Input("Path", 1); }), (Writes{Green("Path"), Red(" ? ")}));
+}
+
+TEST(PromptTest, DrawsNothingWhenTakenAway) {
+    for (const auto show_prompt : {PROXY_Prompt, PROXY_Input})
+        EXPECT_EQ(WritesOf([&] { show_prompt("", 0); }), Writes{});
+}
+
+TEST(PromptTest, StandsUndrawnWithAnyOtherNumber) {
+    for (const auto show_prompt : {PROXY_Prompt, PROXY_Input})
+        EXPECT_EQ(WritesOf([&] {
+                      show_prompt("Path", 2);
+                      PROXY_Print(kNormal, "news\n");
+                  }),
+                  Writes{"\n\x1b[0mnews\n" + kRedrawn});
+}
+
+}  // namespace
+}  // namespace morvane

@@ -1,0 +1,291 @@
+#include "simulator/daemon.h"
+#include "support/conversation_test.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+const std::string kDevice = "/com/veltrisonix/hci0/dev_1";
+const std::string kClient = simulator::kClientPath;
+
+// The line of an object that was found, whether or not a prompt stands already.
+std::string FoundLine(const std::string& kind, const std::string& path) {
+    return kResetSequence + ("Found " + kind + " " + path + "\n");
+}
+
+std::string FoundNotice(const std::string& kind, const std::string& path) {
+    return Notice("", "Found " + kind + " " + path + "\n");
+}
+
+std::string RemovedNotice(const std::string& path) {
+    return Notice("", "Removed " + path + "\n", kRedSequence);
+}
+
+const std::string kNoClient = Red("No Client available, start daemon.\n") + Prompt();
+
+std::string DeviceLines(const std::vector<std::string>& devices) {
+    return Stars() + Lines(devices) + Stars() + Prompt();
+}
+
+class DiscoveryTest : public ConversationTest {
+  protected:
+    /// Does not await that the tool notices.
+    void Publish(const std::string& path, const std::string& alias = "Phone") {
+        daemon().AddDevice(path, kPhoneAddress, alias);
+    }
+
+    /// The tool stands at the main prompt; nothing else has happened.
+    void LaunchAlone(ConsoleOptions options = {}) {
+        Launch(std::move(options));
+        Expect(Red("Run menu\n") + Banner() + Prompt());
+    }
+
+    void HangInSetUserId() {
+        daemon().Hang("SetUserId");
+        Type("u");
+        Await(ValuePrompt("/User Id"));
+        Type("me");
+        ExpectCall("SetUserId", "('me',)");
+    }
+};
+
+TEST_F(DiscoveryTest, ReportsWhatIsThereAtTheStart) {
+    StartDaemon();
+    Publish(kDevice);
+    Publish("/com/veltrisonix/hci0/dev");
+    Launch();
+    AwaitAll({FoundLine("Client", kClient), FoundLine("Device", kDevice), Banner()});
+    Await(Red(" > "));
+    const std::string output = console().Output();
+    EXPECT_EQ(output.find("Found", output.rfind("Found Client")), output.rfind("Found Client"));
+    Type("l");
+    Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+}
+
+TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
+    StartDaemon().RemoveClient();
+    LaunchAlone();
+    AddDevice(kDevice, kPhoneAddress, "Phone");
+    Type("l");
+    Expect(kNoClient);
+    ReturnClient();
+    Type("l");
+    Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    RemoveDevice(kDevice);
+    Type("l");
+    Expect(DeviceLines({}));
+    RemoveClient();
+    Type("h");
+    Expect(kNoClient);
+    ReturnClient();
+    Type("l");
+    Expect(DeviceLines({}));
+}
+
+TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
+    StartDaemon();
+    Start();
+    for (const char* const path : {"/dev_c", "/dev_a", "/dev_b"})
+        AddDevice(path, "00:00:00:00:00:01", path);
+    Type("l");
+    Expect(DeviceLines({" 00:00:00:00:00:01 | /dev_c", " 00:00:00:00:00:01 | /dev_a",
+                        " 00:00:00:00:00:01 | /dev_b"}));
+    RemoveDevice("/dev_a");
+    Type("l");
+    Expect(DeviceLines({" 00:00:00:00:00:01 | /dev_c", " 00:00:00:00:00:01 | /dev_b"}));
+    AddDevice("/dev_a", "00:00:00:00:00:02", "/dev_a");
+    Type("l");
+    Expect(DeviceLines({" 00:00:00:00:00:01 | /dev_c", " 00:00:00:00:00:01 | /dev_b",
+                        " 00:00:00:00:00:02 | /dev_a"}));
+}
+
+TEST_F(DiscoveryTest, TellsDevicesByTheBeginningOfTheLastElement) {
+    StartDaemon();
+    Start();
+    for (const char* const path : {"/com/veltrisonix/obex/dev_00_11", "/dev_", "/dev_dev_",
+                                   "/com/veltrisonix/obexx/dev_1"}) {
+        AddDevice(path, kPhoneAddress, "Phone");
+        RemoveDevice(path);
+    }
+}
+
+TEST_F(DiscoveryTest, IgnoresOtherObjects) {
+    StartDaemon();
+    Start();
+    for (const char* const path :
+         {"/dev", "/com/veltrisonix/hci0/dev", "/com/veltrisonix/hci0/devx1",
+          "/com/veltrisonix/hci0/xdev_1", "/com/veltrisonix/hci0/Dev_1",
+          "/com/veltrisonix/dev_1/session0", "/com/veltrisonix/obex/session0",
+          "/com/veltrisonix/obe", "/com/veltrisonix/obex1", "/com/veltrisonix/Obex"}) {
+        Publish(path);
+        ExpectQuiet();
+        daemon().RemoveDevice(path);
+        ExpectQuiet();
+    }
+    Type("l");
+    Expect(DeviceLines({}));
+}
+
+TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
+    auto options = simulator::Options::Scripted();
+    options.instance = "bench.b2";
+    StartDaemon(options);
+    Publish(kDevice);
+    simulator::Daemon other(bus().Address(), simulator::Options::Scripted());
+    other.AddDevice("/dev_other", kPhoneAddress, "Other Phone");
+    ConsoleOptions console_options;
+    console_options.arguments = {"-bus:bench.b2"};
+    Start(console_options);
+    EXPECT_EQ(console().Output().find("dev_other"), std::string::npos);
+    Type("l");
+    Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    other.AddDevice("/dev_another", kPhoneAddress, "Another Phone");
+    ExpectQuiet();
+    Type("u");
+    Await(ValuePrompt("/User Id"));
+    Type("me");
+    ExpectCall("SetUserId", "('me',)");
+    EXPECT_TRUE(other.Calls().empty());
+}
+
+TEST_F(DiscoveryTest, ReachesSessionsUnderTheInstance) {
+    auto options = simulator::Options::Scripted();
+    options.instance = "bench";
+    StartDaemon(options);
+    Publish(kDevice);
+    ConsoleOptions console_options;
+    console_options.arguments = {"-bus:bench"};
+    Start(console_options);
+    Type("c");
+    Await(ValuePrompt("/Select Device"));
+    Type("0");
+    Expect(Normal("Session Connected\n"));
+    Await(Prompt("/Phonebook Menu"));
+    Type("x");
+    ExpectCall("RemoveSession", "(objectpath '" + kClient + "/client/session0',)");
+    Expect(Prompt());
+}
+
+// No owner of the name is no failure.
+TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
+    LaunchAlone();
+    Type("c");
+    Expect(kNoClient);
+    StartDaemon();
+    Expect(FoundNotice("Client", kClient));
+    AddDevice(kDevice, kPhoneAddress, "Phone");
+    for (const bool crash : {false, true}) {
+        crash ? daemon().Crash() : daemon().LeaveBus();
+        AwaitAll({RemovedNotice(kClient), RemovedNotice(kDevice)});
+        Type("l");
+        Expect(kNoClient);
+        daemon().ReturnToBus();
+        AwaitAll({FoundNotice("Client", kClient), FoundNotice("Device", kDevice)});
+        ExpectQuiet();
+        Type("l");
+        Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    }
+}
+
+// Additions wait for nobody; removals wait until the operator is asked. The line of a removal may
+// come before or under that prompt.
+TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
+    StartDaemon();
+    Publish(kDevice);
+    Start();
+    HangInSetUserId();
+    Publish("/dev_2", "Second");
+    Expect(Normal("Found Device /dev_2\n"));
+    daemon().RemoveDevice(kDevice);
+    daemon().Release();
+    AwaitAll({kRedSequence + ("Removed " + kDevice + "\n"), Prompt()});
+    Type("l");
+    Await(DeviceLines({" 00:1B:DC:07:31:9A | Second"}));
+}
+
+TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
+    StartDaemon();
+    Publish(kDevice);
+    Start();
+    daemon().Hang("CreateSession");
+    Type("c");
+    Await(ValuePrompt("/Select Device"));
+    Type("0");
+    ASSERT_TRUE(daemon().AwaitCall("CreateSession", Patience()));
+    Publish("/dev_2");
+    Expect(Normal("Found Device /dev_2\n"));
+    daemon().RemoveDevice("/dev_2");
+    daemon().Release();
+    Expect(Lines({"Session Connected", "Source Address: 02:00:5E:00:00:01",
+                  "Destination Address: 00:1B:DC:07:31:9A",
+                  "Target UUID: 0000112f-0000-1000-8000-00805f9b34fb", "Channel: 19",
+                  "Fixed Image Size: Supported"}));
+    AwaitAll({kRedSequence + std::string("Removed /dev_2\n"), Prompt("/Phonebook Menu")});
+}
+
+// A removal that waits gets its turn at the next prompt, however little time that leaves.
+TEST_F(DiscoveryTest, RemovesBeforeTheLinesThatWereTypedAhead) {
+    StartDaemon();
+    Publish(kDevice);
+    Start();
+    HangInSetUserId();
+    for (int line = 0; line < 5; ++line) Type("l");
+    Type("x");
+    daemon().RemoveDevice(kDevice);
+    daemon().Release();
+    AwaitAll({"Removed " + kDevice + "\n", Red("Invalid Selection\n")});
+    EXPECT_EQ(console().Output().find("| Phone"), std::string::npos);
+}
+
+// Proxies that went with their session do not see the daemon go.
+TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
+    for (const bool session_is_open : {false, true}) {
+        StartDaemon();
+        Publish(kDevice);
+        Start();
+        OpenSession();
+        if (!session_is_open) {
+            Type("x");
+            Expect(Prompt());
+        }
+        daemon().LeaveBus();
+        const std::string segment = session_is_open ? "/Phonebook Menu" : "";
+        const std::string removed = Notice(segment, "Removed " + kClient + "\n", kRedSequence);
+        AwaitAll({removed, Notice(segment, "Removed " + kDevice + "\n", kRedSequence)});
+        daemon().ReturnToBus();
+        AwaitAll({Notice(segment, "Found Client " + kClient + "\n"),
+                  Notice(segment, "Found Device " + kDevice + "\n")});
+        EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
+        EXPECT_EQ(console().Output().find("Received"), std::string::npos);
+        console().CloseInput();
+        ExpectExit(0, Console::Rest::kIgnored);
+        StopDaemon();
+    }
+}
+
+TEST_F(DiscoveryTest, EndsWithoutABus) {
+    ConsoleOptions options;
+    options.bus_address = "unix:path=" + directory().File("nobody");
+    Launch(options);
+    console().ExpectError(
+        "Error getting object manager client: Could not connect: No such file or directory\n");
+    Expect(Red("Run menu\n") + Banner());
+    ExpectExit(0);
+}
+
+TEST_F(DiscoveryTest, EndsWhenTheDaemonDoesNotTellItsObjects) {
+    StartDaemon().Refuse("GetManagedObjects", "com.veltrisonix.Error.Failed", "Not today");
+    Launch();
+    console().ExpectError(
+        "Error getting object manager client: "
+        "GDBus.Error:com.veltrisonix.Error.Failed: Not today\n");
+    Expect(Red("Run menu\n") + Banner());
+    ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace morvane_test

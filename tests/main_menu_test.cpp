@@ -1,0 +1,309 @@
+#include "support/conversation_test.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+const std::string kNoClient = Red("No Client available, start daemon.\n");
+const std::string kInvalidSelection = Red("Invalid Selection\n");
+const std::string kInvalidClient = Red("Invalid Client selected\n");
+const std::string kClientGone = Red("Client Proxy is invalid\n");
+const std::string kExitLine = Normal(" x) Exit this input\n");
+
+std::string Device(int number) {
+    return "/com/veltrisonix/hci0/dev_" + std::to_string(number);
+}
+
+// The list to choose from, with these rows.
+std::string DeviceBox(const std::vector<std::string>& rows) {
+    return Heading("Select a Client") + Choices(rows) + Dashes() + kExitLine + Stars();
+}
+
+class MainMenuTest : public ConversationTest {
+  protected:
+    // The daemon has its client and no devices; the tool stands at its prompt.
+    void StartWithoutDevices(Here here = Here::Now()) {
+        StartDaemon();
+        Start({}, here);
+    }
+
+    // The device list stands open and asks for a number. Two devices: first and second.
+    void OpenDeviceSelection(Here here = Here::Now()) {
+        StartWithoutDevices(here);
+        AddDevice(Device(1), "00:00:00:00:00:01", "first", "", here);
+        AddDevice(Device(2), "00:00:00:00:00:02", "second", "", here);
+        Type("c", here);
+        Expect(DeviceBox({"00:00:00:00:00:01 | first", "00:00:00:00:00:02 | second"}) +
+                   ValuePrompt("/Select Device"),
+               here);
+    }
+};
+
+TEST_F(MainMenuTest, HelpShowsTheKeys) {
+    StartWithoutDevices();
+    for (const std::string word : {"h", "help", " h", "h please"}) {
+        Type(word);
+        Expect(MainMenu() + Prompt());
+    }
+}
+
+TEST_F(MainMenuTest, ReadsAsAConversationOnAPersonsTerminal) {
+    StartDaemon();
+    ConsoleOptions options;
+    options.wiring = Wiring::kPersonsTerminal;
+    Start(options);
+    Type("help");
+    Expect("help\n" + MainMenu() + Prompt());
+    Type("z");
+    Expect("z\n" + kInvalidSelection + Prompt());
+}
+
+TEST_F(MainMenuTest, BlankLinesShowThePromptAgain) {
+    StartWithoutDevices();
+    Type("");
+    Expect(Prompt());
+    Type("  \t");
+    Expect(Prompt());
+}
+
+TEST_F(MainMenuTest, OtherKeysAreInvalid) {
+    StartWithoutDevices();
+    for (const std::string word : {"C", "R", "L", "U", "P", "H", "x", "0", "?", "\xc3\xa4"}) {
+        SCOPED_TRACE(word);
+        Type(word);
+        Expect(kInvalidSelection + Prompt());
+    }
+}
+
+TEST_F(MainMenuTest, EveryKeyButQuitNeedsAClient) {
+    Launch();
+    Await(Prompt());
+    for (const std::string word : {"c", "r", "l", "u", "p", "h", "z", "C"}) {
+        SCOPED_TRACE(word);
+        Type(word);
+        Expect(kNoClient + Prompt());
+    }
+    Type("Q");
+    ExpectExit(0);
+}
+
+TEST_F(MainMenuTest, ClientThatLeftIsNotAvailable) {
+    Start();
+    RemoveClient();
+    Type("h");
+    Expect(kNoClient + Prompt());
+    ReturnClient();
+    Type("h");
+    Expect(MainMenu() + Prompt());
+}
+
+TEST_F(MainMenuTest, ListWithoutDevicesIsTheFrameAlone) {
+    StartWithoutDevices();
+    Type("l");
+    Expect(Stars() + Stars() + Prompt());
+}
+
+TEST_F(MainMenuTest, ListShowsDevicesInTheOrderOfTheirArrival) {
+    StartWithoutDevices();
+    AddDevice(Device(2), "00:00:00:00:00:02", "second");
+    AddDevice(Device(1), "00:00:00:00:00:01", "first");
+    Type("l");
+    Expect(Stars() + Lines({" 00:00:00:00:00:02 | second", " 00:00:00:00:00:01 | first"}) +
+           Stars() + Prompt());
+}
+
+TEST_F(MainMenuTest, ListForgetsDevicesThatLeft) {
+    StartWithoutDevices();
+    AddDevice(Device(1), "00:00:00:00:00:01", "first");
+    AddDevice(Device(2), "00:00:00:00:00:02", "second");
+    AddDevice(Device(3), "00:00:00:00:00:03", "third");
+    RemoveDevice(Device(2));
+    Type("l");
+    Expect(Stars() + Lines({" 00:00:00:00:00:01 | first", " 00:00:00:00:00:03 | third"}) + Stars() +
+           Prompt());
+}
+
+TEST_F(MainMenuTest, ListTellsDevicesApartByPathAlone) {
+    StartWithoutDevices();
+    AddDevice(Device(1), "00:00:00:00:00:01", "twin");
+    AddDevice(Device(2), "00:00:00:00:00:01", "twin");
+    Type("l");
+    Expect(Stars() + Lines({" 00:00:00:00:00:01 | twin", " 00:00:00:00:00:01 | twin"}) + Stars() +
+           Prompt());
+}
+
+TEST_F(MainMenuTest, ListShowsAnEmptyAliasAsNothing) {
+    StartWithoutDevices();
+    AddDevice(Device(1), "00:00:00:00:00:01", "");
+    Type("l");
+    Expect(Stars() + Lines({" 00:00:00:00:00:01 | "}) + Stars() + Prompt());
+}
+
+TEST_F(MainMenuTest, ListShowsNamesAsTheyAre) {
+    StartWithoutDevices();
+    AddDevice(Device(1), "00:00:00:00:00:01", "Zo\xc3\xab's 100%s phone");
+    Type("l");
+    Expect(Stars() + Lines({" 00:00:00:00:00:01 | Zo\xc3\xab's 100%s phone"}) + Stars() + Prompt());
+}
+
+TEST_F(MainMenuTest, CreateWithoutDevicesReturnsToTheMenu) {
+    StartWithoutDevices();
+    Type("c");
+    Expect(Red("No Clients\n") + Prompt());
+    EXPECT_EQ(CountCalls("CreateSession"), 0U);
+}
+
+TEST_F(MainMenuTest, CreateAsksForADeviceByNumber) {
+    OpenDeviceSelection();
+    Type("1");
+    ExpectCall("CreateSession",
+               "('00:00:00:00:00:02', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
+    Await(Prompt("/Phonebook Menu"));
+}
+
+TEST_F(MainMenuTest, NumbersBeyondTheListAreInvalid) {
+    OpenDeviceSelection();
+    for (const std::string answer : {"2", "4294967294", "-1", "4294967295"}) {
+        SCOPED_TRACE(answer);
+        Type(answer);
+        Expect(kInvalidClient + Prompt());
+        Type("c");
+        Await(ValuePrompt("/Select Device"));
+    }
+    EXPECT_EQ(CountCalls("CreateSession"), 0U);
+}
+
+TEST_F(MainMenuTest, LeavingTheListIsInvalidToo) {
+    OpenDeviceSelection();
+    Type("x");
+    Expect(kInvalidClient + Prompt());
+}
+
+TEST_F(MainMenuTest, TextInsteadOfANumberIsAskedAgain) {
+    OpenDeviceSelection();
+    Type("second");
+    Expect(Red("Invalid value\n") + ValuePrompt("/Select Device"));
+    Type("");
+    Expect(ValuePrompt("/Select Device"));
+    Type("x");
+    Expect(kInvalidClient + Prompt());
+}
+
+TEST_F(MainMenuTest, EndOfInputInTheListQuits) {
+    OpenDeviceSelection();
+    console().CloseInput();
+    Expect(kInvalidClient + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(MainMenuTest, NumberOfADeviceThatJustLeftIsInvalid) {
+    OpenDeviceSelection();
+    RemoveDevice(Device(2), "/Select Device");
+    Type("1");
+    Expect(kInvalidClient + Prompt());
+}
+
+TEST_F(MainMenuTest, NumberIsJudgedByTheListAsItIsNow) {
+    OpenDeviceSelection();
+    RemoveDevice(Device(1), "/Select Device");
+    Type("0");
+    ExpectCall("CreateSession",
+               "('00:00:00:00:00:02', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
+    Await(Prompt("/Phonebook Menu"));
+}
+
+TEST_F(MainMenuTest, DeviceThatJustCameCanBeChosen) {
+    OpenDeviceSelection();
+    AddDevice(Device(3), "00:00:00:00:00:03", "third", "/Select Device");
+    Type("2");
+    ExpectCall("CreateSession",
+               "('00:00:00:00:00:03', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
+    Await(Prompt("/Phonebook Menu"));
+}
+
+TEST_F(MainMenuTest, ClientThatLeftWhileADeviceWasChosen) {
+    OpenDeviceSelection();
+    RemoveClient("/Select Device");
+    Type("0");
+    Expect(kClientGone + Prompt());
+    EXPECT_EQ(CountCalls("CreateSession"), 0U);
+}
+
+TEST_F(MainMenuTest, LostClientIsReportedBeforeAnInvalidNumber) {
+    OpenDeviceSelection();
+    RemoveClient("/Select Device");
+    Type("99");
+    Expect(kClientGone + Prompt());
+}
+
+TEST_F(MainMenuTest, RefusedSessionReturnsToTheMenu) {
+    OpenDeviceSelection();
+    daemon().Refuse("CreateSession", "com.veltrisonix.Error.Failed", "out of range");
+    Type("0");
+    Expect(Red("Create Session failed GDBus.Error:com.veltrisonix.Error.Failed: out of range\n") +
+           Prompt());
+}
+
+TEST_F(MainMenuTest, SessionIsRemovedWhenItsMenuIsLeft) {
+    OpenSession();
+    const std::string session = Session();
+    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
+    Type("x");
+    Expect(Prompt());
+    ExpectCall("RemoveSession", "(objectpath '" + session + "',)");
+    EXPECT_TRUE(daemon().Sessions().empty());
+}
+
+TEST_F(MainMenuTest, QuittingASessionRemovesItAndEndsTheTool) {
+    OpenSession();
+    const std::string session = Session();
+    Type("q");
+    ExpectExit(0);
+    ExpectCall("RemoveSession", "(objectpath '" + session + "',)");
+}
+
+TEST_F(MainMenuTest, ClientThatLeftInASessionEndsItsMenu) {
+    OpenSession();
+    RemoveClient("/Phonebook Menu");
+    Type("h");
+    Expect(kClientGone + Prompt());
+    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
+}
+
+TEST_F(MainMenuTest, SessionThatWasLostIsRemovedIfTheClientIsStillThere) {
+    OpenSession();
+    const std::string session = Session();
+    daemon().SetConnectionState(session, 0);
+    ExpectQuiet("/Phonebook Menu");
+    Type("h");
+    Expect(kClientGone + Prompt());
+    ExpectCall("RemoveSession", "(objectpath '" + session + "',)");
+}
+
+TEST_F(MainMenuTest, RemoveWithoutASessionDoesNothing) {
+    StartWithoutDevices();
+    Type("r");
+    Expect(Prompt());
+    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
+}
+
+TEST_F(MainMenuTest, RemoveAfterASessionRepeatsTheCall) {
+    OpenSession();
+    const std::string call = "(objectpath '" + Session() + "',)";
+    Type("x");
+    Expect(Prompt());
+    ExpectCall("RemoveSession", call);
+    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.NotFound", "no such session");
+    Type("r");
+    Expect(Red("Remove Session failed "
+               "GDBus.Error:com.veltrisonix.Error.NotFound: no such session\n") +
+           Prompt());
+    ExpectCall("RemoveSession", call);
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,343 @@
+#include "app/obex_proxy.h"
+
+#include "console/console_output.h"
+#include "simulator/daemon.h"
+#include "support/bus_monitor.h"
+#include "support/captured_run.h"
+#include "support/messages.h"
+#include "support/private_bus.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <mutex>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::atomic<bool> memory_is_exhausted{false};
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    void* const memory = memory_is_exhausted ? nullptr : std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+// Sanitizers have forms of their own of whatever is not replaced.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return memory_is_exhausted ? nullptr : std::malloc(size);
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+namespace morvane {
+namespace {
+
+using morvane_test::Banner;
+using morvane_test::Green;
+using morvane_test::Lines;
+using morvane_test::Normal;
+using morvane_test::Prompt;
+using morvane_test::Red;
+using morvane_test::Stars;
+using morvane_test::ValuePrompt;
+
+constexpr char kAddress[] = "00:1B:DC:07:31:9A";
+const std::string kClient = simulator::kClientPath;
+const std::string kFoundClient = Normal("Found Client " + kClient + "\n");
+
+std::string Found(const std::string& device) {
+    return Normal("Found Device " + device + "\n");
+}
+
+std::string Removed(const std::string& path) {
+    return Red("Removed " + path + "\n");
+}
+
+std::string DeviceLines(const std::vector<std::string>& devices) {
+    return Stars() + Lines(devices) + Stars();
+}
+
+// What `act` prints in a process of its own.
+std::string OutputOf(const std::function<void()>& act, const std::string& input = "") {
+    const auto run = morvane_test::Capture(
+        [&] {
+            act();
+            return 0;
+        },
+        input);
+    EXPECT_EQ(run.status, 0);
+    return run.Output();
+}
+
+void UseBus(const std::string& address) {
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+}
+
+void Say(const char* text) {
+    PROXY_PrintNoPrompt(kNormal, "%s\n", text);
+}
+
+/// The bus with the daemon, for one process.
+struct Bench {
+    explicit Bench(const std::string& instance = "") : daemon(bus.Address(), Options(instance)) {
+        UseBus(bus.Address());
+    }
+
+    simulator::Options Options(const std::string& instance) const {
+        auto options = simulator::Options::Scripted();
+        options.instance = instance;
+        options.directory = directory.Path();
+        return options;
+    }
+
+    std::string File() const { return directory.File("phonebook.vcf"); }
+
+    /// The application's client gets a session with a transfer, whose file goes with it.
+    void OpenSession() {
+        daemon.AddDevice("/dev_1", kAddress, "Phone");
+        std::mutex mutex;
+        if (!obexProxy.Client()->CreateSession(kAddress, MenuLock(mutex)))
+            throw std::runtime_error("no session");
+        daemon.SetPullContent("x");
+        const auto connection = morvane_test::ConnectToBus(bus.Address());
+        const VariantPtr reply(g_dbus_connection_call_sync(
+            connection.get(), daemon.BusName().c_str(), daemon.Sessions().back().c_str(),
+            simulator::kPhonebookInterface, "PullAll",
+            g_variant_new_parsed("('/tmp/phonebook.vcf', @a{sv} {})"), nullptr,
+            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+        obexProxy.Client()->Phonebook()->AllocTransfer(daemon.Transfers().back(), nullptr);
+    }
+
+    morvane_test::TemporaryDirectory directory;
+    morvane_test::PrivateBus bus;
+    simulator::Daemon daemon;
+};
+
+TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
+    const std::string output = OutputOf([] {
+        Bench bench;
+        for (const char* const path : {"/dev_a", "/dev_b", "/dev_c", "/dev_aa"})
+            bench.daemon.AddDevice(path, kAddress, path);
+        for (const char* const path : {"/dev_a", "/dev_b", "/dev_a", "/dev_c", "/dev_aa"})
+            obexProxy.ObjectAdded(path);
+        obexProxy.DeviceList(false);
+        obexProxy.ObjectRemoved("/dev_a");
+        obexProxy.DeviceList(false);
+    });
+    const std::string address = std::string(" ") + kAddress + " | ";
+    EXPECT_EQ(output,
+              Found("/dev_a") + Found("/dev_b") + Found("/dev_a") + Found("/dev_c") +
+                  Found("/dev_aa") +
+                  DeviceLines({address + "/dev_a", address + "/dev_b", address + "/dev_a",
+                               address + "/dev_c", address + "/dev_aa"}) +
+                  Removed("/dev_a") +
+                  DeviceLines({address + "/dev_b", address + "/dev_c", address + "/dev_aa"}));
+}
+
+TEST(RegistryTest, TellsObjectsByTheirPathAlone) {
+    const std::string output = OutputOf([] {
+        for (const char* const path :
+             {"", "/", "dev_", "dev_1", "dev", "dev_/", "/a/dev_", "/a/dev_/b", "/dev", "/DEV_1",
+              "/com/veltrisonix/obex", "com/veltrisonix/obex", "/com/veltrisonix/obex/",
+              "/com/veltrisonix/obex/dev_00_11", "/com/veltrisonix/obex/session0"})
+            obexProxy.ObjectRemoved(path);
+    });
+    EXPECT_EQ(output, Removed("dev_") + Removed("dev_1") + Removed("/a/dev_") +
+                          Removed("/com/veltrisonix/obex") +
+                          Removed("/com/veltrisonix/obex/dev_00_11"));
+}
+
+TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
+    const std::string output = OutputOf([] {
+        Bench bench;
+        obexProxy.ObjectAdded(kClient);
+        bench.OpenSession();
+        const ClientProxyContext* const first = obexProxy.Client();
+        std::string file = bench.File();
+        Say(file.c_str());
+        obexProxy.ObjectAdded(kClient);
+        Say(obexProxy.Client() == first ? "the same" : "another");
+        Say(obexProxy.Client()->Phonebook() == nullptr ? "without session" : "with session");
+        obexProxy.ObjectRemoved(kClient);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+    });
+    const std::size_t file_begin = output.find("/tmp/");
+    ASSERT_NE(file_begin, std::string::npos);
+    const std::string file = output.substr(file_begin, output.find('\n', file_begin) - file_begin);
+    const std::string after = output.substr(output.rfind(kFoundClient));
+    EXPECT_EQ(after, kFoundClient + Normal("Removing: " + file + "\n") +
+                         Lines({"another", "without session"}) + Removed(kClient) +
+                         Lines({"none"}));
+}
+
+// The menu thread is inside the replaced client: it goes before that thread asks again.
+TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
+    const auto act = [] {
+        Bench bench;
+        obexProxy.ObjectAdded(kClient);
+        bench.OpenSession();
+        bench.daemon.Hang("SetUserId");
+        Say("Beginning");
+        std::thread menu_thread([] { obexProxy.MenuThread(); });
+        bench.daemon.AwaitCall("SetUserId", morvane_test::Patience());
+        obexProxy.ObjectAdded(kClient);
+        Say("Replaced");
+        bench.daemon.Release();
+        menu_thread.join();
+        Say(obexProxy.IsRunning() ? "running" : "stopped");
+    };
+    const std::string output = OutputOf(act, "u\nme\n");
+    const std::string beginning = Lines({"Beginning"}) + Banner() + Prompt() + Stars() +
+                                  Normal(" Enter OBEX User Id (Max 20 chars)\n") + Stars() +
+                                  ValuePrompt("/User Id") + kFoundClient + Lines({"Replaced"}) +
+                                  kNormal + "Removing: ";
+    const std::size_t begin = output.find(Lines({"Beginning"}));
+    ASSERT_NE(begin, std::string::npos);
+    EXPECT_EQ(output.substr(begin, beginning.size()), beginning);
+    const std::string end = "phonebook.vcf\n" + (kNormal + Prompt()) + Lines({"stopped"});
+    EXPECT_EQ(output.substr(output.size() - end.size()), end);
+}
+
+TEST(RegistryTest, IsNeverValidUnlessRunning) {
+    const std::string output = OutputOf([] {
+        Bench bench;
+        obexProxy.ObjectAdded(kClient);
+        bench.OpenSession();
+        Say(obexProxy.Client()->IsValid() ? "The session is valid" : "no session");
+        Say(obexProxy.IsClientValid() ? "IsClientValid" : "not running");
+        Say(obexProxy.IsValid() ? "IsValid" : "not running");
+    });
+    const std::string end = Lines({"The session is valid", "not running", "not running"});
+    EXPECT_EQ(output.substr(output.rfind(Lines({"The session is valid"}))), end);
+}
+
+TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
+    const std::string output = OutputOf([] {
+        UseBus("unix:path=/nowhere/bus");
+        obexProxy.ObjectAdded(kClient);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.ObjectAdded("/dev_1");
+        const Bench bench;
+        obexProxy.ObjectAdded("/dev_2");
+        obexProxy.ObjectAdded(kClient);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.DeviceList(false);
+    });
+    const std::string reason = "Could not connect: No such file or directory\n";
+    EXPECT_EQ(output, kFoundClient + Red("Failed to allocate Client proxy. Message: " + reason) +
+                          Lines({"none"}) + Found("/dev_1") +
+                          Red("Failed to allocate Device proxy. Message: " + reason) +
+                          Found("/dev_2") + kFoundClient + Lines({"one"}) +
+                          DeviceLines({" Unknown | Unknown"}));
+}
+
+TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndGoesOn) {
+    const std::string output = OutputOf([] {
+        const Bench bench;
+        const std::string device = "/dev_1";
+        memory_is_exhausted = true;
+        obexProxy.ObjectAdded(kClient);
+        obexProxy.ObjectAdded(device);
+        memory_is_exhausted = false;
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.ObjectAdded(device);
+        obexProxy.DeviceList(false);
+    });
+    const std::string failure = Red("Allocation failed: std::bad_alloc");
+    EXPECT_EQ(output, kFoundClient + failure + Found("/dev_1") + failure + Lines({"none"}) +
+                          Found("/dev_1") + DeviceLines({" Unknown | Unknown"}));
+}
+
+TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
+    const std::string output = OutputOf([] {
+        Bench bench;
+        simulator::Daemon instance(bench.bus.Address(), bench.Options("bench"));
+        bench.daemon.AddDevice("/dev_1", "00:00:00:00:00:01", "Default");
+        instance.AddDevice("/dev_1", "00:00:00:00:00:02", "Instance");
+        const ObexDeviceContext devices[] = {ObexDeviceContext("/dev_1"),
+                                             ObexDeviceContext("", "/dev_1"),
+                                             ObexDeviceContext("com.veltrisonix.bench", "/dev_1")};
+        for (const ObexDeviceContext& device : devices) {
+            device.Display(false, 7);
+            device.Display(true, 7);
+            Say(device.GetAddress().c_str());
+            Say(device.GetPathName().c_str());
+        }
+    });
+    const std::string on_default =
+        Lines({" 00:00:00:00:00:01 | Default", " 7) 00:00:00:00:00:01 | Default",
+               "00:00:00:00:00:01", "/dev_1"});
+    const std::string on_instance =
+        Lines({" 00:00:00:00:00:02 | Instance", " 7) 00:00:00:00:00:02 | Instance",
+               "00:00:00:00:00:02", "/dev_1"});
+    EXPECT_EQ(output, on_default + on_default + on_instance);
+}
+
+TEST(DeviceContextTest, HasNoAddressWithoutADaemon) {
+    const std::string output = OutputOf([] {
+        const morvane_test::PrivateBus bus;
+        UseBus(bus.Address());
+        const ObexDeviceContext device("/dev_1");
+        try {
+            Say(device.GetAddress().c_str());
+        } catch (const std::logic_error&) {
+            Say("logic error");
+        }
+    });
+    EXPECT_EQ(output, Lines({"logic error"}));
+}
+
+// The flag may have been set and cleared before the main thread looks.
+TEST(StartHandshakeTest, EndsWhenTheMenuThreadWasStoppedAtOnce) {
+    const std::string output = OutputOf([] {
+        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
+        std::thread menu_thread([] { obexProxy.MenuThread(); });
+        while (!obexProxy.IsRunning()) std::this_thread::yield();
+        obexProxy.StopThreads();
+        obexProxy.AwaitMenuThread(start_lock);
+        Say("started");
+        menu_thread.join();
+    });
+    EXPECT_EQ(output, Lines({"started"}) + Banner());
+}
+
+TEST(StartHandshakeTest, EndsWhenTheMenuThreadHasRunAlready) {
+    const std::string output = OutputOf([] {
+        std::thread([] { obexProxy.MenuThread(); }).join();
+        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
+        obexProxy.AwaitMenuThread(start_lock);
+        Say(obexProxy.IsRunning() ? "running" : "stopped");
+    });
+    EXPECT_EQ(output, Banner() + Prompt() + Lines({"stopped"}));
+}
+
+TEST(StartHandshakeTest, WaitsForTheMenuThread) {
+    const std::string output = OutputOf([] {
+        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
+        Say(obexProxy.IsRunning() ? "running" : "not yet");
+        std::thread menu_thread([] { obexProxy.MenuThread(); });
+        obexProxy.AwaitMenuThread(start_lock);
+        Say(obexProxy.IsRunning() ? "running" : "not yet");
+        menu_thread.join();
+    });
+    EXPECT_EQ(output, Lines({"not yet", "running"}) + Banner() + Prompt());
+}
+
+}  // namespace
+}  // namespace morvane

@@ -1,0 +1,337 @@
+#include "support/conversation_test.h"
+
+#include "support/bus_monitor.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace morvane_test {
+namespace {
+
+using simulator::kAnyPath;
+using simulator::kPhonebookInterface;
+using simulator::kSessionInterface;
+
+constexpr char kMenu[] = "/Phonebook Menu";
+constexpr char kTransferMenu[] = "/Transfer Menu";
+constexpr char kTarget[] = "0000112f-0000-1000-8000-00805f9b34fb";
+
+const std::string kClientGone = Red("Client Proxy is invalid\n") + Prompt();
+const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n") + Prompt();
+
+// What a simulated session is like unless a test changes it.
+std::string UsualProperties() {
+    return Lines({"Session Connected", "Source Address: 02:00:5E:00:00:01",
+                  std::string("Destination Address: ") + kPhoneAddress,
+                  std::string("Target UUID: ") + kTarget, "Channel: 19",
+                  "Fixed Image Size: Supported"});
+}
+
+// A session of which nothing is known.
+std::string UnknownProperties() {
+    return Lines({"Session Disconnected", "Source Address: Unknown", "Destination Address: Unknown",
+                  "Target UUID: Unknown", "Channel: 0", "Fixed Image Size: Not Supported"});
+}
+
+class SessionTest : public ConversationTest {
+  protected:
+    // At the main prompt, up to the moment in which the session's properties are printed.
+    void Connect(Here here = Here::Now()) {
+        Type("c", here);
+        Await(ValuePrompt("/Select Device"), here);
+        Type("0", here);
+    }
+
+    void OverrideEverywhere(const char* interface, const char* property, const char* value) {
+        daemon().OverrideProperty(kAnyPath, interface, property, Value(value));
+    }
+
+    // Leads to the transfer menu; the transfer has ended and is silent from now on.
+    void HoldTransfer(Here here = Here::Now()) {
+        OpenSession(0, here);
+        SelectPhonebook(0, 0, here);
+        PullAll("BEGIN:VCARD", here);
+        daemon().AbortTransfer(Transfer());
+        Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"), here);
+        ASSERT_TRUE(std::filesystem::exists(PulledPhonebook()));
+    }
+
+    std::string Removing() const { return "Removing: " + PulledPhonebook() + "\n"; }
+    bool FileIsThere() const { return std::filesystem::exists(PulledPhonebook()); }
+};
+
+TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
+    Start();
+    Connect();
+    Expect(UsualProperties() + Prompt(kMenu));
+    Type("x");
+    Expect(Prompt());
+
+    OverrideEverywhere(kSessionInterface, "Source", "'source %s%n'");
+    OverrideEverywhere(kSessionInterface, "Destination", "''");
+    OverrideEverywhere(kSessionInterface, "Target", "'target'");
+    OverrideEverywhere(kSessionInterface, "Channel", "uint16 65535");
+    OverrideEverywhere(kPhonebookInterface, "FixedImageSize", "false");
+    Connect();
+    Expect(Lines({"Session Connected", "Source Address: source %s%n", "Destination Address: ",
+                  "Target UUID: target", "Channel: 65535", "Fixed Image Size: Not Supported"}) +
+           Prompt(kMenu));
+}
+
+TEST_F(SessionTest, NamesAbsentPropertiesUnknown) {
+    Start();
+    for (const char* const property : {"Source", "Destination", "Target", "Channel"})
+        daemon().HideProperty(kAnyPath, kSessionInterface, property);
+    daemon().HideProperty(kAnyPath, kPhonebookInterface, "FixedImageSize");
+    Connect();
+    Expect(Lines({"Session Connected", "Source Address: Unknown", "Destination Address: Unknown",
+                  "Target UUID: Unknown", "Channel: 0", "Fixed Image Size: Not Supported"}) +
+           Prompt(kMenu));
+}
+
+TEST_F(SessionTest, TreatsPropertiesOfAnotherTypeAsAbsent) {
+    Start();
+    console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
+    OverrideEverywhere(kSessionInterface, "Source", "uint32 7");
+    OverrideEverywhere(kSessionInterface, "Destination", "['a', 'b']");
+    OverrideEverywhere(kSessionInterface, "Target", "objectpath '/target'");
+    OverrideEverywhere(kSessionInterface, "Channel", "'19'");
+    OverrideEverywhere(kSessionInterface, "ConnectionState", "uint32 5");
+    OverrideEverywhere(kPhonebookInterface, "FixedImageSize", "1");
+    Connect();
+    Expect(UnknownProperties() + kClientGone);
+}
+
+TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
+    Start();
+    for (const char* const state : {"byte 0", "byte 4", "byte 6", "byte 255"}) {
+        OverrideEverywhere(kSessionInterface, "ConnectionState", state);
+        Connect();
+        Expect(Normal("Session Disconnected\n"));
+        Await(Normal("Fixed Image Size: Supported\n"));
+        Expect(kClientGone);
+    }
+    EXPECT_EQ(CountCalls("RemoveSession"), 4U);
+    daemon().HideProperty(kAnyPath, kSessionInterface, "ConnectionState");
+    Connect();
+    Expect(Normal("Session Disconnected\n"));
+    Await(kClientGone);
+}
+
+TEST_F(SessionTest, IsCreatedForThePhonebookServerAndRemovedByItsPath) {
+    OpenSession();
+    ExpectCall("com.veltrisonix.obex.Client1.CreateSession",
+               "('00:1B:DC:07:31:9A', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
+    const std::string session = Session();
+    Type("x");
+    Expect(Prompt());
+    ExpectCall("com.veltrisonix.obex.Client1.RemoveSession", "(objectpath '" + session + "',)");
+    for (const simulator::Call& call : daemon().Calls())
+        EXPECT_EQ(call.path, simulator::kClientPath) << simulator::Describe(call);
+    EXPECT_EQ(daemon().Calls().size(), 2U);
+}
+
+TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
+    Start();
+    daemon().Reply("CreateSession", Value("(objectpath '/elsewhere',)"));
+    Connect();
+    Expect(UnknownProperties() + Red("Client Proxy is invalid\n") +
+           Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
+               "No such session: /elsewhere\n") +
+           Prompt());
+    ExpectCall("RemoveSession", "(objectpath '/elsewhere',)");
+}
+
+TEST_F(SessionTest, BelongsToTheInstance) {
+    simulator::Options options = simulator::Options::Scripted();
+    options.instance = "bench";
+    StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    ConsoleOptions console_options;
+    console_options.arguments = {"-bus:bench"};
+    Start(console_options);
+    Connect();
+    Expect(UsualProperties() + Prompt(kMenu));
+    SelectPhonebook();
+}
+
+TEST_F(SessionTest, SaysNothingOfALostConnectionUntilTheNextKey) {
+    OpenSession();
+    SelectPhonebook();
+    daemon().SetConnectionState(Session(), 4);
+    ExpectQuiet(kMenu);
+    Type("g");
+    Expect(kClientGone);
+    EXPECT_EQ(CountCalls("GetSize"), 0U);
+    ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
+}
+
+TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
+    OpenSession();
+    daemon().SetConnectionState(Session(), 0);
+    daemon().SetConnectionState(Session(), 5);
+    ExpectQuiet(kMenu);
+    Type("u");
+    Expect(Normal("Counters updated\n") + Prompt(kMenu));
+    daemon().Invalidate(Session(), kSessionInterface, "ConnectionState");
+    ExpectQuiet(kMenu);
+    Type("u");
+    Expect(kClientGone);
+}
+
+TEST_F(SessionTest, StartsWithoutSelectionEachTime) {
+    OpenSession();
+    Type("g");
+    Expect(Red("No Phonebook selected\n") + Prompt(kMenu));
+    SelectPhonebook();
+    Type("x");
+    Expect(Prompt());
+    OpenSession();
+    Type("g");
+    Expect(Red("No Phonebook selected\n") + Prompt(kMenu));
+}
+
+TEST_F(SessionTest, DeletesTheHeldFileWhenItIsRemoved) {
+    HoldTransfer();
+    daemon().SetConnectionState(Session(), 0);
+    ExpectQuiet(kTransferMenu);
+    Type("s");
+    Expect(Red("Phonebook Access Proxy is invalid\n") + Normal(Removing()) + Prompt());
+    EXPECT_FALSE(FileIsThere());
+}
+
+TEST_F(SessionTest, DeletesTheHeldFileWhenTheClientGoes) {
+    HoldTransfer();
+    daemon().RemoveClient();
+    Expect(Notice(kTransferMenu, Removing()) +
+           Notice(kTransferMenu, "Removed /com/veltrisonix/obex\n", kRedSequence));
+    EXPECT_FALSE(FileIsThere());
+    Type("s");
+    Expect(kPhonebookGone);
+    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
+}
+
+TEST_F(SessionTest, DeletesTheHeldFileWhenTheDaemonDies) {
+    HoldTransfer();
+    daemon().Crash();
+    AwaitAll({Removing(), "Removed /com/veltrisonix/obex\n",
+              std::string("Removed ") + kPhonePath + "\n"});
+    EXPECT_FALSE(FileIsThere());
+    Type("s");
+    Await(kPhonebookGone);
+    EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
+}
+
+TEST_F(SessionTest, KeepsTheHeldFileUntilItIsReplaced) {
+    HoldTransfer();
+    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "not now", 1);
+    daemon().SetConnectionState(Session(), 0);
+    ExpectQuiet(kTransferMenu);
+    Type("s");
+    Expect(Red("Phonebook Access Proxy is invalid\n") +
+           Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: not now\n") +
+           Prompt());
+    EXPECT_TRUE(FileIsThere());
+    Connect();
+    Expect(UsualProperties() + Normal(Removing()) + Prompt(kMenu));
+    EXPECT_FALSE(FileIsThere());
+}
+
+// Whatever still listened for the session would report that its properties are gone.
+TEST_F(SessionTest, LeavesNothingBehindThatHearsTheDaemonGo) {
+    OpenSession();
+    const std::string session = Session();
+    Type("x");
+    Expect(Prompt());
+    daemon().Notify(session, kSessionInterface, "Source", Value("'nobody hears this'"));
+    ExpectQuiet();
+    daemon().Crash();
+    AwaitAll({"Removed /com/veltrisonix/obex\n", std::string("Removed ") + kPhonePath + "\n"});
+    daemon().ReturnToBus();
+    AwaitAll({"Found Client /com/veltrisonix/obex\n", std::string("Found Device ") + kPhonePath});
+    EXPECT_EQ(console().Output().find("Attribute Received"), std::string::npos);
+    EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
+}
+
+// A bus that, from a moment on, lets nobody make a proxy.
+class UnreachableObjectTest : public SessionTest {
+  protected:
+    void RefuseProxies() {
+        const std::string address = bus().Address();
+        const std::size_t path = address.find('/');
+        const std::filesystem::path socket = address.substr(path, address.find(',') - path);
+        Deny(socket.parent_path() / "bus.conf");
+        const auto connection = ConnectToBus(address);
+        const morvane::VariantPtr reply(g_dbus_connection_call_sync(
+            connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+            "org.freedesktop.DBus", "ReloadConfig", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+            nullptr, nullptr));
+        ASSERT_NE(reply, nullptr);
+    }
+
+    void ExpectFailure(const std::string& kind, const std::string& prompt,
+                       Here here = Here::Now()) {
+        Expect(kRedSequence +
+                   ("Failed to allocate " + kind +
+                    " proxy. Message: Error calling StartServiceByName for com.veltrisonix: "
+                    "Rejected send message"),
+               here);
+        Await(std::string("\n") + kResetSequence, here);
+        Expect(prompt, here);
+    }
+
+  private:
+    static void Deny(const std::filesystem::path& configuration) {
+        std::ifstream file(configuration);
+        std::string text(std::istreambuf_iterator<char>(file), {});
+        text.insert(text.rfind("</busconfig>"),
+                    "<policy context=\"default\"><deny send_destination=\"org.freedesktop.DBus\" "
+                    "send_interface=\"org.freedesktop.DBus\" "
+                    "send_member=\"StartServiceByName\"/></policy>");
+        std::ofstream(configuration) << text;
+    }
+};
+
+TEST_F(UnreachableObjectTest, PhonebookIsReportedByTheMainMenu) {
+    Start();
+    RefuseProxies();
+    Connect();
+    ExpectFailure("Phonebook", Prompt());
+    // The daemon's session is still there to be removed.
+    Type("r");
+    Expect(Prompt());
+    ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
+}
+
+TEST_F(UnreachableObjectTest, SessionIsReportedByTheMainMenu) {
+    Start();
+    BusMonitor monitor(bus().Address(), "GetAll");
+    daemon().Hang("GetAll", 1);
+    Connect();
+    monitor.AwaitCall();
+    RefuseProxies();
+    daemon().Release();
+    ExpectFailure("Session", Prompt());
+}
+
+TEST_F(UnreachableObjectTest, TransferIsReportedByThePhonebookMenu) {
+    OpenSession();
+    SelectPhonebook();
+    RefuseProxies();
+    daemon().SetPullContent("BEGIN:VCARD");
+    Type("a");
+    Await(Prompt("/Filter Menu"));
+    Type("d");
+    ExpectFailure("Transfer", Prompt(kMenu));
+    Type("p");
+    Await(ValuePrompt("/vCard Handle"));
+    Type("1");
+    Await(Prompt("/Filter Menu"));
+    Type("d");
+    ExpectFailure("Transfer", Prompt(kMenu));
+    Type("u");
+    Expect(Normal("Counters updated\n") + Prompt(kMenu));
+}
+
+}  // namespace
+}  // namespace morvane_test

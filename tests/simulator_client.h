@@ -1,0 +1,184 @@
+#pragma once
+
+#include "interfaces/glib_ptr.h"
+#include "simulator/daemon.h"
+#include "support/private_bus.h"
+#include "support/temporary_directory.h"
+
+#include <gio/gio.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// Speaks to a daemon as a client would, in the text forms of GVariant. Used in one thread.
+class TestClient {
+  public:
+    explicit TestClient(const std::string& bus_address) {
+        morvane::ErrorPtr error;
+        constexpr auto kFlags =
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        connection_.reset(g_dbus_connection_new_for_address_sync(
+            bus_address.c_str(), kFlags, nullptr, nullptr, morvane::Out(error)));
+        if (!connection_) throw std::runtime_error(error->message);
+        subscription_ = g_dbus_connection_signal_subscribe(
+            connection_.get(), nullptr, nullptr, nullptr, nullptr, nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE, Remember, this, nullptr);
+        Ping();  // once it is answered, the bus knows of the subscription
+    }
+    ~TestClient() { g_dbus_connection_signal_unsubscribe(connection_.get(), subscription_); }
+    TestClient(const TestClient&) = delete;
+    TestClient& operator=(const TestClient&) = delete;
+
+    /// The reply's tuple, or "error.Name: message". `method` lacks "com.veltrisonix." unless it
+    /// begins with "org.".
+    std::string Call(const std::string& path, const std::string& method,
+                     const std::string& arguments = "()",
+                     const std::string& bus_name = "com.veltrisonix") {
+        const std::string full =
+            method.rfind("org.", 0) == 0 ? method : "com.veltrisonix." + method;
+        const std::size_t dot = full.rfind('.');
+        morvane::ErrorPtr error;
+        GVariant* body = g_variant_new_parsed(arguments.c_str());
+        const morvane::VariantPtr reply(g_dbus_connection_call_sync(
+            connection_.get(), bus_name.c_str(), path.c_str(), full.substr(0, dot).c_str(),
+            full.substr(dot + 1).c_str(), body, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
+            morvane::Out(error)));
+        return reply ? Print(reply.get()) : Explain(*error);
+    }
+
+    /// All properties of an interface, or one.
+    std::string GetAll(const std::string& path, const std::string& interface) {
+        return Call(path, "org.freedesktop.DBus.Properties.GetAll",
+                    "('com.veltrisonix." + interface + "',)");
+    }
+    std::string Get(const std::string& path, const std::string& interface,
+                    const std::string& name) {
+        return Call(path, "org.freedesktop.DBus.Properties.Get",
+                    "('com.veltrisonix." + interface + "', '" + name + "')");
+    }
+
+    /// The signals that came since the last time, each "/path Member(body)". All that the daemon
+    /// sent before are among them.
+    std::vector<std::string> TakeSignals() {
+        Ping();
+        while (g_main_context_pending(nullptr) != FALSE) {
+            g_main_context_iteration(nullptr, FALSE);
+        }
+        std::vector<std::string> taken;
+        taken.swap(signals_);
+        return taken;
+    }
+
+    /// Waits for a signal, which comes with those before it out of what `TakeSignals` gives.
+    void AwaitSignal(const std::string& signal) {
+        for (;;) {
+            while (!signals_.empty()) {
+                const std::string next = signals_.front();
+                signals_.erase(signals_.begin());
+                if (next == signal) return;
+            }
+            g_main_context_iteration(nullptr, TRUE);  // the test's own time limit ends a vain wait
+        }
+    }
+
+  private:
+    void Ping() { Call("/", "org.freedesktop.DBus.Peer.Ping", "()", "org.freedesktop.DBus"); }
+
+    static std::string Print(GVariant* value) {
+        return morvane::TextPtr(g_variant_print(value, TRUE)).get();
+    }
+
+    static std::string Explain(GError& error) {
+        const morvane::TextPtr name(g_dbus_error_get_remote_error(&error));
+        g_dbus_error_strip_remote_error(&error);
+        return std::string(name ? name.get() : "") + ": " + error.message;
+    }
+
+    static void Remember(GDBusConnection*, const gchar*, const gchar* path, const gchar* interface,
+                         const gchar* member, GVariant* body, gpointer self) {
+        if (std::string(interface) == "org.freedesktop.DBus") return;
+        static_cast<TestClient*>(self)->signals_.push_back(std::string(path) + " " + member +
+                                                           Print(body));
+    }
+
+    morvane::GlibPtr<GDBusConnection> connection_;
+    guint subscription_ = 0;
+    std::vector<std::string> signals_;
+};
+
+/// A daemon on a bus of its own, with a directory for what is pulled.
+class SimulatorTest : public testing::Test {
+  protected:
+    static constexpr char kPhone[] = "02:00:5E:10:00:01";
+    static constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01";
+    static constexpr char kSession[] = "/com/veltrisonix/obex/client/session0";
+    static constexpr char kTransfer[] = "/com/veltrisonix/obex/client/session0/transfer0";
+
+    /// The behaviour of a daemon for which nothing was asked but that it answers at once.
+    static Options Quick() {
+        Options options;
+        options.announce_delay = std::chrono::milliseconds(0);
+        options.start_delay = std::chrono::milliseconds(0);
+        options.rate = 0;
+        return options;
+    }
+    /// One phone, and nothing moves by itself.
+    static Options ByHand() {
+        Options options = Options::Scripted();
+        options.phones = 1;
+        return options;
+    }
+
+    void Start(Options options) {
+        options.directory = directory_.Path();
+        daemon_.emplace(bus_.Address(), options);
+        client_.emplace(bus_.Address());
+    }
+    std::string CreateSession(const std::string& address = kPhone) {
+        return client_->Call(
+            kClientPath, "obex.Client1.CreateSession",
+            "('" + address + "', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
+    }
+    /// A method of the phone book interface of the first session.
+    std::string Access(const std::string& method, const std::string& arguments = "()") {
+        return client_->Call(kSession, "obex.PhonebookAccess1." + method, arguments);
+    }
+    /// Starts, and selects the phone's own phone book in a first session.
+    void StartSelected(const Options& options) {
+        Start(options);
+        CreateSession();
+        Access("Select", "('int', 'pb')");
+        client_->TakeSignals();
+    }
+    std::string ReadFile(const std::string& name) const {
+        std::ifstream file(directory_.File(name), std::ios::binary);
+        std::ostringstream content;
+        content << file.rdbuf();
+        return content.str();
+    }
+
+    /// "/path PropertiesChanged('com.veltrisonix.<interface>', {<changes>}, @as [])"
+    static std::string Changed(const std::string& path, const std::string& interface,
+                               const std::string& changes) {
+        return path + " PropertiesChanged('com.veltrisonix." + interface + "', {" + changes +
+               "}, @as [])";
+    }
+
+    TestClient& client() { return *client_; }
+    Daemon& daemon() { return *daemon_; }
+
+    morvane_test::TemporaryDirectory directory_;
+    morvane_test::PrivateBus bus_;
+    std::optional<Daemon> daemon_;
+    std::optional<TestClient> client_;
+};
+
+}  // namespace simulator

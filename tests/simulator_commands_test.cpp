@@ -1,0 +1,190 @@
+#include "simulator/command_line.h"
+#include "simulator/commands.h"
+#include "simulator_client.h"
+
+namespace simulator {
+namespace {
+
+using std::string;
+using Signals = std::vector<string>;
+
+string FailureOf(std::vector<string> arguments) {
+    arguments.insert(arguments.begin(), "morvane-simulator");
+    try {
+        ParseCommandLine(arguments);
+    } catch (const std::runtime_error& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+TEST(SimulatorCommandLine, DefaultsAreThoseOfTheOptions) {
+    const CommandLine line = ParseCommandLine({"morvane-simulator"});
+    const Options defaults;
+    EXPECT_EQ(line.options.phones, defaults.phones);
+    EXPECT_EQ(line.options.contacts, defaults.contacts);
+    EXPECT_EQ(line.options.seed, defaults.seed);
+    EXPECT_EQ(line.options.rate, defaults.rate);
+    EXPECT_EQ(line.options.start_delay, defaults.start_delay);
+    EXPECT_EQ(line.options.announce_delay, defaults.announce_delay);
+    EXPECT_EQ(line.options.connection_state, defaults.connection_state);
+    EXPECT_EQ(line.options.user_id, defaults.user_id);
+    EXPECT_EQ(line.options.pace, defaults.pace);
+    EXPECT_TRUE(line.options.announce);
+    EXPECT_FALSE(line.show_version);
+    EXPECT_TRUE(line.commands.empty());
+}
+
+TEST(SimulatorCommandLine, ReadsItsOptions) {
+    const CommandLine line = ParseCommandLine(
+        {"morvane-simulator", "--phones=1", "--contacts", "7", "--seed=9", "--rate=0", "--by-hand",
+         "--late-size", "--silent", "--directory=/", "--instance=two", "--user-id=Jörg",
+         "--password=p", "--state=3", "--do", "content é", "--do", "come-back"});
+    EXPECT_EQ(line.options.phones, 1U);
+    EXPECT_EQ(line.options.contacts, 7U);
+    EXPECT_EQ(line.options.seed, 9U);
+    EXPECT_EQ(line.options.rate, 0U);
+    EXPECT_EQ(line.options.pace, TransferPace::kByHand);
+    EXPECT_FALSE(line.options.size_in_reply);
+    EXPECT_FALSE(line.options.announce);
+    EXPECT_EQ(line.options.directory, "/");
+    EXPECT_EQ(line.options.instance, "two");
+    EXPECT_EQ(line.options.user_id, "Jörg");
+    EXPECT_EQ(line.options.password, "p");
+    EXPECT_EQ(line.options.connection_state, 3);
+    EXPECT_EQ(line.commands, (Signals{"content é", "come-back"}));
+}
+
+TEST(SimulatorCommandLine, RefusesWhatItDoesNotKnow) {
+    EXPECT_EQ(FailureOf({"--colour"}), "Unknown option --colour");
+    EXPECT_EQ(FailureOf({"stray"}), "Unexpected argument stray");
+    EXPECT_EQ(FailureOf({"--phones=100"}), "--phones takes a number from 0 to 99");
+    EXPECT_EQ(FailureOf({"--phones=-1"}), "--phones takes a number from 0 to 99");
+    EXPECT_NE(FailureOf({"--phones=many"}), "");
+    EXPECT_EQ(FailureOf({"--user-id=J\xf6rg"}), "An argument is not in UTF-8");
+    EXPECT_EQ(FailureOf({"--directory=/nonexistent"}),
+              "--directory: no such directory: /nonexistent");
+}
+
+class SimulatorCommands : public SimulatorTest {
+  protected:
+    void SetUp() override {
+        StartSelected(ByHand());
+        commands_.emplace(daemon());
+    }
+    string Execute(const string& line) { return commands_->Execute(line); }
+    string ComplaintAbout(const string& line) {
+        try {
+            Execute(line);
+        } catch (const std::exception& failure) {
+            return failure.what();
+        }
+        return {};
+    }
+
+    std::optional<Commands> commands_;
+};
+
+TEST_F(SimulatorCommands, EmptyLinesAndRemarksDoNothing) {
+    EXPECT_EQ(Execute(""), "");
+    EXPECT_EQ(Execute("   "), "");
+    EXPECT_EQ(Execute("# crash"), "");
+    EXPECT_EQ(daemon().Sessions().size(), 1U);
+}
+
+TEST_F(SimulatorCommands, HelpNamesEveryCommand) {
+    const string help = Execute("help");
+    for (const char* name :
+         {"help ", "phones ", "refuse METHOD ERROR MESSAGE ", "flood ", "quit "}) {
+        EXPECT_NE(("\n" + help).find("\n" + string(name)), string::npos) << name;
+    }
+}
+
+TEST_F(SimulatorCommands, ComplainInOneLine) {
+    EXPECT_EQ(ComplaintAbout("dance"), "Unknown command: dance (try help)");
+    EXPECT_EQ(ComplaintAbout("refuse GetSize"), "Usage: refuse METHOD ERROR MESSAGE");
+    EXPECT_EQ(ComplaintAbout("leave now"), "Usage: leave ");
+    EXPECT_EQ(ComplaintAbout("stall maybe"), "Neither on nor off: maybe");
+    EXPECT_EQ(ComplaintAbout("advance /a -1"), "Not a number from 0 to 18446744073709551615: -1");
+    EXPECT_EQ(ComplaintAbout("state " + string(kSession) + " 256"),
+              "Not a number from 0 to 255: 256");
+    EXPECT_EQ(ComplaintAbout("reply GetSize ((").find("Not a value: (( ("), 0U);
+    EXPECT_EQ(ComplaintAbout("add /a/dev_1 00 J\xf6rg"), "The command is not in UTF-8");
+    EXPECT_EQ(ComplaintAbout("remove /nowhere"), "No such device: /nowhere");
+}
+
+TEST_F(SimulatorCommands, TextKeepsItsBlanks) {
+    Execute("refuse GetSize com.veltrisonix.Error.Failed The phone  is busy");
+    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: The phone  is busy");
+    Execute("clear-faults");
+    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
+}
+
+TEST_F(SimulatorCommands, ReplyAndProperties) {
+    Execute("reply GetSize ('a', uint32 1)");
+    EXPECT_EQ(Access("GetSize"), "('a', uint32 1)");
+    Execute("override * com.veltrisonix.obex.Session1 Root 'a b'");
+    EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'a b'>,)");
+    Execute("hide * com.veltrisonix.obex.Session1 Root");
+    EXPECT_NE(client().Get(kSession, "obex.Session1", "Root").find("No such"), string::npos);
+    Execute("clear-property-faults");
+    EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'/'>,)");
+}
+
+TEST_F(SimulatorCommands, Notifications) {
+    Execute("notify /a com.veltrisonix.Device1 Alias 'x y'");
+    Execute("flood /a com.veltrisonix.Device1 RSSI 3 int16 5");
+    Execute("invalidate /a com.veltrisonix.Device1 Alias");
+    const string rssi = Changed("/a", "Device1", "'RSSI': <int16 5>");
+    const Signals signals = client().TakeSignals();
+    ASSERT_EQ(signals.size(), 5U);
+    EXPECT_EQ(signals[0], Changed("/a", "Device1", "'Alias': <'x y'>"));
+    EXPECT_EQ(signals[3], rssi);
+    EXPECT_EQ(signals[4], "/a PropertiesChanged('com.veltrisonix.Device1', @a{sv} {}, ['Alias'])");
+}
+
+TEST_F(SimulatorCommands, PhonesAndDevices) {
+    EXPECT_EQ(Execute("phones"), string(kPhonePath) + "  " + kPhone + "  Aster\n");
+    Execute("remove " + string(kPhone));
+    EXPECT_EQ(Execute("phones"), string(kPhonePath) + "  " + kPhone + "  Aster  (out of reach)\n");
+    Execute("return " + string(kPhone));
+    Execute("add /x/dev_1 00:00:00:00:00:01 My second phone");
+    EXPECT_EQ(client().Get("/x/dev_1", "Device1", "Alias"), "(<'My second phone'>,)");
+}
+
+TEST_F(SimulatorCommands, SessionsAndTransfers) {
+    EXPECT_EQ(Execute("sessions"), string(kSession) + "\n");
+    Execute("content 0123456789");
+    Access("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
+    EXPECT_EQ(Execute("transfers"), string(kTransfer) + "\n");
+    Execute("advance " + string(kTransfer) + " 3");
+    EXPECT_EQ(ReadFile("phonebook.vcf"), "012");
+    Execute("complete " + string(kTransfer));
+    EXPECT_EQ(ReadFile("phonebook.vcf"), "0123456789");
+    Execute("close " + string(kSession));
+    EXPECT_EQ(Execute("sessions"), "");
+}
+
+TEST_F(SimulatorCommands, NewsOnThePhone) {
+    Execute("add-contact " + string(kPhone) + " +12025550001 Ann Doe");
+    EXPECT_EQ(Access("Search", "('name', 'ann doe', @a{sv} {})"), "([('1A.vcf', 'Doe;Ann')],)");
+    Access("Select", "('int', 'mch')");
+    Execute("miss-call " + string(kPhone) + " +12025550001");
+    EXPECT_EQ(Access("List", "(@a{sv} {'MaxCount': <uint16 1>},)"), "([('1.vcf', 'Doe;Ann')],)");
+}
+
+TEST_F(SimulatorCommands, CallsAreListed) {
+    Execute("forget-calls");
+    Access("GetSize");
+    EXPECT_EQ(Execute("calls"),
+              string(kSession) + " com.veltrisonix.obex.PhonebookAccess1.GetSize()\n");
+}
+
+TEST_F(SimulatorCommands, QuitIsAWish) {
+    EXPECT_FALSE(commands_->IsQuitting());
+    Execute("quit");
+    EXPECT_TRUE(commands_->IsQuitting());
+}
+
+}  // namespace
+}  // namespace simulator

@@ -1,0 +1,149 @@
+#include "simulator/phone.h"
+#include "simulator/selection.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+namespace simulator {
+namespace {
+
+using std::string;
+
+string Contents(const Phone& phone, const string& location, const string& phonebook) {
+    string text;
+    for (const Entry* entry : SelectEntries(*phone.Find(location, phonebook), Filters())) {
+        text += HandleName(*entry) + "\n" + WriteVcard(entry->card, VcardFormat::kVcard30);
+    }
+    return text;
+}
+
+std::size_t CountWith(const Phone& phone, Field field) {
+    const Phonebook& book = *phone.Find("int", "pb");
+    return static_cast<std::size_t>(std::count_if(
+        book.begin(), book.end(), [field](const Entry& entry) { return entry.card.Has(field); }));
+}
+
+string TimeOf(const Entry& entry) {
+    return entry.card.Text(Field::kCallDatetime);
+}
+
+class SimulatedPhone : public testing::Test {
+  protected:
+    Phone phone_{"Aster", 1, 25};
+};
+
+TEST_F(SimulatedPhone, IsMadeFromItsSeed) {
+    const Phone same("Aster", 1, 25);
+    const Phone other("Aster", 2, 25);
+    for (const char* phonebook : {"pb", "cch", "spd", "fav"}) {
+        EXPECT_EQ(Contents(phone_, "int", phonebook), Contents(same, "int", phonebook));
+        EXPECT_NE(Contents(phone_, "int", phonebook), Contents(other, "int", phonebook));
+    }
+    EXPECT_EQ(phone_.DatabaseIdentifier(), same.DatabaseIdentifier());
+}
+
+TEST_F(SimulatedPhone, HasItsPhoneBooks) {
+    for (const char* location : {"int", "sim1", "sim2"}) {
+        for (const char* phonebook : {"pb", "cch", "ich", "och", "mch"}) {
+            ASSERT_NE(phone_.Find(location, phonebook), nullptr) << location << phonebook;
+            EXPECT_FALSE(phone_.Find(location, phonebook)->empty()) << location << phonebook;
+        }
+        for (const char* phonebook : {"spd", "fav"}) {
+            EXPECT_EQ(phone_.Find(location, phonebook) != nullptr, string(location) == "int");
+        }
+    }
+    EXPECT_EQ(phone_.Find("int", "xyz"), nullptr);
+    EXPECT_EQ(phone_.Find("sim3", "pb"), nullptr);
+}
+
+TEST_F(SimulatedPhone, HasItsContactsBehindTheOwnersCard) {
+    const Phonebook& book = *phone_.Find("int", "pb");
+    ASSERT_EQ(book.size(), 26U);
+    for (std::uint32_t handle = 0; handle <= 25; ++handle) {
+        EXPECT_EQ(book[handle].handle, handle);
+    }
+    EXPECT_EQ(book[0].card.ListingName(), "Owner;Aster");
+}
+
+TEST_F(SimulatedPhone, HasSomethingForEverySelector) {
+    for (const Field field : {Field::kPhoto, Field::kAdr, Field::kEmail, Field::kBday, Field::kOrg,
+                              Field::kNote, Field::kTitle}) {
+        EXPECT_GT(CountWith(phone_, field), 0U) << FieldName(field);
+        EXPECT_LT(CountWith(phone_, field), 26U) << FieldName(field);
+    }
+    EXPECT_EQ(CountWith(phone_, Field::kBtUid), 26U);
+}
+
+TEST_F(SimulatedPhone, HasUniqueIdsOfThirtyTwoDigits) {
+    std::set<string> ids;
+    for (const Entry& entry : *phone_.Find("int", "pb")) {
+        ids.insert(entry.card.Text(Field::kBtUid));
+        EXPECT_EQ(entry.card.Text(Field::kBtUid).size(), 32U);
+    }
+    EXPECT_EQ(ids.size(), 26U);
+}
+
+TEST_F(SimulatedPhone, KeepsCallsLatestFirst) {
+    const Phonebook& calls = *phone_.Find("int", "cch");
+    EXPECT_EQ(calls.front().handle, 1U);
+    EXPECT_EQ(TimeOf(calls.front()), "20240101T100000");
+    EXPECT_TRUE(std::is_sorted(calls.begin(), calls.end(), [](const Entry& a, const Entry& b) {
+        return TimeOf(a) > TimeOf(b);
+    }));
+}
+
+TEST_F(SimulatedPhone, SplitsTheCombinedHistory) {
+    std::size_t parts = 0;
+    for (const char* phonebook : {"ich", "och", "mch"}) {
+        parts += phone_.Find("int", phonebook)->size();
+    }
+    EXPECT_EQ(phone_.Find("int", "cch")->size(), parts);
+}
+
+TEST_F(SimulatedPhone, MissesACall) {
+    const std::size_t before = phone_.Find("int", "mch")->size();
+    const std::uint8_t missed = phone_.NewMissedCalls();
+    phone_.MissCall("+12025550000");
+    const Phonebook& calls = *phone_.Find("int", "mch");
+    EXPECT_EQ(calls.size(), before + 1);
+    EXPECT_EQ(calls.front().handle, 1U);
+    EXPECT_EQ(calls.front().card.Text(Field::kTel), "+12025550000");
+    EXPECT_EQ(calls.back().handle, before + 1);
+    EXPECT_EQ(phone_.Find("int", "cch")->front().card.Text(Field::kTel), "+12025550000");
+    EXPECT_EQ(phone_.NewMissedCalls(), missed + 1);
+}
+
+TEST_F(SimulatedPhone, KnowsWhoCalled) {
+    const Card& contact = phone_.Find("int", "pb")->at(7).card;
+    phone_.MissCall(contact.Text(Field::kTel));
+    EXPECT_EQ(phone_.Find("int", "mch")->front().card.Text(Field::kFn), contact.Text(Field::kFn));
+}
+
+TEST_F(SimulatedPhone, CountsChangesOfItsContacts) {
+    EXPECT_EQ(phone_.PrimaryCounter(), string(31, '0') + "1");
+    phone_.AddContact("Ann Mary Doe", "+12025550001");
+    EXPECT_EQ(phone_.PrimaryCounter(), string(31, '0') + "2");
+    EXPECT_EQ(phone_.SecondaryCounter(), string(31, '0') + "2");
+    const Entry& added = phone_.Find("int", "pb")->back();
+    EXPECT_EQ(added.handle, 26U);
+    EXPECT_EQ(added.card.ListingName(), "Doe;Ann Mary");
+}
+
+TEST_F(SimulatedPhone, NamesFoldersAsTheProfileDoes) {
+    EXPECT_EQ(Phone::FolderOf("int", "pb"), "telecom/pb");
+    EXPECT_EQ(Phone::FolderOf("sim1", "mch"), "SIM1/telecom/mch");
+    EXPECT_EQ(Phone::FolderOf("sim2", "pb"), "SIM2/telecom/pb");
+}
+
+TEST(EmptyPhone, HasOnlyItsOwner) {
+    const Phone phone("Bare", 1, 0);
+    EXPECT_EQ(phone.Find("int", "pb")->size(), 1U);
+    EXPECT_TRUE(phone.Find("int", "spd")->empty());
+    EXPECT_TRUE(phone.Find("int", "fav")->empty());
+}
+
+}  // namespace
+}  // namespace simulator

@@ -1,0 +1,247 @@
+#include "interfaces/glib_ptr.h"
+#include "simulator/refusal.h"
+#include "simulator/selection.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace simulator {
+namespace {
+
+using morvane::VariantPtr;
+using std::string;
+using Names = std::vector<string>;
+
+Entry MakeEntry(std::uint32_t handle, const string& family, const string& number,
+                const string& sound = "", const string& mail = "") {
+    Entry entry{handle, {{{Field::kN, {}, {family, ""}}, {Field::kTel, {}, {number}}}}};
+    if (!sound.empty()) {
+        entry.card.properties.push_back({Field::kSound, {}, {sound}});
+    }
+    if (!mail.empty()) {
+        entry.card.properties.push_back({Field::kEmail, {}, {mail}});
+    }
+    return entry;
+}
+
+const Phonebook& Book() {
+    static const Phonebook book = {MakeEntry(0, "Zz Owner", "+1 555 0100"),
+                                   MakeEntry(1, "müller", "+1 (555) 0111", "Mueller", "m@x"),
+                                   MakeEntry(2, "Baker", "+1-555-0122", "Zeta"),
+                                   MakeEntry(10, "abel", "+15550133", "", "a@x"),
+                                   MakeEntry(26, "Cäsar", "+15550144", "Caesar")};
+    return book;
+}
+
+Names NamesOf(const Selected& entries) {
+    Names names;
+    for (const Entry* entry : entries) {
+        names.push_back(entry->card.ListingName());
+    }
+    return names;
+}
+
+Filters Parse(const string& dictionary, FilteredCall call = FilteredCall::kList) {
+    const VariantPtr value(
+        g_variant_ref_sink(g_variant_new_parsed(("@a{sv} " + dictionary).c_str())));
+    return ParseFilters(value.get(), call);
+}
+
+/// The refusal's text, or nothing.
+template <typename Action>
+string RefusalOf(Action action) {
+    try {
+        action();
+    } catch (const Refusal& refusal) {
+        return refusal.name() + ": " + refusal.what();
+    }
+    return {};
+}
+
+string ParseRefusal(const string& dictionary, FilteredCall call = FilteredCall::kList) {
+    return RefusalOf([&] { Parse(dictionary, call); });
+}
+
+constexpr char kInvalid[] = "com.veltrisonix.Error.InvalidArguments: ";
+
+Names List(const string& dictionary) {
+    return NamesOf(SelectEntries(Book(), Parse(dictionary)));
+}
+
+Names Search(const string& field, const string& value) {
+    return NamesOf(SearchEntries(Book(), Filters(), ParseSearchField(field), value));
+}
+
+TEST(Listing, IsOrderedByHandleUnlessToldOtherwise) {
+    const Names by_handle{"Zz Owner", "müller", "Baker", "abel", "Cäsar"};
+    EXPECT_EQ(List("{}"), by_handle);
+    EXPECT_EQ(List("{'Order': <'indexed'>}"), by_handle);
+}
+
+TEST(Listing, IsSortedByNameWhateverTheCaseWithTheOwnerFirst) {
+    EXPECT_EQ(List("{'Order': <'alphanumeric'>}"),
+              (Names{"Zz Owner", "abel", "Baker", "Cäsar", "müller"}));
+}
+
+TEST(Listing, IsSortedBySoundWhereThereIsOne) {
+    EXPECT_EQ(List("{'Order': <'phonetic'>}"),
+              (Names{"Zz Owner", "abel", "Cäsar", "müller", "Baker"}));
+}
+
+TEST(Listing, CountsOffsetAndMaximumInTheOrderAskedFor) {
+    EXPECT_EQ(List("{'Order': <'alphanumeric'>, 'Offset': <uint16 1>, 'MaxCount': <uint16 2>}"),
+              (Names{"abel", "Baker"}));
+    EXPECT_EQ(List("{'Offset': <uint16 4>, 'MaxCount': <uint16 65535>}"), (Names{"Cäsar"}));
+    EXPECT_EQ(List("{'Offset': <uint16 5>}"), Names{});
+    EXPECT_EQ(List("{'Offset': <uint16 65535>}"), Names{});
+    EXPECT_EQ(List("{'MaxCount': <uint16 0>}"), Names{});
+}
+
+TEST(Selector, AllDemandsEveryProperty) {
+    EXPECT_EQ(List("{'FilterAll': <['SOUND', 'EMAIL']>}"), (Names{"müller"}));
+}
+
+TEST(Selector, AnyDemandsOneProperty) {
+    EXPECT_EQ(List("{'FilterAny': <['SOUND', 'EMAIL']>}"),
+              (Names{"müller", "Baker", "abel", "Cäsar"}));
+    EXPECT_EQ(List("{'FilterAny': <['PHOTO']>}"), Names{});
+}
+
+TEST(Selector, BothMustHold) {
+    EXPECT_EQ(List("{'FilterAll': <['SOUND']>, 'FilterAny': <['EMAIL', 'PHOTO']>}"),
+              (Names{"müller"}));
+}
+
+TEST(Selector, EmptyOnesSelectAll) {
+    EXPECT_EQ(List("{'FilterAll': <@as []>, 'FilterAny': <@as []>}").size(), Book().size());
+}
+
+TEST(Selector, ComesBeforeOffsetAndMaximum) {
+    EXPECT_EQ(List("{'FilterAll': <['EMAIL']>, 'Offset': <uint16 1>}"), (Names{"abel"}));
+}
+
+TEST(Search, FindsNamesWhateverTheCase) {
+    EXPECT_EQ(Search("name", "MÜL"), (Names{"müller"}));
+    EXPECT_EQ(Search("name", "nobody"), Names{});
+}
+
+TEST(Search, FindsNumbersByTheirDigits) {
+    EXPECT_EQ(Search("number", "5550111"), (Names{"müller"}));
+    EXPECT_EQ(Search("number", "555-012"), (Names{"Baker"}));
+    EXPECT_EQ(Search("number", "x"), Names{});
+}
+
+TEST(Search, FindsSounds) {
+    EXPECT_EQ(Search("sound", "zet"), (Names{"Baker"}));
+}
+
+TEST(Search, AnEmptyValueFindsAll) {
+    for (const char* field : {"name", "number", "sound"}) {
+        EXPECT_EQ(Search(field, "").size(), Book().size()) << field;
+    }
+}
+
+TEST(Search, RefusesOtherFields) {
+    EXPECT_EQ(RefusalOf([] { ParseSearchField("mail"); }),
+              kInvalid + string("Unknown search field: mail"));
+}
+
+TEST(FindEntry, TakesHandlesInEitherCase) {
+    EXPECT_EQ(FindEntry(Book(), "1a.vcf").handle, 26U);
+    EXPECT_EQ(FindEntry(Book(), "0000001A.VCF").handle, 26U);
+    EXPECT_EQ(FindEntry(Book(), "0.vcf").handle, 0U);
+}
+
+TEST(FindEntry, RefusesWhatIsNoHandle) {
+    for (const char* name :
+         {"", ".vcf", "1", "1.vcard", "0x1.vcf", "+1.vcf", " 1.vcf", "000000001.vcf", "g.vcf"}) {
+        EXPECT_EQ(RefusalOf([name] { FindEntry(Book(), name); }),
+                  kInvalid + string("Malformed vCard handle: ") + name);
+    }
+}
+
+TEST(FindEntry, RefusesUnknownHandles) {
+    EXPECT_EQ(RefusalOf([] { FindEntry(Book(), "FF.vcf"); }),
+              "com.veltrisonix.Error.DoesNotExist: No such vCard: FF.vcf");
+}
+
+TEST(FindEntry, TakesUniqueIds) {
+    const string uid = "0123456789ABCDEF0123456789ABCDEF";
+    Phonebook book = Book();
+    book[3].card.properties.push_back({Field::kBtUid, {}, {uid}});
+    EXPECT_EQ(FindEntry(book, "X-BT-UID:" + uid).handle, 10U);
+    EXPECT_EQ(FindEntry(book, "X-BT-UID:0123456789abcdef0123456789abcdef").handle, 10U);
+    const string unknown = "X-BT-UID:" + string(32, '0');
+    EXPECT_EQ(RefusalOf([&] { FindEntry(book, unknown); }),
+              "com.veltrisonix.Error.DoesNotExist: No such vCard: " + unknown);
+    EXPECT_NE(RefusalOf([&] { FindEntry(book, "X-BT-UID:"); }), "");
+}
+
+TEST(HandleName, IsHexadecimal) {
+    EXPECT_EQ(HandleName(Book()[4]), "1A.vcf");
+    EXPECT_EQ(HandleName(Book()[0]), "0.vcf");
+}
+
+TEST(Filters, DefaultsAskForAll) {
+    const Filters filters = Parse("{}");
+    EXPECT_EQ(filters.format, VcardFormat::kVcard21);
+    EXPECT_EQ(filters.max_count, 65535);
+    EXPECT_EQ(filters.offset, 0);
+    EXPECT_FALSE(filters.reset_new_missed_calls);
+    EXPECT_TRUE(filters.fields.none());
+}
+
+TEST(Filters, AreRead) {
+    const Filters filters = Parse(
+        "{'Format': <'vcard30'>, 'ResetNewMissedCalls': <true>, 'Fields': <['TEL', 'X-BT-UID']>}",
+        FilteredCall::kPullAll);
+    EXPECT_EQ(filters.format, VcardFormat::kVcard30);
+    EXPECT_TRUE(filters.reset_new_missed_calls);
+    EXPECT_TRUE(filters.fields.test(static_cast<std::size_t>(Field::kTel)));
+    EXPECT_TRUE(filters.fields.test(static_cast<std::size_t>(Field::kBtUid)));
+    EXPECT_EQ(filters.fields.count(), 2U);
+}
+
+TEST(Filters, RefuseUnknownKeysTypesAndValues) {
+    EXPECT_EQ(ParseRefusal("{'Colour': <'red'>}"), kInvalid + string("Unknown filter: Colour"));
+    EXPECT_EQ(ParseRefusal("{'MaxCount': <'5'>}"),
+              kInvalid + string("Filter MaxCount is of type s, not q"));
+    EXPECT_EQ(ParseRefusal("{'Order': <'random'>}"), kInvalid + string("Unknown order: random"));
+    EXPECT_EQ(ParseRefusal("{'FilterAll': <['TEL', 'FAX']>}"),
+              kInvalid + string("Unknown field: FAX"));
+    EXPECT_EQ(ParseRefusal("{'Format': <'vcard40'>}", FilteredCall::kPull),
+              kInvalid + string("Unknown format: vcard40"));
+}
+
+TEST(Filters, EachCallHasItsOwn) {
+    struct Row {
+        FilteredCall call;
+        Names allowed;
+    };
+    const Row rows[] = {
+        {FilteredCall::kPullAll,
+         {"Format", "MaxCount", "Offset", "ResetNewMissedCalls", "Fields", "FilterAll",
+          "FilterAny"}},
+        {FilteredCall::kPull, {"Format", "Fields"}},
+        {FilteredCall::kList,
+         {"Order", "MaxCount", "Offset", "ResetNewMissedCalls", "FilterAll", "FilterAny"}},
+        {FilteredCall::kSize, {"ResetNewMissedCalls", "FilterAll", "FilterAny"}}};
+    const std::vector<std::pair<string, string>> filters = {
+        {"Format", "'vcard21'"},  {"Order", "'indexed'"},          {"MaxCount", "uint16 1"},
+        {"Offset", "uint16 1"},   {"ResetNewMissedCalls", "true"}, {"Fields", "['TEL']"},
+        {"FilterAll", "['TEL']"}, {"FilterAny", "['TEL']"}};
+    for (const Row& row : rows) {
+        for (const auto& [key, value] : filters) {
+            const bool allowed =
+                std::find(row.allowed.begin(), row.allowed.end(), key) != row.allowed.end();
+            const string expected = allowed ? "" : kInvalid + ("Filter not allowed here: " + key);
+            EXPECT_EQ(ParseRefusal("{'" + key + "': <" + value + ">}", row.call), expected);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace simulator

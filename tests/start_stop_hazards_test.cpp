@@ -1,0 +1,246 @@
+#include "simulator/daemon.h"
+#include "support/bus_monitor.h"
+#include "support/conversation_test.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+const std::string kClient = simulator::kClientPath;
+const std::string kSession = kClient + "/client/session0";
+
+class StartStopTest : public ConversationTest {
+  protected:
+    void LaunchUntilPrompt() {
+        Launch();
+        Expect(Red("Run menu\n") + Banner() + Prompt());
+    }
+
+    /// The main prompt stands, but the main thread is still asking for the daemon's objects.
+    void LaunchWithoutAnswer() {
+        StartDaemon().Hang("GetManagedObjects");
+        BusMonitor monitor(bus().Address(), "GetManagedObjects");
+        LaunchUntilPrompt();
+        monitor.AwaitCall();
+    }
+
+    std::ptrdiff_t Threads() {
+        const std::filesystem::directory_iterator threads(
+            "/proc/" + std::to_string(console().ProcessId()) + "/task");
+        return std::distance(begin(threads), end(threads));
+    }
+
+    void AwaitThreads(std::ptrdiff_t count) {
+        const auto deadline = std::chrono::steady_clock::now() + Patience();
+        while (Threads() > count) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << Threads() << " threads";
+            std::this_thread::yield();
+        }
+    }
+
+    /// A call that gets no answer, with the operator waiting for it.
+    void HangInCall() {
+        daemon().Hang("SetUserId");
+        Type("u");
+        Await(ValuePrompt("/User Id"));
+        Type("me");
+        ExpectCall("SetUserId", "('me',)");
+    }
+};
+
+struct Farewell {
+    const char* name;
+    const char* bytes;
+};
+
+class LateDiscoveryTest : public StartStopTest, public testing::WithParamInterface<Farewell> {};
+
+INSTANTIATE_TEST_SUITE_P(, LateDiscoveryTest,
+                         testing::Values(Farewell{"AtQuit", "q\n"},
+                                         Farewell{"AtTheEndOfInput", "\x04"}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_P(LateDiscoveryTest, Ends) {
+    LaunchWithoutAnswer();
+    const std::ptrdiff_t threads = Threads();
+    console().TypeBytes(GetParam().bytes);
+    AwaitThreads(threads - 1);
+    daemon().Release();
+    Expect(Normal("Found Client " + kClient + "\n"));
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, KeepsAControlCThatCameBeforeTheMainLoop) {
+    LaunchWithoutAnswer();
+    AwaitEndOfMainLoop([this] {
+        console().Interrupt();
+        daemon().Release();
+        Expect(Notice("", "Found Client " + kClient + "\n"));
+    });
+    Type("l");
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, EndsWhenTheObjectManagerFailsLate) {
+    LaunchWithoutAnswer();
+    daemon().Crash();
+    console().ExpectError(
+        "Error getting object manager client: GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
+        "Message recipient disconnected from message bus without replying\n");
+    EXPECT_FALSE(console().HasEnded());
+    Type("h");
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, EndsWithTheLineAfterAControlC) {
+    StartDaemon();
+    Start();
+    Interrupt();
+    EXPECT_FALSE(console().HasEnded());
+    Type("");
+    Expect(Prompt());
+    Type("h");
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, EndsFromTheInnermostMenuWithTheLineAfterAControlC) {
+    OpenSession();
+    SelectPhonebook();
+    PullAll("one");
+    Interrupt();
+    Type("h");
+    Expect(Red("Phonebook Access Proxy is invalid\n") +
+           Normal("Removing: " + PulledPhonebook() + "\n"));
+    ExpectExit(0);
+    ExpectCall("RemoveSession", "(objectpath '" + kSession + "',)");
+}
+
+TEST_F(StartStopTest, SecondControlCEndsAtThePrompt) {
+    StartDaemon();
+    Start();
+    PressControlC();
+    EXPECT_FALSE(console().HasEnded());
+    console().TypeBytes("\x03");
+    console().ExpectEndBySignal(SIGINT);
+}
+
+TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
+    StartDaemon();
+    Start();
+    HangInCall();
+    Interrupt();
+    EXPECT_FALSE(console().HasEnded());
+    console().Interrupt();
+    console().ExpectEndBySignal(SIGINT);
+}
+
+class RefusedBusNameTest : public StartStopTest, public testing::WithParamInterface<std::string> {};
+
+INSTANTIATE_TEST_SUITE_P(, RefusedBusNameTest,
+                         testing::Values("7", "a.7b", "a..b", ".", "a.", "ü", "a/b", "a:b",
+                                         std::string(240, 'i'), std::string(260, 'i')));
+
+TEST_P(RefusedBusNameTest, EndsAtOnce) {
+    ConsoleOptions options;
+    options.arguments = {"-bus:" + GetParam()};
+    Launch(options);
+    Expect(Red("Run menu\n") + Red("Error getting object manager client\n") + Banner());
+    ExpectExit(0);
+    EXPECT_EQ(console().Errors(), "");
+}
+
+TEST_F(StartStopTest, TakesTheLongestBusName) {
+    auto options = simulator::Options::Scripted();
+    options.instance = std::string(239, 'i');
+    StartDaemon(options);
+    ConsoleOptions console_options;
+    console_options.arguments = {"-bus:" + options.instance};
+    Start(console_options);
+}
+
+TEST_F(StartStopTest, LossOfTheBusEndsAHangingCall) {
+    StartDaemon();
+    Start();
+    HangInCall();
+    bus().Kill();
+    console().ExpectEndBySignal(SIGTERM);
+}
+
+// The session that the daemon would not remove lives until the process ends.
+TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
+    OpenSession();
+    SelectPhonebook();
+    PullAll("one");
+    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy");
+    Type("q");
+    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
+           Normal("Removing: " + PulledPhonebook() + "\n"));
+    ExpectExit(0);
+    EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
+}
+
+// The menus return normally although the client has gone.
+TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
+    OpenSession();
+    SelectPhonebook();
+    Type("a");
+    Await(Prompt("/Filter Menu"));
+    RemoveClient("/Filter Menu");
+    Interrupt();
+    console().CloseInput();
+    ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
+}
+
+// Proxies made on the menu thread notify on the main thread, also while the menu thread waits.
+TEST_F(StartStopTest, ReportsChangesWhileTheMenuThreadIsInACall) {
+    OpenSession();
+    daemon().Hang("UpdateVersion");
+    Type("u");
+    ExpectCall("UpdateVersion", "()");
+    daemon().Notify(kSession, simulator::kSessionInterface, "Source", Value("'Here'"));
+    Expect(Normal("Source Attribute Received: Here\n"));
+    daemon().Notify(kSession, simulator::kPhonebookInterface, "Folder", Value("'telecom/pb'"));
+    Expect(Normal("Folder: telecom/pb\n"));
+    daemon().ClearFaults();
+    daemon().Release();
+    Await(Prompt("/Phonebook Menu"));
+    daemon().Notify(kSession, simulator::kSessionInterface, "Channel", Value("uint16 3"));
+    Expect(Notice("/Phonebook Menu", "Channel Attribute Received: 3\n"));
+}
+
+// A notification being delivered outlives the context that asked for it.
+TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
+    OpenSession();
+    SelectPhonebook();
+    for (int round = 0; round < 3; ++round) {
+        PullAll(std::string(1000, 'x'));
+        const auto flood = std::async(std::launch::async, [this, transfer = Transfer()] {
+            daemon().Flood(transfer, simulator::kTransferInterface, "Transferred", 5000,
+                           [](std::size_t i) { return g_variant_new_uint64(i % 1001); });
+        });
+        Await("Transferred Percent: ");
+        Type("x");
+        Await("Removing: " + PulledPhonebook());
+        Await(Prompt("/Phonebook Menu"));
+    }
+    const auto flood = std::async(std::launch::async, [this] {
+        daemon().Flood(kSession, simulator::kSessionInterface, "Channel", 5000,
+                       [](std::size_t i) { return g_variant_new_uint16(static_cast<guint16>(i)); });
+    });
+    Await("Channel Attribute Received: ");
+    Type("x");
+    Await(Prompt());
+}
+
+}  // namespace
+}  // namespace morvane_test

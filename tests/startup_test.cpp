@@ -1,0 +1,399 @@
+#include "support/conversation_test.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+const std::string kUsage =
+    "Usage: morvane <options>, where <options> are:\n"
+    "\t-bus[:<instance>]  - DBus bus name instance.\n";
+const std::string kRunMenu = Red("Run menu\n");
+
+#ifdef __SANITIZE_THREAD__
+constexpr bool kThreadSanitizer = true;
+#else
+constexpr bool kThreadSanitizer = false;
+#endif
+
+const bool kLauncher = std::getenv("MORVANE_TEST_LAUNCHER") != nullptr;
+
+ConsoleOptions With(std::vector<std::string> arguments, Wiring wiring = Wiring::kTerminal) {
+    ConsoleOptions options;
+    options.arguments = std::move(arguments);
+    options.wiring = wiring;
+    return options;
+}
+
+class CommandLine : public ConversationTest {
+  protected:
+    // The tool looks for the daemon under com.veltrisonix and `suffix`.
+    void ExpectBusName(const std::vector<std::string>& arguments, const std::string& suffix,
+                       Here here = Here::Now()) {
+        simulator::Options options = simulator::Options::Scripted();
+        options.instance = suffix;
+        StartDaemon(options);
+        Start(With(arguments), here);
+    }
+
+    // The tool says `message` and the usage, and nothing else happens.
+    void ExpectRefusal(const std::vector<std::string>& arguments, const std::string& message,
+                       Here here = Here::Now()) {
+        Launch(With(arguments));
+        Expect(message + kUsage, here);
+        ExpectExit(255, Console::Rest::kNone, here);
+    }
+
+    // The tool takes the arguments but GLib has no use for such a bus name.
+    void ExpectUnusableBusName(const std::vector<std::string>& arguments, Here here = Here::Now()) {
+        Launch(With(arguments));
+        AwaitAll({kRunMenu, Red("Error getting object manager client\n")}, here);
+        Expect(Banner(), here);
+        ExpectExit(0, Console::Rest::kNone, here);
+    }
+};
+
+TEST_F(CommandLine, NoArgumentsMeanNoInstance) {
+    ExpectBusName({}, "");
+}
+
+TEST_F(CommandLine, BareSwitchMeansNoInstance) {
+    ExpectBusName({"-bus"}, "");
+}
+
+TEST_F(CommandLine, EmptyInstanceMeansNone) {
+    ExpectBusName({"-bus:"}, "");
+}
+
+TEST_F(CommandLine, InstanceIsAppendedToTheBusName) {
+    ExpectBusName({"-bus:two"}, "two");
+}
+
+TEST_F(CommandLine, InstanceMayHaveSeveralElements) {
+    ExpectBusName({"-bus:a.b-c"}, "a.b-c");
+}
+
+TEST_F(CommandLine, InstanceEndsAtABlank) {
+    ExpectBusName({"-bus:a b"}, "a");
+}
+
+TEST_F(CommandLine, InstanceEndsAtATab) {
+    ExpectBusName({"-bus:a\tb"}, "a");
+}
+
+TEST_F(CommandLine, InstanceThatBeginsWithABlankIsEmpty) {
+    ExpectBusName({"-bus: a"}, "");
+}
+
+TEST_F(CommandLine, InstanceThatBeginsWithATabIsEmpty) {
+    ExpectBusName({"-bus:\ta"}, "");
+}
+
+TEST_F(CommandLine, AnythingElseAfterTheSwitchIsIgnored) {
+    ExpectBusName({"-busXYZ"}, "");
+}
+
+TEST_F(CommandLine, ColonLaterInTheSwitchIsIgnored) {
+    ExpectBusName({"-busX:two"}, "");
+}
+
+TEST_F(CommandLine, LastInstanceDecides) {
+    ExpectBusName({"-bus:one", "-bus:two"}, "two");
+}
+
+TEST_F(CommandLine, LaterSwitchWithoutInstanceChangesNothing) {
+    ExpectBusName({"-bus:one", "-bus", "-busXYZ"}, "one");
+}
+
+TEST_F(CommandLine, LaterEmptyInstanceWins) {
+    ExpectBusName({"-bus:one", "-bus:"}, "");
+}
+
+TEST_F(CommandLine, ShorterInstanceReplacesAllOfALongerOne) {
+    ExpectBusName({"-bus:longer", "-bus:two"}, "two");
+}
+
+TEST_F(CommandLine, ArgumentWithoutDashIsRefused) {
+    ExpectRefusal({"bus"}, "Unrecognized command line option bus\n");
+}
+
+TEST_F(CommandLine, EmptyArgumentIsRefused) {
+    ExpectRefusal({""}, "Unrecognized command line option \n");
+}
+
+TEST_F(CommandLine, ArgumentIsShownAsItIs) {
+    ExpectRefusal({"100%s"}, "Unrecognized command line option 100%s\n");
+}
+
+TEST_F(CommandLine, UnknownSwitchIsRefused) {
+    ExpectRefusal({"-x"}, "Unrecognized command line switch 'x'\n");
+}
+
+TEST_F(CommandLine, OnlyTheSwitchesFirstLetterIsShown) {
+    ExpectRefusal({"--help"}, "Unrecognized command line switch '-'\n");
+}
+
+TEST_F(CommandLine, DashAloneIsRefused) {
+    ExpectRefusal({"-"}, std::string("Unrecognized command line switch '") + '\0' + "'\n");
+}
+
+TEST_F(CommandLine, CapitalLetterIsRefused) {
+    ExpectRefusal({"-Bus"}, "Unrecognized command line switch 'B'\n");
+}
+
+TEST_F(CommandLine, SwitchOfOneLetterGetsTheUsageAlone) {
+    ExpectRefusal({"-b"}, "");
+}
+
+TEST_F(CommandLine, SwitchOfTwoLettersGetsTheUsageAlone) {
+    ExpectRefusal({"-bu"}, "");
+}
+
+TEST_F(CommandLine, MisspeltSwitchGetsTheUsageAlone) {
+    ExpectRefusal({"-bux"}, "");
+}
+
+TEST_F(CommandLine, FirstMistakeDecides) {
+    ExpectRefusal({"-bus:one", "-y", "-x"}, "Unrecognized command line switch 'y'\n");
+}
+
+TEST_F(CommandLine, MistakeAfterAGoodSwitchIsRefused) {
+    ExpectRefusal({"-bus:one", "two"}, "Unrecognized command line option two\n");
+}
+
+TEST_F(CommandLine, InstanceOf261CharactersGetsTheUsageAlone) {
+    ExpectRefusal({"-bus:" + std::string(261, 'a')}, "");
+}
+
+TEST_F(CommandLine, InstanceOf260CharactersIsTaken) {
+    ExpectUnusableBusName({"-bus:" + std::string(260, 'a')});
+}
+
+TEST_F(CommandLine, InstanceOf260CharactersAndABlankIsTaken) {
+    ExpectUnusableBusName({"-bus:" + std::string(260, 'a') + " " + std::string(300, 'b')});
+}
+
+TEST_F(CommandLine, LongestBusNameIsTaken) {
+    const std::string instance(255 - std::string("com.veltrisonix.").size(), 'a');
+    ExpectBusName({"-bus:" + instance}, instance);
+}
+
+TEST_F(CommandLine, BusNameOneCharacterTooLongIsUnusable) {
+    ExpectUnusableBusName(
+        {"-bus:" + std::string(256 - std::string("com.veltrisonix.").size(), 'a')});
+}
+
+TEST_F(CommandLine, ElementThatBeginsWithADigitIsUnusable) {
+    ExpectUnusableBusName({"-bus:7"});
+}
+
+TEST_F(CommandLine, EmptyElementIsUnusable) {
+    ExpectUnusableBusName({"-bus:a..b"});
+}
+
+class StartUp : public ConversationTest {
+  protected:
+    void LaunchWithoutBus() {
+        ConsoleOptions options;
+        options.bus_address = "unix:path=" + directory().File("nothing");
+        Launch(options);
+    }
+};
+
+TEST_F(StartUp, AnnouncesTheMenuThenDrawsItsBanner) {
+    Launch();
+    Expect(kRunMenu + Banner() + Prompt());
+}
+
+TEST_F(StartUp, GoesThroughPipesToTheByte) {
+    Launch(With({}, Wiring::kPipes));
+    Expect(kRunMenu + Banner() + Prompt());
+}
+
+TEST_F(StartUp, PausesBeforeTheBannerAndThePrompt) {
+    const auto begin = std::chrono::steady_clock::now();
+    Launch();
+    Await(Banner());
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
+    Expect(Prompt());
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(700));
+}
+
+TEST_F(StartUp, ReportsWhatIsThereAlready) {
+    Start();
+    const std::string output = console().Output();
+    EXPECT_NE(output.find("\x1b[0mFound Client /com/veltrisonix/obex\n"), output.npos);
+    EXPECT_NE(output.find("\x1b[0mFound Device " + std::string(kPhonePath) + "\n"), output.npos);
+}
+
+TEST_F(StartUp, WaitsForADaemonThatStartsLater) {
+    Launch();
+    Await(Prompt());
+    StartDaemon();
+    Expect(Notice("", "Found Client /com/veltrisonix/obex\n"));
+}
+
+TEST_F(StartUp, IgnoresADaemonWithAnInstanceThatWasNotAskedFor) {
+    Launch();
+    Await(Prompt());
+    simulator::Options options = simulator::Options::Scripted();
+    options.instance = "two";
+    StartDaemon(options);
+    StopDaemon();
+    StartDaemon();
+    Expect(Notice("", "Found Client /com/veltrisonix/obex\n"));
+}
+
+TEST_F(StartUp, EndsWithoutABus) {
+    LaunchWithoutBus();
+    console().ExpectError(
+        "Error getting object manager client: Could not connect: No such file or directory\n");
+    Expect(kRunMenu + Banner());
+    // Under a launcher the first prompt may be there before the bus is missed.
+    if (kLauncher) console().CloseInput();
+    ExpectExit(0, kLauncher ? Console::Rest::kIgnored : Console::Rest::kNone);
+}
+
+TEST_F(StartUp, TakesNoInputWithoutABus) {
+    if (kLauncher) GTEST_SKIP() << "may take a line before the bus is missed";
+    LaunchWithoutBus();
+    Type("h");
+    console().ExpectError("Error getting object manager client: ");
+    Expect(kRunMenu + Banner());
+    ExpectExit(0);
+}
+
+TEST_F(StartUp, ReportsThatNoThreadCanBeStarted) {
+    if (kThreadSanitizer) GTEST_SKIP() << "ThreadSanitizer sets its own limits";
+    if (kLauncher) GTEST_SKIP() << "launchers keep no such limit";
+    ConsoleOptions options;
+    // Stacks of 200 TiB do not fit into any address space.
+    options.prefix = {"/bin/sh", "-c", "ulimit -s 214748364800; exec \"$@\"", "sh"};
+    Launch(options);
+    Expect(Red("Resource temporarily unavailable\n"));
+    ExpectExit(1);
+}
+
+class ShutDown : public ConversationTest {};
+
+TEST_F(ShutDown, QuitsOnEveryWordForIt) {
+    for (const std::string word : {"q", "Q", "quit", "Quit", "  q", "qx"}) {
+        SCOPED_TRACE(word);
+        Start();
+        Type(word);
+        ExpectExit(0);
+    }
+}
+
+TEST_F(ShutDown, QuitsWithoutADaemon) {
+    Launch();
+    Await(Prompt());
+    Type("q");
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, QuitsAtTheEndOfInput) {
+    for (const Wiring wiring : {Wiring::kTerminal, Wiring::kPipes}) {
+        Start(With({}, wiring));
+        console().CloseInput();
+        ExpectExit(0);
+    }
+}
+
+TEST_F(ShutDown, QuitsWhenInputEndedBeforeAnythingElse) {
+    Launch(With({}, Wiring::kPipes));
+    console().CloseInput();
+    Await(Banner() + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, QuitsOnALineTypedBeforeThePrompt) {
+    Launch();
+    Type("q");
+    Await(Banner() + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, InterruptTakesEffectAtTheNextLine) {
+    Start();
+    Interrupt();
+    EXPECT_FALSE(console().HasEnded());
+    Type("h");
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, InterruptTakesEffectAtTheEndOfInput) {
+    Start();
+    Interrupt();
+    console().CloseInput();
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, QuitKeyAfterAnInterruptIsHarmless) {
+    Start();
+    Interrupt();
+    Type("q");
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, ControlCIsAnInterrupt) {
+    Start();
+    PressControlC();
+    EXPECT_FALSE(console().HasEnded());
+    Type("h");
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, SecondInterruptEndsAtOnce) {
+    Start();
+    Interrupt();
+    console().Interrupt();
+    console().ExpectEndBySignal(SIGINT);
+}
+
+TEST_F(ShutDown, InterruptInTheStartPauseEndsToo) {
+    StartDaemon();
+    Launch();
+    Await("Found Client ");
+    console().Interrupt();
+    Type("h");
+    ExpectExit(0, Console::Rest::kIgnored);
+}
+
+TEST_F(ShutDown, OtherSignalsKeepTheirMeaning) {
+    for (const int number : {SIGTERM, SIGQUIT, SIGHUP}) {
+        Start();
+        console().Signal(number);
+        console().ExpectEndBySignal(number);
+    }
+}
+
+TEST_F(ShutDown, ClosedTerminalEndsTheTool) {
+    Start();
+    console().HangUp();
+    console().ExpectEndBySignal(SIGHUP);
+}
+
+TEST_F(ShutDown, ClosedTerminalIsTheEndOfInputUnderNohup) {
+    ConsoleOptions options;
+    options.ignore_hang_up = true;
+    Start(options);
+    console().HangUp();
+    ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_LT(console().CpuTime(), Stretched(std::chrono::milliseconds(1000)));
+}
+
+TEST_F(ShutDown, LostBusEndsTheTool) {
+    Start();
+    bus().Kill();
+    console().ExpectEndBySignal(SIGTERM);
+}
+
+}  // namespace
+}  // namespace morvane_test

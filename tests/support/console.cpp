@@ -1,0 +1,203 @@
+#include "support/console.h"
+
+#include "support/text_form.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <sstream>
+
+namespace morvane_test {
+namespace {
+
+constexpr std::array kPassedOn = {
+    "PATH",         "ASAN_OPTIONS",      "LSAN_OPTIONS",      "UBSAN_OPTIONS",   "TSAN_OPTIONS",
+    "GCOV_PREFIX",  "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH", "QEMU_LD_PREFIX",
+    "QEMU_SET_ENV", "QEMU_CPU"};
+
+std::vector<std::string> Environment(const ConsoleOptions& options) {
+    std::vector<std::string> environment = {"LC_ALL=C", "TERM=xterm", "HOME=" + options.directory,
+                                            "DBUS_SYSTEM_BUS_ADDRESS=" + options.bus_address};
+    for (const char* const name : kPassedOn)
+        if (const char* const value = std::getenv(name))
+            environment.push_back(std::string(name) + "=" + value);
+    environment.insert(environment.end(), options.environment.begin(), options.environment.end());
+    return environment;
+}
+
+std::vector<std::string> ToolWithLauncher() {
+    const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
+    std::istringstream words(launcher ? launcher : "");
+    std::vector<std::string> command;
+    for (std::string word; words >> word;) command.push_back(word);
+    command.emplace_back(MORVANE_BINARY);
+    return command;
+}
+
+std::vector<std::string> CommandLine(const ConsoleOptions& options) {
+    const std::vector<std::string> program =
+        options.program.empty() ? ToolWithLauncher() : std::vector{options.program};
+    std::vector<std::string> command;
+    for (const auto* const words : {&options.prefix, &program, &options.arguments})
+        command.insert(command.end(), words->begin(), words->end());
+    return command;
+}
+
+ChildSetup Setup(const std::vector<std::string>& command, const ConsoleOptions& options,
+                 const Terminal& terminal, const Pipe& errors) {
+    return {command,
+            Environment(options),
+            options.directory,
+            terminal.ProgramInput(),
+            terminal.ProgramOutput(),
+            errors.writer.Number(),
+            terminal.IsTerminal(),
+            options.ignore_hang_up};
+}
+
+const char* Describe(Transcript::Result result) {
+    switch (result) {
+        case Transcript::Result::kMatched:
+            return "came";
+        case Transcript::Result::kDiffers:
+            return "other output came";
+        case Transcript::Result::kEnded:
+            return "the output ended";
+        case Transcript::Result::kTimedOut:
+            return "the time is over";
+    }
+    return "";
+}
+
+}  // namespace
+
+Console::Console(const ConsoleOptions& options)
+    : command_(CommandLine(options)),
+      terminal_(options.wiring),
+      error_pipe_(MakePipe()),
+      process_(Setup(command_, options, terminal_, error_pipe_)),
+      output_pump_(terminal_.Output(), output_),
+      error_pump_(error_pipe_.reader.Number(), errors_) {
+    terminal_.ReleaseProgramEnds();
+    error_pipe_.writer.Close();
+}
+
+void Console::Judge(Transcript::Result result, const Transcript& transcript,
+                    const std::string& awaited, Here here) const {
+    if (result == Transcript::Result::kMatched) return;
+    FailTest(here, std::string(Describe(result)) + ".\nAwaited:\n" + awaited +
+                       "\nNot yet consumed:\n" + Escaped(transcript.Unconsumed()) + "\n");
+}
+
+void Console::Type(std::string_view line, Here here) {
+    TypeBytes(std::string(line) + "\n", here);
+}
+
+void Console::TypeBytes(std::string_view bytes, Here here) {
+    if (!terminal_.Write(bytes, patience_)) FailTest(here, "the tool takes no more input");
+}
+
+std::string Console::OnTerminal(std::string_view bytes) const {
+    std::string output;
+    for (const char byte : bytes) {
+        if (byte == '\n' && terminal_.IsPersons()) output += '\r';
+        output += byte;
+    }
+    return output;
+}
+
+void Console::Expect(std::string_view bytes, Here here) {
+    const std::string expected = OnTerminal(bytes);
+    Judge(output_.ExpectNext(expected, patience_), output_, Escaped(expected), here);
+}
+
+void Console::Await(std::string_view bytes, Here here) {
+    const std::string expected = OnTerminal(bytes);
+    Judge(output_.SkipPast(expected, patience_), output_, Escaped(expected), here);
+}
+
+void Console::AwaitAll(const std::vector<std::string>& texts, Here here) {
+    std::vector<std::string> expected;
+    std::string description;
+    for (const std::string& text : texts) {
+        expected.push_back(OnTerminal(text));
+        description += "- " + Escaped(expected.back()) + "\n";
+    }
+    Judge(output_.SkipPastAll(expected, patience_), output_, description, here);
+}
+
+void Console::ExpectExit(int status, Rest rest, Here here) {
+    ExpectEnding({status, std::nullopt}, rest, here);
+}
+
+void Console::ExpectEndBySignal(int number, Rest rest, Here here) {
+    ExpectEnding({std::nullopt, number}, rest, here);
+}
+
+void Console::ExpectEnding(const Ending& expected, Rest rest, Here here) {
+    end_is_accounted_for_ = true;
+    const auto ending = process_.AwaitEnd(patience_);
+    if (!ending) FailTest(here, "the tool goes on; awaited: " + expected.Describe());
+    if (ending->Describe() != expected.Describe())
+        FailTest(here, ending->Describe() + "; awaited: " + expected.Describe());
+    Judge(output_.AwaitEnd(patience_), output_, "the end of the output", here);
+    if (rest == Rest::kNone && !output_.Unconsumed().empty())
+        Judge(Transcript::Result::kDiffers, output_, "no output", here);
+}
+
+void Console::ExpectError(std::string_view text, Here here) {
+    rules_.AllowText(std::string(text));
+    Judge(errors_.SkipPast(text, patience_), errors_, "on stderr: " + Escaped(text), here);
+}
+
+void Console::AllowStderr(const std::string& pattern) {
+    rules_.Allow(pattern);
+}
+
+void Console::CloseInput(Here here) {
+    if (!terminal_.CloseInput()) FailTest(here, "the tool takes no more input");
+}
+
+void Console::HangUp() {
+    output_pump_.Stop();
+    terminal_.HangUp();
+}
+
+void Console::Kill() {
+    end_is_accounted_for_ = true;
+    Signal(SIGKILL);
+    process_.AwaitEnd(patience_);
+}
+
+void Console::ExpectTidyEnd() {
+    const testing::ScopedTrace trace(__FILE__, __LINE__, "after the test: end of the tool's input");
+    if (!HasEnded()) terminal_.CloseInput();
+    ExpectExit(0, Rest::kIgnored);
+}
+
+void Console::Finish() try {
+    if (testing::Test::HasFailure()) Kill();
+    if (!end_is_accounted_for_) ExpectTidyEnd();
+    errors_.AwaitEnd(patience_);
+    for (const std::string& line : rules_.Undeclared(Errors()))
+        ADD_FAILURE() << "on stderr, undeclared: " << line;
+} catch (const testing::AssertionException&) {
+    Kill();  // reported already
+}
+
+std::string Console::Story() {
+    std::ostringstream story;
+    story << "Command line:";
+    for (const std::string& word : command_) story << ' ' << word;
+    const auto ending = process_.AwaitEnd(Duration(0));
+    story << "\n(" << (ending ? ending->Describe() : "still runs") << ")\n"
+          << "---- Output\n"
+          << Escaped(Output()) << "\n---- As seen\n"
+          << AsSeen(Output()) << "\n---- Not consumed\n"
+          << Escaped(Unconsumed()) << "\n---- Standard error\n"
+          << Errors() << "\n";
+    return story.str();
+}
+
+}  // namespace morvane_test

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/child_process.h"
+#include "support/error_output.h"
+#include "support/here.h"
+#include "support/patience.h"
+#include "support/pump.h"
+#include "support/terminal.h"
+#include "support/transcript.h"
+
+namespace morvane_test {
+
+struct ConsoleOptions {
+    std::vector<std::string> arguments;
+    Wiring wiring = Wiring::kTerminal;
+    std::string bus_address;               ///< what the tool takes for the system bus
+    std::string directory;                 ///< working directory
+    std::vector<std::string> environment;  ///< more of it, as "NAME=value"
+    std::vector<std::string> prefix;       ///< words before the program, such as {"nohup"}
+    std::string program;                   ///< the tool, if empty
+    bool ignore_hang_up = false;           ///< as under nohup(1)
+};
+
+/// One run of the tool and the operator in front of it.
+///
+/// The environment is bare: LC_ALL=C, PATH, TERM, the bus, and what sanitizers, coverage and
+/// emulators need. MORVANE_TEST_LAUNCHER, split at blanks, goes before the tool's path, as in
+/// "valgrind -q" or "qemu-arm -L /usr/arm-linux-gnueabihf".
+///
+/// Everything that awaits does so for `Patience()` unless `SetPatience` was called, and leaves the
+/// test body with a failure if it waited in vain.
+class Console {
+  public:
+    enum class Rest { kNone, kIgnored };  ///< output that nobody has consumed
+
+    explicit Console(const ConsoleOptions& options);
+
+    /// Types a line, with its newline. It may be typed before the tool asks for it.
+    void Type(std::string_view line, Here here = Here::Now());
+    /// Types exactly these bytes.
+    void TypeBytes(std::string_view bytes, Here here = Here::Now());
+
+    // On a person's terminal "\n" stands for the line end as it comes there, "\r\n".
+
+    /// Awaits exactly these bytes as the next output and consumes them. Other bytes are a failure
+    /// as soon as they come.
+    void Expect(std::string_view bytes, Here here = Here::Now());
+    /// Awaits these bytes anywhere in the output not yet consumed and consumes up to their end.
+    void Await(std::string_view bytes, Here here = Here::Now());
+    /// Awaits all these texts, in any order, and consumes up to the end of the last: for messages
+    /// of both of the tool's threads.
+    void AwaitAll(const std::vector<std::string>& texts, Here here = Here::Now());
+
+    /// Awaits the end of the process with this exit status, or by this signal. Output that nobody
+    /// has consumed is a failure unless `rest` says otherwise.
+    void ExpectExit(int status, Rest rest = Rest::kNone, Here here = Here::Now());
+    void ExpectEndBySignal(int number, Rest rest = Rest::kIgnored, Here here = Here::Now());
+
+    /// Awaits this text on standard error and declares it as expected there.
+    void ExpectError(std::string_view text, Here here = Here::Now());
+    /// Declares that lines with this pattern may appear on standard error.
+    void AllowStderr(const std::string& pattern);
+
+    /// SIGINT to the tool and nobody else. `TypeBytes("\x03")` is what a person does.
+    void Interrupt() { Signal(SIGINT); }
+    void Signal(int number) { process_.Signal(number); }
+
+    /// See `Terminal`.
+    void CloseInput(Here here = Here::Now());
+    void HangUp();
+
+    void SetPatience(Duration patience) { patience_ = patience; }
+    Duration CpuTime() { return process_.CpuTime(); }
+    bool HasEnded() { return process_.AwaitEnd(Duration(0)).has_value(); }
+    pid_t ProcessId() const { return process_.Id(); }
+
+    std::string Output() const { return output_.All(); }
+    std::string Unconsumed() const { return output_.Unconsumed(); }
+    std::string Errors() const { return errors_.All(); }
+
+    /// At the end of a test: a tool whose end nobody has awaited gets its end of input and must
+    /// end with 0, and standard error must hold nothing undeclared. Does not leave the test.
+    void Finish();
+    /// For a tool that cannot end by itself, such as one in a call that hangs for ever.
+    void Kill();
+
+    /// All that helps to understand a failure.
+    std::string Story();
+
+  private:
+    void ExpectTidyEnd();
+    std::string OnTerminal(std::string_view bytes) const;
+    void Judge(Transcript::Result result, const Transcript& transcript, const std::string& awaited,
+               Here here) const;
+    void ExpectEnding(const Ending& expected, Rest rest, Here here);
+
+    std::vector<std::string> command_;
+    Terminal terminal_;
+    Pipe error_pipe_;
+    ChildProcess process_;
+    Transcript output_;
+    Transcript errors_;
+    ErrorOutputRules rules_;
+    Duration patience_ = Patience();
+    bool end_is_accounted_for_ = false;
+    Pump output_pump_;
+    Pump error_pump_;
+};
+
+}  // namespace morvane_test

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+
+// What the tool writes, to the byte. Every message is a colour, a text and the reset; line ends are
+// part of the text.
+
+inline constexpr char kGreenSequence[] = "\x1b[1;32m";
+inline constexpr char kRedSequence[] = "\x1b[1;31m";
+inline constexpr char kResetSequence[] = "\x1b[0m";
+
+std::string Green(const std::string& text);
+std::string Red(const std::string& text);
+std::string Normal(const std::string& text);
+
+/// A menu's prompt, and a value's. `segment` is what follows the title, such as "/Phonebook Menu";
+/// without one it is the main menu's.
+std::string Prompt(const std::string& segment = "");
+std::string ValuePrompt(const std::string& segment);
+
+/// A message that arrives while a prompt stands, and the prompt drawn again beneath it: always with
+/// a menu's marker, also under a value's prompt.
+std::string Notice(const std::string& segment, const std::string& text,
+                   const char* colour = kResetSequence);
+
+/// Frame lines.
+std::string Stars();
+std::string Dashes();
+
+/// Stars, " `title`", dashes.
+std::string Heading(const std::string& title);
+
+/// " 0) first", " 1) second" and so on.
+std::string Choices(const std::vector<std::string>& choices);
+
+/// Each text in normal colour, on a line of its own.
+std::string Lines(const std::vector<std::string>& texts);
+
+// Whole blocks.
+std::string Banner();         ///< the first thing that the main menu prints
+std::string MainMenu();       ///< what "h" prints there
+std::string PhonebookMenu();  ///< what "h" prints in a session
+std::string TransferMenu();   ///< what "h" prints while a transfer is followed
+std::string PullAllFilterMenu();
+std::string PullFilterMenu();
+std::string ListFilterMenu();  ///< of listings and searches
+std::string SizeFilterMenu();
+
+}  // namespace morvane_test

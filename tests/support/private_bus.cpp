@@ -1,0 +1,67 @@
+#include "support/private_bus.h"
+
+#include "support/file_descriptor.h"
+#include "support/pump.h"
+#include "support/transcript.h"
+
+#include <fcntl.h>
+
+#include <csignal>
+#include <fstream>
+#include <stdexcept>
+
+namespace morvane_test {
+namespace {
+
+// Everybody may own and call everything; nothing is started on demand.
+std::string Configuration(const std::string& socket) {
+    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+           "<busconfig>\n"
+           "  <listen>unix:path=" +
+           socket +
+           "</listen>\n"
+           "  <auth>EXTERNAL</auth>\n"
+           "  <policy context=\"default\">\n"
+           "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+           "    <allow eavesdrop=\"true\"/>\n"
+           "    <allow own=\"*\"/>\n"
+           "  </policy>\n"
+           "</busconfig>\n";
+}
+
+// The daemon prints its address once it listens, and nothing else, on standard output.
+std::string FirstLine(int descriptor) {
+    Transcript output;
+    const Pump pump(descriptor, output);
+    if (output.SkipPast("\n", Patience()) != Transcript::Result::kMatched)
+        throw std::runtime_error("dbus-daemon did not tell its address");
+    const std::string line = output.Consumed();
+    return line.substr(0, line.size() - 1);
+}
+
+}  // namespace
+
+PrivateBus::PrivateBus() {
+    const std::string configuration = directory_.File("bus.conf");
+    std::ofstream(configuration) << Configuration(directory_.File("bus"));
+    const FileDescriptor nothing(Checked(open("/dev/null", O_RDWR | O_CLOEXEC), "/dev/null"));
+    Pipe output = MakePipe();
+    process_ = std::make_unique<ChildProcess>(
+        ChildSetup{{"dbus-daemon", "--config-file=" + configuration, "--nofork", "--nopidfile",
+                    "--nosyslog", "--print-address"},
+                   {"LC_ALL=C"},
+                   directory_.Path(),
+                   nothing.Number(),
+                   output.writer.Number(),
+                   nothing.Number()});
+    output.writer.Close();
+    address_ = FirstLine(output.reader.Number());
+}
+
+void PrivateBus::Kill() {
+    process_->Signal(SIGKILL);
+    process_->AwaitEnd(Patience());
+}
+
+}  // namespace morvane_test

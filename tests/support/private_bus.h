@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "support/child_process.h"
+#include "support/temporary_directory.h"
+
+namespace morvane_test {
+
+/// A message bus that nobody else knows. It takes calls from the moment it is constructed and is
+/// gone when destroyed.
+class PrivateBus {
+  public:
+    /// Throws std::runtime_error if no dbus-daemon can be started.
+    PrivateBus();
+
+    const std::string& Address() const { return address_; }
+
+    /// The bus dies under everyone who is connected to it.
+    void Kill();
+
+  private:
+    TemporaryDirectory directory_;
+    std::unique_ptr<ChildProcess> process_;
+    std::string address_;
+};
+
+}  // namespace morvane_test

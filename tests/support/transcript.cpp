@@ -1,0 +1,87 @@
+#include "support/transcript.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace morvane_test {
+
+void Transcript::Append(std::string_view bytes) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    bytes_ += bytes;
+    changed_.notify_all();
+}
+
+void Transcript::End() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ended_ = true;
+    changed_.notify_all();
+}
+
+// `attempt` looks at the bytes and gives a result, or nothing while more bytes may still decide.
+template <typename Attempt>
+Transcript::Result Transcript::AwaitMatch(Duration limit, Attempt attempt) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    std::optional<Result> result;
+    const auto decided = [&] {
+        result = attempt();
+        if (!result && ended_) result = Result::kEnded;
+        return result.has_value();
+    };
+    return changed_.wait_for(lock, limit, decided) ? *result : Result::kTimedOut;
+}
+
+Transcript::Result Transcript::ExpectNext(std::string_view bytes, Duration limit) {
+    return AwaitMatch(limit, [&]() -> std::optional<Result> {
+        const std::string_view next =
+            std::string_view(bytes_).substr(consumed_).substr(0, bytes.size());
+        if (bytes.substr(0, next.size()) != next) return Result::kDiffers;
+        if (next.size() < bytes.size()) return std::nullopt;
+        consumed_ += bytes.size();
+        return Result::kMatched;
+    });
+}
+
+Transcript::Result Transcript::SkipPast(std::string_view bytes, Duration limit) {
+    return AwaitMatch(limit, [&]() -> std::optional<Result> {
+        const std::size_t found = bytes_.find(bytes, consumed_);
+        if (found == std::string::npos) return std::nullopt;
+        consumed_ = found + bytes.size();
+        return Result::kMatched;
+    });
+}
+
+Transcript::Result Transcript::SkipPastAll(const std::vector<std::string>& texts, Duration limit) {
+    return AwaitMatch(limit, [&]() -> std::optional<Result> {
+        std::size_t end = consumed_;
+        for (const std::string& text : texts) {
+            const std::size_t found = bytes_.find(text, consumed_);
+            if (found == std::string::npos) return std::nullopt;
+            end = std::max(end, found + text.size());
+        }
+        consumed_ = end;
+        return Result::kMatched;
+    });
+}
+
+Transcript::Result Transcript::AwaitEnd(Duration limit) {
+    return AwaitMatch(limit, [&]() -> std::optional<Result> {
+        return ended_ ? std::optional(Result::kMatched) : std::nullopt;
+    });
+}
+
+std::string Transcript::Consumed() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return bytes_.substr(0, consumed_);
+}
+
+std::string Transcript::Unconsumed() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return bytes_.substr(consumed_);
+}
+
+std::string Transcript::All() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return bytes_;
+}
+
+}  // namespace morvane_test

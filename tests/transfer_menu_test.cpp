@@ -1,0 +1,277 @@
+#include "support/conversation_test.h"
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+using simulator::kTransferInterface;
+
+constexpr char kMenu[] = "/Transfer Menu";
+constexpr char kProfileMenu[] = "/Phonebook Menu";
+constexpr char kRefusal[] = "com.veltrisonix.Error.NotInProgress";
+
+class TransferMenuTest : public ConversationTest {
+  protected:
+    void SetUp() override {
+        OpenSession();
+        SelectPhonebook();
+        PullAll("BEGIN:VCARD\n");
+        // Otherwise the transfer ends with its session, and says so at a moment of its own.
+        daemon().Reply("RemoveSession", Value("()"));
+    }
+
+    void ExpectAnswer(const std::string& line, const std::string& messages,
+                      Here here = Here::Now()) {
+        Type(line, here);
+        Expect(messages + Prompt(kMenu), here);
+    }
+
+    std::string Removing() const { return Normal("Removing: " + PulledPhonebook() + "\n"); }
+    bool FileExists() const { return std::filesystem::exists(PulledPhonebook()); }
+
+    std::size_t TransferCalls() const {
+        return CountCalls("Cancel") + CountCalls("Suspend") + CountCalls("Resume");
+    }
+
+    /// The tool is in a call, and holds the registry.
+    void Hang(Here here = Here::Now()) {
+        daemon().Hang("Suspend");
+        Type("p", here);
+        ExpectCall("Suspend", "()", here);
+    }
+
+    /// The call ends, refused.
+    void ReleaseRefused() {
+        daemon().AbortTransfer(Transfer());
+        Expect(Normal("Status Attribute Received: error\n"));
+        daemon().Release();
+    }
+
+    const std::string refused_ =
+        Red("Remote Call failed GDBus.Error:com.veltrisonix.Error.NotInProgress: Transfer is not "
+            "active\n");
+    const std::string invalid_ = Red("Phonebook Access Proxy is invalid\n");
+};
+
+TEST_F(TransferMenuTest, ShowsItsKeysOnHelp) {
+    const std::string menu = Green("*****************************************************\n") +
+                             Normal(" c) Cancel Download\n") +
+                             Normal(" d) Display download file\n") + Normal(" s) Show Status\n") +
+                             Normal(" p) Suspend transfer\n") + Normal(" r) Resume transfer\n") +
+                             Green("-----------------------------------------------------\n") +
+                             Normal(" h) Help\n") +
+                             Green("-----------------------------------------------------\n") +
+                             Normal(" x) Exit this Menu\n") + Normal(" q) Quit\n") +
+                             Green("*****************************************************\n");
+    ExpectAnswer("h", menu);
+    ExpectAnswer("  help me", menu);
+}
+
+TEST_F(TransferMenuTest, KnowsNoOtherKeys) {
+    for (const char* const line :
+         {"C", "D", "S", "P", "R", "H", "X", "a", "1", "?", "\xc3\xa9", "  Cancel", "-x"})
+        ExpectAnswer(line, Red("Invalid Selection\n"));
+    for (const char* const line : {"", "   ", "\t"}) ExpectAnswer(line, "");
+    EXPECT_EQ(TransferCalls(), 0U);
+    EXPECT_TRUE(FileExists());
+}
+
+TEST_F(TransferMenuTest, ShowsTheStatusAnnouncedLast) {
+    ExpectAnswer("s", Normal("Transfer Status: queued\n"));
+    daemon().Notify(Transfer(), kTransferInterface, "Status", Value("'100%s'"));
+    Expect(Notice(kMenu, "Status Attribute Received: 100%s\n"));
+    ExpectAnswer("status", Normal("Transfer Status: 100%s\n"));
+    daemon().Invalidate(Transfer(), kTransferInterface, "Status");
+    Expect(Notice(kMenu, "Status Attribute Received: Unknown\n"));
+    ExpectAnswer("s", Normal("Transfer Status: \n"));
+}
+
+TEST_F(TransferMenuTest, SuspendsAndResumes) {
+    daemon().Reply("Suspend", Value("()"));
+    daemon().Reply("Resume", Value("()"));
+    ExpectAnswer("p", "");
+    ExpectCall("Suspend", "()");
+    EXPECT_EQ(CountCalls("Resume"), 0U);
+    ExpectAnswer("resume", "");
+    ExpectCall("Resume", "()");
+    daemon().Refuse("Suspend", kRefusal, "100%s");
+    daemon().Refuse("Resume", kRefusal, "no");
+    const std::string failed = "Remote Call failed GDBus.Error:";
+    ExpectAnswer("p", Red(failed + kRefusal + ": 100%s\n"));
+    ExpectAnswer("r", Red(failed + kRefusal + ": no\n"));
+    EXPECT_EQ(CountCalls("Cancel"), 0U);
+    EXPECT_EQ(CountCalls("Suspend"), 2U);
+    EXPECT_EQ(CountCalls("Resume"), 2U);
+    EXPECT_TRUE(FileExists());
+}
+
+TEST_F(TransferMenuTest, CancelDropsTheTransferAndTheNextKeyOnlyLeaves) {
+    daemon().Reply("Cancel", Value("()"));
+    for (const char* const line : {"s", "x", "q", "Q", "c", "?"}) {
+        EXPECT_TRUE(FileExists());
+        ExpectAnswer("c", Removing());
+        EXPECT_FALSE(FileExists());
+        ExpectAnswer("", "");
+        Type(line);
+        Expect(Prompt(kProfileMenu));
+        PullAll("BEGIN:VCARD\n");
+    }
+    EXPECT_EQ(CountCalls("Cancel"), 6U);
+}
+
+TEST_F(TransferMenuTest, CancelDropsTheTransferEvenIfRefused) {
+    daemon().Refuse("Cancel", kRefusal, "too late");
+    ExpectAnswer("c",
+                 Red(std::string("Remote Call failed GDBus.Error:") + kRefusal + ": too late\n") +
+                     Removing());
+    ExpectCall("Cancel", "()");
+    EXPECT_FALSE(FileExists());
+    Type("h");
+    Expect(Prompt(kProfileMenu));
+}
+
+TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
+    Type("x");
+    Expect(Removing() + Prompt(kProfileMenu));
+    EXPECT_FALSE(FileExists());
+    EXPECT_EQ(TransferCalls(), 0U);
+    Pull("0", "BEGIN:VCARD\n");
+    daemon().Reply("Suspend", Value("()"));
+    ExpectAnswer("p", "");
+    EXPECT_EQ(daemon().Calls().back().path, Transfer());
+    Type("exit");
+    Expect(Red("Invalid Selection\n") + Prompt(kMenu));
+    Type("x");
+    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kProfileMenu));
+    Type("x");
+    Expect(Prompt());
+}
+
+TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
+    console().TypeBytes("s\nS\nh\nx\nx\nl\n");
+    Expect(Normal("Transfer Status: queued\n") + Prompt(kMenu) + Red("Invalid Selection\n") +
+           Prompt(kMenu) + TransferMenu() + Prompt(kMenu) + Removing() + Prompt(kProfileMenu) +
+           Prompt() + Stars());
+}
+
+TEST_F(TransferMenuTest, PausesBeforeEachPrompt) {
+    using Clock = std::chrono::steady_clock;
+    Type("x");
+    Await(Prompt(kProfileMenu));
+    Type("a");
+    Await(Prompt("/Filter Menu"));
+    Clock::time_point before = Clock::now();
+    Type("d");
+    Await(Prompt(kMenu));
+    EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(400));
+    before = Clock::now();
+    for (int key = 0; key < 3; ++key) ExpectAnswer("s", Normal("Transfer Status: queued\n"));
+    EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(600));
+}
+
+class TransferMenuQuitTest : public TransferMenuTest,
+                             public testing::WithParamInterface<const char*> {};
+
+TEST_P(TransferMenuQuitTest, LeavesTheFileToTheEndOfTheSession) {
+    daemon().AbortTransfer(Transfer());
+    Expect(Notice(kMenu, "Status Attribute Received: error\n"));
+    daemon().Hang("RemoveSession");
+    Type(GetParam());
+    ExpectCall("RemoveSession", "(objectpath '" + Session() + "',)");
+    EXPECT_TRUE(FileExists());
+    EXPECT_EQ(TransferCalls(), 0U);
+    daemon().Release();
+    Expect(Removing());
+    ExpectExit(0);
+    EXPECT_FALSE(FileExists());
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, TransferMenuQuitTest, testing::Values("q", "Q", "  quit"));
+
+TEST_F(TransferMenuTest, EndOfInputQuits) {
+    console().CloseInput();
+    Expect(Removing());
+    ExpectExit(0);
+    EXPECT_FALSE(FileExists());
+}
+
+TEST_F(TransferMenuTest, QuitDeletesTheFileEvenIfTheSessionCannotBeRemoved) {
+    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy");
+    Type("q");
+    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
+           Removing());
+    ExpectExit(0);
+    EXPECT_FALSE(FileExists());
+}
+
+TEST_F(TransferMenuTest, InterruptMakesTheNextKeyEndEverything) {
+    Interrupt();
+    Type("p");
+    Expect(invalid_ + Removing());
+    ExpectExit(0);
+    EXPECT_EQ(TransferCalls(), 0U);
+}
+
+TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
+    Hang();
+    daemon().AbortTransfer(Transfer());
+    Expect(Normal("Status Attribute Received: error\n"));
+    Interrupt();
+    daemon().Release();
+    Expect(refused_ + Removing());
+    ExpectExit(0);
+}
+
+TEST_F(TransferMenuTest, ActsOnNoKeyWhenTheSessionIsLost) {
+    daemon().SetConnectionState(Session(), 4);
+    ExpectQuiet(kMenu);
+    Type("c");
+    Expect(invalid_ + Removing() + Prompt());
+    EXPECT_EQ(TransferCalls(), 0U);
+}
+
+TEST_F(TransferMenuTest, ActsOnNoKeyWhenTheClientIsGone) {
+    daemon().RemoveClient();
+    Expect(Notice(kMenu, "Removing: " + PulledPhonebook() + "\n") +
+           Notice(kMenu, "Removed /com/veltrisonix/obex\n", kRedSequence));
+    EXPECT_FALSE(FileExists());
+    Type("q");
+    Expect(invalid_ + Prompt());
+    EXPECT_EQ(TransferCalls(), 0U);
+}
+
+TEST_F(TransferMenuTest, ActsOnNoKeyOfAnotherClient) {
+    daemon().RemoveClient();
+    daemon().AddClient();
+    Await(Notice(kMenu, "Found Client /com/veltrisonix/obex\n"));
+    Type("d");
+    Expect(invalid_ + Prompt());
+}
+
+TEST_F(TransferMenuTest, AsksForNoKeyWhenTheSessionWasLostInACall) {
+    Hang();
+    daemon().SetConnectionState(Session(), 4);
+    ReleaseRefused();
+    Expect(refused_ + invalid_ + Removing() + Prompt());
+}
+
+TEST_F(TransferMenuTest, RemovalsWaitForACallButNotForTheOperator) {
+    const std::string other = "/com/veltrisonix/hci0/dev_other";
+    daemon().AddDevice(other, "00:00:00:00:00:01", "Other");
+    Expect(Notice(kMenu, "Found Device " + other + "\n"));
+    Hang();
+    daemon().AbortTransfer(Transfer());
+    Expect(Normal("Status Attribute Received: error\n"));
+    daemon().RemoveDevice(other);
+    daemon().Release();
+    Expect(refused_);
+    Await("Removed " + other + "\n");  // before the next prompt, or under it
+    Await(Red(" > "));
+    ExpectQuiet(kMenu);
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,234 @@
+#include "transfer/transfer_context.h"
+
+#include "console/console_output.h"
+#include "interfaces/bus_name.h"
+#include "interfaces/property_notices.h"
+#include "interfaces/remote_call.h"
+#include "transfer/downloaded_file.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+
+namespace morvane {
+
+/// What the notices of a transfer share. Belongs to the proxy, which a notice being delivered
+/// keeps alive, and not to the context, which the other thread may be destroying meanwhile.
+struct TransferProgress {
+    std::atomic<guint64> size{0};
+    std::atomic<int> percent{0};
+};
+
+namespace {
+
+constexpr const char* kProgressKey = "morvane-progress";
+
+TransferProgress& ProgressOf(ObexTransfer1* proxy) {
+    return *static_cast<TransferProgress*>(g_object_get_data(G_OBJECT(proxy), kProgressKey));
+}
+
+guint32 Low32(guint64 value) {
+    return static_cast<guint32>(value);
+}
+
+void ReportSize(ObexTransfer1* proxy, const char* label) {
+    const guint64 size = obex_transfer1_get_size(proxy);
+    ProgressOf(proxy).size = size;
+    PROXY_Print(kNormal, "%s: %d\n", label, static_cast<gint32>(Low32(size)));
+}
+
+void PrintPercent(int percent) {
+    // The lone percent sign is part of the line as it has always been printed.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat"
+    PROXY_Print(kNormal, "Transferred Percent: %d%\n", percent);
+#pragma GCC diagnostic pop
+}
+
+// Each percentage is printed once, and only upwards.
+void ReportProgress(ObexTransfer1* proxy, const char* /*label*/) {
+    TransferProgress& progress = ProgressOf(proxy);
+    const guint64 size = progress.size;
+    if (size == 0) {
+        return;
+    }
+    const auto percent = static_cast<gint32>(obex_transfer1_get_transferred(proxy) * 100 / size);
+    if (percent > progress.percent) {
+        PrintPercent(percent);
+        progress.percent = percent;
+    }
+}
+
+constexpr PropertyNotice<ObexTransfer1> kNotices[] = {
+    {"notify::status", ReportText<obex_transfer1_get_status>, "Status Attribute Received"},
+    {"notify::session", ReportText<obex_transfer1_get_session>, "Session Attribute Received"},
+    {"notify::name", ReportText<obex_transfer1_get_name>, "Name Attribute Received"},
+    {"notify::type", ReportText<obex_transfer1_get_type_>, "Type Attribute Received"},
+    {"notify::size", ReportSize, "Size Attribute Received"},
+    {"notify::transferred", ReportProgress, nullptr},
+    {"notify::filename", ReportText<obex_transfer1_get_filename>, "Filename Attribute Received"},
+};
+
+// How one property's value is printed when the transfer begins. `types` are those that count; a
+// value of any other is treated as absent.
+struct InitialLine {
+    const char* property;
+    const char* types;
+    const char* label;
+};
+
+constexpr InitialLine kInitialLines[] = {
+    {"Status", "s", "Status"},
+    {"Name", "s", "Object Name"},
+    {"Filename", "s", "Filename"},
+    {"Size", "t", "Size"},
+    {"Transferred", "t", "Bytes Transferred"},
+    {"Session", "so", "Session"},
+    {"Type", "s", "MIME type"},
+};
+
+bool HasType(GVariant* value, const char* types) {
+    const char* const type = g_variant_get_type_string(value);
+    return type[1] == '\0' && std::strchr(types, type[0]) != nullptr;
+}
+
+// `value` has one of the line's types or is null.
+void PrintInitialLine(const InitialLine& line, GVariant* value, TransferProgress& progress) {
+    if (line.types[0] == 's') {
+        const char* const text = value == nullptr ? nullptr : g_variant_get_string(value, nullptr);
+        PROXY_Print(kNormal, "%s: %s\n", line.label, OrUnknown(text));
+        return;
+    }
+    const guint64 number = value == nullptr ? 0 : g_variant_get_uint64(value);
+    if (std::strcmp(line.property, "Size") == 0) {
+        progress.size = number;
+    }
+    PROXY_Print(kNormal, "%s: %u\n", line.label, Low32(number));
+}
+
+void PrintEntry(const char* key, GVariant* value, TransferProgress& progress) {
+    for (const InitialLine& line : kInitialLines) {
+        if (std::strcmp(key, line.property) == 0) {
+            PrintInitialLine(line, HasType(value, line.types) ? value : nullptr, progress);
+        }
+    }
+}
+
+// Tells the operator if the daemon has refused.
+bool Accepted(const ErrorPtr& error) {
+    if (error) {
+        PROXY_Print(kRed, "Remote Call failed %s\n", error->message);
+    }
+    return !error;
+}
+
+std::string CopyOf(const TextPtr& text) {
+    return text ? text.get() : "";
+}
+
+}  // namespace
+
+TransferContext::TransferContext(const std::string& path, GVariant* properties) : path_(path) {
+    BuildProxy(properties);
+}
+
+// Transfers stand under the default name, whichever instance the sessions come from.
+void TransferContext::BuildProxy(GVariant* properties) {
+    proxy_ = MakeProxy(obex_transfer1_proxy_new_for_bus_sync, kDefaultBusName, path_, "Transfer");
+    g_object_set_data_full(
+        G_OBJECT(proxy_.get()), kProgressKey, std::make_unique<TransferProgress>().release(),
+        [](gpointer progress) { delete static_cast<TransferProgress*>(progress); });
+    GetInitialProperties(properties);
+    Subscribe();
+}
+
+void TransferContext::GetInitialProperties(GVariant* properties) {
+    if (properties == nullptr) {
+        for (const InitialLine& line : kInitialLines) {
+            const VariantPtr value(
+                g_dbus_proxy_get_cached_property(G_DBUS_PROXY(proxy_.get()), line.property));
+            PrintInitialLine(line, value.get(), Progress());
+        }
+        return;
+    }
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, properties);
+    const gchar* key = nullptr;
+    VariantPtr value;
+    while (g_variant_iter_next(&iterator, "{&sv}", &key, static_cast<GVariant**>(Out(value))) !=
+           FALSE) {
+        PrintEntry(key, value.get(), Progress());
+    }
+}
+
+void TransferContext::Subscribe() {
+    FollowChanges<ObexTransfer1>(proxy_.get(), kNotices);
+}
+
+bool TransferContext::Cancel() {
+    return Accepted(CallRemote(obex_transfer1_call_cancel_sync, proxy_));
+}
+
+bool TransferContext::Suspend() {
+    return Accepted(CallRemote(obex_transfer1_call_suspend_sync, proxy_));
+}
+
+bool TransferContext::Resume() {
+    return Accepted(CallRemote(obex_transfer1_call_resume_sync, proxy_));
+}
+
+void TransferContext::DisplayStatus() const {
+    PROXY_Print(kNormal, "Transfer Status: %s\n", GetStatus().c_str());
+}
+
+void TransferContext::DisplayDownloadedFile() const {
+    if (const TextPtr name{obex_transfer1_dup_filename(proxy_.get())}) {
+        DisplayFile(name.get());
+    } else {
+        PROXY_Print(kRed, "Filename property not set!");
+    }
+}
+
+void TransferContext::RemoveDownloadedFile() const {
+    const TextPtr name(obex_transfer1_dup_filename(proxy_.get()));
+    if (!name) {
+        PROXY_Print(kRed, "Filename property not set!");
+    } else if (*name != '\0') {
+        PROXY_Print(kNormal, "Removing: %s\n", name.get());
+        static_cast<void>(std::remove(name.get()));
+    }
+}
+
+std::string TransferContext::GetStatus() const {
+    return CopyOf(TextPtr(obex_transfer1_dup_status(proxy_.get())));
+}
+
+std::string TransferContext::GetName() const {
+    return CopyOf(TextPtr(obex_transfer1_dup_name(proxy_.get())));
+}
+
+std::string TransferContext::GetFileName() const {
+    return CopyOf(TextPtr(obex_transfer1_dup_filename(proxy_.get())));
+}
+
+TransferProgress& TransferContext::Progress() const {
+    return ProgressOf(proxy_.get());
+}
+
+guint64 TransferContext::GetSize() const {
+    return Progress().size;
+}
+
+void TransferContext::SetSize(guint64 size) {
+    Progress().size = size;
+}
+
+int TransferContext::GetTransferredPercent() const {
+    return Progress().percent;
+}
+
+void TransferContext::SetTransferredPercent(int percent) {
+    Progress().percent = percent;
+}
+
+}  // namespace morvane
