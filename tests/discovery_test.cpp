@@ -198,13 +198,15 @@ TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
     Publish(kDevice);
     Start();
     HangInSetUserId();
-    Publish("/dev_2", "Second");
-    Expect(Normal("Found Device /dev_2\n"));
+    for (const char* const path : {"/dev_2", "/dev_3"}) {
+        Publish(path, path);
+        Expect(Normal("Found Device " + std::string(path) + "\n"));
+    }
     daemon().RemoveDevice(kDevice);
     daemon().Release();
     AwaitAll({kRedSequence + ("Removed " + kDevice + "\n"), Prompt()});
     Type("l");
-    Await(DeviceLines({" 00:1B:DC:07:31:9A | Second"}));
+    Await(DeviceLines({" 00:1B:DC:07:31:9A | /dev_2", " 00:1B:DC:07:31:9A | /dev_3"}));
 }
 
 TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {

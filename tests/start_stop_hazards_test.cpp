@@ -97,8 +97,8 @@ TEST_F(StartStopTest, EndsWhenTheObjectManagerFailsLate) {
         "Error getting object manager client: GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
         "Message recipient disconnected from message bus without replying\n");
     EXPECT_FALSE(console().HasEnded());
-    Type("h");
-    ExpectExit(0);
+    console().TypeBytes("h\nh\n");  // the first may come before the error has been dealt with
+    ExpectExit(0, Console::Rest::kIgnored);
 }
 
 TEST_F(StartStopTest, EndsWithTheLineAfterAControlC) {
