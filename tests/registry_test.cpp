@@ -22,6 +22,7 @@
 
 namespace {
 
+// Nothing but the allocator itself can make one allocation of the tool's fail.
 std::atomic<bool> memory_is_exhausted{false};
 
 }  // namespace
