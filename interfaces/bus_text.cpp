@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <utility>
+
 namespace morvane {
 namespace {
 
@@ -20,24 +22,26 @@ bool IsCutOff(const std::string& text, std::size_t position) {
                                      static_cast<gssize>(text.size() - position)) == kIncomplete;
 }
 
-}  // namespace
-
-std::string ReplaceInvalidBytes(std::string text) {
+// The length stays, unless the text may be cut and is.
+std::string MakeValid(std::string text, bool may_be_cut) {
     for (std::size_t i = FindInvalid(text, 0); i < text.size(); i = FindInvalid(text, i)) {
-        text[i] = '?';
-    }
-    return text;
-}
-
-std::string BusText(std::string text) {
-    for (std::size_t i = FindInvalid(text, 0); i < text.size(); i = FindInvalid(text, i)) {
-        if (text[i] != '\0' && IsCutOff(text, i)) {
+        if (may_be_cut && text[i] != '\0' && IsCutOff(text, i)) {
             text.resize(i);
         } else {
             text[i] = '?';
         }
     }
     return text;
+}
+
+}  // namespace
+
+std::string ReplaceInvalidBytes(std::string text) {
+    return MakeValid(std::move(text), false);
+}
+
+std::string BusText(std::string text) {
+    return MakeValid(std::move(text), true);
 }
 
 }  // namespace morvane

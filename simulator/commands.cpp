@@ -21,7 +21,7 @@ using Words = std::vector<std::string>;
 
 struct Command {
     const char* name;
-    const char* arguments;  ///< one word each; in brackets when it may be left out
+    const char* arguments;  ///< one word each; the last takes all that is left
     const char* help;
     std::string (*execute)(Commands& commands, Daemon& daemon, const Words& words);
 };

@@ -1,5 +1,6 @@
 #include "simulator/daemon.h"
 
+#include "interfaces/bus_name.h"
 #include "simulator/event_thread.h"
 #include "simulator/stack.h"
 
@@ -9,9 +10,8 @@
 namespace simulator {
 namespace {
 
+using morvane::kDefaultBusName;
 using morvane::VariantPtr;
-
-constexpr char kDefaultBusName[] = "com.veltrisonix";
 
 void Demand(bool condition, const std::string& complaint) {
     if (!condition) {
