@@ -35,8 +35,8 @@ enum class Redraw { kIfShowing, kNever };
 /// One message on its way to the terminal.
 class Message {
   public:
-    void Append(const char* text, std::size_t limit = kTextRoom - 1) {
-        const std::size_t length = std::min(strnlen(text, limit), sizeof bytes_ - length_);
+    void Append(const char* text) {
+        const std::size_t length = std::min(strnlen(text, kTextRoom - 1), sizeof bytes_ - length_);
         std::memcpy(bytes_ + length_, text, length);
         length_ += length;
     }

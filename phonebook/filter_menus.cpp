@@ -111,7 +111,7 @@ static_assert(HasDistinctKeys(kPullAllRows) && HasDistinctKeys(kPullRows) &&
 struct FilterMenu {
     const char* title;
     Table<FilterRow> rows;
-    bool pauses_on_entry = true;  // scripts that play sessions count on each menu's own pace
+    bool pauses_on_entry = true;
     bool leaves_quietly = false;  // when the session is lost while the operator types
 };
 

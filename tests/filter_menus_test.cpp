@@ -49,9 +49,7 @@ class FilterMenu : public ConversationTest, public testing::WithParamInterface<O
     void OpenPhonebook(Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
         ConsoleOptions options;
         options.wiring = wiring;
-        Start(options, here);
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(options, here);
         daemon().Refuse(GetParam().method, "com.veltrisonix.Error.Failed", "enough");
     }
 

@@ -27,9 +27,7 @@ class Search : public ConversationTest {
     void OpenPhonebook(Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
         ConsoleOptions options;
         options.wiring = wiring;
-        Start(options, here);
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(options, here);
         daemon().Reply("Search", Value("([('1.vcf', 'Ada')],)"));
     }
 

@@ -144,12 +144,7 @@ TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
 }
 
 TEST_F(SessionTest, BelongsToTheInstance) {
-    simulator::Options options = simulator::Options::Scripted();
-    options.instance = "bench";
-    StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
-    ConsoleOptions console_options;
-    console_options.arguments = {"-bus:bench"};
-    Start(console_options);
+    StartInstance("bench");
     Connect();
     Expect(UsualProperties() + Prompt(kMenu));
     SelectPhonebook();

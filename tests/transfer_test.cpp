@@ -191,12 +191,7 @@ TEST_F(TransferTest, LosesItsFileWhenAnotherSessionTakesThePlaceOfItsOwn) {
 class TransferOfAnInstanceTest : public TransferTest {
   protected:
     void SetUp() override {
-        simulator::Options options = simulator::Options::Scripted();
-        options.instance = "bench";
-        StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
-        ConsoleOptions arguments;
-        arguments.arguments = {"-bus:bench"};
-        Start(arguments);
+        StartInstance("bench");
         SelectInSession();
     }
 };

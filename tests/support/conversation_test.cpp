@@ -94,6 +94,21 @@ void ConversationTest::OpenSession(unsigned device, Here here) {
     Await(Prompt("/Phonebook Menu"), here);
 }
 
+void ConversationTest::StartInstance(const std::string& instance, Here here) {
+    simulator::Options daemon_options = simulator::Options::Scripted();
+    daemon_options.instance = instance;
+    StartDaemon(daemon_options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    ConsoleOptions options;
+    options.arguments = {"-bus:" + instance};
+    Start(options, here);
+}
+
+void ConversationTest::OpenSelectedSession(const ConsoleOptions& options, Here here) {
+    Start(options, here);
+    OpenSession(0, here);
+    SelectPhonebook(0, 0, here);
+}
+
 void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, Here here) {
     Type("s", here);
     Await(ValuePrompt("/Select Location"), here);
