@@ -151,28 +151,30 @@ void Run(const FilterMenu& menu, PhonebookContext& context, MenuLock& lock, GVar
     }
 }
 
-void AskFilters(const FilterMenu& menu, PhonebookContext& context, MenuLock& lock,
-                GVariantDict* dict) {
+using Context = PhonebookContext;
+
+template <void (Context::*kDisplay)() const, void (Context::*kRun)(MenuLock&&, GVariantDict*)>
+void Open(Context& context, MenuLock& lock, GVariantDict* dict) {
     if (context.FilterFields().empty()) {
         context.ListFilterFields(false);
     }
-    Display(menu);
-    Run(menu, context, lock, dict);
+    (context.*kDisplay)();
+    (context.*kRun)(Lend(lock), dict);
 }
 
 }  // namespace
 
 void PhonebookContext::SelectPullAllFilters(MenuLock&& lock, GVariantDict* dict) {
-    morvane::AskFilters(kPullAll, *this, lock, dict);
+    Open<&Context::DisplayFilterMenu, &Context::RunFilterMenu>(*this, lock, dict);
 }
 void PhonebookContext::SelectPullFilters(MenuLock&& lock, GVariantDict* dict) {
-    morvane::AskFilters(kPull, *this, lock, dict);
+    Open<&Context::DisplayPullFilterMenu, &Context::RunPullFilterMenu>(*this, lock, dict);
 }
 void PhonebookContext::SelectListFilters(MenuLock&& lock, GVariantDict* dict) {
-    morvane::AskFilters(kList, *this, lock, dict);
+    Open<&Context::DisplayListFilterMenu, &Context::RunListFilterMenu>(*this, lock, dict);
 }
 void PhonebookContext::SelectSizeFilters(MenuLock&& lock, GVariantDict* dict) {
-    morvane::AskFilters(kSize, *this, lock, dict);
+    Open<&Context::DisplaySizeFilterMenu, &Context::RunSizeFilterMenu>(*this, lock, dict);
 }
 
 void PhonebookContext::DisplayFilterMenu() const {
