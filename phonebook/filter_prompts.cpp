@@ -1,10 +1,7 @@
 #include "console/errors.h"
 #include "console/frames.h"
-#include "interfaces/variant_dict.h"
 #include "phonebook/phonebook_context.h"
 #include "phonebook/prompts.h"
-
-#include <utility>
 
 namespace morvane {
 

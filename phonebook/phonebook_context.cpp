@@ -5,8 +5,6 @@
 #include "interfaces/property_notices.h"
 #include "interfaces/remote_call.h"
 
-#include <utility>
-
 namespace morvane {
 namespace {
 

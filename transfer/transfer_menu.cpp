@@ -4,8 +4,6 @@
 #include "phonebook/phonebook_context.h"
 #include "phonebook/prompts.h"
 
-#include <utility>
-
 namespace morvane {
 namespace {
 
