@@ -1,7 +1,7 @@
 #include "app/obex_proxy.h"
 #include "client/client_proxy_context.h"
+#include "client/profile_errors.h"
 #include "console/menu.h"
-#include "console/reporting.h"
 
 namespace morvane {
 namespace {
@@ -57,14 +57,7 @@ constexpr Table<ProfileRow> kMenu = kRows;
 
 AfterKey ActOnKeyReporting(char key, ClientProxyContext& client, MenuLock& lock) {
     auto next = AfterKey::kGoOn;
-    try {
-        ReportErrors<InvalidValueException, IapiException>(
-            [&] { next = ActOnKey(kMenu, key, client, lock); });
-    } catch (const SapiException& error) {
-        PROXY_Print(kRed, "%s %d\n", error.what(), error.Code());
-    } catch (const InputEnded&) {
-        // This menu's own next read quits.
-    }
+    ReportProfileErrors([&] { next = ActOnKey(kMenu, key, client, lock); });
     return next;
 }
 

@@ -1,12 +1,20 @@
 #include "console/errors.h"
 
+#include "client/profile_errors.h"
+#include "console/reporting.h"
+#include "support/captured_run.h"
+#include "support/messages.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
 #include <type_traits>
 
 namespace morvane {
 namespace {
+
+using morvane_test::Red;
 
 template <typename Error, typename... All>
 constexpr bool DerivesFromNoneOf() {
@@ -49,6 +57,53 @@ TEST(ErrorTypesTest, ServiceErrorCarriesASignedCode) {
     const SapiException error("refused", -7);
     EXPECT_STREQ(error.what(), "refused");
     EXPECT_EQ(error.Code(), -7);
+}
+
+// What a menu prints when its guard runs an action that throws `error`, or that the error goes up.
+template <typename Guard, typename Error>
+std::string Outcome(const Guard& guard, const Error& error) {
+    const auto run = morvane_test::Capture([&] {
+        try {
+            guard([&] { throw error; });
+            return 0;
+        } catch (const Error&) {
+            return 1;
+        }
+    });
+    return run.Output() + (run.status == 0 ? "" : "goes up");
+}
+
+template <typename... Caught>
+constexpr auto kReport = [](const auto& action) { ReportErrors<Caught...>(action); };
+constexpr auto kReportInProfile = [](const auto& action) { ReportProfileErrors(action); };
+
+TEST(ReportErrorsTest, PrintsTheTypesThatAreNamed) {
+    const auto report = kReport<ProxyException, SapiException, IapiException>;
+    EXPECT_EQ(Outcome(report, ProxyException("100%s")), Red("100%s\n"));
+    EXPECT_EQ(Outcome(report, SapiException("text only", 5)), Red("text only\n"));
+    EXPECT_EQ(Outcome(report, IapiException("refused")), Red("refused\n"));
+}
+
+TEST(ReportErrorsTest, LetsAllOthersGoUp) {
+    const auto report = kReport<IapiException>;
+    EXPECT_EQ(Outcome(report, ProxyException("other")), "goes up");
+    EXPECT_EQ(Outcome(report, InvalidObjectException("other")), "goes up");
+    EXPECT_EQ(Outcome(report, std::runtime_error("other")), "goes up");
+    EXPECT_EQ(Outcome(report, InputEnded{}), "goes up");
+}
+
+TEST(ReportProfileErrorsTest, PrintsWhatEndsOnlyTheAction) {
+    EXPECT_EQ(Outcome(kReportInProfile, InvalidValueException("value")), Red("value\n"));
+    EXPECT_EQ(Outcome(kReportInProfile, IapiException("call")), Red("call\n"));
+    EXPECT_EQ(Outcome(kReportInProfile, SapiException("service 100%s", -7)),
+              Red("service 100%s -7\n"));
+    EXPECT_EQ(Outcome(kReportInProfile, InputEnded{}), "");
+}
+
+TEST(ReportProfileErrorsTest, LetsAllOthersGoUp) {
+    EXPECT_EQ(Outcome(kReportInProfile, ProxyException("other")), "goes up");
+    EXPECT_EQ(Outcome(kReportInProfile, InvalidObjectException("other")), "goes up");
+    EXPECT_EQ(Outcome(kReportInProfile, std::runtime_error("other")), "goes up");
 }
 
 }  // namespace
