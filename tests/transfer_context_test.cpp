@@ -1,136 +1,37 @@
 #include "transfer/transfer_context.h"
 
 #include "console/errors.h"
-#include "phonebook/phonebook_context.h"
-#include "simulator/daemon.h"
-#include "support/file_descriptor.h"
+#include "support/context_test.h"
 #include "support/messages.h"
-#include "support/patience.h"
-#include "support/private_bus.h"
 #include "support/temporary_directory.h"
 
-#include <gtest/gtest.h>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace morvane_test {
 namespace {
 
-using morvane::InvalidValueException;
-using morvane::PhonebookContext;
 using morvane::ProxyException;
 using morvane::TransferContext;
 using morvane::VariantPtr;
 using simulator::kTransferInterface;
 
-constexpr char kSession[] = "/com/veltrisonix/obex/client/session0";
 constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
-constexpr char kOtherPath[] = "/com/veltrisonix/obex/client/session0/transfer1";
 
-VariantPtr Value(const std::string& text) {
-    morvane::ErrorPtr error;
-    VariantPtr value(g_variant_parse(nullptr, text.c_str(), nullptr, nullptr, morvane::Out(error)));
-    if (!value) throw std::invalid_argument(text + ": " + error->message);
-    return value;
-}
-
-/// Standard output goes to memory while this lives.
-class CapturedOutput {
-  public:
-    CapturedOutput()
-        : memory_(Checked(memfd_create("output", MFD_CLOEXEC), "memfd_create")),
-          terminal_(Checked(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0), "dup")) {
-        std::fflush(stdout);
-        Checked(dup2(memory_.Number(), STDOUT_FILENO), "dup2");
-    }
-    CapturedOutput(const CapturedOutput&) = delete;
-    CapturedOutput& operator=(const CapturedOutput&) = delete;
-    ~CapturedOutput() {
-        std::fflush(stdout);
-        dup2(terminal_.Number(), STDOUT_FILENO);
-    }
-
-    std::string Text() const {
-        const auto size = static_cast<std::size_t>(
-            Checked(static_cast<int>(lseek(memory_.Number(), 0, SEEK_END)), "lseek"));
-        std::string text(size, '\0');
-        Checked(static_cast<int>(pread(memory_.Number(), text.data(), size, 0)), "pread");
-        return text;
-    }
-
-  private:
-    FileDescriptor memory_;
-    FileDescriptor terminal_;
-};
-
-std::string Printed(const std::function<void()>& action) {
-    const CapturedOutput output;
-    action();
-    return output.Text();
-}
-
-class TransferContextTest : public testing::Test {
+class TransferContextTest : public ContextTest {
   protected:
-    TransferContextTest() {
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", bus_.Address().c_str(), 1);
-        daemon_.emplace(bus_.Address(), simulator::Options::Scripted());
-        morvane::ErrorPtr error;
-        connection_.reset(
-            g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, static_cast<GError**>(morvane::Out(error))));
-        if (!connection_) throw std::runtime_error(error->message);
-        g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
-    }
-
-    /// A later test in this process must meet its own bus.
-    void TearDown() override {
-        GDBusConnection* last = connection_.get();
-        g_object_add_weak_pointer(G_OBJECT(last), reinterpret_cast<gpointer*>(&last));
-        connection_.reset();
-        daemon_.reset();
-        while (last != nullptr) g_main_context_iteration(nullptr, TRUE);
-    }
-
-    simulator::Daemon& daemon() { return *daemon_; }
-    PrivateBus& bus() { return bus_; }
-
     /// What the proxies made next have in their cache.
     void SetProperties(const std::string& properties) {
         daemon().Reply("GetAll", Value("(" + properties + ",)").get());
     }
 
-    /// Runs the handlers of everything that has been announced. The bus answers only after it has
-    /// passed on all of that.
-    void HearNotices() {
-        morvane::ErrorPtr error;
-        const VariantPtr reply(g_dbus_connection_call_sync(
-            connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-            "org.freedesktop.DBus", "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
-            morvane::Out(error)));
-        EXPECT_TRUE(reply);
-        while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-        }
-    }
-
-    std::string Announced(const std::string& name, const std::string& value,
-                          const std::string& path = kPath) {
-        return Printed([&] {
-            daemon().Notify(path, kTransferInterface, name, Value(value).get());
-            HearNotices();
-        });
+    std::string Announced(const std::string& name, const std::string& value) {
+        return ContextTest::Announced(kPath, kTransferInterface, name, value);
     }
 
     std::unique_ptr<TransferContext> Quietly(const std::string& properties) {
@@ -139,11 +40,6 @@ class TransferContextTest : public testing::Test {
             [&] { transfer = std::make_unique<TransferContext>(kPath, Value(properties).get()); });
         return transfer;
     }
-
-  private:
-    PrivateBus bus_;
-    std::optional<simulator::Daemon> daemon_;
-    morvane::GlibPtr<GDBusConnection> connection_;
 };
 
 struct Dictionary {
@@ -384,6 +280,17 @@ TEST_F(TransferContextTest, TellsWhetherTheDaemonAccepted) {
     }
 }
 
+TEST_F(TransferContextTest, ReportsNoChangeBeforeTheProperties) {
+    const VariantPtr properties = Value("{'Status': <'queued'>, 'Size': <uint64 9>}");
+    std::unique_ptr<TransferContext> transfer;
+    const std::string rest = PrintedAfter(
+        Normal("Status: queued\n"),
+        [&] { transfer = std::make_unique<TransferContext>(kPath, properties.get()); },
+        [&] { daemon().Notify(kPath, kTransferInterface, "Name", Value("'early'").get()); });
+    EXPECT_EQ(rest, Normal("Size: 9\n"));
+    EXPECT_EQ(Announced("Name", "'late'"), Normal("Name Attribute Received: late\n"));
+}
+
 TEST_F(TransferContextTest, LeavesTheFileWhenItGoes) {
     const TemporaryDirectory directory;
     std::ofstream(directory.File("file")) << "vcard";
@@ -404,117 +311,6 @@ TEST(TransferContextWithoutBusTest, CannotBeMade) {
                      "Failed to allocate Transfer proxy. Message: Could not connect: No such file "
                      "or directory");
     }
-}
-
-/// A session's context, which holds one transfer at a time. There is nothing behind its path.
-class HeldTransferTest : public TransferContextTest {
-  protected:
-    HeldTransferTest() {
-        Printed([&] { phonebook_.emplace(kSession); });
-    }
-
-    void TearDown() override {
-        phonebook_.reset();
-        TransferContextTest::TearDown();
-    }
-
-    /// Announces the file of the transfer, and makes it.
-    std::string MakeFile(const std::string& path, const std::string& name) {
-        const std::string file = directory_.File(name);
-        std::ofstream(file) << "vcard";
-        Announced("Filename", "'" + file + "'", path);
-        return file;
-    }
-
-    std::string Hold(const std::string& path, const std::string& properties = "@a{sv} {}") {
-        return Printed([&] { phonebook().AllocTransfer(path, Value(properties).get()); });
-    }
-
-    PhonebookContext& phonebook() { return *phonebook_; }
-    std::string PrintedAtTheEnd() {
-        return Printed([&] { phonebook_.reset(); });
-    }
-
-  private:
-    TemporaryDirectory directory_;
-    std::optional<PhonebookContext> phonebook_;
-};
-
-TEST_F(HeldTransferTest, IsReplacedAndItsFileStays) {
-    EXPECT_EQ(Hold(kPath, "{'Status': <'queued'>}"), Normal("Status: queued\n"));
-    const std::string first = MakeFile(kPath, "first");
-    EXPECT_EQ(Hold(kOtherPath, "{'Status': <'active'>}"), Normal("Status: active\n"));
-    const std::string second = MakeFile(kOtherPath, "second");
-    EXPECT_EQ(Announced("Status", "'complete'", kPath), "");
-    EXPECT_EQ(Announced("Status", "'complete'", kOtherPath),
-              Normal("Status Attribute Received: complete\n"));
-    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + second + "\n"));
-    EXPECT_TRUE(std::filesystem::exists(first));
-    EXPECT_FALSE(std::filesystem::exists(second));
-}
-
-TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPath) {
-    Hold(kPath);
-    const std::string file = MakeFile(kPath, "file");
-    EXPECT_EQ(Printed([&] {
-                  try {
-                      phonebook().AllocTransfer("", Value("{'Status': <'queued'>}").get());
-                      ADD_FAILURE();
-                  } catch (const InvalidValueException& error) {
-                      EXPECT_STREQ(error.what(), "Object Path cannot be empty");
-                  }
-              }),
-              "");
-    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
-}
-
-TEST_F(HeldTransferTest, StaysWhenTheNextCannotBeReached) {
-    Hold(kPath);
-    const std::string file = MakeFile(kPath, "file");
-    bus().Kill();
-    try {
-        phonebook().AllocTransfer(kOtherPath, nullptr);
-        FAIL();
-    } catch (const ProxyException& error) {
-        EXPECT_EQ(std::string(error.what()).find("Failed to allocate Transfer proxy. Message: "),
-                  0U);
-    }
-    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
-}
-
-/// The handlers of what is announced run here, as in the tool, on another thread than the test's.
-class HearingThread {
-  public:
-    HearingThread() : thread_([this] { g_main_loop_run(loop_.get()); }) {}
-    HearingThread(const HearingThread&) = delete;
-    HearingThread& operator=(const HearingThread&) = delete;
-    ~HearingThread() {
-        g_idle_add(
-            [](gpointer loop) -> gboolean {
-                g_main_loop_quit(static_cast<GMainLoop*>(loop));
-                return G_SOURCE_REMOVE;
-            },
-            loop_.get());
-        thread_.join();
-    }
-
-  private:
-    morvane::GlibPtr<GMainLoop> loop_{g_main_loop_new(nullptr, FALSE)};
-    std::thread thread_;
-};
-
-TEST_F(HeldTransferTest, GoesWithoutHarmWhileItsNoticesAreHeard) {
-    const CapturedOutput output;
-    {
-        const HearingThread hearing;
-        for (int round = 0; round < 100; ++round) {
-            phonebook().AllocTransfer(kPath, nullptr);
-            daemon().Flood(kPath, kTransferInterface, "Size", 20,
-                           [](std::size_t index) { return g_variant_new_uint64(index); });
-            if (round % 2 == 1) phonebook().DropTransfer();
-        }
-    }
-    EXPECT_NE(output.Text().find(Normal("Size Attribute Received: 7\n")), std::string::npos);
 }
 
 }  // namespace

@@ -1,0 +1,208 @@
+#include "phonebook/phonebook_context.h"
+
+#include "console/errors.h"
+#include "support/context_test.h"
+#include "support/messages.h"
+#include "support/temporary_directory.h"
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+using morvane::InvalidValueException;
+using morvane::PhonebookContext;
+using morvane::ProxyException;
+using simulator::kPhonebookInterface;
+using simulator::kSessionInterface;
+using simulator::kTransferInterface;
+
+// There is nothing behind these paths.
+constexpr char kSession[] = "/com/veltrisonix/obex/client/session0";
+constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
+constexpr char kOtherPath[] = "/com/veltrisonix/obex/client/session0/transfer1";
+
+/// The proxy that is the next to hear of a change.
+class ProxyThatHears {
+  public:
+    ProxyThatHears() : hook_(g_signal_add_emission_hook(Signal(), 0, Catch, this, nullptr)) {}
+    ProxyThatHears(const ProxyThatHears&) = delete;
+    ProxyThatHears& operator=(const ProxyThatHears&) = delete;
+    ~ProxyThatHears() { g_signal_remove_emission_hook(Signal(), hook_); }
+
+    GObject* Get() const { return proxy_; }
+
+  private:
+    static guint Signal() { return g_signal_lookup("g-properties-changed", G_TYPE_DBUS_PROXY); }
+
+    static gboolean Catch(GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* values,
+                          gpointer catcher) {
+        static_cast<ProxyThatHears*>(catcher)->proxy_ = G_OBJECT(g_value_get_object(values));
+        return TRUE;
+    }
+
+    gulong hook_;
+    GObject* proxy_ = nullptr;
+};
+
+class SessionContextTest : public ContextTest {
+  protected:
+    SessionContextTest() {
+        Printed([&] { phonebook_.emplace(kSession); });
+    }
+
+    void TearDown() override {
+        phonebook_.reset();
+        ContextTest::TearDown();
+    }
+
+    PhonebookContext& phonebook() { return *phonebook_; }
+
+    std::string Announced(const std::string& name, const std::string& value) {
+        return ContextTest::Announced(kSession, kSessionInterface, name, value);
+    }
+
+    /// What is printed when the session's object has a property of this name, and announces it.
+    std::string AnnouncedUnforeseen(const char* name) {
+        const ProxyThatHears session;
+        Announced("Source", "'s'");
+        GParamSpec* const any =
+            g_object_class_find_property(G_OBJECT_GET_CLASS(session.Get()), "source");
+        return Printed([&] {
+            g_signal_emit(session.Get(), g_signal_lookup("notify", G_TYPE_OBJECT),
+                          g_quark_from_string(name), any);
+        });
+    }
+
+  private:
+    std::optional<PhonebookContext> phonebook_;
+};
+
+TEST_F(SessionContextTest, KnowsItsPathAndWhetherItIsConnected) {
+    EXPECT_EQ(phonebook().GetPathName(), kSession);
+    EXPECT_FALSE(phonebook().IsValid());
+    EXPECT_EQ(Announced("ConnectionState", "byte 5"), "");
+    EXPECT_TRUE(phonebook().IsValid());
+    EXPECT_EQ(Announced("ConnectionState", "byte 6"), "");
+    EXPECT_FALSE(phonebook().IsValid());
+}
+
+TEST_F(SessionContextTest, ReportsNoChangeBeforeTheProperties) {
+    std::optional<PhonebookContext> other;
+    const std::string rest = PrintedAfter(
+        Normal("Session Disconnected\n"), [&] { other.emplace("/other"); },
+        [&] {
+            daemon().Notify("/other", kPhonebookInterface, "Folder", Value("'early'").get());
+            daemon().Notify("/other", kSessionInterface, "Channel", Value("uint16 7").get());
+        });
+    EXPECT_EQ(rest,
+              Lines({"Source Address: Unknown", "Destination Address: Unknown",
+                     "Target UUID: Unknown", "Channel: 7", "Fixed Image Size: Not Supported"}));
+    EXPECT_EQ(ContextTest::Announced("/other", kPhonebookInterface, "Folder", "'late'"),
+              Normal("Folder: late\n"));
+}
+
+// Sessions have no property "connected" today; should one come, its changes are reported.
+TEST_F(SessionContextTest, WouldReportAChangeOfConnected) {
+    EXPECT_EQ(AnnouncedUnforeseen("connected"), Normal("Session: 0 Disconnected\n"));
+    Announced("Channel", "uint16 19");
+    Announced("ConnectionState", "byte 5");
+    EXPECT_EQ(AnnouncedUnforeseen("connected"), Normal("Session: 19 Connected\n"));
+    EXPECT_EQ(AnnouncedUnforeseen("unheard-of"), "");
+}
+
+/// The one transfer that the context holds.
+class HeldTransferTest : public ContextTest {
+  protected:
+    HeldTransferTest() {
+        Printed([&] { phonebook_.emplace(kSession); });
+    }
+
+    void TearDown() override {
+        phonebook_.reset();
+        ContextTest::TearDown();
+    }
+
+    /// Announces the file of the transfer, and makes it.
+    std::string MakeFile(const std::string& path, const std::string& name) {
+        const std::string file = directory_.File(name);
+        std::ofstream(file) << "vcard";
+        Announced(path, kTransferInterface, "Filename", "'" + file + "'");
+        return file;
+    }
+
+    std::string Hold(const std::string& path, const std::string& properties = "@a{sv} {}") {
+        return Printed([&] { phonebook().AllocTransfer(path, Value(properties).get()); });
+    }
+
+    PhonebookContext& phonebook() { return *phonebook_; }
+    std::string PrintedAtTheEnd() {
+        return Printed([&] { phonebook_.reset(); });
+    }
+
+  private:
+    TemporaryDirectory directory_;
+    std::optional<PhonebookContext> phonebook_;
+};
+
+TEST_F(HeldTransferTest, IsReplacedAndItsFileStays) {
+    EXPECT_EQ(Hold(kPath, "{'Status': <'queued'>}"), Normal("Status: queued\n"));
+    const std::string first = MakeFile(kPath, "first");
+    EXPECT_EQ(Hold(kOtherPath, "{'Status': <'active'>}"), Normal("Status: active\n"));
+    const std::string second = MakeFile(kOtherPath, "second");
+    EXPECT_EQ(Announced(kPath, kTransferInterface, "Status", "'complete'"), "");
+    EXPECT_EQ(Announced(kOtherPath, kTransferInterface, "Status", "'complete'"),
+              Normal("Status Attribute Received: complete\n"));
+    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + second + "\n"));
+    EXPECT_TRUE(std::filesystem::exists(first));
+    EXPECT_FALSE(std::filesystem::exists(second));
+}
+
+TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPath) {
+    Hold(kPath);
+    const std::string file = MakeFile(kPath, "file");
+    EXPECT_EQ(Printed([&] {
+                  try {
+                      phonebook().AllocTransfer("", Value("{'Status': <'queued'>}").get());
+                      ADD_FAILURE();
+                  } catch (const InvalidValueException& error) {
+                      EXPECT_STREQ(error.what(), "Object Path cannot be empty");
+                  }
+              }),
+              "");
+    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
+}
+
+TEST_F(HeldTransferTest, StaysWhenTheNextCannotBeReached) {
+    Hold(kPath);
+    const std::string file = MakeFile(kPath, "file");
+    bus().Kill();
+    try {
+        phonebook().AllocTransfer(kOtherPath, nullptr);
+        FAIL();
+    } catch (const ProxyException& error) {
+        EXPECT_EQ(std::string(error.what()).find("Failed to allocate Transfer proxy. Message: "),
+                  0U);
+    }
+    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
+}
+
+TEST_F(HeldTransferTest, GoesWithoutHarmWhileItsNoticesAreHeard) {
+    const CapturedOutput output;
+    {
+        const HearingThread hearing;
+        for (int round = 0; round < 100; ++round) {
+            phonebook().AllocTransfer(kPath, nullptr);
+            daemon().Flood(kPath, kTransferInterface, "Size", 20,
+                           [](std::size_t index) { return g_variant_new_uint64(index); });
+            if (round % 2 == 1) phonebook().DropTransfer();
+        }
+    }
+    EXPECT_NE(output.Text().find(Normal("Size Attribute Received: 7\n")), std::string::npos);
+}
+
+}  // namespace
+}  // namespace morvane_test
