@@ -67,9 +67,7 @@ void PhonebookContext::SelectOffset(MenuLock&& lock, GVariantDict* dict) {
 }
 
 std::string PhonebookContext::SelectField(MenuLock&& lock) {
-    // A copy: the list goes with this object, and that may go while the operator types.
-    const Choices fields = filter_fields_;
-    return Choose(lock, kFieldPrompt, fields);
+    return Choose(lock, kFieldPrompt, filter_fields_);
 }
 
 std::string PhonebookContext::SelectFilter(MenuLock&& lock) {
