@@ -45,6 +45,8 @@ TEST_F(PhonebookMenuTest, RefusesAllOtherKeys) {
         Type(std::string(1, key));
         Expect(kInvalidSelection);
     }
+    Type(std::string(1, '\0'));
+    Expect(kInvalidSelection);
     EXPECT_EQ(daemon().Calls().size(), 1U);
 }
 
