@@ -147,6 +147,16 @@ TEST_P(EveryQuery, ReportsADaemonThatDiesInTheCall) {
             "Message recipient disconnected from message bus without replying\n"));
 }
 
+TEST_P(EveryQuery, HoldsBackRemovals) {
+    const std::string device = "/com/veltrisonix/hci0/dev_2";
+    OpenPhonebook();
+    AddDevice(device, "00:00:00:00:00:02", "second", "/Phonebook Menu");
+    daemon().Hang(GetParam().method);
+    Ask(GetParam().lines);
+    ExpectCall(GetParam().method, GetParam().arguments);
+    ExpectRemovalAfterTheCall(device);
+}
+
 INSTANTIATE_TEST_SUITE_P(Methods, EveryQuery, testing::ValuesIn(kQueries),
                          [](const auto& row) { return row.param.method; });
 

@@ -260,6 +260,24 @@ TEST_F(RetrievalTest, LeavesTheRegistryFreeWhileItAsks) {
     ExpectQuiet(kFilters);
 }
 
+TEST_F(RetrievalTest, KeepsTheRegistryLockedWhileItPulls) {
+    const std::string device = "/com/veltrisonix/hci0/dev_2";
+    OpenSelected();
+    daemon().SetPullContent("vcard");
+    for (const auto& [key, method] : {std::pair{"a", "PullAll"}, {"p", "Pull"}}) {
+        AskForFilters(key);
+        AddDevice(device, "00:00:00:00:00:02", "second", kFilters);
+        daemon().Hang(method);
+        Type("d");
+        ASSERT_TRUE(daemon().AwaitCall(method, Patience()));
+        ExpectRemovalAfterTheCall(device);
+        Await(Red(" > "));
+        ExpectQuiet(kTransfers);
+        Type("x");
+        Await(Prompt(kMenu));
+    }
+}
+
 TEST_F(RetrievalTest, SendsNothingWhenTheSessionIsLostBeforeAPullOfAll) {
     OpenSelected();
     AskForFilters("a");

@@ -37,10 +37,11 @@ class TransferMenuTest : public ConversationTest {
     }
 
     /// The tool is in a call, and holds the registry.
-    void Hang(Here here = Here::Now()) {
-        daemon().Hang("Suspend");
-        Type("p", here);
-        ExpectCall("Suspend", "()", here);
+    void Hang(const std::string& key = "p", const std::string& method = "Suspend",
+              Here here = Here::Now()) {
+        daemon().Hang(method);
+        Type(key, here);
+        ExpectCall(method, "()", here);
     }
 
     /// The call ends, refused.
@@ -260,17 +261,23 @@ TEST_F(TransferMenuTest, AsksForNoKeyWhenTheSessionWasLostInACall) {
 
 TEST_F(TransferMenuTest, RemovalsWaitForACallButNotForTheOperator) {
     const std::string other = "/com/veltrisonix/hci0/dev_other";
-    daemon().AddDevice(other, "00:00:00:00:00:01", "Other");
-    Expect(Notice(kMenu, "Found Device " + other + "\n"));
-    Hang();
-    daemon().AbortTransfer(Transfer());
-    Expect(Normal("Status Attribute Received: error\n"));
-    daemon().RemoveDevice(other);
-    daemon().Release();
-    Expect(refused_);
-    Await("Removed " + other + "\n");  // before the next prompt, or under it
-    Await(Red(" > "));
+    for (const auto& [key, method] :
+         {std::pair{"p", "Suspend"}, {"r", "Resume"}, {"c", "Cancel"}}) {
+        AddDevice(other, "00:00:00:00:00:01", "Other", kMenu);
+        Hang(key, method);
+        ExpectRemovalAfterTheCall(other);
+        Await(Red(" > "));  // the next prompt's, or drawn again
+        ExpectQuiet(kMenu);
+    }
+}
+
+TEST_F(TransferMenuTest, LooksForTheSessionBeforeItLeavesACancelledTransfer) {
+    daemon().Reply("Cancel", Value("()"));
+    ExpectAnswer("c", Removing());
+    daemon().SetConnectionState(Session(), 4);
     ExpectQuiet(kMenu);
+    Type("s");
+    Expect(invalid_ + Prompt());
 }
 
 }  // namespace

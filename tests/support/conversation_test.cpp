@@ -171,6 +171,16 @@ void ConversationTest::RemoveDevice(const std::string& path, const std::string& 
     Expect(Notice(segment, "Removed " + path + "\n", kRedSequence), here);
 }
 
+void ConversationTest::ExpectRemovalAfterTheCall(const std::string& device, Here here) {
+    const std::string removal = kRedSequence + ("Removed " + device + "\n");
+    const std::size_t begin = console().Output().size();
+    daemon_->RemoveDevice(device);
+    daemon_->Release();
+    Await(removal, here);
+    if (console().Output().compare(begin, removal.size(), removal) == 0)
+        FailTest(here, "the removal was reported before the call's result");
+}
+
 void ConversationTest::RemoveClient(const std::string& segment, Here here) {
     daemon_->RemoveClient();
     Expect(Notice(segment, "Removed " + kClientPath + "\n", kRedSequence), here);

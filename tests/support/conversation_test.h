@@ -81,6 +81,10 @@ class ConversationTest : public testing::Test {
     void RemoveClient(const std::string& segment = "", Here here = Here::Now());
     void ReturnClient(const std::string& segment = "", Here here = Here::Now());
 
+    /// The tool is in a call that hangs, and may be using what goes: the device, which is there,
+    /// goes, the call is answered, and only after the call's result is the removal reported.
+    void ExpectRemovalAfterTheCall(const std::string& device, Here here = Here::Now());
+
     /// Awaits that the tool has dealt with all that the daemon has announced so far, and shows that
     /// nothing has been printed since the last consumed byte: the daemon announces and removes a
     /// device, which must be the very next output under the standing prompt `segment`. (The tool
