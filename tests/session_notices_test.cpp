@@ -63,6 +63,7 @@ TEST_F(SessionNotices, TellWhatChangesInThePhonebook) {
         {kPhonebookInterface, "ProfileVersion", "uint16 0x0102", "Profile Version: 1.2"},
         {kPhonebookInterface, "ProfileVersion", "uint16 0x010a", "Profile Version: 1.a"},
         {kPhonebookInterface, "ProfileVersion", "uint16 0xfe0d", "Profile Version: fe.d"},
+        {kPhonebookInterface, "ProfileVersion", "uint16 0x1012", "Profile Version: 10.12"},
         {kPhonebookInterface, "SupportedFeatures", "uint32 0x3ff", "Supported Features: 3ff"},
         {kPhonebookInterface, "SupportedFeatures", "uint32 0xfedcba98",
          "Supported Features: fedcba98"},
