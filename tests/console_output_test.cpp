@@ -72,6 +72,16 @@ TEST(PrintTest, CutsUnderAPromptAsWell) {
               Writes{"\n\x1b[1;31m" + text.substr(0, 999) + kRedrawn});
 }
 
+TEST(PrintTest, HasRoomForTheLongestTextUnderTheLongestPrompt) {
+    const std::string text(999, 'x');
+    const std::string path(100, 'p');
+    const Writes writes = WritesOf([&] {
+        PROXY_Prompt(path.c_str(), 1);
+        PROXY_Print(kGreen, "%s", text.c_str());
+    });
+    EXPECT_EQ(writes.back(), "\n\x1b[1;32m" + text + "\x1b[1;32m" + path + "\x1b[1;31m > \x1b[0m");
+}
+
 TEST(PrintTest, RedrawsAStandingPrompt) {
     EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [] { PROXY_Print(kNormal, "news\n"); }),
               Writes{"\n\x1b[0mnews\n" + kRedrawn});
@@ -159,6 +169,13 @@ TEST(PromptTest, DrawsPathAndMenuMarker) {
 
 TEST(PromptTest, DrawsPathAndValueMarker) {
     EXPECT_EQ(WritesOf([] { PROXY_Input("Path", 1); }), (Writes{Green("Path"), Red(" ? ")}));
+}
+
+// Path and marker are messages like others: each moves the prompt that stands, by then the new one.
+TEST(PromptTest, IsDrawnUnderAPromptThatStandsAlready) {
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [] { PROXY_Input("Other", 1); }),
+              (Writes{"\n\x1b[1;32mOther\x1b[1;32mOther\x1b[1;31m > \x1b[0m",
+                      "\n\x1b[1;31m ? \x1b[1;32mOther\x1b[1;31m > \x1b[0m"}));
 }
 
 TEST(PromptTest, DrawsNothingWhenTakenAway) {
