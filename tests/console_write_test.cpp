@@ -1,0 +1,164 @@
+#include "console/console_output.h"
+
+#include "support/captured_run.h"
+#include "support/messages.h"
+#include "support/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <fstream>
+#include <functional>
+#include <numeric>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Normal;
+using morvane_test::RealWrite;
+using morvane_test::Red;
+using morvane_test::write_substitute;
+using Writes = std::vector<std::string>;
+
+Writes WritesOf(const std::function<void()>& function) {
+    const auto run = morvane_test::Capture([&] {
+        function();
+        return 0;
+    });
+    EXPECT_EQ(run.status, 0);
+    return run.writes;
+}
+
+struct ConsoleCall {
+    const char* name;
+    std::function<void()> make;
+};
+
+const std::vector<ConsoleCall> kCalls = {
+    {"Print", [] { PROXY_Print(kNormal, "printed\n"); }},
+    {"PrintNoPrompt", [] { PROXY_PrintNoPrompt(kRed, "printed beside\n"); }},
+    {"Prompt", [] { PROXY_Prompt("Path", 1); }},
+    {"Input", [] { PROXY_Input("Path", 1); }},
+    {"TakeAway", [] { PROXY_Prompt("", 0); }}};
+
+/// The other thread, which makes one call.
+class Rival {
+  public:
+    explicit Rival(const ConsoleCall& call) : call_(call) {}
+    Rival(const Rival&) = delete;
+    Rival& operator=(const Rival&) = delete;
+
+    /// Returns when the call is made, or when its thread sleeps: a lock is all that it can wait
+    /// for.
+    void GoAsFarAsPossible() {
+        thread_ = std::thread([this] {
+            id_ = gettid();
+            call_.make();
+            is_done_ = true;
+        });
+        while (!is_done_ && !IsAsleep()) std::this_thread::yield();
+    }
+    void Join() { thread_.join(); }
+
+  private:
+    bool IsAsleep() const {
+        if (id_ == 0) return false;
+        std::ifstream stat("/proc/self/task/" + std::to_string(id_) + "/stat");
+        std::string number, name, state;
+        stat >> number >> name >> state;
+        return state == "S";
+    }
+
+    const ConsoleCall& call_;
+    std::atomic<pid_t> id_{0};
+    std::atomic<bool> is_done_{false};
+    std::thread thread_;
+};
+
+// What `act` writes, and then a message that shows whether it has left a prompt standing.
+Writes WritesAndState(const std::function<void()>& act) {
+    return WritesOf([&] {
+        act();
+        PROXY_Print(kNormal, "after\n");
+    });
+}
+
+// `second` is made while `first` is at its write number `interrupted`.
+Writes WritesOfBoth(const ConsoleCall& first, const ConsoleCall& second, std::size_t interrupted) {
+    return WritesAndState([&] {
+        Rival rival(second);
+        std::atomic<std::size_t> count{0};
+        write_substitute = [&](const void* bytes, std::size_t size) {
+            if (count++ == interrupted) rival.GoAsFarAsPossible();
+            return RealWrite(bytes, size);
+        };
+        first.make();
+        rival.Join();
+        write_substitute = nullptr;
+    });
+}
+
+void ExpectTurns(const ConsoleCall& first, const ConsoleCall& second) {
+    const Writes in_turn = WritesAndState([&] {
+        first.make();
+        second.make();
+    });
+    const std::size_t writes = WritesOf(first.make).size();
+    for (std::size_t i = 0; i < writes; ++i)
+        EXPECT_EQ(WritesOfBoth(first, second, i), in_turn)
+            << second.name << " during write " << i << " of " << first.name;
+}
+
+TEST(ConsoleThreadsTest, TakeTurns) {
+    for (const ConsoleCall& first : kCalls)
+        for (const ConsoleCall& second : kCalls) ExpectTurns(first, second);
+}
+
+TEST(ConsoleThreadsTest, TakeTurnsUnderAPrompt) {
+    for (const ConsoleCall& call : kCalls) {
+        const ConsoleCall first = {call.name, [&] {
+                                       PROXY_Prompt("Standing", 2);
+                                       call.make();
+                                   }};
+        for (const ConsoleCall& second : kCalls) ExpectTurns(first, second);
+    }
+}
+
+// The first write(2) gives `result` and `error`, and a positive result has written so many bytes.
+std::string OutputAfter(ssize_t result, int error) {
+    const Writes writes = WritesOf([&] {
+        write_substitute = [&](const void* bytes, std::size_t /*count*/) {
+            write_substitute = nullptr;
+            errno = error;
+            return result > 0 ? RealWrite(bytes, static_cast<std::size_t>(result)) : result;
+        };
+        PROXY_Print(kNormal, "one\n");
+        PROXY_Print(kNormal, "two\n");
+    });
+    return std::accumulate(writes.begin(), writes.end(), std::string());
+}
+
+TEST(WriteTest, GoesOnWhereItWasCutShort) {
+    EXPECT_EQ(OutputAfter(6, 0), Normal("one\n") + Normal("two\n"));
+}
+
+TEST(WriteTest, GoesOnAfterASignal) {
+    EXPECT_EQ(OutputAfter(-1, EINTR), Normal("one\n") + Normal("two\n"));
+}
+
+TEST(WriteTest, AwaitsATerminalThatMayNotBlock) {
+    EXPECT_EQ(OutputAfter(-1, EAGAIN), Normal("one\n") + Normal("two\n"));
+}
+
+TEST(WriteTest, DropsAMessageThatCannotBeWritten) {
+    EXPECT_EQ(OutputAfter(-1, EIO), Normal("two\n"));
+}
+
+}  // namespace
+}  // namespace morvane
