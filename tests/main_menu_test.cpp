@@ -79,6 +79,13 @@ TEST_F(MainMenuTest, OtherKeysAreInvalid) {
     }
 }
 
+// The dashes between the rows are a row without a key.
+TEST_F(MainMenuTest, AZeroByteIsInvalid) {
+    StartWithoutDevices();
+    Type(std::string(1, '\0'));
+    Expect(kInvalidSelection + Prompt());
+}
+
 TEST_F(MainMenuTest, EveryKeyButQuitNeedsAClient) {
     Launch();
     Await(Prompt());
@@ -198,6 +205,15 @@ TEST_F(MainMenuTest, EndOfInputInTheListQuits) {
     console().CloseInput();
     Expect(kInvalidClient + Prompt());
     ExpectExit(0);
+}
+
+TEST_F(MainMenuTest, InterruptInTheListChoosesNothing) {
+    OpenDeviceSelection();
+    Interrupt();
+    Type("0");
+    Expect(kClientGone);
+    ExpectExit(0);
+    EXPECT_TRUE(daemon().Calls().empty());
 }
 
 TEST_F(MainMenuTest, NumberOfADeviceThatJustLeftIsInvalid) {
