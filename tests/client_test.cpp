@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <string>
 
@@ -374,6 +375,28 @@ TEST_P(CredentialTest, SendsNothingAfterAnInterrupt) {
     EXPECT_TRUE(daemon().Calls().empty());
 }
 
+// The end of the input is an answer like an empty line; the menu's next read quits.
+TEST_P(CredentialTest, SendsAnEmptyTextAtTheEndOfInput) {
+    Start();
+    Ask();
+    console().CloseInput();
+    Expect(Prompt());
+    ExpectExit(0);
+    ExpectSent("");
+}
+
+TEST_P(CredentialTest, SendsALastLineThatIsNotTerminated) {
+    ConsoleOptions options;
+    options.wiring = Wiring::kPipes;
+    Start(options);
+    Ask();
+    console().TypeBytes("last");
+    console().CloseInput();
+    Expect(Prompt());
+    ExpectExit(0);
+    ExpectSent("last");
+}
+
 TEST_P(CredentialTest, LetsDevicesComeAndGoMeanwhile) {
     Start();
     Ask();
@@ -403,8 +426,10 @@ TEST_P(CredentialTest, GivesUpACallWithoutAnswer) {
     daemon().Hang(GetParam().method);
     Ask();
     console().SetPatience(Stretched(Duration(60000)));
+    const auto begin = std::chrono::steady_clock::now();
     Type("a");
     Expect(Failure("Timeout was reached") + Prompt());
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(25));
 }
 
 }  // namespace
