@@ -1,4 +1,5 @@
 #include "simulator/daemon.h"
+#include "support/bus_monitor.h"
 #include "support/conversation_test.h"
 
 #include <gtest/gtest.h>
@@ -188,6 +189,19 @@ TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
         ExpectQuiet();
         Type("l");
         Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    }
+}
+
+// A bus that knows how to start the daemon does so.
+TEST_F(DiscoveryTest, AsksTheBusToStartTheDaemon) {
+    for (const std::string instance : {"", "bench"}) {
+        ConsoleOptions options;
+        if (!instance.empty()) options.arguments = {"-bus:" + instance};
+        BusMonitor monitor(bus().Address(), "StartServiceByName",
+                           instance.empty() ? "com.veltrisonix" : "com.veltrisonix." + instance);
+        Launch(options);
+        monitor.AwaitCall();
+        Await(Prompt());
     }
 }
 
