@@ -101,6 +101,20 @@ TEST_F(StartStopTest, EndsWhenTheObjectManagerFailsLate) {
     ExpectExit(0, Console::Rest::kIgnored);
 }
 
+// With the main loop the handler of Ctrl-C has gone, and the menu still waits for a line.
+TEST_F(StartStopTest, ControlCEndsAtOnceWhenTheObjectManagerHasFailed) {
+    LaunchWithoutAnswer();
+    daemon().Crash();
+    console().ExpectError("Error getting object manager client: ");
+    // The first may come while the handler is on its way out.
+    const auto deadline = std::chrono::steady_clock::now() + Patience();
+    while (!console().HasEnded() && std::chrono::steady_clock::now() < deadline) {
+        console().Interrupt();
+        std::this_thread::yield();
+    }
+    console().ExpectEndBySignal(SIGINT);
+}
+
 TEST_F(StartStopTest, EndsWithTheLineAfterAControlC) {
     StartDaemon();
     Start();
