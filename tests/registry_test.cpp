@@ -187,6 +187,21 @@ TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
                          Lines({"none"}));
 }
 
+TEST(RegistryTest, KeepsTheClientWhoseReplacementFails) {
+    const std::string output = OutputOf([] {
+        const Bench bench;
+        const std::string path = kClient;
+        obexProxy.ObjectAdded(path);
+        const ClientProxyContext* const first = obexProxy.Client();
+        memory_is_exhausted = true;
+        obexProxy.ObjectAdded(path);
+        memory_is_exhausted = false;
+        Say(obexProxy.Client() == first ? "the same" : "another");
+    });
+    EXPECT_EQ(output, kFoundClient + kFoundClient + Red("Allocation failed: std::bad_alloc") +
+                          Lines({"the same"}));
+}
+
 // The menu thread is inside the replaced client: it goes before that thread asks again.
 TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
     const auto act = [] {
@@ -263,6 +278,34 @@ TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndGoesOn) {
     const std::string failure = Red("Allocation failed: std::bad_alloc");
     EXPECT_EQ(output, kFoundClient + failure + Found("/dev_1") + failure + Lines({"none"}) +
                           Found("/dev_1") + DeviceLines({" Unknown | Unknown"}));
+}
+
+TEST(ClientContextTest, TellsWhetherTheSessionIsRemoved) {
+    const std::string output = OutputOf([] {
+        Bench bench;
+        obexProxy.ObjectAdded(kClient);
+        ClientProxyContext& client = *obexProxy.Client();
+        Say(client.GetPathName().c_str());
+        const auto remove = [&] { Say(client.RemoveSession() ? "removed" : "not removed"); };
+        remove();
+        bench.OpenSession();
+        bench.daemon.Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy", 1);
+        remove();
+        Say(client.Phonebook() == nullptr ? "without session" : "with session");
+        remove();
+        Say(client.Phonebook() == nullptr ? "without session" : "with session");
+        remove();
+    });
+    const std::string failed = "Remove Session failed GDBus.Error:com.veltrisonix.Error.";
+    EXPECT_EQ(output.find(kFoundClient + Lines({kClient, "removed", "Session Connected"})), 0U);
+    const std::string removal = output.substr(output.find(Red(failed + "Failed: Busy\n")));
+    const std::string file = removal.substr(removal.find("Removing: "));
+    EXPECT_EQ(removal,
+              Red(failed + "Failed: Busy\n") + Lines({"not removed", "with session"}) +
+                  Normal(file.substr(0, file.find('\n') + 1)) +
+                  Lines({"removed", "without session"}) +
+                  Red(failed + "DoesNotExist: No such session: " + kClient + "/client/session0\n") +
+                  Lines({"not removed"}));
 }
 
 TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
