@@ -2,19 +2,16 @@
 
 #include "support/captured_run.h"
 #include "support/messages.h"
+#include "support/rival.h"
 #include "support/system_calls.h"
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <atomic>
 #include <cerrno>
-#include <fstream>
 #include <functional>
 #include <numeric>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace morvane {
@@ -23,6 +20,7 @@ namespace {
 using morvane_test::Normal;
 using morvane_test::RealWrite;
 using morvane_test::Red;
+using morvane_test::Rival;
 using morvane_test::write_substitute;
 using Writes = std::vector<std::string>;
 
@@ -47,40 +45,6 @@ const std::vector<ConsoleCall> kCalls = {
     {"Input", [] { PROXY_Input("Path", 1); }},
     {"TakeAway", [] { PROXY_Prompt("", 0); }}};
 
-/// The other thread, which makes one call.
-class Rival {
-  public:
-    explicit Rival(const ConsoleCall& call) : call_(call) {}
-    Rival(const Rival&) = delete;
-    Rival& operator=(const Rival&) = delete;
-
-    /// Returns when the call is made, or when its thread sleeps: a lock is all that it can wait
-    /// for.
-    void GoAsFarAsPossible() {
-        thread_ = std::thread([this] {
-            id_ = gettid();
-            call_.make();
-            is_done_ = true;
-        });
-        while (!is_done_ && !IsAsleep()) std::this_thread::yield();
-    }
-    void Join() { thread_.join(); }
-
-  private:
-    bool IsAsleep() const {
-        if (id_ == 0) return false;
-        std::ifstream stat("/proc/self/task/" + std::to_string(id_) + "/stat");
-        std::string number, name, state;
-        stat >> number >> name >> state;
-        return state == "S";
-    }
-
-    const ConsoleCall& call_;
-    std::atomic<pid_t> id_{0};
-    std::atomic<bool> is_done_{false};
-    std::thread thread_;
-};
-
 // What `act` writes, and then a message that shows whether it has left a prompt standing.
 Writes WritesAndState(const std::function<void()>& act) {
     return WritesOf([&] {
@@ -92,7 +56,7 @@ Writes WritesAndState(const std::function<void()>& act) {
 // `second` is made while `first` is at its write number `interrupted`.
 Writes WritesOfBoth(const ConsoleCall& first, const ConsoleCall& second, std::size_t interrupted) {
     return WritesAndState([&] {
-        Rival rival(second);
+        Rival rival(second.make);
         std::atomic<std::size_t> count{0};
         write_substitute = [&](const void* bytes, std::size_t size) {
             if (count++ == interrupted) rival.GoAsFarAsPossible();

@@ -6,6 +6,8 @@
 #include "support/captured_run.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
+#include "support/rival.h"
+#include "support/system_calls.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
@@ -55,6 +57,8 @@ using morvane_test::Lines;
 using morvane_test::Normal;
 using morvane_test::Prompt;
 using morvane_test::Red;
+using morvane_test::Rival;
+using morvane_test::sleep_substitute;
 using morvane_test::Stars;
 using morvane_test::ValuePrompt;
 
@@ -369,6 +373,20 @@ TEST(StartHandshakeTest, EndsWhenTheMenuThreadHasRunAlready) {
         Say(obexProxy.IsRunning() ? "running" : "stopped");
     });
     EXPECT_EQ(output, Banner() + Prompt() + Lines({"stopped"}));
+}
+
+// Else its signal could fall between the main thread's look and its wait.
+TEST(StartHandshakeTest, TheMenuThreadWaitsForTheMainThreadToWait) {
+    const std::string output = OutputOf([] {
+        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
+        Rival menu_thread([] { obexProxy.MenuThread(); });
+        sleep_substitute = [](useconds_t /*time*/) { Say("pause"); };
+        menu_thread.GoAsFarAsPossible();
+        Say("not yet waiting");
+        obexProxy.AwaitMenuThread(start_lock);
+    });
+    const std::string pause = Lines({"pause"});
+    EXPECT_EQ(output, Lines({"not yet waiting"}) + pause + Banner() + pause + Prompt());
 }
 
 TEST(StartHandshakeTest, WaitsForTheMenuThread) {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include <sys/types.h>
+
+namespace morvane_test {
+
+/// A second thread beside the test's own, which does one thing. Shows a missing lock every time: if
+/// `GoAsFarAsPossible` finds what is to be done done, nothing has held it up.
+class Rival {
+  public:
+    explicit Rival(std::function<void()> act) : act_(std::move(act)) {}
+    Rival(const Rival&) = delete;
+    Rival& operator=(const Rival&) = delete;
+    ~Rival() { Join(); }
+
+    /// Starts; returns when all is done, or when the thread sleeps: waits for a lock, mostly.
+    void GoAsFarAsPossible();
+    void Join();
+
+  private:
+    bool IsAsleep() const;
+
+    std::function<void()> act_;
+    std::atomic<pid_t> id_{0};
+    std::atomic<bool> is_done_{false};
+    std::thread thread_;
+};
+
+}  // namespace morvane_test
