@@ -35,7 +35,6 @@ class ObexProxy {
     /// Main thread, before the menu thread exists. Not checked: GDBusRun reports a bad name.
     void DBusInstance(const std::string& instance);
     [[nodiscard]] std::string GetBusName() const;
-    [[nodiscard]] const std::string& GetTitle() const { return title_; }
 
     /// The path that a prompt shows: the title and one segment of its own.
     [[nodiscard]] std::string PromptPath(const char* segment) const { return title_ + segment; }
