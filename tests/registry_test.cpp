@@ -1,6 +1,7 @@
 #include "app/obex_proxy.h"
 
 #include "console/console_output.h"
+#include "interfaces/remote_call.h"
 #include "simulator/daemon.h"
 #include "support/bus_monitor.h"
 #include "support/captured_run.h"
@@ -349,6 +350,24 @@ TEST(DeviceContextTest, HasNoAddressWithoutADaemon) {
         }
     });
     EXPECT_EQ(output, Lines({"logic error"}));
+}
+
+TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
+    const std::string output = OutputOf([] {
+        const morvane_test::PrivateBus bus;
+        UseBus(bus.Address());
+        const auto made =
+            MakeProxy(device1_proxy_new_for_bus_sync, "com.veltrisonix.bench", "/dev_1", "Device");
+        GDBusProxy* const proxy = G_DBUS_PROXY(made.get());
+        Say(g_dbus_proxy_get_name(proxy));
+        Say(g_dbus_proxy_get_object_path(proxy));
+        Say(g_dbus_proxy_get_interface_name(proxy));
+        EXPECT_EQ(g_dbus_proxy_get_flags(proxy), G_DBUS_PROXY_FLAGS_NONE);
+        EXPECT_EQ(g_dbus_proxy_get_default_timeout(proxy), -1);
+        Say(testing::Test::HasFailure() ? "otherwise" : "as expected");
+    });
+    EXPECT_EQ(output,
+              Lines({"com.veltrisonix.bench", "/dev_1", "com.veltrisonix.Device1", "as expected"}));
 }
 
 // The flag may have been set and cleared before the main thread looks.
