@@ -139,6 +139,18 @@ TEST_F(ClientTest, KeepsFollowingASessionThatCannotBeRemoved) {
     ExpectQuiet();
 }
 
+TEST_F(ClientTest, KeepsTheOldSessionWhenNoNewOneCanBeOpened) {
+    OpenSession();
+    daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
+    Type("x");
+    Await("Busy\n" + (kResetSequence + Prompt()));
+    daemon().Refuse("CreateSession", kFailed, "Page time-out", 1);
+    ChooseDevice();
+    Await("Page time-out\n" + (kResetSequence + Prompt()));
+    Announce(kFirstSession, "Somewhere");
+    Expect(Notice("", "Source Attribute Received: Somewhere\n"));
+}
+
 TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
     OpenSession();
     SelectPhonebook();
