@@ -432,6 +432,21 @@ TEST_P(CredentialTest, ReportsADaemonThatDiesInTheCall) {
     AwaitAll({"Removed " + kClient + "\n", Prompt()});
 }
 
+// A removal waits for the end of the call, and so its line comes after the call's.
+TEST_P(CredentialTest, LetsNothingBeRemovedDuringTheCall) {
+    Start();
+    daemon().Hang(GetParam().method);
+    Ask();
+    Type("a");
+    ExpectSent("a");
+    daemon().RemoveDevice(kPhonePath);
+    daemon().Crash();
+    Expect(
+        Failure("GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
+                "Message recipient disconnected from message bus without replying"));
+    AwaitAll({"Removed " + kClient + "\n", std::string("Removed ") + kPhonePath + "\n", Prompt()});
+}
+
 // The bus library's own limit, 25 s.
 TEST_P(CredentialTest, GivesUpACallWithoutAnswer) {
     Start();
