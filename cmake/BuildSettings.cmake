@@ -3,6 +3,7 @@
 option(MORVANE_STRICT "Treat every warning as an error; demand the test dependencies" OFF)
 set(MORVANE_SANITIZER "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
 option(MORVANE_COVERAGE "Instrument for coverage" OFF)
+option(MORVANE_BENCHMARKS "Build the benchmarks" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)

@@ -180,7 +180,7 @@ TEST_F(ShellTest, OutputThatNobodyConsumedFailsTheEnd) {
 TEST_F(ShellTest, CpuTimeIsOnlyWhatWasUsed) {
     Run("echo ready; read word; i=0; while [ $i -lt 100000 ]; do i=$((i+1)); done");
     console().Expect("ready\n");
-    const Duration before = console().CpuTime();
+    const auto before = console().CpuTime();
     console().Type("go");
     console().ExpectExit(0);
     EXPECT_LT(before, console().CpuTime());

@@ -52,18 +52,17 @@ Ending EndingOf(int wait_status) {
     return {WEXITSTATUS(wait_status), std::nullopt};
 }
 
-Duration ToDuration(const timeval& time) {
-    return std::chrono::duration_cast<Duration>(std::chrono::seconds(time.tv_sec) +
-                                                std::chrono::microseconds(time.tv_usec));
+std::chrono::microseconds ToDuration(const timeval& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
 }
 
-Duration CpuTimeOfRunning(pid_t id) {
+std::chrono::microseconds CpuTimeOfRunning(pid_t id) {
     clockid_t clock = 0;
     timespec time = {};
-    if (clock_getcpuclockid(id, &clock) != 0) return Duration(0);
+    if (clock_getcpuclockid(id, &clock) != 0) return {};
     Checked(clock_gettime(clock, &time), "clock_gettime");
-    return std::chrono::duration_cast<Duration>(std::chrono::seconds(time.tv_sec) +
-                                                std::chrono::nanoseconds(time.tv_nsec));
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
 }  // namespace
@@ -106,7 +105,7 @@ std::optional<Ending> ChildProcess::AwaitEnd(Duration limit) {
     return ending_;
 }
 
-Duration ChildProcess::CpuTime() {
+std::chrono::microseconds ChildProcess::CpuTime() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return ending_ ? cpu_time_ : CpuTimeOfRunning(id_);
 }

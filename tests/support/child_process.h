@@ -51,7 +51,7 @@ class ChildProcess {
     std::optional<Ending> AwaitEnd(Duration limit);
 
     /// Processor time used so far, or in all once it has ended.
-    Duration CpuTime();
+    std::chrono::microseconds CpuTime();
 
   private:
     void AwaitAndReap();
@@ -59,8 +59,8 @@ class ChildProcess {
     pid_t id_ = 0;
     std::mutex mutex_;
     std::condition_variable ended_;
-    std::optional<Ending> ending_;  // mutex_
-    Duration cpu_time_{0};          // mutex_; once ended
+    std::optional<Ending> ending_;           // mutex_
+    std::chrono::microseconds cpu_time_{0};  // mutex_; once ended
     std::thread reaper_;
 };
 

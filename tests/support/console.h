@@ -76,7 +76,7 @@ class Console {
     void HangUp();
 
     void SetPatience(Duration patience) { patience_ = patience; }
-    Duration CpuTime() { return process_.CpuTime(); }
+    std::chrono::microseconds CpuTime() { return process_.CpuTime(); }
     bool HasEnded() { return process_.AwaitEnd(Duration(0)).has_value(); }
     pid_t ProcessId() const { return process_.Id(); }
 

@@ -42,9 +42,13 @@ Transcript::Result Transcript::ExpectNext(std::string_view bytes, Duration limit
 }
 
 Transcript::Result Transcript::SkipPast(std::string_view bytes, Duration limit) {
+    std::size_t searched = 0;  // what has been looked at in vain: output may be megabytes
     return AwaitMatch(limit, [&]() -> std::optional<Result> {
-        const std::size_t found = bytes_.find(bytes, consumed_);
-        if (found == std::string::npos) return std::nullopt;
+        const std::size_t found = bytes_.find(bytes, std::max(consumed_, searched));
+        if (found == std::string::npos) {
+            searched = bytes_.size() - std::min(bytes_.size(), bytes.size());
+            return std::nullopt;
+        }
         consumed_ = found + bytes.size();
         return Result::kMatched;
     });

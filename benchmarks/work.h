@@ -1,0 +1,51 @@
+#pragma once
+
+#include "scene.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace morvane_benchmarks {
+
+/// Which of a program's costs a limit is about.
+struct Quantity {
+    const char* name;
+    double (*of)(const Cost& cost);  ///< milliseconds, or KiB
+};
+
+extern const Quantity kCpu;
+extern const Quantity kWall;
+extern const Quantity kMemory;
+
+/// One program doing the work at one size.
+struct Subject {
+    std::string name;
+    std::function<Cost(unsigned size)> run;
+};
+
+/// The tool's cost is to be at most `limit` times that of `rival`.
+struct Target {
+    std::string rival;
+    const Quantity& quantity;
+    double limit;
+};
+
+/// The same work done by several programs, the tool first.
+struct Work {
+    std::string title;
+    std::string unit;             ///< what `size` counts
+    std::vector<unsigned> sizes;  ///< the targets are judged at the last
+    std::vector<Subject> subjects;
+    std::vector<Target> targets;
+    std::vector<const Quantity*> shown;
+};
+
+std::vector<Work> AllWorks();
+
+/// System calls that the tool makes to show a file of 8 MiB, counted, not timed. One line.
+std::string CountedWrites();
+/// How fast the load comes, by itself and with a listener. One line.
+std::string LoadRate();
+
+}  // namespace morvane_benchmarks
