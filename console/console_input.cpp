@@ -2,39 +2,59 @@
 
 #include "console/console_output.h"
 #include "console/frames.h"
+#include "console/number.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <iostream>
-#include <istream>
-#include <streambuf>
-#include <string>
+#include <memory>
+#include <new>
+#include <string_view>
 
 namespace morvane {
 namespace {
 
 using ShowPrompt = void (*)(const char* text, int show);
-using NumberBase = std::ios_base& (*)(std::ios_base&);
 
-/// Reads from the line itself: a line may be long, and is not copied.
-class LineBuffer : public std::streambuf {
-  public:
-    explicit LineBuffer(std::string& line) {
-        setg(line.data(), line.data(), line.data() + line.size());
-    }
+struct Free {
+    void operator()(char* bytes) const noexcept { std::free(bytes); }
 };
 
-template <typename... Extracted>
-bool Extract(std::string& line, Extracted&... extracted) {
-    LineBuffer buffer(line);
-    std::istream stream(&buffer);
-    return static_cast<bool>((stream >> ... >> extracted));
-}
+/// A line of standard input without its newline. It may be long, and is not copied.
+class Line {
+  public:
+    /// Empty at the end of the input.
+    static Line Read() {
+        Line line;
+        if (PROXY_InputEnded()) {
+            return line;
+        }
+        char* bytes = nullptr;
+        std::size_t room = 0;
+        const ssize_t length = getline(&bytes, &room, stdin);
+        line.bytes_.reset(bytes);
+        if (length >= 0) {
+            line.text_ = {bytes, static_cast<std::size_t>(length)};
+        } else if (!PROXY_InputEnded()) {
+            throw std::bad_alloc();
+        }
+        if (!line.text_.empty() && line.text_.back() == '\n') {
+            line.text_.remove_suffix(1);
+        }
+        return line;
+    }
 
-std::string ReadLine(ShowPrompt show_prompt, const char* prompt) {
+    [[nodiscard]] std::string_view Text() const { return text_; }
+
+  private:
+    std::unique_ptr<char, Free> bytes_;
+    std::string_view text_;
+};
+
+Line ReadLine(ShowPrompt show_prompt, const char* prompt) {
     show_prompt(prompt, 1);
-    std::string line;
-    std::getline(std::cin, line);
+    Line line = Line::Read();
     PROXY_Prompt("", 0);
     return line;
 }
@@ -45,20 +65,19 @@ void PrintNumberBox(const char* title) {
     PrintStars();
 }
 
-unsigned int ReadNumber(const char* prompt, const char* title, NumberBase base) {
+unsigned int ReadNumber(const char* prompt, const char* title, int base) {
     if (title != nullptr) {
         PrintNumberBox(title);
     }
     for (;;) {
-        std::string line = ReadLine(PROXY_Input, prompt);
-        if (PROXY_InputEnded() || line[0] == 'x') {
+        const Line line = ReadLine(PROXY_Input, prompt);
+        if (PROXY_InputEnded() || line.Text().substr(0, 1) == "x") {
             return kInputLeft;
         }
-        unsigned int number = 0;
-        if (Extract(line, base, number)) {
-            return number;
+        if (const auto number = ParseNumber(line.Text(), base)) {
+            return *number;
         }
-        if (!line.empty()) {
+        if (!line.Text().empty()) {
             PROXY_Print(kRed, "Invalid value\n");
         }
     }
@@ -67,25 +86,27 @@ unsigned int ReadNumber(const char* prompt, const char* title, NumberBase base) 
 }  // namespace
 
 bool PROXY_InputEnded() {
-    return !std::cin.good();
+    return std::feof(stdin) != 0 || std::ferror(stdin) != 0;
 }
 
 char PROXY_MenuInput(const char* prompt) {
     for (;;) {
-        std::string line = ReadLine(PROXY_Prompt, prompt);
-        char key = 'q';
-        if (PROXY_InputEnded() || Extract(line, key)) {
-            return key;
+        const Line line = ReadLine(PROXY_Prompt, prompt);
+        if (PROXY_InputEnded()) {
+            return 'q';
+        }
+        if (const std::string_view rest = SkipBlanks(line.Text()); !rest.empty()) {
+            return rest.front();
         }
     }
 }
 
 unsigned int PROXY_InputUint32(const char* prompt, const char* title) {
-    return ReadNumber(prompt, title, std::dec);
+    return ReadNumber(prompt, title, 10);
 }
 
 unsigned int PROXY_InputHex(const char* prompt, const char* title) {
-    return ReadNumber(prompt, title, std::hex);
+    return ReadNumber(prompt, title, 16);
 }
 
 unsigned int PROXY_InputString(const char* prompt, const char* title, char* buffer,
@@ -98,9 +119,10 @@ unsigned int PROXY_InputString(const char* prompt, const char* title, char* buff
         PROXY_Print(kNormal, " %s\n", title);
         PrintStars();
     }
-    const std::string line = ReadLine(PROXY_Input, prompt);
-    const auto count = static_cast<unsigned int>(std::min<std::size_t>(size - 1, line.size()));
-    std::memcpy(buffer, line.data(), count);
+    const Line line = ReadLine(PROXY_Input, prompt);
+    const std::string_view kept = line.Text().substr(0, size - 1);
+    std::copy(kept.begin(), kept.end(), buffer);
+    const auto count = static_cast<unsigned int>(kept.size());
     buffer[count] = '\0';
     return count;
 }

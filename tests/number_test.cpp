@@ -1,0 +1,83 @@
+#include "console/number.h"
+
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+
+namespace morvane {
+namespace {
+
+// What operators' scripts were written against.
+std::optional<unsigned int> AsAStreamReads(const std::string& text, int base) {
+    std::istringstream stream(text);
+    unsigned int number = 0;
+    stream >> std::setbase(base) >> number;
+    return stream ? std::optional(number) : std::nullopt;
+}
+
+void ExpectAsAStreamReads(const std::string& text) {
+    for (const int base : {10, 16}) {
+        EXPECT_EQ(ParseNumber(text, base), AsAStreamReads(text, base))
+            << "base " << base << ": " << testing::PrintToString(text);
+    }
+}
+
+TEST(NumberTest, ReadsWhatAStreamReads) {
+    for (const char* const text : {"",
+                                   " ",
+                                   "0",
+                                   "12abc",
+                                   "0x10",
+                                   "0X1f",
+                                   "0x",
+                                   "0xg",
+                                   "0x0x1",
+                                   "0x00x1",
+                                   "00x1",
+                                   "x1",
+                                   "+5",
+                                   "-1",
+                                   "--1",
+                                   "+-1",
+                                   "- 1",
+                                   " \t\n\v\f\r7",
+                                   "\b7",
+                                   "\xC2\xA0"
+                                   "7",
+                                   "4294967295",
+                                   "4294967296",
+                                   "-4294967295",
+                                   "-4294967296",
+                                   "ffffffff",
+                                   "100000000",
+                                   "-ffffffff",
+                                   "-0x1",
+                                   "1,000",
+                                   "99999999999999999999999",
+                                   "00000000000000000000000000001",
+                                   "1e3",
+                                   "ff",
+                                   "FF",
+                                   "0b1"}) {
+        ExpectAsAStreamReads(text);
+    }
+}
+
+TEST(NumberTest, ReadsAnythingAsAStreamDoes) {
+    const std::string alphabet("0019afFxX+- \t,.g\0", 17);
+    std::mt19937 random(20);
+    std::uniform_int_distribution<std::size_t> letter(0, alphabet.size() - 1);
+    std::uniform_int_distribution<std::size_t> length(0, 13);
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
+        std::string text(length(random), ' ');
+        for (char& character : text) character = alphabet[letter(random)];
+        ExpectAsAStreamReads(text);
+    }
+}
+
+}  // namespace
+}  // namespace morvane
