@@ -81,6 +81,7 @@ class Console {
     pid_t ProcessId() const { return process_.Id(); }
 
     std::string Output() const { return output_.All(); }
+    std::string Consumed() const { return output_.Consumed(); }
     std::string Unconsumed() const { return output_.Unconsumed(); }
     std::string Errors() const { return errors_.All(); }
 
