@@ -164,6 +164,11 @@ void Console::HangUp() {
     terminal_.HangUp();
 }
 
+void Console::CloseOutput() {
+    output_pump_.Stop();
+    terminal_.CloseOutput();
+}
+
 void Console::Kill() {
     end_is_accounted_for_ = true;
     Signal(SIGKILL);

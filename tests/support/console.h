@@ -74,6 +74,7 @@ class Console {
     /// See `Terminal`.
     void CloseInput(Here here = Here::Now());
     void HangUp();
+    void CloseOutput();
 
     void SetPatience(Duration patience) { patience_ = patience; }
     std::chrono::microseconds CpuTime() { return process_.CpuTime(); }

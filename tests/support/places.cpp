@@ -258,6 +258,7 @@ std::vector<Place> MakePlaces() {
                                  Location(),      PhoneBook(),    Handle()};
     places.push_back(PullPlace("PullAll", {{"a", ""}}));
     places.push_back(PullPlace("Pull", {{"p", ValuePrompt("/vCard Handle")}, {"1", ""}}));
+    places.back().leaves_loss_to_its_call = true;
     places.push_back(
         FilterMenuPlace("ListFilters", {{"l", ""}},
                         Heading("vCard Listing") + Lines({" 1.vcf\tAda"}) + Prompt(kProfile),

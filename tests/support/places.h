@@ -60,6 +60,8 @@ struct Place {
     std::string end_of_input;  ///< what comes of the end of input, up to the last prompt
     PlaceCall call;
     PlaceProperty property;
+    /// Says nothing when the session is lost: the call is made and fails.
+    bool leaves_loss_to_its_call = false;
 
     [[nodiscard]] std::string StandingPrompt() const {
         return asks == Asks::kKey ? Prompt(segment) : ValuePrompt(segment);

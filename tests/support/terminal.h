@@ -41,6 +41,9 @@ class Terminal {
     /// The terminal is gone, as when its window is closed; pipes are closed.
     void HangUp();
 
+    /// Pipes only: nobody reads any more what the program writes.
+    void CloseOutput() { output_.Close(); }
+
   private:
     void MakePipes();
     void MakeTerminal();

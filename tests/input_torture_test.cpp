@@ -1,0 +1,219 @@
+#include "support/places.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// Everything that can come of an operator, a terminal or a script, at every place where the tool
+// asks something. Besides what is printed, the work and the memory that it costs are bounded.
+
+namespace morvane_test {
+namespace {
+
+constexpr Duration kLittleWork(1000);  // processor time
+constexpr std::size_t kMegabyte = 1 << 20;
+constexpr char kControlC[] = "\x03";
+
+// Sanitizers and emulators have memory of their own, and the tool's cannot be told from it.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitizer = true;
+#else
+constexpr bool kSanitizer = false;
+#endif
+const bool kMemoryIsTheTools = !kSanitizer && std::getenv("MORVANE_TEST_LAUNCHER") == nullptr;
+
+// The most memory that the process has ever had, in bytes.
+std::size_t PeakMemory(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string word; status >> word;) {
+        std::size_t kilobytes = 0;
+        if (word == "VmHWM:" && status >> kilobytes) return kilobytes * 1024;
+    }
+    throw std::runtime_error("no peak memory");
+}
+
+ConsoleOptions Pipes() {
+    ConsoleOptions options;
+    options.wiring = Wiring::kPipes;
+    return options;
+}
+
+ConsoleOptions Nohup() {
+    ConsoleOptions options;
+    options.ignore_hang_up = true;
+    return options;
+}
+
+// All bytes that a line can hold, none of which is a key, a number or the beginning of a handle in
+// its place.
+std::string EveryByte() {
+    std::string bytes = {'\x01', '\xff', '\0'};
+    for (int byte = 0; byte < 256; ++byte)
+        if (byte != '\n') bytes += static_cast<char>(byte);
+    return bytes;
+}
+
+class InputTorture : public PlaceTest, public testing::WithParamInterface<Place> {
+  protected:
+    void ReachPlace(const ConsoleOptions& options = {}) {
+        Reach(GetParam(), options);
+        cpu_time_ = console().CpuTime();
+        if (kMemoryIsTheTools) memory_ = PeakMemory(console().ProcessId());
+    }
+
+    void ExpectLittleWork() { EXPECT_LT(console().CpuTime() - cpu_time_, Stretched(kLittleWork)); }
+
+    // While the process runs.
+    void ExpectMemory(std::size_t growth) {
+        if (kMemoryIsTheTools) {
+            EXPECT_LT(PeakMemory(console().ProcessId()), memory_ + growth);
+        }
+    }
+
+    // The end is in good order: nothing was left behind at the daemon.
+    void ExpectEnd(Console::Rest rest = Console::Rest::kNone) {
+        ExpectExit(0, rest);
+        ExpectLittleWork();
+        EXPECT_TRUE(daemon().Sessions().empty());
+    }
+
+    // What comes of a line after Ctrl-C, if the daemon refuses what is still called.
+    std::string OutputAfterControlC() const {
+        const Place& place = GetParam();
+        if (place.leaves_loss_to_its_call)
+            return Red(place.call.failure + "GDBus.Error:com.veltrisonix.Error.Failed: no\n");
+        return place.HasTransfer() ? place.lost + place.end_of_input : place.lost;
+    }
+
+  private:
+    Duration cpu_time_{0};
+    std::size_t memory_ = 0;
+};
+
+TEST_P(InputTorture, EndOfInput) {
+    ReachPlace();
+    EndTransfer(GetParam());
+    console().CloseInput();
+    ExpectOutput(GetParam().end_of_input);
+    ExpectEnd();
+}
+
+TEST_P(InputTorture, EndOfInputThroughAPipe) {
+    ReachPlace(Pipes());
+    EndTransfer(GetParam());
+    console().CloseInput();
+    ExpectOutput(GetParam().end_of_input);
+    ExpectEnd();
+}
+
+TEST_P(InputTorture, HangUp) {
+    ReachPlace();
+    console().HangUp();
+    console().ExpectEndBySignal(SIGHUP);
+    ExpectLittleWork();
+}
+
+TEST_P(InputTorture, HangUpUnderNohup) {
+    ReachPlace(Nohup());
+    console().HangUp();
+    ExpectEnd(Console::Rest::kIgnored);
+}
+
+// The bus library has the tool ignore SIGPIPE, so it goes on unseen.
+TEST_P(InputTorture, ClosedOutput) {
+    ReachPlace(Pipes());
+    console().CloseOutput();
+    Type(GetParam().line);
+    Type("");
+    console().CloseInput();
+    ExpectEnd(Console::Rest::kIgnored);
+}
+
+TEST_P(InputTorture, ControlC) {
+    ReachPlace();
+    EndTransfer(GetParam());
+    PressControlC();
+    EXPECT_FALSE(console().HasEnded());
+    if (!GetParam().call.method.empty())
+        daemon().Refuse(GetParam().call.method, "com.veltrisonix.Error.Failed", "no", 1);
+    Type(GetParam().line);
+    ExpectOutput(OutputAfterControlC());
+    ExpectEnd();
+}
+
+TEST_P(InputTorture, ControlCTwice) {
+    ReachPlace();
+    PressControlC();
+    console().TypeBytes(kControlC);
+    console().ExpectEndBySignal(SIGINT);
+    ExpectLittleWork();
+}
+
+TEST_P(InputTorture, LineOfFourMegabytes) {
+    ReachPlace(Pipes());
+    Type(std::string(4 * kMegabyte, 'z'));
+    ExpectOutput(GetParam().nonsense);
+    ExpectMemory(8 * kMegabyte);
+    ExpectLittleWork();
+}
+
+TEST_P(InputTorture, LineOfEveryByte) {
+    ReachPlace(Pipes());
+    Type(EveryByte());
+    ExpectOutput(GetParam().nonsense);
+    ExpectLittleWork();
+}
+
+TEST_P(InputTorture, LineWithoutEnd) {
+    ReachPlace(Pipes());
+    console().TypeBytes(std::string(kMegabyte, 'z'));
+    console().CloseInput();
+    ExpectEnd(Console::Rest::kIgnored);
+}
+
+TEST_P(InputTorture, TypedAhead) {
+    StartPlaceDaemon(GetParam());
+    Start(Pipes());
+    std::string lines = GetParam().base == Base::kMainMenu ? "" : "c\n0\n";
+    if (GetParam().base == Base::kSelected) lines += "s\n0\n0\n";
+    for (const Step& step : GetParam().opening) lines += step.line + "\n";
+    console().TypeBytes(lines + GetParam().line + "\n");
+    Await(GetParam().StandingPrompt() + GetParam().output);
+}
+
+INSTANTIATE_TEST_SUITE_P(, InputTorture, testing::ValuesIn(Places()),
+                         [](const auto& place) { return place.param.name; });
+
+std::vector<Place> PlacesThatAskAgain() {
+    std::vector<Place> places;
+    for (const Place& place : Places())
+        if (place.asks != Asks::kText) places.push_back(place);
+    return places;
+}
+
+class FloodOfLines : public InputTorture {};
+
+// Menus pause before each prompt: the lines come faster than they can be taken.
+TEST_P(FloodOfLines, IsTakenLineByLine) {
+    constexpr std::size_t kLines = 5000;
+    ReachPlace(Pipes());
+    std::string lines;
+    for (std::size_t i = 0; i < kLines; ++i) lines += "z\n";
+    console().TypeBytes(lines);
+    for (int i = 0; i < 5; ++i) ExpectOutput(GetParam().nonsense);
+    ExpectMemory(kMegabyte / 2);
+    Interrupt();
+    console().CloseInput();
+    ExpectEnd(Console::Rest::kIgnored);
+}
+
+INSTANTIATE_TEST_SUITE_P(, FloodOfLines, testing::ValuesIn(PlacesThatAskAgain()),
+                         [](const auto& place) { return place.param.name; });
+
+}  // namespace
+}  // namespace morvane_test
