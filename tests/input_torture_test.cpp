@@ -154,6 +154,16 @@ TEST_P(InputTorture, ControlCTwice) {
     ExpectLittleWork();
 }
 
+// As with Ctrl-Z and fg.
+TEST_P(InputTorture, LineTypedWhileStopped) {
+    ReachPlace();
+    console().Signal(SIGSTOP);
+    Type(GetParam().line);
+    console().Signal(SIGCONT);
+    ExpectOutput(GetParam().output);
+    ExpectLittleWork();
+}
+
 TEST_P(InputTorture, LineOfFourMegabytes) {
     ReachPlace(Pipes());
     Type(std::string(4 * kMegabyte, 'z'));
