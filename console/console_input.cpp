@@ -4,12 +4,12 @@
 #include "console/frames.h"
 #include "console/number.h"
 
-#include <algorithm>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <new>
+#include <string>
 #include <string_view>
 
 namespace morvane {
@@ -17,44 +17,38 @@ namespace {
 
 using ShowPrompt = void (*)(const char* text, int show);
 
-struct Free {
-    void operator()(char* bytes) const noexcept { std::free(bytes); }
-};
-
-/// A line of standard input without its newline. It may be long, and is not copied.
-class Line {
-  public:
-    /// Empty at the end of the input.
-    static Line Read() {
-        Line line;
-        if (PROXY_InputEnded()) {
-            return line;
-        }
-        char* bytes = nullptr;
-        std::size_t room = 0;
-        const ssize_t length = getline(&bytes, &room, stdin);
-        line.bytes_.reset(bytes);
-        if (length >= 0) {
-            line.text_ = {bytes, static_cast<std::size_t>(length)};
-        } else if (!PROXY_InputEnded()) {
-            throw std::bad_alloc();
-        }
-        if (!line.text_.empty() && line.text_.back() == '\n') {
-            line.text_.remove_suffix(1);
-        }
-        return line;
+// Whoever shares the terminal may have made it non-blocking: nothing to read yet is no end of
+// input. Returns when there is something, or false if the input has ended.
+bool AwaitMoreInput() {
+    if (std::ferror(stdin) == 0 || errno != EAGAIN) {
+        return false;
     }
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    poll(&input, 1, -1);
+    std::clearerr(stdin);
+    return true;
+}
 
-    [[nodiscard]] std::string_view Text() const { return text_; }
+// Up to the line's end or that of the input. A line may be long: nothing copies it.
+std::string ReadTypedLine() {
+    std::string line;
+    while (!PROXY_InputEnded()) {
+        const int byte = getc_unlocked(stdin);  // only the menu thread reads
+        if (byte == '\n') {
+            break;
+        }
+        if (byte != EOF) {
+            line += static_cast<char>(byte);
+        } else if (!AwaitMoreInput()) {
+            break;
+        }
+    }
+    return line;
+}
 
-  private:
-    std::unique_ptr<char, Free> bytes_;
-    std::string_view text_;
-};
-
-Line ReadLine(ShowPrompt show_prompt, const char* prompt) {
+std::string ReadLine(ShowPrompt show_prompt, const char* prompt) {
     show_prompt(prompt, 1);
-    Line line = Line::Read();
+    std::string line = ReadTypedLine();
     PROXY_Prompt("", 0);
     return line;
 }
@@ -70,14 +64,14 @@ unsigned int ReadNumber(const char* prompt, const char* title, int base) {
         PrintNumberBox(title);
     }
     for (;;) {
-        const Line line = ReadLine(PROXY_Input, prompt);
-        if (PROXY_InputEnded() || line.Text().substr(0, 1) == "x") {
+        const std::string line = ReadLine(PROXY_Input, prompt);
+        if (PROXY_InputEnded() || line[0] == 'x') {
             return kInputLeft;
         }
-        if (const auto number = ParseNumber(line.Text(), base)) {
+        if (const auto number = ParseNumber(line, base)) {
             return *number;
         }
-        if (!line.Text().empty()) {
+        if (!line.empty()) {
             PROXY_Print(kRed, "Invalid value\n");
         }
     }
@@ -91,11 +85,11 @@ bool PROXY_InputEnded() {
 
 char PROXY_MenuInput(const char* prompt) {
     for (;;) {
-        const Line line = ReadLine(PROXY_Prompt, prompt);
+        const std::string line = ReadLine(PROXY_Prompt, prompt);
         if (PROXY_InputEnded()) {
             return 'q';
         }
-        if (const std::string_view rest = SkipBlanks(line.Text()); !rest.empty()) {
+        if (const std::string_view rest = SkipBlanks(line); !rest.empty()) {
             return rest.front();
         }
     }
@@ -119,12 +113,10 @@ unsigned int PROXY_InputString(const char* prompt, const char* title, char* buff
         PROXY_Print(kNormal, " %s\n", title);
         PrintStars();
     }
-    const Line line = ReadLine(PROXY_Input, prompt);
-    const std::string_view kept = line.Text().substr(0, size - 1);
-    std::copy(kept.begin(), kept.end(), buffer);
-    const auto count = static_cast<unsigned int>(kept.size());
+    const std::string line = ReadLine(PROXY_Input, prompt);
+    const std::size_t count = line.copy(buffer, size - 1);
     buffer[count] = '\0';
-    return count;
+    return static_cast<unsigned int>(count);
 }
 
 }  // namespace morvane

@@ -49,6 +49,16 @@ ConsoleOptions Nohup() {
     return options;
 }
 
+// What somebody else who shares the terminal or pipe may do to it.
+ConsoleOptions NonBlocking(ConsoleOptions options) {
+    options.prefix = {"/usr/bin/perl", "-MFcntl", "-e",
+                      "for (*STDIN, *STDOUT) {"
+                      "    fcntl($_, F_SETFL, fcntl($_, F_GETFL, 0) | O_NONBLOCK) or die"
+                      "}"
+                      "exec @ARGV"};
+    return options;
+}
+
 // All bytes that a line can hold, none of which is a key, a number or the beginning of a handle in
 // its place.
 std::string EveryByte() {
@@ -170,6 +180,23 @@ TEST_P(InputTorture, LineOfFourMegabytes) {
     ExpectOutput(GetParam().nonsense);
     ExpectMemory(8 * kMegabyte);
     ExpectLittleWork();
+}
+
+TEST_P(InputTorture, NonBlockingTerminal) {
+    ReachPlace(NonBlocking({}));
+    Type(GetParam().line);
+    ExpectOutput(GetParam().output);
+    ExpectLittleWork();
+}
+
+// The line comes in pieces.
+TEST_P(InputTorture, NonBlockingPipe) {
+    ReachPlace(NonBlocking(Pipes()));
+    Type(std::string(kMegabyte, 'z'));
+    ExpectOutput(GetParam().nonsense);
+    ExpectLittleWork();
+    console().CloseInput();
+    ExpectEnd(Console::Rest::kIgnored);
 }
 
 TEST_P(InputTorture, LineOfEveryByte) {
