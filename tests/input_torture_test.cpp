@@ -101,7 +101,7 @@ class InputTorture : public PlaceTest, public testing::WithParamInterface<Place>
     }
 
   private:
-    Duration cpu_time_{0};
+    std::chrono::microseconds cpu_time_{0};
     std::size_t memory_ = 0;
 };
 
