@@ -127,6 +127,10 @@ void Console::AwaitAll(const std::vector<std::string>& texts, Here here) {
     Judge(output_.SkipPastAll(expected, patience_), output_, description, here);
 }
 
+bool Console::TakeOutputIf(const std::function<bool(std::string_view)>& accepts) {
+    return output_.TakeAllIf(accepts, patience_) == Transcript::Result::kMatched;
+}
+
 void Console::ExpectExit(int status, Rest rest, Here here) {
     ExpectEnding({status, std::nullopt}, rest, here);
 }

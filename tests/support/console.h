@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -56,6 +57,9 @@ class Console {
     /// Awaits all these texts, in any order, and consumes up to the end of the last: for messages
     /// of both of the tool's threads.
     void AwaitAll(const std::vector<std::string>& texts, Here here = Here::Now());
+    /// Awaits that `accepts` says yes to all output that nobody has consumed, and consumes it.
+    /// Returns false, and consumes nothing, if it never does.
+    bool TakeOutputIf(const std::function<bool(std::string_view)>& accepts);
 
     /// Awaits the end of the process with this exit status, or by this signal. Output that nobody
     /// has consumed is a failure unless `rest` says otherwise.

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -32,6 +33,8 @@ class Transcript {
     Result SkipPast(std::string_view bytes, Duration limit);
     /// Awaits all `texts` in whatever order, and consumes up to the end of the last of them.
     Result SkipPastAll(const std::vector<std::string>& texts, Duration limit);
+    /// Consumes everything that has come, once `accepts` says yes to it; nothing before.
+    Result TakeAllIf(const std::function<bool(std::string_view)>& accepts, Duration limit);
     /// Awaits the end of the stream; consumes nothing.
     Result AwaitEnd(Duration limit);
 

@@ -1,0 +1,183 @@
+// The sessions that the documents show, played again: by scripts/demo as it is, but with the
+// programs of this build. scripts/record-sessions has them written down instead.
+
+#include "support/document.h"
+#include "support/played_session.h"
+#include "support/script_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <regex>
+#include <thread>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kReadme[] = "README.md";
+constexpr char kReadmeBlock[] = "console";
+
+bool IsRecording() {
+    return std::getenv("MORVANE_RECORD_SESSIONS") != nullptr;
+}
+
+// The news of a call must not come before its result has been printed, nor a transfer move before
+// the tool has looked at it, on a busy machine either.
+std::string Delays() {
+    return " --announce-delay=" + std::to_string(Stretched(Duration(500)).count()) +
+           " --start-delay=" + std::to_string(Stretched(Duration(1000)).count());
+}
+
+std::string SortedLines(const std::string& text) {
+    std::vector<std::string> lines = FindAll(text + "\n", "(.*)\n");
+    std::sort(lines.begin(), lines.end());
+    std::string sorted;
+    for (const std::string& line : lines) sorted += line + "\n";
+    return sorted;
+}
+
+// Much cheaper than to look at all of the output each time that some has come.
+bool StandsAtPrompt(std::string_view bytes) {
+    constexpr std::size_t kRoom = 200;
+    return EndsInPrompt(AsDocumented(bytes.substr(bytes.size() - std::min(bytes.size(), kRoom))));
+}
+
+/// The README, or an example: its keys, and the session that stands beside them.
+class Document {
+  public:
+    explicit Document(const std::string& name) : name_(name), keys_(name) {
+        if (!IsReadme()) name_.replace(name_.rfind('.'), std::string::npos, ".session");
+    }
+
+    const std::string& Name() const { return name_; }
+    bool IsReadme() const { return keys_ == kReadme; }
+
+    PlayedSession Read() const {
+        const std::string text = ReadSource(name_);
+        return ParseSession(IsReadme() ? FencedBlock(text, kReadmeBlock) : text);
+    }
+    /// All that is needed to record it.
+    PlayedSession Outline() const {
+        if (IsReadme()) return Read();
+        PlayedSession session;
+        session.command = "scripts/demo < " + keys_;
+        for (const std::string& key : FindAll(ReadSource(keys_), "(.*)\n"))
+            session.steps.push_back({"", key});
+        return session;
+    }
+    void Write(const PlayedSession& session) const {
+        const std::string text = FormatSession(session);
+        WriteSource(name_,
+                    IsReadme() ? ReplaceFencedBlock(ReadSource(name_), kReadmeBlock, text) : text);
+    }
+
+  private:
+    std::string name_;
+    std::string keys_;
+};
+
+/// Types what the session says when its prompts stand. The README's is on a terminal; the others
+/// are played from files, and the demo finds a pipe.
+class PlayedSessions : public testing::TestWithParam<std::string> {
+  protected:
+    const Document& document() const { return document_; }
+
+    /// `take` gets what is to appear up to the next answer.
+    template <typename Take>
+    void Play(PlayedSession& session, const std::string& options, Take take) {
+        const std::string command = session.command.substr(0, session.command.find(" <"));
+        const bool on_terminal = document_.IsReadme();
+        console_.emplace(tree_.Running(command + options,
+                                       on_terminal ? Wiring::kPersonsTerminal : Wiring::kPipes));
+        std::string echo;
+        for (PlayedSession::Step& step : session.steps) {
+            take(step.output, echo);
+            console_->Type(step.answer);
+            echo = on_terminal ? step.answer + "\n" : "";
+        }
+        console_->ExpectExit(0, Console::Rest::kIgnored);
+        take(session.rest, echo);
+    }
+
+    // What both threads print at the start may come in another order.
+    void Compare(const std::string& expected, bool in_any_order) {
+        const auto form = [&](const std::string& text) {
+            return in_any_order ? SortedLines(text) : text;
+        };
+        const auto is_expected = [&](std::string_view bytes) {
+            return (StandsAtPrompt(bytes) || !EndsInPrompt(expected)) &&
+                   form(AsDocumented(bytes)) == form(expected);
+        };
+        if (console_->TakeOutputIf(is_expected)) return;
+        EXPECT_EQ(form(expected), form(AsDocumented(console_->Unconsumed())));
+        FailTest(Here::Now(), document_.Name() + " shows what does not come.");
+    }
+
+    // What comes until a prompt stands, or the end, and nothing more for a while.
+    std::string Record() {
+        std::string before;
+        std::string now;
+        do {
+            before = console_->Unconsumed();
+            std::this_thread::sleep_for(Stretched(Duration(1000)));
+            now = console_->Unconsumed();
+        } while (now != before || !(StandsAtPrompt(now) || console_->HasEnded()));
+        console_->TakeOutputIf([](std::string_view) { return true; });
+        return AsDocumented(now);
+    }
+
+    void TearDown() override {
+        if (!console_) return;
+        if (HasFailure()) std::cout << console_->Story();
+        console_->Finish();
+    }
+
+  private:
+    Document document_{GetParam()};
+    ScriptTree tree_;
+    std::optional<Console> console_;
+};
+
+TEST_P(PlayedSessions, GoAsShown) {
+    if (IsRecording()) {
+        PlayedSession session = document().Outline();
+        Play(session, "", [this](std::string& output, const std::string& echo) {
+            output = Record().substr(echo.size());
+        });
+        document().Write(session);
+        return;
+    }
+    PlayedSession session = document().Read();
+    bool is_start = true;
+    Play(session, Delays(), [&](const std::string& output, const std::string& echo) {
+        Compare(echo + output, is_start);
+        is_start = false;
+    });
+}
+
+TEST_P(PlayedSessions, AreWhatTheirKeysPlay) {
+    const PlayedSession outline = document().Outline();
+    const PlayedSession session = document().Read();
+    EXPECT_EQ(session.command, outline.command);
+    ASSERT_EQ(session.steps.size(), outline.steps.size());
+    for (std::size_t i = 0; i < session.steps.size(); ++i)
+        EXPECT_EQ(session.steps[i].answer, outline.steps[i].answer) << "answer " << i;
+}
+
+std::vector<std::string> Documents() {
+    std::vector<std::string> names = FindSources("^examples/.*\\.keys$");
+    names.emplace_back(kReadme);
+    return names;
+}
+
+std::string TestName(const testing::TestParamInfo<std::string>& document) {
+    return std::regex_replace(document.param, std::regex("\\W"), "_");
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, PlayedSessions, testing::ValuesIn(Documents()), TestName);
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/console.h"
+#include "support/temporary_directory.h"
+
+namespace morvane_test {
+
+/// A folder in which scripts/demo and scripts/test run as they are, but build, install and check
+/// nothing: the programs are those of this build, and what would do the work does nothing.
+class ScriptTree {
+  public:
+    ScriptTree();
+
+    /// How to run a command line there, with standard error on standard output. What it leaves in
+    /// the temporary directory goes with this object.
+    ConsoleOptions Running(const std::string& command, Wiring wiring) const;
+
+  private:
+    void Write(const std::string& name, const std::string& script) const;
+    void WriteProgram(const std::string& name, const std::string& path) const;
+
+    TemporaryDirectory directory_;
+};
+
+}  // namespace morvane_test
