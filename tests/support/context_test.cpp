@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -105,11 +106,16 @@ ContextTest::ContextTest() {
 }
 
 void ContextTest::TearDown() {
-    GDBusConnection* last = connection_.get();
-    g_object_add_weak_pointer(G_OBJECT(last), reinterpret_cast<gpointer*>(&last));
+    std::atomic<bool> gone{false};
+    // If its bus has died, the connection may go in GDBus's thread, which does not wake this one.
+    const auto note = [](gpointer flag, GObject* /*connection*/) {
+        *static_cast<std::atomic<bool>*>(flag) = true;
+        g_main_context_wakeup(nullptr);
+    };
+    g_object_weak_ref(G_OBJECT(connection_.get()), note, &gone);
     connection_.reset();
     daemon_.reset();
-    while (last != nullptr) g_main_context_iteration(nullptr, TRUE);
+    while (!gone) g_main_context_iteration(nullptr, TRUE);
 }
 
 // The bus answers only after it has passed on all that was announced before.
