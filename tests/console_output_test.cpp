@@ -1,12 +1,19 @@
 #include "console/console_output.h"
 
 #include "support/captured_run.h"
+#include "support/file_descriptor.h"
 #include "support/messages.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -149,6 +156,49 @@ TEST(PrintTest, MessagesOfTwoThreadsNeverMix) {
     EXPECT_EQ(std::count(writes.begin(), writes.end(), a), 300);
     EXPECT_EQ(std::count(writes.begin(), writes.end(), b), 300);
     EXPECT_EQ(writes.size(), 600U);
+}
+
+// Until nothing more fits; returns how much did.
+std::size_t Fill(int descriptor) {
+    const std::string page(4096, 'x');
+    std::size_t filled = 0;
+    for (ssize_t count; (count = write(descriptor, page.data(), page.size())) > 0;)
+        filled += static_cast<std::size_t>(count);
+    return filled;
+}
+
+bool Sleeps(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string stat(std::istreambuf_iterator<char>(file), {});
+    return stat.compare(stat.rfind(')') + 2, 1, "S") == 0;
+}
+
+std::string Read(int descriptor, std::size_t most) {
+    std::string text(most, '\0');
+    const ssize_t count = read(descriptor, text.data(), text.size());
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return text;
+}
+
+TEST(PrintTest, SleepsUntilAFullTerminalThatDoesNotBlockTakesMore) {
+    const auto print = [] {
+        const auto terminal = morvane_test::MakePipe(O_NONBLOCK);
+        const morvane_test::FileDescriptor output(dup(STDOUT_FILENO));
+        dup2(terminal.writer.Number(), STDOUT_FILENO);
+        const std::size_t filled = Fill(STDOUT_FILENO);
+        std::atomic<bool> printed{false};
+        std::thread reader([&, printer = gettid()] {
+            while (!printed && !Sleeps(printer)) std::this_thread::yield();
+            Read(terminal.reader.Number(), filled);
+        });
+        PROXY_Print(kGreen, "text\n");
+        printed = true;
+        reader.join();
+        dup2(output.Number(), STDOUT_FILENO);
+        const std::string came = Read(terminal.reader.Number(), 100);
+        EXPECT_GT(write(STDOUT_FILENO, came.data(), came.size()), 0);
+    };
+    EXPECT_EQ(WritesOf(print), Writes{Green("text\n")});
 }
 
 TEST(PrintNoPromptTest, IgnoresAStandingPrompt) {
