@@ -131,6 +131,21 @@ bool Console::TakeOutputIf(const std::function<bool(std::string_view)>& accepts)
     return output_.TakeAllIf(accepts, patience_) == Transcript::Result::kMatched;
 }
 
+bool Console::SkipPastAny(const std::vector<std::string>& texts, Duration limit) {
+    return output_.SkipPastAny(texts, limit) == Transcript::Result::kMatched;
+}
+
+std::optional<Ending> Console::AwaitEnd(Duration limit) {
+    const auto ending = process_.AwaitEnd(limit);
+    if (ending) end_is_accounted_for_ = true;
+    return ending;
+}
+
+void Console::AwaitEndOfOutput() {
+    output_.AwaitEnd(patience_);
+    errors_.AwaitEnd(patience_);
+}
+
 void Console::ExpectExit(int status, Rest rest, Here here) {
     ExpectEnding({status, std::nullopt}, rest, here);
 }

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,6 +61,14 @@ class Console {
     /// Awaits that `accepts` says yes to all output that nobody has consumed, and consumes it.
     /// Returns false, and consumes nothing, if it never does.
     bool TakeOutputIf(const std::function<bool(std::string_view)>& accepts);
+
+    // The same for whoever goes on in any case: these tell whether it worked, and fail no test.
+    bool Offer(std::string_view bytes, Duration limit) { return terminal_.Write(bytes, limit); }
+    bool SkipPastAny(const std::vector<std::string>& texts, Duration limit);
+    /// Nothing if the tool goes on for so long.
+    std::optional<Ending> AwaitEnd(Duration limit);
+    /// For when the tool has ended: what it wrote last may still be on its way.
+    void AwaitEndOfOutput();
 
     /// Awaits the end of the process with this exit status, or by this signal. Output that nobody
     /// has consumed is a failure unless `rest` says otherwise.

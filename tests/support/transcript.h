@@ -31,6 +31,8 @@ class Transcript {
     Result ExpectNext(std::string_view bytes, Duration limit);
     /// Consumes everything up to the end of the next occurrence of `bytes`; nothing otherwise.
     Result SkipPast(std::string_view bytes, Duration limit);
+    /// Consumes everything up to the end of whichever of `texts` comes first.
+    Result SkipPastAny(const std::vector<std::string>& texts, Duration limit);
     /// Awaits all `texts` in whatever order, and consumes up to the end of the last of them.
     Result SkipPastAll(const std::vector<std::string>& texts, Duration limit);
     /// Consumes everything that has come, once `accepts` says yes to it; nothing before.
