@@ -175,8 +175,10 @@ DaemonEvent DaemonMoods::DrawFresh() {
     event.loss = row.loss;
     event.command = Fill(row.pattern, event);
     event.makes_calls_hang = Begins(event.command, "hang ");
-    // A transfer's file is known from the reading of its properties.
-    event.renames_files = event.renames_files || event.spoiled_method == "GetAll";
+    // What the tool knows of objects that come later it has read with this method.
+    const bool blinds = event.spoiled_method == "GetAll";
+    event.hides_address = event.hides_address || blinds;
+    event.renames_files = event.renames_files || blinds;
     if (event.makes_calls_hang) event.spoiled_method.clear();
     event.fakes_transfers =
         Begins(event.command, "reply Pull") || Begins(event.command, "empty-transfer-path");

@@ -187,10 +187,12 @@ class Player {
         AwaitPrompts(what);
         settled_ = false;
         if (owed_ > 0 || hanging_ || away_ || played_.interrupts > 0) return;
-        daemon_.AddDevice(kSettledPath, "00:00:00:00:00:00", "settled");
-        settled_ =
-            console_.SkipPastAny({std::string("Found Device ") + kSettledPath + "\n"}, Patience());
-        daemon_.RemoveDevice(kSettledPath);
+        // It must be gone before it can be chosen: it has no address for whoever comes too late.
+        const std::string path = kSettledPath;
+        daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
+        const bool found = console_.SkipPastAny({"Found Device " + path + "\n"}, Patience());
+        daemon_.RemoveDevice(path);
+        settled_ = found && console_.SkipPastAny({"Removed " + path + "\n"}, Patience());
     }
 
     void NoteLoss(const Step& step) {
