@@ -12,6 +12,7 @@ struct GlibRelease {
     void operator()(gchar** texts) const noexcept { g_strfreev(texts); }
     void operator()(GError* error) const noexcept { g_error_free(error); }
     void operator()(GVariant* variant) const noexcept { g_variant_unref(variant); }
+    void operator()(GDateTime* date) const noexcept { g_date_time_unref(date); }
     void operator()(GMainLoop* loop) const noexcept { g_main_loop_unref(loop); }
     void operator()(GMainContext* context) const noexcept { g_main_context_unref(context); }
     template <typename Object>
@@ -28,6 +29,7 @@ using TextPtr = GlibPtr<gchar>;
 using TextArrayPtr = GlibPtr<gchar*>;
 using ErrorPtr = GlibPtr<GError>;
 using VariantPtr = GlibPtr<GVariant>;
+using DateTimePtr = GlibPtr<GDateTime>;
 
 /// Lets a C function fill a `GlibPtr` through its out parameter: `f(..., Out(error))`.
 /// The pointer takes ownership when the full expression ends.

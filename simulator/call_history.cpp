@@ -1,11 +1,15 @@
 #include "simulator/call_history.h"
 
+#include "interfaces/glib_ptr.h"
 #include "simulator/people.h"
 
-#include <ctime>
+#include <glib.h>
 
 namespace simulator {
 namespace {
+
+using morvane::DateTimePtr;
+using morvane::TextPtr;
 
 struct KindNames {
     const char* phonebook;
@@ -34,11 +38,8 @@ const char* HistoryOf(CallKind kind) {
 }
 
 std::string FormatCallTime(std::int64_t time) {
-    const std::time_t seconds = time;
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    char text[32];
-    return {text, std::strftime(text, sizeof text, "%Y%m%dT%H%M%S", &parts)};
+    const DateTimePtr date(g_date_time_new_from_unix_utc(time));
+    return TextPtr(g_date_time_format(date.get(), "%Y%m%dT%H%M%S")).get();
 }
 
 Card MakeCallCard(const CallEntry& call) {

@@ -89,7 +89,8 @@ std::string Refuse(Commands& /*commands*/, Daemon& daemon, const Words& words) {
 
 std::string Flood(Commands& /*commands*/, Daemon& daemon, const Words& words) {
     const VariantPtr value = ParseValue(words[4]);
-    const std::size_t count = ParseNumber(words[3]);
+    const auto count =
+        static_cast<std::size_t>(ParseNumber(words[3], std::numeric_limits<std::size_t>::max()));
     daemon.Flood(words[0], words[1], words[2], count,
                  [&value](std::size_t) { return value.get(); });
     return {};
