@@ -6,7 +6,7 @@ option(MORVANE_COVERAGE "Instrument for coverage" OFF)
 option(MORVANE_BENCHMARKS "Build the benchmarks" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+    set(CMAKE_BUILD_TYPE MinSizeRel CACHE STRING "Build type" FORCE)
 endif()
 
 set(CMAKE_CXX_STANDARD 17)
@@ -36,11 +36,23 @@ if(MORVANE_STRICT)
 endif()
 
 # Hardening. Fortification needs the optimiser and would blunt the sanitizers.
+set(optimised $<NOT:$<CONFIG:Debug>>)
 add_library(morvane-hardening INTERFACE)
-target_compile_options(morvane-hardening INTERFACE $<$<CONFIG:Release>:-fstack-protector-strong>)
-target_compile_definitions(morvane-hardening INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+target_compile_options(morvane-hardening INTERFACE $<${optimised}:-fstack-protector-strong>)
+target_compile_definitions(morvane-hardening INTERFACE $<${optimised}:_FORTIFY_SOURCE=2>)
 target_link_options(morvane-hardening INTERFACE
-                    $<$<CONFIG:Release>:LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed>)
+                    $<${optimised}:LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed>)
+
+# The tool lives in the flash of small boards. Half of what gdbus-codegen writes is for daemons, and
+# only a linker that sees each function by itself can leave it out.
+add_library(morvane-size INTERFACE)
+target_compile_options(
+    morvane-size
+    INTERFACE $<${optimised}:-ffunction-sections> $<${optimised}:-fdata-sections>
+              $<${optimised}:-fvisibility=hidden>
+              $<$<AND:${optimised},$<COMPILE_LANGUAGE:CXX>>:-fvisibility-inlines-hidden>)
+target_link_options(morvane-size INTERFACE $<${optimised}:LINKER:--gc-sections>)
+target_link_libraries(morvane-hardening INTERFACE morvane-size)
 target_link_libraries(morvane-settings INTERFACE morvane-hardening)
 
 # Sanitizers and coverage must reach the generated code and the tests too.

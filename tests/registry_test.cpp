@@ -41,11 +41,12 @@ void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     return memory_is_exhausted ? nullptr : std::malloc(size);
 }
 
-void operator delete(void* memory) noexcept {
+// Inlined where operator new is not, they look to the compiler like the wrong way to release.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
 }
 
