@@ -110,9 +110,9 @@ void ObexProxy::GDBusRun() {
 
 // The loop lives as long as this object: StopThreads() may come at any time.
 GMainLoop* ObexProxy::CreateMainLoop() {
-    const auto contents = contents_.Lock();
-    contents->main_loop.reset(g_main_loop_new(nullptr, FALSE));
-    return contents->main_loop.get();
+    const Hold hold(contents_mutex_);
+    main_loop_.reset(g_main_loop_new(nullptr, FALSE));
+    return main_loop_.get();
 }
 
 void ObexProxy::ObjectAdded(const std::string& path) {

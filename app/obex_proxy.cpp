@@ -45,9 +45,9 @@ void ObexProxy::MenuThread() {
 
 void ObexProxy::StopThreads() {
     running_ = false;
-    const auto contents = contents_.Lock();
-    if (contents->main_loop) {
-        g_main_loop_quit(contents->main_loop.get());
+    const Hold hold(contents_mutex_);
+    if (main_loop_) {
+        g_main_loop_quit(main_loop_.get());
     }
 }
 

@@ -4,7 +4,7 @@
 #include "app/obex_device_context.h"
 #include "app/removal_turns.h"
 #include "client/client_proxy_context.h"
-#include "console/guarded.h"
+#include "console/mutex.h"
 #include "interfaces/glib_ptr.h"
 
 #include <gio/gio.h>
@@ -120,13 +120,6 @@ class ObexProxy {
         MenuLock& lock_;
     };
 
-    struct Contents {
-        GlibPtr<GMainLoop> main_loop;
-        std::unique_ptr<ClientProxyContext> client;
-        std::vector<std::unique_ptr<ObexDeviceContext>> devices;
-        std::vector<std::unique_ptr<ClientProxyContext>> replaced_clients;  // still in use, maybe
-    };
-
     GMainLoop* CreateMainLoop();
     void AddObject(const std::string& path);
     void DestroyReplacedClients();
@@ -140,13 +133,19 @@ class ObexProxy {
     bool started_ = false;  // start_mutex_
     std::atomic<bool> running_{false};
 
-    // Taken before contents_; whoever holds it may look into the contexts, and only then are
+    // Taken before contents_mutex_; whoever holds it may look into the contexts, and only then are
     // they destroyed.
     std::mutex registry_mutex_;
     RemovalTurns removal_turns_;
 
-    // Innermost lock: never held over a bus call, an output or an input.
-    mutable Guarded<Contents> contents_;
+    // Innermost: never held over a bus call, an output or an input.
+    mutable Mutex contents_mutex_;
+    GlibPtr<GMainLoop> main_loop_ MORVANE_GUARDED_BY(contents_mutex_);
+    std::unique_ptr<ClientProxyContext> client_ MORVANE_GUARDED_BY(contents_mutex_);
+    std::vector<std::unique_ptr<ObexDeviceContext>> devices_ MORVANE_GUARDED_BY(contents_mutex_);
+    // The menu thread may still be inside these.
+    std::vector<std::unique_ptr<ClientProxyContext>> replaced_clients_
+        MORVANE_GUARDED_BY(contents_mutex_);
 };
 
 extern ObexProxy obexProxy;

@@ -9,10 +9,10 @@ namespace morvane {
 void ObexProxy::AllocClient(const std::string& path) {
     auto client = std::make_unique<ClientProxyContext>(path);
     {
-        const auto contents = contents_.Lock();
-        contents->client.swap(client);
+        const Hold hold(contents_mutex_);
+        client_.swap(client);
         if (client) {
-            contents->replaced_clients.push_back(std::move(client));
+            replaced_clients_.push_back(std::move(client));
         }
     }
     // A client announced twice without going in between: an addition does not wait, so if the menu
@@ -27,44 +27,43 @@ void ObexProxy::AllocClient(const std::string& path) {
 // The registry mutex is held.
 void ObexProxy::DestroyReplacedClients() {
     std::vector<std::unique_ptr<ClientProxyContext>> replaced;
-    const auto contents = contents_.Lock();
-    replaced.swap(contents->replaced_clients);
+    const Hold hold(contents_mutex_);
+    replaced.swap(replaced_clients_);
 }
 
 void ObexProxy::FreeClient() {
     const RemovalTurns::Removal removal(removal_turns_, registry_mutex_);
     std::unique_ptr<ClientProxyContext> client;
-    const auto contents = contents_.Lock();
-    client.swap(contents->client);
+    const Hold hold(contents_mutex_);
+    client.swap(client_);
 }
 
 void ObexProxy::AllocDevice(const std::string& path) {
     auto device = std::make_unique<ObexDeviceContext>(GetBusName(), path);
-    const auto contents = contents_.Lock();
-    contents->devices.push_back(std::move(device));
+    const Hold hold(contents_mutex_);
+    devices_.push_back(std::move(device));
 }
 
 void ObexProxy::FreeDevice(const std::string& path) {
     const RemovalTurns::Removal removal(removal_turns_, registry_mutex_);
     std::vector<std::unique_ptr<ObexDeviceContext>> removed;
-    const auto contents = contents_.Lock();
+    const Hold hold(contents_mutex_);
     const auto first_removed =
-        std::stable_partition(contents->devices.begin(), contents->devices.end(),
+        std::stable_partition(devices_.begin(), devices_.end(),
                               [&](const auto& device) { return device->GetPathName() != path; });
-    removed.assign(std::make_move_iterator(first_removed),
-                   std::make_move_iterator(contents->devices.end()));
-    contents->devices.erase(first_removed, contents->devices.end());
+    removed.assign(std::make_move_iterator(first_removed), std::make_move_iterator(devices_.end()));
+    devices_.erase(first_removed, devices_.end());
 }
 
 ClientProxyContext* ObexProxy::Client() const {
-    const auto contents = contents_.Lock();
-    return contents->client.get();
+    const Hold hold(contents_mutex_);
+    return client_.get();
 }
 
 std::vector<const ObexDeviceContext*> ObexProxy::Devices() const {
-    const auto contents = contents_.Lock();
+    const Hold hold(contents_mutex_);
     std::vector<const ObexDeviceContext*> devices;
-    std::transform(contents->devices.begin(), contents->devices.end(), std::back_inserter(devices),
+    std::transform(devices_.begin(), devices_.end(), std::back_inserter(devices),
                    [](const auto& device) { return device.get(); });
     return devices;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "console/guarded.h"
+#include "console/mutex.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -31,13 +31,10 @@ class RemovalTurns {
     void LetPass();
 
   private:
-    struct Count {
-        std::uint64_t begun = 0;
-        std::uint64_t ended = 0;
-    };
-
-    Guarded<Count> removals_;
-    std::condition_variable passed_;
+    Mutex mutex_;
+    std::condition_variable_any passed_;
+    std::uint64_t begun_ MORVANE_GUARDED_BY(mutex_) = 0;
+    std::uint64_t ended_ MORVANE_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace morvane

@@ -1,6 +1,6 @@
 #include "console/console_output.h"
 
-#include "console/guarded.h"
+#include "console/mutex.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -20,14 +20,15 @@ constexpr std::size_t kPromptRoom = 101;
 constexpr const char* kMenuMarker = " > ";
 constexpr const char* kValueMarker = " ? ";
 
-struct StandingPrompt {
-    char text[kPromptRoom] = {};
-    bool is_showing = false;
+struct ConsoleState {
+    Mutex lock;
+    char saved_prompt[kPromptRoom] MORVANE_GUARDED_BY(lock) = {};
+    bool prompt_showing MORVANE_GUARDED_BY(lock) = false;
 };
 
-// Contexts that die after main() still print. Whoever prints holds this lock.
-static_assert(std::is_trivially_destructible_v<Guarded<StandingPrompt>>);
-Guarded<StandingPrompt> standing_prompt;
+// Contexts that die after main() still print.
+static_assert(std::is_trivially_destructible_v<ConsoleState>);
+ConsoleState console;
 
 enum class Redraw { kIfShowing, kNever };
 
@@ -65,17 +66,17 @@ class Message {
     std::size_t length_ = 0;
 };
 
-void Emit(const StandingPrompt& prompt, Redraw redraw, const char* colour, const char* text) {
-    const bool redrawn = redraw == Redraw::kIfShowing && prompt.is_showing;
+void Emit(Redraw redraw, const char* colour, const char* text) MORVANE_REQUIRES(console.lock) {
+    const bool showing = redraw == Redraw::kIfShowing && console.prompt_showing;
     Message message;
-    if (redrawn) {
+    if (showing) {
         message.Append("\n");
     }
     message.Append(colour);
     message.Append(text);
-    if (redrawn) {
+    if (showing) {
         for (const char* part :
-             {kGreen, static_cast<const char*>(prompt.text), kRed, kMenuMarker}) {
+             {kGreen, static_cast<const char*>(console.saved_prompt), kRed, kMenuMarker}) {
             message.Append(part);
         }
     }
@@ -88,21 +89,21 @@ __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const cha
     char text[kTextRoom];
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): both callers have started it
     const int length = std::vsnprintf(text, sizeof text, format, arguments);
-    const auto prompt = standing_prompt.Lock();
-    Emit(*prompt, redraw, colour, text);
+    const Hold hold(console.lock);
+    Emit(redraw, colour, text);
     return length;
 }
 
 // Drawing and marking as showing are one hold of the lock: a message of the other thread between
 // the two would leave the prompt above itself.
 void SetPrompt(const char* text, int show, const char* marker) {
-    const auto prompt = standing_prompt.Lock();
-    std::strncpy(prompt->text, text, kPromptRoom - 1);
+    const Hold hold(console.lock);
+    std::strncpy(console.saved_prompt, text, kPromptRoom - 1);
     if (show == 1) {
-        Emit(*prompt, Redraw::kIfShowing, kGreen, text);
-        Emit(*prompt, Redraw::kIfShowing, kRed, marker);
+        Emit(Redraw::kIfShowing, kGreen, text);
+        Emit(Redraw::kIfShowing, kRed, marker);
     }
-    prompt->is_showing = show != 0;
+    console.prompt_showing = show != 0;
 }
 
 }  // namespace
