@@ -9,31 +9,13 @@
 
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
-#include "support/file_descriptor.h"
+#include "support/captured_output.h"
 #include "support/private_bus.h"
 
 namespace morvane_test {
 
 /// A value from its GVariant text.
 morvane::VariantPtr Value(const std::string& text);
-
-/// Standard output goes to memory while this lives.
-class CapturedOutput {
-  public:
-    CapturedOutput();
-    CapturedOutput(const CapturedOutput&) = delete;
-    CapturedOutput& operator=(const CapturedOutput&) = delete;
-    ~CapturedOutput();
-
-    std::string Text() const;
-
-  private:
-    FileDescriptor memory_;
-    FileDescriptor terminal_;
-};
-
-/// What `action` writes to standard output.
-std::string Printed(const std::function<void()>& action);
 
 /// A test of contexts in the test's own process, with a bus and a daemon. What is announced is
 /// handled only when the test says so: `HearNotices`, or a `HearingThread` while it lives.
