@@ -5,10 +5,11 @@
 #include "interfaces/property_notices.h"
 #include "interfaces/remote_call.h"
 #include "transfer/downloaded_file.h"
+#include "transfer/initial_properties.h"
 
 #include <atomic>
 #include <cstdio>
-#include <cstring>
+#include <optional>
 
 namespace morvane {
 
@@ -27,14 +28,10 @@ TransferProgress& ProgressOf(ObexTransfer1* proxy) {
     return *static_cast<TransferProgress*>(g_object_get_data(G_OBJECT(proxy), kProgressKey));
 }
 
-guint32 Low32(guint64 value) {
-    return static_cast<guint32>(value);
-}
-
 void ReportSize(ObexTransfer1* proxy, const char* label) {
     const guint64 size = obex_transfer1_get_size(proxy);
     ProgressOf(proxy).size = size;
-    PROXY_Print(kNormal, "%s: %d\n", label, static_cast<gint32>(Low32(size)));
+    PROXY_Print(kNormal, "%s: %d\n", label, static_cast<gint32>(size));
 }
 
 void PrintPercent(int percent) {
@@ -69,51 +66,6 @@ constexpr PropertyNotice<ObexTransfer1> kNotices[] = {
     {"notify::filename", ReportText<obex_transfer1_get_filename>, "Filename Attribute Received"},
 };
 
-// How one property's value is printed when the transfer begins. `types` are those that count; a
-// value of any other is treated as absent.
-struct InitialLine {
-    const char* property;
-    const char* types;
-    const char* label;
-};
-
-constexpr InitialLine kInitialLines[] = {
-    {"Status", "s", "Status"},
-    {"Name", "s", "Object Name"},
-    {"Filename", "s", "Filename"},
-    {"Size", "t", "Size"},
-    {"Transferred", "t", "Bytes Transferred"},
-    {"Session", "so", "Session"},
-    {"Type", "s", "MIME type"},
-};
-
-bool HasType(GVariant* value, const char* types) {
-    const char* const type = g_variant_get_type_string(value);
-    return type[1] == '\0' && std::strchr(types, type[0]) != nullptr;
-}
-
-// `value` has one of the line's types or is null.
-void PrintInitialLine(const InitialLine& line, GVariant* value, TransferProgress& progress) {
-    if (line.types[0] == 's') {
-        const char* const text = value == nullptr ? nullptr : g_variant_get_string(value, nullptr);
-        PROXY_Print(kNormal, "%s: %s\n", line.label, OrUnknown(text));
-        return;
-    }
-    const guint64 number = value == nullptr ? 0 : g_variant_get_uint64(value);
-    if (std::strcmp(line.property, "Size") == 0) {
-        progress.size = number;
-    }
-    PROXY_Print(kNormal, "%s: %u\n", line.label, Low32(number));
-}
-
-void PrintEntry(const char* key, GVariant* value, TransferProgress& progress) {
-    for (const InitialLine& line : kInitialLines) {
-        if (std::strcmp(key, line.property) == 0) {
-            PrintInitialLine(line, HasType(value, line.types) ? value : nullptr, progress);
-        }
-    }
-}
-
 // Tells the operator if the daemon has refused.
 bool Accepted(const ErrorPtr& error) {
     if (error) {
@@ -143,21 +95,11 @@ void TransferContext::BuildProxy(GVariant* properties) {
 }
 
 void TransferContext::GetInitialProperties(GVariant* properties) {
-    if (properties == nullptr) {
-        for (const InitialLine& line : kInitialLines) {
-            const VariantPtr value(
-                g_dbus_proxy_get_cached_property(G_DBUS_PROXY(proxy_.get()), line.property));
-            PrintInitialLine(line, value.get(), Progress());
-        }
-        return;
-    }
-    GVariantIter iterator;
-    g_variant_iter_init(&iterator, properties);
-    const gchar* key = nullptr;
-    VariantPtr value;
-    while (g_variant_iter_next(&iterator, "{&sv}", &key, static_cast<GVariant**>(Out(value))) !=
-           FALSE) {
-        PrintEntry(key, value.get(), Progress());
+    const std::optional<guint64> size = properties == nullptr
+                                            ? PrintCachedProperties(G_DBUS_PROXY(proxy_.get()))
+                                            : PrintProperties(properties);
+    if (size) {
+        SetSize(*size);
     }
 }
 
