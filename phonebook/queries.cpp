@@ -1,10 +1,10 @@
 #include "console/console_input.h"
 #include "console/console_output.h"
 #include "console/errors.h"
-#include "console/frames.h"
 #include "interfaces/bus_text.h"
 #include "interfaces/remote_call.h"
 #include "interfaces/variant_dict.h"
+#include "phonebook/listing.h"
 #include "phonebook/phonebook_context.h"
 #include "phonebook/prompts.h"
 #include "phonebook/refusal.h"
@@ -16,17 +16,6 @@ constexpr unsigned int kMaxSearchValueLength = 63;
 
 constexpr ChoicePrompt kSearchField = {"/Select Search Field", "Select Search Field",
                                        "Invalid search field selected"};
-
-void PrintListing(GVariant* listing) {
-    PrintHeading("vCard Listing");
-    GVariantIter iterator;
-    g_variant_iter_init(&iterator, listing);
-    const gchar* handle = nullptr;
-    const gchar* name = nullptr;
-    while (g_variant_iter_next(&iterator, "(&s&s)", &handle, &name) != FALSE) {
-        PROXY_Print(kNormal, " %s\t%s\n", handle, name);
-    }
-}
 
 void PrintSize(const char* label, guint16 size) {
     PROXY_Print(kNormal, "%s %d\n", label, size);
@@ -113,12 +102,8 @@ void PhonebookContext::ListFilterFields(bool print) {
     RequireAccepted(CallRemote(obex_phonebook_access1_call_list_filter_fields_sync,
                                phonebook_proxy_, Out(fields)));
     filter_fields_.assign(fields.get(), fields.get() + g_strv_length(fields.get()));
-    if (!print) {
-        return;
-    }
-    PrintHeading("Filter Fields");
-    for (const std::string& field : filter_fields_) {
-        PROXY_Print(kNormal, " %s\n", field.c_str());
+    if (print) {
+        PrintFilterFields(filter_fields_);
     }
 }
 
