@@ -7,9 +7,6 @@
 namespace morvane {
 namespace {
 
-// What g_utf8_get_char_validated says of a character that the end of the text cuts off.
-constexpr gunichar kIncomplete = static_cast<gunichar>(-2);
-
 // Where the first byte at or after `from` stands that no valid character holds.
 std::size_t FindInvalid(const std::string& text, std::size_t from) {
     const gchar* end = nullptr;
@@ -17,15 +14,26 @@ std::size_t FindInvalid(const std::string& text, std::size_t from) {
     return static_cast<std::size_t>(end - text.data());
 }
 
+// Whether further bytes would make one character of all that stands from `position` on. Behind some
+// first bytes the one or the other of these two cannot stand.
 bool IsCutOff(const std::string& text, std::size_t position) {
-    return g_utf8_get_char_validated(text.data() + position,
-                                     static_cast<gssize>(text.size() - position)) == kIncomplete;
+    constexpr std::size_t kLongestCharacter = 4;
+    for (const char continuation : {'\x80', '\xBF'}) {
+        std::string character = text.substr(position, kLongestCharacter);
+        while (character.size() < kLongestCharacter) {
+            character += continuation;
+            if (FindInvalid(character, 0) == character.size()) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 // The length stays, unless the text may be cut and is.
 std::string MakeValid(std::string text, bool may_be_cut) {
     for (std::size_t i = FindInvalid(text, 0); i < text.size(); i = FindInvalid(text, i)) {
-        if (may_be_cut && text[i] != '\0' && IsCutOff(text, i)) {
+        if (may_be_cut && IsCutOff(text, i)) {
             text.resize(i);
         } else {
             text[i] = '?';

@@ -52,6 +52,19 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"\xFF\xC3\xA4", "?\xC3\xA4", "?\xC3\xA4"},
                     Row{"\xE2\x82\xFF\xE2", "????", "???"}));
 
+// The end of the text is not what is wrong with these: no byte behind them makes a character of
+// them.
+INSTANTIATE_TEST_SUITE_P(NoCharacterAtTheEnd, BusTextTest,
+                         testing::Values(Row{"ab\xC0", "ab?", "ab?"}, Row{"ab\xF5", "ab?", "ab?"},
+                                         Row{"\xE0\x80", "??", "??"}, Row{"\xED\xA0", "??", "??"},
+                                         Row{"\xF0\x80\x80", "???", "???"},
+                                         Row{"\xF4\x90", "??", "??"},
+                                         Row{std::string("\xC3\0b", 3), "??b", "??b"}));
+
+INSTANTIATE_TEST_SUITE_P(FirstBytesThatForbidOneBehindThem, BusTextTest,
+                         testing::Values(Row{"\xE0", "?", ""}, Row{"\xED", "?", ""},
+                                         Row{"\xF0", "?", ""}, Row{"\xF4", "?", ""}));
+
 TEST(ReplaceInvalidBytesTest, ReplacesNulBytes) {
     EXPECT_EQ(ReplaceInvalidBytes(std::string("a\0b", 3)), "a?b");
 }
