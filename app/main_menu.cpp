@@ -51,7 +51,7 @@ bool NeedsClient(char key) {
 }  // namespace
 
 void ObexProxy::RunMenu() {
-    MenuLock lock(registry_mutex_);
+    MenuLock lock(registry_mutex_.Unchecked());
     PrintBanner(title_);
     auto next = AfterKey::kGoOn;
     while (IsRunning() && next == AfterKey::kGoOn) {

@@ -24,18 +24,21 @@ std::string ObexProxy::GetBusName() const {
 }
 
 std::unique_lock<std::mutex> ObexProxy::LockStart() {
-    return std::unique_lock<std::mutex>(start_mutex_);
+    return std::unique_lock<std::mutex>(start_mutex_.Unchecked());
 }
 
 void ObexProxy::AwaitMenuThread(std::unique_lock<std::mutex>& start_lock) {
-    start_condition_.wait(start_lock, [this] { return started_; });
+    start_mutex_.AssertHeld();
+    while (!started_) {
+        start_condition_.wait(start_lock);
+    }
 }
 
 void ObexProxy::MenuThread() {
     running_ = true;
     {
         // Taken only here, where the main thread is sure to wait or to look: no wake-up is lost.
-        const std::lock_guard<std::mutex> hold(start_mutex_);
+        const Hold hold(start_mutex_);
         started_ = true;
     }
     start_condition_.notify_all();

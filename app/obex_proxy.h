@@ -47,7 +47,7 @@ class ObexProxy {
     /// Body of the menu thread.
     void MenuThread();
     /// Clears the running flag for good and ends the main loop, now or as soon as it begins.
-    void StopThreads();
+    void StopThreads() MORVANE_EXCLUDES(contents_mutex_);
     [[nodiscard]] bool IsRunning() const { return running_; }
 
     // Discovery (discovery.cpp), on the main thread.
@@ -74,7 +74,7 @@ class ObexProxy {
     // The rest is the menu thread's, with the registry mutex held.
 
     /// The daemon's client object, or null.
-    [[nodiscard]] ClientProxyContext* Client() const;
+    [[nodiscard]] ClientProxyContext* Client() const MORVANE_EXCLUDES(contents_mutex_);
     /// Running, and the daemon has its client object.
     [[nodiscard]] bool IsClientValid() const;
     /// Valid, and with a connected session.
@@ -122,20 +122,27 @@ class ObexProxy {
 
     GMainLoop* CreateMainLoop();
     void AddObject(const std::string& path);
-    void DestroyReplacedClients();
-    [[nodiscard]] std::vector<const ObexDeviceContext*> Devices() const;
+    void DestroyReplacedClients() MORVANE_REQUIRES(registry_mutex_)
+        MORVANE_EXCLUDES(contents_mutex_);
+    [[nodiscard]] std::unique_ptr<ClientProxyContext> TakeClient() MORVANE_REQUIRES(registry_mutex_)
+        MORVANE_EXCLUDES(contents_mutex_);
+    [[nodiscard]] std::vector<std::unique_ptr<ObexDeviceContext>> TakeDevices(
+        const std::string& path) MORVANE_REQUIRES(registry_mutex_)
+        MORVANE_EXCLUDES(contents_mutex_);
+    [[nodiscard]] std::vector<const ObexDeviceContext*> Devices() const
+        MORVANE_EXCLUDES(contents_mutex_);
 
     const std::string title_;
     std::string instance_;  // written before there is a second thread
 
-    std::mutex start_mutex_;
+    Mutex start_mutex_;
     std::condition_variable start_condition_;
-    bool started_ = false;  // start_mutex_
+    bool started_ MORVANE_GUARDED_BY(start_mutex_) = false;
     std::atomic<bool> running_{false};
 
-    // Taken before contents_mutex_; whoever holds it may look into the contexts, and only then are
-    // they destroyed.
-    std::mutex registry_mutex_;
+    // Whoever holds it may look into the contexts, and only then are they destroyed. Removals are
+    // checked; the menus hold it as a MenuLock, which the analysis does not follow.
+    Mutex registry_mutex_ MORVANE_ACQUIRED_BEFORE(contents_mutex_);
     RemovalTurns removal_turns_;
 
     // Innermost: never held over a bus call, an output or an input.

@@ -17,14 +17,13 @@ void ObexProxy::AllocClient(const std::string& path) {
     }
     // A client announced twice without going in between: an addition does not wait, so if the menu
     // thread is inside a client, that thread destroys the replaced one before its next input.
-    const MenuLock lock(registry_mutex_, std::try_to_lock);
-    if (lock.owns_lock()) {
+    if (registry_mutex_.try_lock()) {
+        const Hold hold(registry_mutex_, std::adopt_lock);
         DestroyReplacedClients();
     }
 }
 
-// What goes is declared before the hold, here and below, and so destroyed after it: it prints.
-// The registry mutex is held.
+// What goes is declared before the hold and so destroyed after it: it prints.
 void ObexProxy::DestroyReplacedClients() {
     std::vector<std::unique_ptr<ClientProxyContext>> replaced;
     const Hold hold(contents_mutex_);
@@ -33,9 +32,12 @@ void ObexProxy::DestroyReplacedClients() {
 
 void ObexProxy::FreeClient() {
     const RemovalTurns::Removal removal(removal_turns_, registry_mutex_);
-    std::unique_ptr<ClientProxyContext> client;
+    TakeClient().reset();
+}
+
+std::unique_ptr<ClientProxyContext> ObexProxy::TakeClient() {
     const Hold hold(contents_mutex_);
-    client.swap(client_);
+    return std::move(client_);
 }
 
 void ObexProxy::AllocDevice(const std::string& path) {
@@ -46,13 +48,18 @@ void ObexProxy::AllocDevice(const std::string& path) {
 
 void ObexProxy::FreeDevice(const std::string& path) {
     const RemovalTurns::Removal removal(removal_turns_, registry_mutex_);
-    std::vector<std::unique_ptr<ObexDeviceContext>> removed;
+    TakeDevices(path).clear();
+}
+
+std::vector<std::unique_ptr<ObexDeviceContext>> ObexProxy::TakeDevices(const std::string& path) {
     const Hold hold(contents_mutex_);
+    std::vector<std::unique_ptr<ObexDeviceContext>> removed;
     const auto first_removed =
         std::stable_partition(devices_.begin(), devices_.end(),
                               [&](const auto& device) { return device->GetPathName() != path; });
     removed.assign(std::make_move_iterator(first_removed), std::make_move_iterator(devices_.end()));
     devices_.erase(first_removed, devices_.end());
+    return removed;
 }
 
 ClientProxyContext* ObexProxy::Client() const {

@@ -2,20 +2,26 @@
 
 namespace morvane {
 
-RemovalTurns::Removal::Removal(RemovalTurns& turns, std::mutex& registry_mutex)
-    : turns_(turns), registry_lock_(registry_mutex, std::defer_lock) {
-    {
-        const Hold hold(turns_.mutex_);
-        ++turns_.begun_;
-    }
-    registry_lock_.lock();
+RemovalTurns::Removal::Removal(RemovalTurns& turns, Mutex& registry_mutex)
+    : turns_(turns), registry_mutex_(registry_mutex) {
+    turns_.Begin();
+    registry_mutex_.lock();
 }
 
 RemovalTurns::Removal::~Removal() {
-    registry_lock_.unlock();
-    const Hold hold(turns_.mutex_);
-    ++turns_.ended_;
-    turns_.passed_.notify_all();
+    registry_mutex_.unlock();
+    turns_.End();
+}
+
+void RemovalTurns::Begin() {
+    const Hold hold(mutex_);
+    ++begun_;
+}
+
+void RemovalTurns::End() {
+    const Hold hold(mutex_);
+    ++ended_;
+    passed_.notify_all();
 }
 
 void RemovalTurns::LetPass() {

@@ -4,7 +4,6 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 namespace morvane {
 
@@ -14,23 +13,26 @@ namespace morvane {
 class RemovalTurns {
   public:
     /// One removal on the main thread: holds the registry mutex while it lives.
-    class Removal {
+    class MORVANE_SCOPED_HOLD Removal {
       public:
-        Removal(RemovalTurns& turns, std::mutex& registry_mutex);
+        Removal(RemovalTurns& turns, Mutex& registry_mutex) MORVANE_ACQUIRES(registry_mutex);
         Removal(const Removal&) = delete;
         Removal& operator=(const Removal&) = delete;
-        ~Removal();
+        ~Removal() MORVANE_ENDS_HOLD;
 
       private:
         RemovalTurns& turns_;
-        std::unique_lock<std::mutex> registry_lock_;
+        Mutex& registry_mutex_;
     };
 
     /// Waits for the removals that wait for the registry mutex at this moment, but for no later
     /// ones. The caller does not hold that mutex.
-    void LetPass();
+    void LetPass() MORVANE_EXCLUDES(mutex_);
 
   private:
+    void Begin() MORVANE_EXCLUDES(mutex_);
+    void End() MORVANE_EXCLUDES(mutex_);
+
     Mutex mutex_;
     std::condition_variable_any passed_;
     std::uint64_t begun_ MORVANE_GUARDED_BY(mutex_) = 0;

@@ -85,7 +85,8 @@ void Emit(Redraw redraw, const char* colour, const char* text) MORVANE_REQUIRES(
 }
 
 __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const char* colour,
-                                                        const char* format, va_list arguments) {
+                                                        const char* format, va_list arguments)
+    MORVANE_EXCLUDES(console.lock) {
     char text[kTextRoom];
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): both callers have started it
     const int length = std::vsnprintf(text, sizeof text, format, arguments);
@@ -96,7 +97,7 @@ __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const cha
 
 // Drawing and marking as showing are one hold of the lock: a message of the other thread between
 // the two would leave the prompt above itself.
-void SetPrompt(const char* text, int show, const char* marker) {
+void SetPrompt(const char* text, int show, const char* marker) MORVANE_EXCLUDES(console.lock) {
     const Hold hold(console.lock);
     std::strncpy(console.saved_prompt, text, kPromptRoom - 1);
     if (show == 1) {

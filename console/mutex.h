@@ -11,29 +11,43 @@
 #endif
 #define MORVANE_GUARDED_BY(mutex) MORVANE_THREAD_SAFETY(guarded_by(mutex))
 #define MORVANE_REQUIRES(mutex) MORVANE_THREAD_SAFETY(requires_capability(mutex))
+#define MORVANE_EXCLUDES(mutex) MORVANE_THREAD_SAFETY(locks_excluded(mutex))
+#define MORVANE_ACQUIRED_BEFORE(mutex) MORVANE_THREAD_SAFETY(acquired_before(mutex))
+#define MORVANE_ACQUIRES(mutex) MORVANE_THREAD_SAFETY(acquire_capability(mutex))
+#define MORVANE_SCOPED_HOLD MORVANE_THREAD_SAFETY(scoped_lockable)
+#define MORVANE_ENDS_HOLD MORVANE_THREAD_SAFETY(release_capability())
 
 namespace morvane {
 
-/// A std::mutex whose use the compiler can check. Not for the registry mutex: the hold on that one
-/// is passed from function to function, which the analysis does not follow.
+/// A std::mutex whose use the compiler can check, except in constructors and destructors: it does
+/// not look into those.
 class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
   public:
     void lock() MORVANE_THREAD_SAFETY(acquire_capability()) { mutex_.lock(); }
-    void unlock() MORVANE_THREAD_SAFETY(release_capability()) { mutex_.unlock(); }
+    bool try_lock() MORVANE_THREAD_SAFETY(try_acquire_capability(true)) {
+        return mutex_.try_lock();
+    }
+    void unlock() MORVANE_ENDS_HOLD { mutex_.unlock(); }
+
+    /// For a hold that is passed from function to function, which the analysis does not follow:
+    /// what that one protects is the caller's own affair.
+    [[nodiscard]] std::mutex& Unchecked() { return mutex_; }
+    /// Tells the analysis of such a hold.
+    void AssertHeld() const MORVANE_THREAD_SAFETY(assert_capability(this)) {}
 
   private:
     std::mutex mutex_;
 };
 
 /// Holds a Mutex while it lives.
-class MORVANE_THREAD_SAFETY(scoped_lockable) Hold {
+class MORVANE_SCOPED_HOLD Hold {
   public:
-    explicit Hold(Mutex& mutex) MORVANE_THREAD_SAFETY(acquire_capability(mutex)) : mutex_(mutex) {
-        mutex_.lock();
-    }
+    explicit Hold(Mutex& mutex) MORVANE_ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
+    /// Takes over a hold that was tried for.
+    Hold(Mutex& mutex, std::adopt_lock_t /*taken*/) MORVANE_REQUIRES(mutex) : mutex_(mutex) {}
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
-    ~Hold() MORVANE_THREAD_SAFETY(release_capability()) { mutex_.unlock(); }
+    ~Hold() MORVANE_ENDS_HOLD { mutex_.unlock(); }
 
   private:
     Mutex& mutex_;
