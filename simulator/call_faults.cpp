@@ -20,17 +20,17 @@ MessagePtr MakeAnswer(GDBusMessage* call, const CallFault& fault) {
 }  // namespace
 
 void CallFaults::Set(const std::string& method, CallFault fault, unsigned times) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     plans_.insert_or_assign(method, Planned{std::move(fault), times});
 }
 
 void CallFaults::Clear() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     plans_.clear();
 }
 
 MessagePtr CallFaults::Answer(GDBusMessage* call, bool& hangs) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     const auto planned = Find(call);
     hangs = planned != plans_.end() && planned->second.fault.kind == CallFault::Kind::kHang;
     if (planned == plans_.end()) {
@@ -63,7 +63,7 @@ void CallFaults::CountDown(Plans::iterator planned) {
 }
 
 std::vector<MessagePtr> CallFaults::Release() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     for (auto plan = plans_.begin(); plan != plans_.end();) {
         const bool hangs = plan->second.fault.kind == CallFault::Kind::kHang;
         plan = hangs ? plans_.erase(plan) : std::next(plan);
@@ -74,7 +74,7 @@ std::vector<MessagePtr> CallFaults::Release() {
 }
 
 void CallFaults::ForgetHanging() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     hanging_.clear();
 }
 

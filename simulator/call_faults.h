@@ -1,9 +1,9 @@
 #pragma once
 
+#include "console/mutex.h"
 #include "interfaces/glib_ptr.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,12 +44,12 @@ class CallFaults {
     };
     using Plans = std::map<std::string, Planned>;
 
-    Plans::iterator Find(GDBusMessage* call);
-    void CountDown(Plans::iterator planned);
+    Plans::iterator Find(GDBusMessage* call) MORVANE_REQUIRES(mutex_);
+    void CountDown(Plans::iterator planned) MORVANE_REQUIRES(mutex_);
 
-    std::mutex mutex_;
-    Plans plans_;                      // protected by mutex_
-    std::vector<MessagePtr> hanging_;  // protected by mutex_
+    morvane::Mutex mutex_;
+    Plans plans_ MORVANE_GUARDED_BY(mutex_);
+    std::vector<MessagePtr> hanging_ MORVANE_GUARDED_BY(mutex_);
 };
 
 }  // namespace simulator

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "console/mutex.h"
 #include "interfaces/glib_ptr.h"
 
 #include <deque>
 #include <functional>
 #include <future>
-#include <mutex>
 #include <thread>
 
 namespace simulator {
@@ -29,8 +29,8 @@ class EventThread {
 
     morvane::GlibPtr<GMainContext> context_;
     morvane::GlibPtr<GMainLoop> loop_;
-    std::mutex mutex_;
-    std::deque<std::packaged_task<void()>> tasks_;  // protected by mutex_
+    morvane::Mutex mutex_;
+    std::deque<std::packaged_task<void()>> tasks_ MORVANE_GUARDED_BY(mutex_);
     std::thread thread_;
 };
 

@@ -146,7 +146,7 @@ void MessageFilter::Remember(GDBusMessage* call) {
     if (one_object) {
         g_variant_get(g_dbus_message_get_body(call), "(&s)", &interface);
     }
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     questions_[{TextOrEmpty(g_dbus_message_get_sender(call)), g_dbus_message_get_serial(call)}] =
         Subject{PathOf(call), interface, all_objects};
 }
@@ -164,7 +164,7 @@ MessagePtr MessageFilter::OnOutgoing(MessagePtr message) {
 VariantPtr MessageFilter::EditReply(GDBusMessage* reply) {
     Subject subject;
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const morvane::Hold hold(mutex_);
         const auto question = questions_.find({TextOrEmpty(g_dbus_message_get_destination(reply)),
                                                g_dbus_message_get_reply_serial(reply)});
         if (question == questions_.end()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "console/mutex.h"
 #include "simulator/call_faults.h"
 #include "simulator/property_faults.h"
 #include "simulator/recorder.h"
@@ -8,7 +9,6 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 
@@ -58,8 +58,8 @@ class MessageFilter {
     morvane::VariantPtr EditChanges(const std::string& path, GVariant* body) const;
 
     const std::shared_ptr<Instruments> instruments_;
-    std::mutex mutex_;
-    std::map<Question, Subject> questions_;  // protected by mutex_
+    morvane::Mutex mutex_;
+    std::map<Question, Subject> questions_ MORVANE_GUARDED_BY(mutex_);
 };
 
 }  // namespace simulator

@@ -16,7 +16,7 @@ VariantPtr Share(const VariantPtr& value) {
 
 void PropertyFaults::Override(const std::string& path, const std::string& interface,
                               const std::string& name, VariantPtr value) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     faults_.insert_or_assign({path, interface, name}, std::move(value));
 }
 
@@ -26,18 +26,18 @@ void PropertyFaults::Hide(const std::string& path, const std::string& interface,
 }
 
 void PropertyFaults::Clear() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     faults_.clear();
 }
 
 void PropertyFaults::SetExact(const std::string& path, const std::string& interface,
                               VariantPtr properties) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     exact_.insert_or_assign({path, interface}, std::move(properties));
 }
 
 void PropertyFaults::ForgetExact(const std::string& path) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     for (auto entry = exact_.begin(); entry != exact_.end();) {
         entry = entry->first.first == path ? exact_.erase(entry) : std::next(entry);
     }
@@ -45,20 +45,20 @@ void PropertyFaults::ForgetExact(const std::string& path) {
 
 VariantPtr PropertyFaults::Apply(const std::string& path, const std::string& interface,
                                  GVariant* properties) const {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     const auto exact = exact_.find({path, interface});
     return Edit(path, interface, exact == exact_.end() ? properties : exact->second.get(), true);
 }
 
 VariantPtr PropertyFaults::ApplyToChanges(const std::string& path, const std::string& interface,
                                           GVariant* changes) const {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     return Edit(path, interface, changes, false);
 }
 
 PropertyFaults::Reading PropertyFaults::Read(const std::string& path, const std::string& interface,
                                              const std::string& name) const {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     if (const VariantPtr* fault = Find(path, interface, name)) {
         return {true, Share(*fault)};
     }

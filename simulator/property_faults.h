@@ -1,9 +1,9 @@
 #pragma once
 
+#include "console/mutex.h"
 #include "interfaces/glib_ptr.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -49,15 +49,18 @@ class PropertyFaults {
 
     [[nodiscard]] const morvane::VariantPtr* Find(const std::string& path,
                                                   const std::string& interface,
-                                                  const std::string& name) const;
+                                                  const std::string& name) const
+        MORVANE_REQUIRES(mutex_);
     [[nodiscard]] morvane::VariantPtr Edit(const std::string& path, const std::string& interface,
-                                           GVariant* properties, bool whole) const;
+                                           GVariant* properties, bool whole) const
+        MORVANE_REQUIRES(mutex_);
     void AddMissing(GVariantBuilder* edited, const std::string& path, const std::string& interface,
-                    GVariant* properties) const;
+                    GVariant* properties) const MORVANE_REQUIRES(mutex_);
 
-    mutable std::mutex mutex_;
-    Faults faults_;                                                             // by mutex_
-    std::map<std::pair<std::string, std::string>, morvane::VariantPtr> exact_;  // by mutex_
+    mutable morvane::Mutex mutex_;
+    Faults faults_ MORVANE_GUARDED_BY(mutex_);
+    std::map<std::pair<std::string, std::string>, morvane::VariantPtr> exact_
+        MORVANE_GUARDED_BY(mutex_);
 };
 
 }  // namespace simulator

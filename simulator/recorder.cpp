@@ -17,19 +17,19 @@ std::string Describe(const Call& call) {
 
 void Recorder::Record(Call call) {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const morvane::Hold hold(mutex_);
         entries_.push_back({std::move(call)});
     }
     arrival_.notify_all();
 }
 
 void Recorder::Forget() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     entries_.clear();
 }
 
 std::vector<Call> Recorder::Calls() const {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const morvane::Hold hold(mutex_);
     std::vector<Call> calls;
     for (const Entry& entry : entries_) {
         calls.push_back(entry.call);
@@ -38,12 +38,14 @@ std::vector<Call> Recorder::Calls() const {
 }
 
 std::optional<Call> Recorder::Await(const std::string& method, std::chrono::milliseconds timeout) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    std::optional<Call> found;
-    arrival_.wait_for(lock, timeout, [&] {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    const morvane::Hold hold(mutex_);
+    std::optional<Call> found = TakeFirst(method);
+    for (auto status = std::cv_status::no_timeout;
+         !found && status == std::cv_status::no_timeout;) {
+        status = arrival_.wait_until(mutex_, deadline);
         found = TakeFirst(method);
-        return found.has_value();
-    });
+    }
     return found;
 }
 

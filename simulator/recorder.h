@@ -1,8 +1,9 @@
 #pragma once
 
+#include "console/mutex.h"
+
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,11 +38,11 @@ class Recorder {
         Call call;
         bool awaited = false;
     };
-    std::optional<Call> TakeFirst(const std::string& method);
+    std::optional<Call> TakeFirst(const std::string& method) MORVANE_REQUIRES(mutex_);
 
-    mutable std::mutex mutex_;
-    std::condition_variable arrival_;
-    std::vector<Entry> entries_;  // protected by mutex_
+    mutable morvane::Mutex mutex_;
+    std::condition_variable_any arrival_;
+    std::vector<Entry> entries_ MORVANE_GUARDED_BY(mutex_);
 };
 
 }  // namespace simulator
