@@ -9,8 +9,8 @@
 namespace morvane {
 namespace {
 
-// How one property's value is printed. `types` are those that count; a value of any other is
-// treated as absent.
+// How one property's value is printed. `types`, a letter each, are those that count; a value of any
+// other is treated as absent.
 struct InitialLine {
     const char* property;
     const char* types;
@@ -30,8 +30,7 @@ constexpr InitialLine kInitialLines[] = {
 using Size = std::optional<guint64>;
 
 bool HasType(GVariant* value, const char* types) {
-    const char* const type = g_variant_get_type_string(value);
-    return type[1] == '\0' && std::strchr(types, type[0]) != nullptr;
+    return std::strchr(types, g_variant_classify(value)) != nullptr;
 }
 
 // `value` has one of the line's types or is null.
