@@ -67,7 +67,7 @@ std::string ReadNumber(unsigned /*size*/) {
 }
 
 std::string ReadText(unsigned size) {
-    std::vector<char> buffer(size);  // AddressSanitizer sees its end
+    std::vector<char> buffer(size, '!');  // AddressSanitizer sees its end
     const unsigned length =
         morvane::PROXY_InputString("Path", nullptr, size == 0 ? nullptr : buffer.data(), size);
     Require(size == 0 ? length == 0 : length < size && buffer[length] == '\0',
