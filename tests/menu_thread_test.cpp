@@ -1,0 +1,102 @@
+#include "app/obex_proxy.h"
+
+#include "console/console_output.h"
+#include "support/captured_run.h"
+#include "support/messages.h"
+#include "support/rival.h"
+#include "support/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Banner;
+using morvane_test::Normal;
+using morvane_test::Prompt;
+using morvane_test::Red;
+using morvane_test::Rival;
+
+std::string Pause(int milliseconds) {
+    return Normal("[" + std::to_string(milliseconds) + " ms]");
+}
+
+// What the menu thread prints without a daemon, with its pauses in their places.
+std::string MenuThreadOutput(const std::string& input) {
+    const auto run = morvane_test::Capture(
+        [] {
+            morvane_test::sleep_substitute = [](useconds_t microseconds) {
+                PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+            };
+            obexProxy.MenuThread();
+            return 0;
+        },
+        input);
+    EXPECT_EQ(run.status, 0);
+    return run.Output();
+}
+
+TEST(MenuThreadTest, PausesToLetTheMainThreadPrintBeforeTheBannerAndBeforeEachPrompt) {
+    const std::string refused = Red("No Client available, start daemon.\n");
+    EXPECT_EQ(MenuThreadOutput("h\nz\nq\n"), Pause(500) + Banner() + Pause(200) + Prompt() +
+                                                 refused + Pause(200) + Prompt() + refused +
+                                                 Pause(200) + Prompt());
+}
+
+// A blank line is asked again by the input itself.
+TEST(MenuThreadTest, DoesNotPauseAfterABlankLine) {
+    EXPECT_EQ(MenuThreadOutput("\n \nq\n"),
+              Pause(500) + Banner() + Pause(200) + Prompt() + Prompt() + Prompt());
+}
+
+// What the menu thread prints while another removes a device, and does so as far as it can when
+// the menu thread comes to `moment`.
+std::string OutputOfARemovalAt(const std::function<void(const std::function<void()>&)>& moment) {
+    const auto run = morvane_test::Capture([&] {
+        Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
+        bool has_come = false;
+        moment([&] {
+            if (std::exchange(has_come, true)) return;
+            removal.GoAsFarAsPossible();
+        });
+        obexProxy.MenuThread();
+        removal.Join();
+        morvane_test::write_substitute = nullptr;
+        return 0;
+    });
+    EXPECT_EQ(run.status, 0);
+    return run.Output();
+}
+
+// From its start the menu thread holds the registry, but for the wait for the operator.
+TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBanner) {
+    const std::string output = OutputOfARemovalAt([](const auto& come) {
+        morvane_test::sleep_substitute = [](useconds_t /*time*/) {};
+        morvane_test::write_substitute = [come](const void* bytes, std::size_t count) {
+            come();
+            return morvane_test::RealWrite(bytes, count);
+        };
+    });
+    EXPECT_EQ(output.substr(0, Banner().size()), Banner());
+    EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+}
+
+TEST(MenuThreadTest, LetsNothingBeRemovedWhileItPausesBeforeThePrompt) {
+    const std::string output = OutputOfARemovalAt([](const auto& come) {
+        morvane_test::sleep_substitute = [come](useconds_t time) {
+            if (time == 500000) return;
+            come();
+            PROXY_Print(kNormal, "pause is over\n");
+        };
+    });
+    const std::string begin = Banner() + Normal("pause is over\n");
+    EXPECT_EQ(output.substr(0, begin.size()), begin);
+    EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+}
+
+}  // namespace
+}  // namespace morvane
