@@ -1,6 +1,5 @@
 #include "support/conversation_test.h"
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 
@@ -156,21 +155,6 @@ TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
     Expect(Normal("Transfer Status: queued\n") + Prompt(kMenu) + Red("Invalid Selection\n") +
            Prompt(kMenu) + TransferMenu() + Prompt(kMenu) + Removing() + Prompt(kProfileMenu) +
            Prompt() + Stars());
-}
-
-TEST_F(TransferMenuTest, PausesBeforeEachPrompt) {
-    using Clock = std::chrono::steady_clock;
-    Type("x");
-    Await(Prompt(kProfileMenu));
-    Type("a");
-    Await(Prompt("/Filter Menu"));
-    Clock::time_point before = Clock::now();
-    Type("d");
-    Await(Prompt(kMenu));
-    EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(400));
-    before = Clock::now();
-    for (int key = 0; key < 3; ++key) ExpectAnswer("s", Normal("Transfer Status: queued\n"));
-    EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(600));
 }
 
 class TransferMenuQuitTest : public TransferMenuTest,
