@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <optional>
-#include <regex>
 #include <thread>
 
 namespace morvane_test {
@@ -173,11 +172,8 @@ std::vector<std::string> Documents() {
     return names;
 }
 
-std::string TestName(const testing::TestParamInfo<std::string>& document) {
-    return std::regex_replace(document.param, std::regex("\\W"), "_");
-}
-
-INSTANTIATE_TEST_SUITE_P(Documents, PlayedSessions, testing::ValuesIn(Documents()), TestName);
+INSTANTIATE_TEST_SUITE_P(Documents, PlayedSessions, testing::ValuesIn(Documents()),
+                         [](const auto& document) { return AsTestName(document.param); });
 
 }  // namespace
 }  // namespace morvane_test

@@ -64,7 +64,7 @@ std::vector<std::string> FindSources(const std::string& pattern) {
 }
 
 std::vector<std::string> FindAll(const std::string& text, const std::string& pattern) {
-    const std::regex wanted(pattern, std::regex::ECMAScript | std::regex::multiline);
+    const std::regex wanted(pattern);
     std::vector<std::string> found;
     for (std::sregex_iterator match(text.begin(), text.end(), wanted), end; match != end; ++match) {
         const auto is_set = [](const std::ssub_match& group) { return group.matched; };
@@ -72,6 +72,15 @@ std::vector<std::string> FindAll(const std::string& text, const std::string& pat
         if (group != match->end()) found.push_back(group->str());
     }
     return found;
+}
+
+Names FindNames(const std::string& text, const std::string& pattern) {
+    const std::vector<std::string> found = FindAll(text, pattern);
+    return {found.begin(), found.end()};
+}
+
+std::string AsTestName(const std::string& text) {
+    return std::regex_replace(text, std::regex("\\W"), "_");
 }
 
 std::string FencedBlock(const std::string& markdown, const std::string& kind) {

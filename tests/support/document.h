@@ -1,9 +1,12 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
 namespace morvane_test {
+
+using Names = std::set<std::string>;
 
 /// Where this build's sources and documents are.
 std::string SourcePath(const std::string& name);
@@ -18,6 +21,12 @@ std::vector<std::string> FindSources(const std::string& pattern);
 
 /// Every match of `pattern` (ECMAScript) in `text`: its first group that matched.
 std::vector<std::string> FindAll(const std::string& text, const std::string& pattern);
+
+/// The same, each once and sorted.
+Names FindNames(const std::string& text, const std::string& pattern);
+
+/// `text` in the letters that the name of a test may have.
+std::string AsTestName(const std::string& text);
 
 /// The text of the first block of Markdown that is fenced as ```kind; throws if there is none.
 std::string FencedBlock(const std::string& markdown, const std::string& kind);

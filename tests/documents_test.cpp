@@ -1,0 +1,207 @@
+// What the documents say must be so: what they name exists, and what lists the same things as a
+// program does lists all of them.
+
+#include "support/console.h"
+#include "support/document.h"
+#include "support/messages.h"
+#include "support/script_tree.h"
+#include "support/text_form.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <regex>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kAnyDocument[] = "\\.(md|1)$";
+constexpr char kAnyCode[] = "\\.(cpp|h|txt|cmake|xml|json|supp)$|^scripts/";
+
+void AddWords(const std::string& text, Names& words) {
+    const auto is_part = [](unsigned char byte) { return std::isalnum(byte) != 0 || byte == '_'; };
+    for (auto end = text.begin(); end != text.end();) {
+        const auto begin = std::find_if(end, text.end(), is_part);
+        end = std::find_if_not(begin, text.end(), is_part);
+        words.emplace(begin, end);
+    }
+}
+
+// "AccessDenied" is what the bus says, not the code.
+Names WordsOfTheCode() {
+    Names words = {"AccessDenied"};
+    for (const std::string& file : FindSources(kAnyCode))
+        if (file != "tests/documents_test.cpp") AddWords(ReadSource(file), words);
+    return words;
+}
+
+bool IsFile(const std::string& name) {
+    return std::filesystem::exists(SourcePath(name));
+}
+
+/// A document, and the folder that its links start from.
+class Documents : public testing::TestWithParam<std::string> {
+  protected:
+    std::string text_ = ReadSource(GetParam());
+    std::string folder_ = GetParam().substr(0, GetParam().rfind('/') + 1);
+};
+
+TEST_P(Documents, LinkToWhatIsThere) {
+    for (const std::string& target : FindAll(text_, "\\]\\(([^)#:]+)\\)"))
+        EXPECT_TRUE(IsFile(folder_ + target)) << target;
+}
+
+TEST_P(Documents, NameFilesThatAreThere) {
+    const std::string folders =
+        "app|client|cmake|console|docs|examples|interfaces|phonebook|scripts|simulator|support|"
+        "tests|transfer|uuid";
+    for (const std::string& path :
+         FindAll(text_, "(?:^|[^-\\w./~$>])((?:" + folders + ")/[-\\w./]*\\w)"))
+        EXPECT_TRUE(IsFile(path) || IsFile(folder_ + path)) << path;
+    for (const std::string& name : FindAll(text_, "`([-\\w]+\\.(?:cpp|h|supp|keys))`"))
+        EXPECT_FALSE(FindSources("/" + name + "$").empty()) << name;
+}
+
+// Also where they are called, as in `daemon().Notify(Session(), ...)`.
+TEST_P(Documents, NameCodeThatIsThere) {
+    static const Names words = WordsOfTheCode();
+    const char kName[] = "`(?:\\w+(?:\\(\\))?(?:::|\\.))*([A-Z]\\w*[a-z]\\w*)(?:\\([^`]*)?`";
+    for (const std::string& name : FindAll(text_, kName)) EXPECT_EQ(words.count(name), 1U) << name;
+    for (const std::string& name : FindAll(text_, "(MORVANE_[A-Z_]+)"))
+        EXPECT_EQ(words.count(name), 1U) << name;
+}
+
+TEST_P(Documents, NamePresetsThatAreThere) {
+    const Names presets = FindNames(ReadSource("CMakePresets.json"), "\"name\": \"(\\w+)\"");
+    for (const std::string& preset : FindAll(text_, "--preset[ =](\\w+)"))
+        EXPECT_EQ(presets.count(preset), 1U) << preset;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Documents, testing::ValuesIn(FindSources(kAnyDocument)),
+                         [](const auto& document) { return AsTestName(document.param); });
+
+TEST(ExamplesReadme, NamesEveryExample) {
+    Names examples;
+    for (const std::string& file : FindSources("^examples/.*\\.(keys|session)$"))
+        examples.insert(file.substr(file.find('/') + 1, file.rfind('.') - file.find('/') - 1));
+    EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
+}
+
+TEST(TestsReadme, NamesEveryTestProgram) {
+    EXPECT_EQ(FindNames(ReadSource("tests/README.md"), "\\| `(morvane-[a-z]+-tests)` \\|"),
+              FindNames(ReadSource("tests/CMakeLists.txt"),
+                        "add_morvane_tests\\(\\s+(morvane-[a-z]+-tests)\\s"));
+}
+
+// What a person gets who runs `command` in a tree where nothing is built or installed.
+std::string OutputOf(const std::string& command, int status) {
+    const ScriptTree tree;
+    Console console(tree.Running(command, Wiring::kPipes));
+    console.ExpectExit(status, Console::Rest::kIgnored);
+    return console.Output();
+}
+
+TEST(Readme, ShowsWhatTheTestScriptSays) {
+    const std::string said = OutputOf("scripts/test", 0);
+    EXPECT_EQ(std::regex_replace(said, std::regex("\\d+ passed"), "N passed"),
+              FencedBlock(ReadSource("README.md"), "text"));
+}
+
+// Options as --help lists them, at the start of a line: "  -h, --help" or "  --phones=N".
+Names OptionsInHelp(const std::string& help) {
+    Names options = FindNames(help, "\n\\s+(--?[a-z][-a-z]*)");
+    const Names further = FindNames(help, "\n\\s+-[a-z], (--[a-z][-a-z]*)");
+    options.insert(further.begin(), further.end());
+    return options;
+}
+
+// Options on the lines of a man page that begin with one of `macros`.
+Names OptionsInManual(const std::string& manual, const std::string& macros) {
+    Names options;
+    for (const std::string& line : FindAll(manual, "\n(\\.(?:" + macros + ") [^\n]*)"))
+        for (const std::string& option : FindAll(line, "Fl ((?:\\\\-)?[a-z][-a-z]*)"))
+            options.insert("-" + std::regex_replace(option, std::regex("\\\\"), ""));
+    return options;
+}
+
+struct Program {
+    const char* name;
+    int status_of_help;
+};
+
+class Manuals : public testing::TestWithParam<Program> {
+  protected:
+    Names listed_ = OptionsInHelp(OutputOf(std::string("build/demo/") + GetParam().name + " --help",
+                                           GetParam().status_of_help));
+    std::string manual_ = ReadSource(std::string("docs/") + GetParam().name + ".1");
+};
+
+TEST_P(Manuals, DescribeTheOptionsThatHelpLists) {
+    EXPECT_FALSE(listed_.empty());
+    EXPECT_EQ(OptionsInManual(manual_, "It"), listed_);
+}
+
+TEST_P(Manuals, HaveThemInTheSynopsis) {
+    listed_.erase("-h");
+    EXPECT_EQ(OptionsInManual(manual_.substr(0, manual_.find(".Sh DESCRIPTION")), "Op|Fl"),
+              listed_);
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, Manuals,
+                         testing::Values(Program{"morvane", 255}, Program{"morvane-simulator", 0}),
+                         [](const auto& program) { return AsTestName(program.param.name); });
+
+struct Menu {
+    const char* name;
+    const char* item;  ///< in the man page
+    const char* row;   ///< in the README
+    std::string (*text)();
+    bool shows_some;  ///< the documents name but a few of its keys
+};
+
+void PrintTo(const Menu& menu, std::ostream* stream) {
+    *stream << menu.name;
+}
+
+class Menus : public testing::TestWithParam<Menu> {
+  protected:
+    void ExpectKeys(const Names& named) const {
+        const Names keys = FindNames(AsSeen(GetParam().text()), "\n (\\w)\\) ");
+        ASSERT_FALSE(named.empty());
+        const bool fits = GetParam().shows_some
+                              ? std::includes(keys.begin(), keys.end(), named.begin(), named.end())
+                              : keys == named;
+        EXPECT_TRUE(fits) << testing::PrintToString(named) << "\nare not the keys\n"
+                          << testing::PrintToString(keys);
+    }
+};
+
+TEST_P(Menus, HaveTheKeysOfTheManual) {
+    const std::string manual = ReadSource("docs/morvane.1");
+    const std::string from = manual.substr(manual.find(std::string(".It ") + GetParam().item));
+    ExpectKeys(FindNames(from.substr(0, from.find("\n.It")).substr(0, from.find("\n.El")),
+                         "\n\\.Ic (\\w)\n"));
+}
+
+TEST_P(Menus, HaveTheKeysOfTheReadme) {
+    const std::vector<std::string> rows = FindAll(
+        ReadSource("README.md"), std::string("\n\\| ") + GetParam().row + "[^|]*\\|([^|]*)");
+    ASSERT_EQ(rows.size(), 1U);
+    Names named = FindNames(rows.front(), "`(\\w)`");
+    named.insert("h");                              // it says so of all menus
+    if (!GetParam().shows_some) named.insert("q");  // and that of all but these
+    ExpectKeys(named);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Menus,
+    testing::Values(Menu{"Main", "Main menu", "main", MainMenu, false},
+                    Menu{"Phonebook", "Phonebook menu", "phonebook", PhonebookMenu, false},
+                    Menu{"Filter", "Filter menu", "filter", PullAllFilterMenu, true},
+                    Menu{"Transfer", "Transfer menu", "transfer", TransferMenu, false}),
+    [](const auto& menu) { return menu.param.name; });
+
+}  // namespace
+}  // namespace morvane_test
