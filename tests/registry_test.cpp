@@ -421,5 +421,17 @@ TEST(StartHandshakeTest, WaitsForTheMenuThread) {
     EXPECT_EQ(output, Lines({"not yet", "running"}) + Banner() + Prompt());
 }
 
+// After the first Ctrl-C the next has its usual meaning.
+TEST(TerminationHandlerTest, StopsTheMenusAndRemovesItself) {
+    const std::string output = OutputOf([] {
+        std::thread menu_thread([] { obexProxy.MenuThread(); });
+        while (!obexProxy.IsRunning()) std::this_thread::yield();
+        Say(terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "stays");
+        Say(obexProxy.IsRunning() ? "running" : "stopped");
+        menu_thread.join();
+    });
+    EXPECT_EQ(output, Lines({"removed", "stopped"}) + Banner());
+}
+
 }  // namespace
 }  // namespace morvane
