@@ -252,5 +252,47 @@ TEST(PromptTest, StandsUndrawnWithAnyOtherNumber) {
                   Writes{"\n\x1b[0mnews\n" + kRedrawn});
 }
 
+// Messages of the other thread, at any moment while a prompt is drawn.
+class PromptRaceTest : public testing::TestWithParam<void (*)(const char*, int)> {
+  protected:
+    static constexpr int kRounds = 5000;
+    static constexpr int kMessages = 5;
+
+    // One round after the other: the prompt is drawn, all messages have come, the prompt is taken
+    // away.
+    static void DrawPrompts() {
+        std::atomic<int> begun{0};
+        std::atomic<int> said{0};
+        std::thread other([&] {
+            for (int round = 1; round <= kRounds; ++round) {
+                while (begun < round) std::this_thread::yield();
+                for (int i = 0; i < kMessages; ++i) PROXY_Print(kNormal, "news\n");
+                said = round;
+            }
+        });
+        for (int round = 1; round <= kRounds; ++round) {
+            begun = round;
+            GetParam()("Path", 1);
+            while (said < round) std::this_thread::yield();
+            PROXY_Prompt("", 0);
+            PROXY_Print(kNormal, "done\n");
+        }
+        other.join();
+    }
+};
+
+TEST_P(PromptRaceTest, EachComesBeforeThePromptOrHasItDrawnAgain) {
+    const Writes writes = WritesOf(DrawPrompts);
+    bool prompt_stands = false;
+    for (std::size_t i = 0; i < writes.size(); ++i) {
+        if (writes[i] == Green("Path")) prompt_stands = true;
+        if (writes[i] == Normal("done\n")) prompt_stands = false;
+        ASSERT_FALSE(prompt_stands && writes[i] == Normal("news\n")) << "write " << i;
+    }
+    EXPECT_EQ(writes.size(), static_cast<std::size_t>((3 + kMessages) * kRounds));
+}
+
+INSTANTIATE_TEST_SUITE_P(, PromptRaceTest, testing::Values(PROXY_Prompt, PROXY_Input));
+
 }  // namespace
 }  // namespace morvane
