@@ -157,6 +157,29 @@ TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
                   DeviceLines({address + "/dev_b", address + "/dev_c", address + "/dev_aa"}));
 }
 
+// Additions do not wait for the menu thread, which may be looking. ThreadSanitizer sees what may go
+// wrong, whether or not it does.
+TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
+    constexpr std::size_t kDevices = 50;
+    const std::string output = OutputOf([] {
+        Bench bench;
+        bench.daemon.AddDevice("/dev_1", kAddress, "Phone");
+        std::thread menu_thread([] {
+            for (std::size_t i = 0; i < kDevices; ++i) {
+                obexProxy.DeviceList(false);
+                Say(obexProxy.GetBusName().c_str());
+            }
+        });
+        for (std::size_t i = 0; i < kDevices; ++i) obexProxy.ObjectAdded("/dev_1");
+        menu_thread.join();
+        obexProxy.DeviceList(false);
+    });
+    const std::string end =
+        DeviceLines(std::vector<std::string>(kDevices, " 00:1B:DC:07:31:9A | Phone"));
+    ASSERT_GT(output.size(), end.size());
+    EXPECT_EQ(output.substr(output.size() - end.size()), end);
+}
+
 TEST(RegistryTest, TellsObjectsByTheirPathAlone) {
     const std::string output = OutputOf([] {
         for (const char* const path :
@@ -369,6 +392,18 @@ TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
     });
     EXPECT_EQ(output,
               Lines({"com.veltrisonix.bench", "/dev_1", "com.veltrisonix.Device1", "as expected"}));
+}
+
+// A second Ctrl-C is the operator's way out of a call that hangs.
+TEST(TerminationHandlerTest, StopsOnceAndLeavesTheSignalAlone) {
+    const std::string output = OutputOf([] {
+        std::thread menu_thread([] { obexProxy.MenuThread(); });
+        while (!obexProxy.IsRunning()) std::this_thread::yield();
+        Say(terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "kept");
+        Say(obexProxy.IsRunning() ? "running" : "stopped");
+        menu_thread.join();
+    });
+    EXPECT_EQ(output, Lines({"removed", "stopped"}) + Banner());
 }
 
 // The flag may have been set and cleared before the main thread looks.
