@@ -394,18 +394,6 @@ TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
               Lines({"com.veltrisonix.bench", "/dev_1", "com.veltrisonix.Device1", "as expected"}));
 }
 
-// A second Ctrl-C is the operator's way out of a call that hangs.
-TEST(TerminationHandlerTest, StopsOnceAndLeavesTheSignalAlone) {
-    const std::string output = OutputOf([] {
-        std::thread menu_thread([] { obexProxy.MenuThread(); });
-        while (!obexProxy.IsRunning()) std::this_thread::yield();
-        Say(terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "kept");
-        Say(obexProxy.IsRunning() ? "running" : "stopped");
-        menu_thread.join();
-    });
-    EXPECT_EQ(output, Lines({"removed", "stopped"}) + Banner());
-}
-
 // The flag may have been set and cleared before the main thread looks.
 TEST(StartHandshakeTest, EndsWhenTheMenuThreadWasStoppedAtOnce) {
     const std::string output = OutputOf([] {

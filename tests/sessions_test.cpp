@@ -197,7 +197,8 @@ TEST_F(Verdict, NoticesErrorsOrphansAndAToolThatIsStuck) {
     EXPECT_TRUE(Mistakes().empty());
     played_.orphans = {"12345"};
     played_.stuck = "type";
-    EXPECT_EQ(Mistakes().size(), 2U);
+    played_.not_redrawn = "type";
+    EXPECT_EQ(Mistakes().size(), 3U);
 }
 
 TEST_F(Verdict, NoticesCallsOnALostSession) {

@@ -85,6 +85,15 @@ constexpr const char* kReplies[] = {
     "(objectpath '/nowhere', {'Status': <<'boxed'>>, 'Name': <'%s%n'>, 'Session': <'/'>})",
 };
 
+// To a pull: what the tool reads without the help of a described type.
+constexpr const char* kTransferReplies[] = {
+    "(objectpath '/nowhere', {'Size': <'big'>, 'Status': <7>, 'Filename': <@as []>, 'X': <1>})",
+    "(objectpath '/nowhere', {'Size': <uint32 5>, 'Transferred': <true>, 'Type': <byte 1>})",
+    "(objectpath '/nowhere', {'Status': <<'boxed'>>, 'Name': <'%s%n'>, 'Session': <uint64 1>})",
+    "(objectpath '/nowhere', @a{sv} {})",
+    "(objectpath '/', {'Size': <uint64 0>, 'Filename': <''>})",
+};
+
 constexpr const char* kMethods[] = {"CreateSession",
                                     "RemoveSession",
                                     "SetUserId",
@@ -143,6 +152,7 @@ constexpr EventRow kEvents[] = {
     {2, "restore-content"},
     {6, "refuse {method} {error}", Loss::kNone, "clear-faults"},
     {5, "reply {method} {reply}", Loss::kNone, "clear-faults"},
+    {5, "reply {pull} {transfer_reply}", Loss::kNone, "clear-faults"},
     {5, "hang {method}", Loss::kNone, "release"},
     {2, "release"},
     {2, "clear-faults"},
@@ -211,6 +221,8 @@ std::string DaemonMoods::DrawPart(const std::string& part, DaemonEvent& event) {
     if (part == "{bytes}") return std::to_string(dice_.Below(3000));
     if (part == "{count}") return std::to_string(dice_.Below(1000));
     if (part == "{method}") return event.spoiled_method = dice_.Pick(kMethods);
+    if (part == "{pull}") return dice_.Chance(50) ? "PullAll" : "Pull";
+    if (part == "{transfer_reply}") return dice_.Pick(kTransferReplies);
     if (part == "{error}") return dice_.Pick(kErrors);
     if (part == "{reply}") return dice_.Pick(kReplies);
     if (part == "{property}") return DrawProperty(event, false);

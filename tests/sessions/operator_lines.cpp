@@ -286,7 +286,7 @@ std::string Operator::DrawNumber() {
     if (dice_.Chance(gate ? 5 : 20)) return dice_.Pick(kOddNumbers);
     const std::size_t smallest = RowOf(Now()).smallest;
     const std::size_t past = PastOf(Now());
-    const std::array<std::size_t, 5> numbers = {smallest, past - 1, smallest,
+    const std::array<std::size_t, 5> numbers = {smallest, past - 1, 0,
                                                 smallest + dice_.Below(past - smallest),
                                                 dice_.Chance(gate ? 5 : 40) ? past : past - 1};
     return std::to_string(dice_.Pick(numbers));

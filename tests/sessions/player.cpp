@@ -15,6 +15,7 @@ namespace morvane_test {
 namespace {
 
 constexpr char kSettledPath[] = "/com/veltrisonix/hci0/dev_settled";
+constexpr std::size_t kNotRedrawn = 1;  // which of two awaited texts
 constexpr Duration kHangingCall{300};
 constexpr Duration kBriefly{1000};
 
@@ -190,7 +191,10 @@ class Player {
         // It must be gone before it can be chosen: it has no address for whoever comes too late.
         const std::string path = kSettledPath;
         daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
-        const bool found = console_.SkipPastAny({"Found Device " + path + "\n"}, Patience());
+        const std::string found_line = "Found Device " + path + "\n";
+        const std::optional<std::size_t> found = console_.SkipPastAny(
+            {found_line + kGreenSequence, found_line + kResetSequence}, Patience());
+        if (found == kNotRedrawn) played_.not_redrawn = what;
         daemon_.RemoveDevice(path);
         settled_ = found && console_.SkipPastAny({"Removed " + path + "\n"}, Patience());
     }

@@ -31,6 +31,7 @@ struct Played {
     std::vector<std::string> orphans;  ///< processes that the tool left behind
     std::vector<LostSession> lost_sessions;
     std::string stuck;                     ///< the step after which the tool asked for nothing
+    std::string not_redrawn;               ///< the step whose prompt vanished under a message
     std::optional<std::size_t> control_c;  ///< how much output there was when it was first typed
     unsigned interrupts = 0;
     bool hung_up = false;

@@ -35,6 +35,8 @@ bool MayEndSo(const Plan& plan, const Played& played) {
 
 void CheckEnding(const Plan& plan, const Played& played, Mistakes& mistakes) {
     if (!played.stuck.empty()) mistakes.push_back("asks for nothing after: " + played.stuck);
+    if (!played.not_redrawn.empty())
+        mistakes.push_back("does not draw its prompt again after: " + played.not_redrawn);
     if (!played.ending) {
         mistakes.emplace_back("does not end when its input has ended");
     } else if (!MayEndSo(plan, played)) {

@@ -131,10 +131,6 @@ bool Console::TakeOutputIf(const std::function<bool(std::string_view)>& accepts)
     return output_.TakeAllIf(accepts, patience_) == Transcript::Result::kMatched;
 }
 
-bool Console::SkipPastAny(const std::vector<std::string>& texts, Duration limit) {
-    return output_.SkipPastAny(texts, limit) == Transcript::Result::kMatched;
-}
-
 std::optional<Ending> Console::AwaitEnd(Duration limit) {
     const auto ending = process_.AwaitEnd(limit);
     if (ending) end_is_accounted_for_ = true;

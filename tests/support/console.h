@@ -64,7 +64,10 @@ class Console {
 
     // The same for whoever goes on in any case: these tell whether it worked, and fail no test.
     bool Offer(std::string_view bytes, Duration limit) { return terminal_.Write(bytes, limit); }
-    bool SkipPastAny(const std::vector<std::string>& texts, Duration limit);
+    /// See `Transcript`.
+    std::optional<std::size_t> SkipPastAny(const std::vector<std::string>& texts, Duration limit) {
+        return output_.SkipPastAny(texts, limit);
+    }
     /// Nothing if the tool goes on for so long.
     std::optional<Ending> AwaitEnd(Duration limit);
     /// For when the tool has ended: what it wrote last may still be on its way.

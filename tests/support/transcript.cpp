@@ -54,19 +54,21 @@ Transcript::Result Transcript::SkipPast(std::string_view bytes, Duration limit) 
     });
 }
 
-Transcript::Result Transcript::SkipPastAny(const std::vector<std::string>& texts, Duration limit) {
-    return AwaitMatch(limit, [&]() -> std::optional<Result> {
+std::optional<std::size_t> Transcript::SkipPastAny(const std::vector<std::string>& texts,
+                                                   Duration limit) {
+    std::optional<std::size_t> which;
+    AwaitMatch(limit, [&]() -> std::optional<Result> {
         std::size_t first = std::string::npos;
-        std::size_t end = 0;
-        for (const std::string& text : texts) {
-            const std::size_t found = bytes_.find(text, consumed_);
-            if (found < first) end = found + text.size();
+        for (std::size_t index = 0; index < texts.size(); ++index) {
+            const std::size_t found = bytes_.find(texts[index], consumed_);
+            if (found < first) which = index;
             first = std::min(first, found);
         }
-        if (first == std::string::npos) return std::nullopt;
-        consumed_ = end;
+        if (!which) return std::nullopt;
+        consumed_ = first + texts[*which].size();
         return Result::kMatched;
     });
+    return which;
 }
 
 Transcript::Result Transcript::SkipPastAll(const std::vector<std::string>& texts, Duration limit) {

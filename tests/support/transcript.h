@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,8 +32,8 @@ class Transcript {
     Result ExpectNext(std::string_view bytes, Duration limit);
     /// Consumes everything up to the end of the next occurrence of `bytes`; nothing otherwise.
     Result SkipPast(std::string_view bytes, Duration limit);
-    /// Consumes everything up to the end of whichever of `texts` comes first.
-    Result SkipPastAny(const std::vector<std::string>& texts, Duration limit);
+    /// Consumes everything up to the end of whichever of `texts` comes first, and tells which.
+    std::optional<std::size_t> SkipPastAny(const std::vector<std::string>& texts, Duration limit);
     /// Awaits all `texts` in whatever order, and consumes up to the end of the last of them.
     Result SkipPastAll(const std::vector<std::string>& texts, Duration limit);
     /// Consumes everything that has come, once `accepts` says yes to it; nothing before.
