@@ -1,0 +1,235 @@
+// Lets one process of the tool live through many sessions and notifications, and shows that nothing
+// is left of them: no memory, no descriptor, no match rule.
+
+#include "interfaces/glib_ptr.h"
+#include "simulator/daemon.h"
+#include "soak/footprint.h"
+#include "support/bus_monitor.h"
+#include "support/console.h"
+#include "support/messages.h"
+#include "support/private_bus.h"
+#include "support/temporary_directory.h"
+#include "support/text_form.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+struct Settings {
+    gint64 sessions = 10;
+    gint64 notifications = 10000;
+    gint64 memory_kib = 256;  // that may be gained; negative: any
+};
+Settings settings;
+
+constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_00_1B_DC_07_31_9A";
+constexpr char kVisitor[] = "/com/veltrisonix/hci0/dev_visitor_";
+constexpr std::size_t kVisitors = 5;
+constexpr std::size_t kWarmUp = 5;   // sessions until the tool has allocated what it reuses
+constexpr std::size_t kPiece = 200;  // notifications at once
+constexpr std::size_t kShownBytes = 4000;
+
+struct Announcement {
+    enum class Object { kPhone, kSession, kTransfer };
+    Object object;
+    const char* interface;
+    const char* property;
+    GVariant* (*value)(std::size_t number);
+};
+
+GVariant* Text(std::size_t number) {
+    return g_variant_new_take_string(g_strdup_printf("text %zu", number));
+}
+
+constexpr std::array kAnnouncements = {
+    Announcement{Announcement::Object::kSession, simulator::kPhonebookInterface, "Folder", Text},
+    Announcement{
+        Announcement::Object::kSession, simulator::kPhonebookInterface, "NewMissedCalls",
+        [](std::size_t number) { return g_variant_new_byte(static_cast<guchar>(number % 256)); }},
+    Announcement{Announcement::Object::kSession, simulator::kSessionInterface, "Source", Text},
+    Announcement{Announcement::Object::kTransfer, simulator::kTransferInterface, "Status", Text},
+    Announcement{Announcement::Object::kTransfer, simulator::kTransferInterface, "Transferred",
+                 [](std::size_t number) { return g_variant_new_uint64(number); }},
+    Announcement{Announcement::Object::kPhone, simulator::kDeviceInterface, "Alias", Text},
+};
+
+/// How a session ends that stands at its transfer's menu.
+struct Ending {
+    const char* lines;
+    bool client_goes;
+};
+
+constexpr std::array kEndings = {Ending{"d\nx\nx\n", false}, Ending{"c\nh\nx\n", false},
+                                 Ending{"s\np\nr\nx\nx\n", false}, Ending{"h\n", true}};
+
+class Soak : public testing::Test {
+  protected:
+    Soak()
+        : daemon_(bus_.Address(), InDirectory(directory_.Path())),
+          connection_(ConnectToBus(bus_.Address())) {
+        daemon_.AddDevice(kPhonePath, "00:1B:DC:07:31:9A", "Workbench Phone");
+        daemon_.SetPullContent(std::string(2000, 'x'));
+        ConsoleOptions options;
+        options.wiring = Wiring::kPipes;
+        options.bus_address = bus_.Address();
+        options.directory = directory_.Path();
+        console_.emplace(options);
+        console_->Await(Prompt());
+    }
+
+    Console& console() { return *console_; }
+
+    void TearDown() override {
+        console_->Finish();
+        if (!HasFailure()) return;
+        const std::string output = console_->Output();
+        std::cout << Escaped(output.substr(output.size() - std::min(output.size(), kShownBytes)))
+                  << "\n";
+    }
+
+    void RunSession(std::size_t number, std::size_t notifications) {
+        console_->TypeBytes("c\n0\ns\n0\n0\na\nd\n");
+        console_->Await(Prompt("/Transfer Menu"));
+        ToggleVisitor(number % kVisitors);
+        Announce(notifications);
+        daemon_.CompleteTransfer(daemon_.Transfers().back());
+        Settle();
+        End(kEndings.at(number % kEndings.size()));
+        daemon_.ForgetCalls();
+    }
+
+    /// At the main menu, with no devices but the phone.
+    Footprint Measure() {
+        for (std::size_t visitor = 0; visitor < kVisitors; ++visitor)
+            if (visiting_.at(visitor)) ToggleVisitor(visitor);
+        Settle();
+        // What the tool has told the bus before a call has arrived when the call has.
+        console_->TypeBytes("u\nsomebody\n");
+        console_->Await(Prompt());
+        return MeasureFootprint(console_->ProcessId(), connection_.get(),
+                                daemon_.Calls().back().sender);
+    }
+
+  private:
+    static simulator::Options InDirectory(const std::string& directory) {
+        simulator::Options options = simulator::Options::Scripted();
+        options.directory = directory;
+        return options;
+    }
+
+    std::string PathOf(Announcement::Object object) const {
+        switch (object) {
+            case Announcement::Object::kPhone:
+                return kPhonePath;
+            case Announcement::Object::kSession:
+                return daemon_.Sessions().back();
+            case Announcement::Object::kTransfer:
+                return daemon_.Transfers().back();
+        }
+        return "";
+    }
+
+    // In pieces: how much the tool holds at worst shall not depend on how far it lags behind.
+    void Announce(std::size_t notifications) {
+        for (std::size_t sent = 0; sent < notifications; sent += kPiece) {
+            const Announcement& announcement =
+                kAnnouncements.at(sent / kPiece % kAnnouncements.size());
+            daemon_.Flood(PathOf(announcement.object), announcement.interface,
+                          announcement.property, std::min(kPiece, notifications - sent),
+                          announcement.value);
+            Settle();
+        }
+    }
+
+    void ToggleVisitor(std::size_t visitor) {
+        const std::string path = kVisitor + std::to_string(visitor);
+        visiting_.at(visitor) ? daemon_.RemoveDevice(path)
+                              : daemon_.AddDevice(path, "00:00:00:00:00:01", "Visitor");
+        visiting_.at(visitor) = !visiting_.at(visitor);
+    }
+
+    /// Awaits that the tool has dealt with all that was announced.
+    void Settle() {
+        constexpr char kPath[] = "/com/veltrisonix/hci0/dev_settled";
+        daemon_.AddDevice(kPath, "00:00:00:00:00:00", "settled");
+        console_->Await(std::string("Found Device ") + kPath + "\n");
+        daemon_.RemoveDevice(kPath);
+        console_->Await(std::string("Removed ") + kPath + "\n");
+    }
+
+    void End(const Ending& ending) {
+        if (ending.client_goes) {
+            daemon_.RemoveClient();
+            console_->Await(std::string("Removed ") + simulator::kClientPath);
+        }
+        console_->TypeBytes(ending.lines);
+        console_->Await(Prompt());
+        daemon_.AddClient();
+        Settle();
+    }
+
+    TemporaryDirectory directory_;
+    PrivateBus bus_;
+    simulator::Daemon daemon_;
+    morvane::GlibPtr<GDBusConnection> connection_;
+    std::optional<Console> console_;
+    std::array<bool, kVisitors> visiting_ = {};
+};
+
+TEST_F(Soak, LeavesNothingBehind) {
+    const auto sessions = static_cast<std::size_t>(settings.sessions);
+    const auto notifications = static_cast<std::size_t>(settings.notifications);
+    const std::size_t tenth = std::max(sessions / 10, kWarmUp);
+    const auto start = std::chrono::steady_clock::now();
+    Footprint first = {};
+    Footprint last = {};
+    for (std::size_t session = 0; session < sessions; ++session) {
+        RunSession(session,
+                   notifications * (session + 1) / sessions - notifications * session / sessions);
+        if ((session + 1) % tenth != 0 && session + 1 != sessions) continue;
+        last = Measure();
+        if (session + 1 == tenth) first = last;
+        std::cout << "after " << session + 1 << " sessions: " << last.Describe() << std::endl;
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    std::cout << sessions << " sessions, " << notifications << " notifications in "
+              << elapsed.count() << " s, " << console().CpuTime().count()
+              << " ms of processor time\n";
+    EXPECT_EQ(last.descriptors, first.descriptors);
+    EXPECT_EQ(last.match_rules, first.match_rules);
+    if (settings.memory_kib >= 0) {
+        EXPECT_LT(last.resident_kib,
+                  first.resident_kib + static_cast<std::size_t>(settings.memory_kib));
+    }
+}
+
+bool ParseCommandLine(int argc, char** argv) {
+    const std::array<GOptionEntry, 4> entries = {
+        {{"sessions", 'n', 0, G_OPTION_ARG_INT64, &settings.sessions, "to live through", "N"},
+         {"notifications", 'm', 0, G_OPTION_ARG_INT64, &settings.notifications, "in all", "M"},
+         {"memory", 0, 0, G_OPTION_ARG_INT64, &settings.memory_kib,
+          "that may be gained after the first tenth, in KiB; negative: any", "KIB"},
+         {}}};
+    GOptionContext* const context = g_option_context_new("- soak the tool");
+    g_option_context_add_main_entries(context, entries.data(), nullptr);
+    morvane::ErrorPtr error;
+    g_option_context_parse(context, &argc, &argv, morvane::Out(error));
+    g_option_context_free(context);
+    if (error) std::cerr << error->message << "\n";
+    return !error;
+}
+
+}  // namespace
+}  // namespace morvane_test
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    return morvane_test::ParseCommandLine(argc, argv) ? RUN_ALL_TESTS() : 2;
+}
