@@ -32,7 +32,9 @@ if(MORVANE_STRICT)
         morvane-settings
         INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                   -Wcast-align -Wcast-qual -Wformat=2 -Wmissing-declarations -Wnon-virtual-dtor
-                  -Woverloaded-virtual -Wnull-dereference -Wundef -Wunused -Werror)
+                  -Woverloaded-virtual -Wnull-dereference -Wundef -Wunused -Werror
+                  # See console/mutex.h; "beta" is what checks the order of locks.
+                  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety -Wthread-safety-beta>)
 endif()
 
 # Hardening. Fortification needs the optimiser and would blunt the sanitizers.
