@@ -31,7 +31,8 @@ std::vector<std::string> ToolWithLauncher() {
     std::istringstream words(launcher ? launcher : "");
     std::vector<std::string> command;
     for (std::string word; words >> word;) command.push_back(word);
-    command.emplace_back(MORVANE_BINARY);
+    const char* const binary = std::getenv("MORVANE_TEST_BINARY");
+    command.emplace_back(binary ? binary : MORVANE_BINARY);
     return command;
 }
 

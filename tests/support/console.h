@@ -33,7 +33,7 @@ struct ConsoleOptions {
 ///
 /// The environment is bare: LC_ALL=C, PATH, TERM, the bus, and what sanitizers, coverage and
 /// emulators need. MORVANE_TEST_LAUNCHER, split at blanks, goes before the tool's path, as in
-/// "valgrind -q" or "qemu-arm -L /usr/arm-linux-gnueabihf".
+/// "valgrind -q" or "qemu-arm -L /usr/arm-linux-gnueabihf"; MORVANE_TEST_BINARY names another tool.
 ///
 /// Everything that awaits does so for `Patience()` unless `SetPatience` was called, and leaves the
 /// test body with a failure if it waited in vain.
