@@ -55,6 +55,14 @@ target_compile_options(
               $<$<AND:${optimised},$<COMPILE_LANGUAGE:CXX>>:-fvisibility-inlines-hidden>)
 target_link_options(morvane-size INTERFACE $<${optimised}:LINKER:--gc-sections>)
 target_link_libraries(morvane-hardening INTERFACE morvane-size)
+
+# Where it was built is nobody's concern, and two builds give the same bytes.
+add_library(morvane-reproducible INTERFACE)
+target_compile_options(
+    morvane-reproducible
+    INTERFACE $<${optimised}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+              $<${optimised}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+target_link_libraries(morvane-hardening INTERFACE morvane-reproducible)
 target_link_libraries(morvane-settings INTERFACE morvane-hardening)
 
 # Sanitizers and coverage must reach the generated code and the tests too.
