@@ -139,6 +139,7 @@ class ObexProxy {
     std::condition_variable start_condition_;
     bool started_ MORVANE_GUARDED_BY(start_mutex_) = false;
     std::atomic<bool> running_{false};
+    static_assert(decltype(running_)::is_always_lock_free);
 
     // Whoever holds it may look into the contexts, and only then are they destroyed. Removals are
     // checked; the menus hold it as a MenuLock, which the analysis does not follow.

@@ -18,6 +18,9 @@ namespace morvane {
 struct TransferProgress {
     std::atomic<guint64> size{0};
     std::atomic<int> percent{0};
+
+    // Both threads touch them; a notice must not wait for a lock, nor the board need libatomic.
+    static_assert(decltype(size)::is_always_lock_free && decltype(percent)::is_always_lock_free);
 };
 
 namespace {
