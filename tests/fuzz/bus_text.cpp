@@ -2,12 +2,11 @@
 
 #include "app/obex_proxy.h"
 #include "fuzz/fuzz.h"
+#include "fuzz/typed_input.h"
 #include "support/captured_output.h"
 
 #include <algorithm>
-#include <iostream>
 #include <mutex>
-#include <sstream>
 #include <string>
 
 namespace morvane_fuzz {
@@ -16,14 +15,12 @@ namespace {
 // What the operator types, as the menus get it.
 std::string Read(const std::string& typed, unsigned limit) {
     static morvane::ObexProxy proxy("Title");
-    std::stringbuf input(typed + "\n");
-    std::streambuf* const terminal = std::cin.rdbuf(&input);
+    const TypedInput input(typed + "\n");
     std::mutex mutex;
     morvane::MenuLock lock(mutex);
     std::string text;
     morvane_test::Printed([&] { text = proxy.AskText(lock, "Path", "What", limit); });
     Require(lock.owns_lock(), "the lock is held again");
-    std::cin.rdbuf(terminal);
     return text;
 }
 

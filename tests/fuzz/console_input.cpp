@@ -1,10 +1,11 @@
 #include "console/console_input.h"
 
 #include "fuzz/fuzz.h"
+#include "fuzz/typed_input.h"
 #include "support/captured_output.h"
 #include "support/messages.h"
 
-#include <iostream>
+#include <istream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -100,9 +101,7 @@ Reader FindReader(char letter) {
 void Check(Input input) {
     const std::string readers = input.Line();
     Console console{input.Rest(), "", false};
-    std::stringbuf typed(console.typed);
-    std::streambuf* const terminal = std::cin.rdbuf(&typed);
-    std::cin.clear();
+    const TypedInput typed(console.typed);
     for (const char letter : readers) {
         const Reader reader = FindReader(letter);
         const unsigned size = static_cast<unsigned char>(letter);
@@ -113,7 +112,6 @@ void Check(Input input) {
         RequireEqual(shown, console.shown, "what the operator sees");
         RequireEqual(morvane::PROXY_InputEnded(), console.ended, "whether the input has ended");
     }
-    std::cin.rdbuf(terminal);
 }
 
 }  // namespace morvane_fuzz
