@@ -19,8 +19,8 @@ ScriptTree::ScriptTree() {
         std::filesystem::create_directories(directory_.File(name));
     for (const char* const name : {"scripts/demo", "scripts/test", "scripts/quietly.sh"})
         std::filesystem::create_symlink(SourcePath(name), directory_.File(name));
-    for (const char* const name :
-         {"bin/cmake", "scripts/install-dependencies", "scripts/check-format", "scripts/lint"})
+    for (const char* const name : {"bin/cmake", "scripts/install-dependencies",
+                                   "scripts/check-format", "scripts/fault-matrix", "scripts/lint"})
         Write(name, "");
     Write("bin/ctest", kCtest);
     WriteProgram("build/demo/morvane", MORVANE_BINARY);
