@@ -81,7 +81,9 @@ class Soak : public testing::Test {
         options.bus_address = bus_.Address();
         options.directory = directory_.Path();
         console_.emplace(options);
-        console_->Await(Prompt());
+        console_->AwaitAll({std::string("Found Client ") + simulator::kClientPath,
+                            std::string("Found Device ") + kPhonePath, Prompt()});
+        Settle();
     }
 
     Console& console() { return *console_; }
