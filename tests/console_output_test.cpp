@@ -3,13 +3,12 @@
 #include "support/captured_run.h"
 #include "support/file_descriptor.h"
 #include "support/messages.h"
+#include "support/scheduling.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -256,19 +255,6 @@ TEST(PromptTest, StandsUndrawnWithAnyOtherNumber) {
                   Writes{"\n\x1b[0mnews\n" + kRedrawn});
 }
 
-// On one processor and behind all others, the calling thread gives way to another as soon as that
-// one can run: between any two holds of a lock, above all.
-void StayOnOneProcessor() {
-    cpu_set_t processors;
-    CPU_ZERO(&processors);
-    CPU_SET(static_cast<std::size_t>(sched_getcpu()), &processors);
-    sched_setaffinity(0, sizeof processors, &processors);
-}
-
-void StayBehindOtherThreads() {
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
-}
-
 // Messages of the other thread, at any moment while a prompt is drawn.
 class PromptRaceTest : public testing::TestWithParam<void (*)(const char*, int)> {
   protected:
@@ -277,13 +263,13 @@ class PromptRaceTest : public testing::TestWithParam<void (*)(const char*, int)>
     // One round after the other: the prompt is drawn, the message has come, the prompt is taken
     // away.
     static void DrawPrompts() {
-        StayOnOneProcessor();
+        morvane_test::StayOnOneProcessor();
         morvane_test::Pipe begin = morvane_test::MakePipe();
         morvane_test::Pipe end = morvane_test::MakePipe();
         std::thread other([&] {
             for (int round = 0; round < kRounds; ++round) SayNewsAfterAWhile(begin, end, round);
         });
-        StayBehindOtherThreads();
+        morvane_test::StayBehindOtherThreads();
         for (int round = 0; round < kRounds; ++round) {
             Tell(begin);
             GetParam()("Path", 1);

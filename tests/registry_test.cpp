@@ -8,10 +8,13 @@
 #include "support/messages.h"
 #include "support/private_bus.h"
 #include "support/rival.h"
+#include "support/scheduling.h"
 #include "support/system_calls.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
+
+#include <malloc.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -360,6 +363,48 @@ TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
         Lines({" 00:00:00:00:00:02 | Instance", " 7) 00:00:00:00:00:02 | Instance",
                "00:00:00:00:00:02", "/dev_1"});
     EXPECT_EQ(output, on_default + on_default + on_instance);
+}
+
+// One letter, so often that the text has pages of its own and that it takes a while to print.
+GVariant* LongAlias(std::size_t number) {
+    constexpr gsize kLength = 200000;
+    return g_variant_new_take_string(g_strnfill(kLength, static_cast<gchar>('a' + number % 3)));
+}
+
+// What is printed of it.
+std::string LineOfLongAlias(char letter) {
+    const std::string begin = std::string(" ") + kAddress + " | ";
+    return Normal(begin + std::string(999 - begin.size(), letter));
+}
+
+// The main thread drops a text while the menu thread is about to print it.
+TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
+    constexpr int kLines = 1000;
+    const std::string output = OutputOf([] {
+        mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
+        Bench bench;
+        bench.daemon.AddDevice("/dev_1", kAddress, std::string(200000, 'a'));
+        morvane_test::StayOnOneProcessor();
+        const ObexDeviceContext device("/dev_1");
+        std::atomic<bool> shown{false};
+        std::thread menu_thread([&] {
+            morvane_test::StayBehindOtherThreads();
+            for (int line = 0; line < kLines; ++line) device.Display(false, 0);
+            shown = true;
+        });
+        while (!shown) {
+            bench.daemon.Flood("/dev_1", simulator::kDeviceInterface, "Alias", 2, LongAlias);
+            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+            }
+        }
+        menu_thread.join();
+    });
+    const std::size_t length = LineOfLongAlias('a').size();
+    ASSERT_EQ(output.size(), length * kLines);
+    for (std::size_t at = 0; at < output.size(); at += length) {
+        const std::string line = output.substr(at, length);
+        ASSERT_EQ(line, LineOfLongAlias(line[length / 2]));
+    }
 }
 
 TEST(DeviceContextTest, HasNoAddressWithoutADaemon) {
