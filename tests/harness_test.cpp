@@ -77,6 +77,15 @@ TEST(TranscriptTest, FindsTextsInAnyOrder) {
     EXPECT_EQ(transcript.Unconsumed(), " c");
 }
 
+TEST(TranscriptTest, TellsWhichTextCameFirst) {
+    Transcript transcript;
+    transcript.Append("b a c");
+    EXPECT_EQ(transcript.SkipPastAny({"a", "b"}, kShort), 1U);
+    EXPECT_EQ(transcript.SkipPastAny({"c", "a"}, kShort), 1U);
+    EXPECT_EQ(transcript.SkipPastAny({"a", "b"}, kShort), std::nullopt);
+    EXPECT_EQ(transcript.Unconsumed(), " c");
+}
+
 TEST(TextFormTest, MakesEveryByteVisible) {
     EXPECT_EQ(Escaped("\x1b[0m\t\x01 \xff"), "\\e[0m\\t\\x01 \\xff");
     EXPECT_EQ(AsSeen("\x1b[1;31mred \x01\x1b[0m\r\n"), "red \n");
