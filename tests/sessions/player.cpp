@@ -128,7 +128,9 @@ class Player {
         const auto lines = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
         owed_ += lines;
         played_.lines += lines;
-        return console_.Offer(bytes, hanging_ ? kBriefly : Patience()) ? "" : " (not taken)";
+        if (console_.Offer(bytes, hanging_ ? kBriefly : Patience())) return "";
+        owed_is_known_ = false;
+        return " (not taken)";
     }
 
     std::string Command(const DaemonEvent& event) {
@@ -172,12 +174,12 @@ class Player {
     /// Awaits a prompt for each line that was typed.
     void AwaitPrompts(const std::string& what) {
         while (owed_ > 0) {
-            const Duration limit = hanging_ ? kHangingCall : 3 * Patience();
+            const bool excused = hanging_ || !owed_is_known_;
+            const Duration limit = excused ? kHangingCall : 3 * Patience();
             if (console_.SkipPastAny(PromptEnds(), limit)) {
                 --owed_;
             } else {
-                const bool excused = hanging_ || console_.AwaitEnd(kBriefly);
-                if (!excused) played_.stuck = what;
+                if (!excused && !console_.AwaitEnd(kBriefly)) played_.stuck = what;
                 return;
             }
         }
@@ -187,7 +189,7 @@ class Player {
     void Settle(const std::string& what) {
         AwaitPrompts(what);
         settled_ = false;
-        if (owed_ > 0 || hanging_ || away_ || played_.interrupts > 0) return;
+        if (owed_ > 0 || !owed_is_known_ || hanging_ || away_ || played_.interrupts > 0) return;
         // It must be gone before it can be chosen: it has no address for whoever comes too late.
         const std::string path = kSettledPath;
         daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
@@ -269,6 +271,7 @@ class Player {
     std::string command_;           // the last one as it was carried out; empty if it was not
     std::size_t calls_before_ = 0;  // the last command
     std::size_t owed_ = 1;          // prompts: the first, and one for each line
+    bool owed_is_known_ = true;     // until input was taken in part only
     bool hanging_ = false;          // calls may get no answer
     bool away_ = false;             // the daemon is not on the bus
     bool settled_ = false;
