@@ -40,6 +40,15 @@ void Print(const char* title, const Counts& counts) {
         std::cout << "  " << std::setw(8) << count << "  " << name << "\n";
 }
 
+// What a sanitizer's findings depend on, as it is written before a command.
+std::string Environment() {
+    std::string settings;
+    for (const char* const name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "MORVANE_TEST_LAUNCHER"})
+        if (const char* const value = std::getenv(name))
+            settings += std::string(name) + "='" + value + "' ";
+    return settings;
+}
+
 /// What was played in all.
 class Tally {
   public:
@@ -123,7 +132,7 @@ class Run {
         std::cout << "==== Seed " << plan.seed << " failed\n";
         for (const std::string& mistake : mistakes) std::cout << mistake << "\n";
         std::cout << played.story << "---- Repeat with\n"
-                  << settings_.program << " --seed=" << plan.seed
+                  << Environment() << settings_.program << " --seed=" << plan.seed
                   << (settings_.tool.empty() ? "" : " --tool=" + settings_.tool) << std::endl;
     }
 
