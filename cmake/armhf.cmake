@@ -10,6 +10,9 @@
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 
+# What Debian calls it; without it cpack takes the building machine.
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
+
 # What compiler checks, which are projects of their own, must know too.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MORVANE_SYSROOT MORVANE_CROSS_PREFIX)
 
