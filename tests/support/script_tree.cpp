@@ -15,12 +15,16 @@ constexpr char kCtest[] = "echo '<testcase name=\"a\" status=\"run\"/>' >\"build
 }  // namespace
 
 ScriptTree::ScriptTree() {
-    for (const char* const name : {"bin", "scripts", "build/demo", "build/debug", "build/asan"})
+    for (const char* const name :
+         {"bin", "scripts", "build/demo", "build/debug", "build/asan", "build/armhf"})
         std::filesystem::create_directories(directory_.File(name));
-    for (const char* const name : {"scripts/demo", "scripts/test", "scripts/quietly.sh"})
+    for (const char* const name :
+         {"scripts/demo", "scripts/test", "scripts/test-armhf", "scripts/quietly.sh"})
         std::filesystem::create_symlink(SourcePath(name), directory_.File(name));
-    for (const char* const name : {"bin/cmake", "scripts/install-dependencies",
-                                   "scripts/check-format", "scripts/fault-matrix", "scripts/lint"})
+    for (const char* const name :
+         {"bin/cmake", "scripts/install-dependencies", "scripts/check-format",
+          "scripts/fault-matrix", "scripts/lint", "scripts/picture", "scripts/armhf-sysroot",
+          "scripts/check-armhf-tool"})
         Write(name, "");
     Write("bin/ctest", kCtest);
     WriteProgram("build/demo/morvane", MORVANE_BINARY);
