@@ -33,7 +33,7 @@ bool AwaitMoreInput() {
 std::string ReadTypedLine() {
     std::string line;
     while (!PROXY_InputEnded()) {
-        const int byte = getc_unlocked(stdin);  // only the menu thread reads
+        const int byte = std::getc(stdin);
         if (byte == '\n') {
             break;
         }
