@@ -79,6 +79,20 @@ TEST_P(LateDiscoveryTest, Ends) {
     ExpectExit(0);
 }
 
+TEST_F(StartStopTest, TellsNothingMoreAfterAQuitBeforeTheMainLoop) {
+    StartDaemon().Hang("GetAll");
+    BusMonitor monitor(bus().Address(), "GetAll");
+    Launch();
+    monitor.AwaitCall();
+    Await(Prompt());
+    daemon().AddDevice("/dev_late", kPhoneAddress, kPhoneAlias);
+    const std::ptrdiff_t threads = Threads();
+    console().TypeBytes("q\n");
+    AwaitThreads(threads - 1);
+    daemon().Release();
+    ExpectExit(0);
+}
+
 TEST_F(StartStopTest, KeepsAControlCThatCameBeforeTheMainLoop) {
     LaunchWithoutAnswer();
     AwaitEndOfMainLoop([this] {
