@@ -340,6 +340,14 @@ TEST_P(CredentialTest, SendsValidTextOnly) {
     ExpectSent("a?b?cü");
 }
 
+TEST_P(CredentialTest, SendsNothingBehindAZeroByte) {
+    Start();
+    Ask();
+    Type(std::string_view("ab\0c", 4));
+    Expect(Prompt());
+    ExpectSent("ab");
+}
+
 TEST_P(CredentialTest, ReportsARefusal) {
     Start();
     daemon().Refuse(GetParam().method, "com.veltrisonix.Error.InvalidArguments", "Not 100%s", 1);
