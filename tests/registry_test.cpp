@@ -489,6 +489,19 @@ TEST(StartHandshakeTest, WaitsForTheMenuThread) {
     EXPECT_EQ(output, Lines({"not yet", "running"}) + Banner() + Prompt());
 }
 
+// What this finds is a race; ThreadSanitizer tells.
+TEST(StopThreadsTest, MayComeWhileTheMainLoopIsMade) {
+    const std::string output = OutputOf([] {
+        obexProxy.DBusInstance("7");
+        std::thread other([] {
+            for (int count = 0; count < 1000; ++count) obexProxy.StopThreads();
+        });
+        obexProxy.GDBusRun();
+        other.join();
+    });
+    EXPECT_EQ(output, Red("Error getting object manager client\n"));
+}
+
 // After the first Ctrl-C the next has its usual meaning.
 TEST(TerminationHandlerTest, StopsTheMenusAndRemovesItself) {
     const std::string output = OutputOf([] {
