@@ -12,9 +12,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <regex>
-#include <sstream>
 
 namespace morvane_test {
 namespace {
@@ -106,10 +104,6 @@ std::string OutputOf(const std::string& command, int status) {
 }
 
 TEST(Readme, ShowsWhatTheTestScriptSays) {
-    std::ostringstream system;
-    system << std::ifstream("/etc/os-release").rdbuf();
-    if (system.str().find("\nID=debian\n") == std::string::npos)
-        GTEST_SKIP() << "the script does more on Debian";
     const std::string said = OutputOf("scripts/test", 0);
     EXPECT_EQ(std::regex_replace(said, std::regex("\\d+ passed"), "N passed"),
               FencedBlock(ReadSource("README.md"), "text"));

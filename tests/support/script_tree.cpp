@@ -15,16 +15,13 @@ constexpr char kCtest[] = "echo '<testcase name=\"a\" status=\"run\"/>' >\"build
 }  // namespace
 
 ScriptTree::ScriptTree() {
-    for (const char* const name :
-         {"bin", "scripts", "build/demo", "build/debug", "build/asan", "build/armhf"})
+    for (const char* const name : {"bin", "scripts", "build/demo", "build/debug", "build/asan"})
         std::filesystem::create_directories(directory_.File(name));
-    for (const char* const name :
-         {"scripts/demo", "scripts/test", "scripts/test-armhf", "scripts/quietly.sh"})
+    for (const char* const name : {"scripts/demo", "scripts/test", "scripts/quietly.sh"})
         std::filesystem::create_symlink(SourcePath(name), directory_.File(name));
     for (const char* const name :
          {"bin/cmake", "scripts/install-dependencies", "scripts/check-format",
-          "scripts/fault-matrix", "scripts/lint", "scripts/picture", "scripts/armhf-sysroot",
-          "scripts/check-armhf-tool"})
+          "scripts/fault-matrix", "scripts/lint", "scripts/picture"})
         Write(name, "");
     Write("bin/ctest", kCtest);
     WriteProgram("build/demo/morvane", MORVANE_BINARY);
