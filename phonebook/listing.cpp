@@ -2,6 +2,7 @@
 
 #include "console/console_output.h"
 #include "console/frames.h"
+#include "interfaces/glib_ptr.h"
 
 namespace morvane {
 
@@ -9,10 +10,12 @@ void PrintListing(GVariant* listing) {
     PrintHeading("vCard Listing");
     GVariantIter iterator;
     g_variant_iter_init(&iterator, listing);
-    const gchar* handle = nullptr;
-    const gchar* name = nullptr;
-    while (g_variant_iter_next(&iterator, "(&s&s)", &handle, &name) != FALSE) {
-        PROXY_Print(kNormal, " %s\t%s\n", handle, name);
+    // Not by a format string: to read it again for each vCard costs as much as to print the vCard.
+    while (const VariantPtr vcard{g_variant_iter_next_value(&iterator)}) {
+        const VariantPtr handle(g_variant_get_child_value(vcard.get(), 0));
+        const VariantPtr name(g_variant_get_child_value(vcard.get(), 1));
+        PROXY_Print(kNormal, " %s\t%s\n", g_variant_get_string(handle.get(), nullptr),
+                    g_variant_get_string(name.get(), nullptr));
     }
 }
 
