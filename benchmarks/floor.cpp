@@ -1,9 +1,10 @@
 // What the bus library alone costs: the object manager client, the proxies and the notifications of
 // the tool, in one thread, and nothing printed but that a place is reached.
 //
-// Usage: morvane-floor [session]
-// Without "session" it follows the devices; with it, it opens one to the first device, begins a
-// download there and follows that too. It ends when its input does.
+// Usage: morvane-floor [download|listing]
+// It follows the devices. With "download" it opens a session to the first device, begins a download
+// there and follows that too; with "listing" it opens a session and, at the first line of its
+// input, asks for a listing and looks at each vCard. It ends when its input does.
 
 #include "interfaces/bus_name.h"
 #include "interfaces/glib_ptr.h"
@@ -20,6 +21,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -130,13 +132,19 @@ void OpenSession(Floor& floor) {
             "supported-features"});
 }
 
+void SelectPhonebook(Floor& floor) {
+    ErrorPtr error;
+    OpenSession(floor);
+    obex_phonebook_access1_call_select_sync(floor.phonebook.get(), "int", "pb", nullptr,
+                                            Out(error));
+    Demand(error);
+}
+
 void BeginDownload(Floor& floor) {
     ErrorPtr error;
     TextPtr path;
     VariantPtr properties;
-    obex_phonebook_access1_call_select_sync(floor.phonebook.get(), "int", "pb", nullptr,
-                                            Out(error));
-    Demand(error);
+    SelectPhonebook(floor);
     obex_phonebook_access1_call_pull_all_sync(floor.phonebook.get(), "/tmp/phonebook.vcf",
                                               g_variant_new("a{sv}", nullptr), Out(path),
                                               Out(properties), nullptr, Out(error));
@@ -144,6 +152,28 @@ void BeginDownload(Floor& floor) {
     floor.transfer = MakeProxy<ObexTransfer1>(obex_transfer1_proxy_new_for_bus_sync, path.get());
     Follow(floor, floor.transfer, {"session", "name", "type", "size", "transferred", "filename"});
     g_signal_connect(floor.transfer.get(), "notify::status", G_CALLBACK(OnStatus), &floor);
+}
+
+void List(Floor& floor) {
+    ErrorPtr error;
+    VariantPtr listing;
+    obex_phonebook_access1_call_list_sync(floor.phonebook.get(), g_variant_new("a{sv}", nullptr),
+                                          Out(listing), nullptr, Out(error));
+    Demand(error);
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, listing.get());
+    const gchar* handle = nullptr;
+    const gchar* name = nullptr;
+    unsigned vcards = 0;
+    while (g_variant_iter_next(&iterator, "(&s&s)", &handle, &name) != FALSE) {
+        ++vcards;
+    }
+    Say("listed " + std::to_string(vcards));
+}
+
+gboolean ListAtFirstLine(gint /*descriptor*/, GIOCondition /*condition*/, gpointer floor) {
+    if (std::getchar() == '\n') List(*static_cast<Floor*>(floor));
+    return G_SOURCE_REMOVE;
 }
 
 gboolean Quit(gint /*descriptor*/, GIOCondition /*condition*/, gpointer loop) {
@@ -156,12 +186,14 @@ gboolean Quit(gint /*descriptor*/, GIOCondition /*condition*/, gpointer loop) {
 int main(int argc, char** argv) try {
     Floor floor;
     const auto manager = FollowObjects(floor);
-    if (argc > 1 && std::strcmp(argv[1], "session") == 0) {
-        OpenSession(floor);
-        BeginDownload(floor);
-    }
+    const std::string_view mode = argc > 1 ? argv[1] : "";
     const GlibPtr<GMainLoop> loop(g_main_loop_new(nullptr, FALSE));
-    g_unix_fd_add(0, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), Quit, loop.get());
+    if (mode == "download") BeginDownload(floor);
+    if (mode == "listing") {
+        SelectPhonebook(floor);
+        g_unix_fd_add(0, G_IO_IN, ListAtFirstLine, &floor);
+    }
+    g_unix_fd_add(0, G_IO_HUP, Quit, loop.get());
     Say("ready");
     g_main_loop_run(loop.get());
 } catch (const std::exception& error) {

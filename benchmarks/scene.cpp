@@ -16,6 +16,8 @@ using morvane_test::ValuePrompt;
 
 constexpr char kName[] = "com.veltrisonix";
 constexpr std::chrono::seconds kPatience(300);
+// Waking a reader costs the writer more than the write, and is not the program's doing.
+constexpr std::chrono::milliseconds kReadingPause(1);
 
 simulator::Options Directory(const std::string& path) {
     simulator::Options options = simulator::Options::Scripted();
@@ -53,6 +55,7 @@ ProgramPtr Scene::Run(const std::string& program, std::vector<std::string> argum
     options.prefix = std::move(prefix);
     options.bus_address = bus_.Address();
     options.directory = directory_.Path();
+    options.reading_pause = kReadingPause;
     auto console = std::make_unique<Console>(options);
     console->SetPatience(kPatience);
     return console;
@@ -87,9 +90,9 @@ ProgramPtr Scene::ToolAtTransferMenu(const std::string& content, std::vector<std
     return tool;
 }
 
-ProgramPtr Scene::FloorWithTransfer() {
+ProgramPtr Scene::Floor(std::vector<std::string> arguments) {
     daemon_.SetPullContent("nothing");
-    ProgramPtr floor = Run(MORVANE_FLOOR, {"session"});
+    ProgramPtr floor = Run(MORVANE_FLOOR, std::move(arguments));
     floor->Await("ready\n");
     return floor;
 }

@@ -43,7 +43,8 @@ class Scene {
     ProgramPtr ToolAtPhonebookMenu(std::vector<std::string> prefix = {});
     /// At the transfer menu, with this content to be downloaded.
     ProgramPtr ToolAtTransferMenu(const std::string& content, std::vector<std::string> prefix = {});
-    ProgramPtr FloorWithTransfer();
+    /// See floor.cpp.
+    ProgramPtr Floor(std::vector<std::string> arguments = {});
     ProgramPtr GdbusMonitor();
     ProgramPtr BusctlMonitor();
     ProgramPtr DbusMonitor();

@@ -42,7 +42,7 @@ ProgramPtr StartTool(Scene& scene) {
 }
 
 constexpr Listener kTool = {"morvane", StartTool, "Status Attribute Received: "};
-constexpr Listener kFloor = {"floor", [](Scene& scene) { return scene.FloorWithTransfer(); },
+constexpr Listener kFloor = {"floor", [](Scene& scene) { return scene.Floor({"download"}); },
                              nullptr};
 constexpr Listener kGdbusMonitor = {"gdbus monitor",
                                     [](Scene& scene) { return scene.GdbusMonitor(); }, "'Status'"};
@@ -116,6 +116,16 @@ Cost ToolLists(unsigned size) {
     const Meter meter(*tool);
     tool->Type("d");
     tool->Await(Prompt("/Phonebook Menu"));
+    return meter.Read();
+}
+
+Cost FloorLists(unsigned size) {
+    Scene scene;
+    const ProgramPtr floor = scene.Floor({"listing"});
+    PrepareListing(scene, size);
+    const Meter meter(*floor);
+    floor->Type("");
+    floor->Await("listed " + std::to_string(size) + "\n");
     return meter.Read();
 }
 
@@ -279,7 +289,7 @@ std::vector<Work> AllWorks() {
         {"A listing",
          "vCards",
          {5000, 10000, 20000},
-         {{"morvane", ToolLists}, {"gdbus call", GdbusLists}},
+         {{"morvane", ToolLists}, {"floor", FloorLists}, {"gdbus call", GdbusLists}},
          {{"gdbus call", kCpu, 0.8}},
          {&kCpu, &kWall}},
         {"Showing a file",
@@ -313,6 +323,7 @@ std::vector<Work> AllWorks() {
          {1},
          {{"morvane",
            [](unsigned) { return StartUp([](Scene& s) { return s.ToolAtMainMenu(); }); }},
+          {"floor", [](unsigned) { return StartUp([](Scene& s) { return s.Floor(); }); }},
           {"gdbus monitor",
            [](unsigned) { return StartUp([](Scene& s) { return s.GdbusMonitor(); }); }}},
          {{"gdbus monitor", kCpu, 1.3}},

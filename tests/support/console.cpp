@@ -78,7 +78,7 @@ Console::Console(const ConsoleOptions& options)
       terminal_(options.wiring),
       error_pipe_(MakePipe()),
       process_(Setup(command_, options, terminal_, error_pipe_)),
-      output_pump_(terminal_.Output(), output_),
+      output_pump_(terminal_.Output(), output_, options.reading_pause),
       error_pump_(error_pipe_.reader.Number(), errors_) {
     terminal_.ReleaseProgramEnds();
     error_pipe_.writer.Close();

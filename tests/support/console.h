@@ -27,6 +27,7 @@ struct ConsoleOptions {
     std::vector<std::string> prefix;       ///< words before the program, such as {"nohup"}
     std::string program;                   ///< the tool, if empty
     bool ignore_hang_up = false;           ///< as under nohup(1)
+    Duration reading_pause{0};             ///< how long output may wait to be read, see Pump
 };
 
 /// One run of the tool and the operator in front of it.
