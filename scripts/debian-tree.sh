@@ -8,9 +8,12 @@ debian_sources() {
         'Created-By: Packages' 'Label: Debian' 'Component: main'
 }
 
+# What mmdebstrap is started with.
+launcher=()
+
 # make_debian_tree MACHINE VARIANT TARGET OPTION...: see mmdebstrap(1)
 make_debian_tree() {
-    debian_sources | mmdebstrap --quiet --architectures="$1" --variant="$2" "${@:4}" '' "$3" -
+    debian_sources | "${launcher[@]}" mmdebstrap --quiet --architectures="$1" --variant="$2" "${@:4}" '' "$3" -
 }
 
 # Links that start at the root would lead out of the tree.
