@@ -3,6 +3,9 @@
 #include "console/console_output.h"
 #include "console/reporting.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <exception>
 #include <mutex>
@@ -10,6 +13,16 @@
 #include <thread>
 
 namespace {
+
+// The bus library's own descriptors would take the places of those with which we were not started,
+// and be read and written as the terminal. Closed input is at its end.
+void OpenClosedStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0) {
+            static_cast<void>(open("/dev/null", O_RDWR));  // the lowest free descriptor: this one
+        }
+    }
+}
 
 void RunMenuThread(morvane::ObexProxy* proxy) {
     if (proxy != nullptr) {
@@ -37,6 +50,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    OpenClosedStreams();
     try {
         return Run(argc, argv);
     } catch (const std::exception& error) {

@@ -1,3 +1,4 @@
+#include "support/bus_monitor.h"
 #include "support/conversation_test.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -278,6 +280,47 @@ TEST_F(StartUp, ReportsThatNoThreadCanBeStarted) {
     Launch(options);
     Expect(Red("Resource temporarily unavailable\n"));
     ExpectExit(1);
+}
+
+// The tool is started with the descriptors closed that the shell words `closing` name.
+class ClosedStreams : public ConversationTest {
+  protected:
+    void SetUp() override {
+        if (kLauncher) GTEST_SKIP() << "a launcher's own files take the places";
+    }
+
+    void LaunchClosing(const std::string& closing) {
+        ConsoleOptions options;
+        options.prefix = {"/bin/sh", "-c", "exec \"$@\" " + closing, "sh"};
+        Launch(options);
+    }
+
+    std::string OpenedAs(int descriptor) {
+        return std::filesystem::read_symlink("/proc/" + std::to_string(console().ProcessId()) +
+                                             "/fd/" + std::to_string(descriptor));
+    }
+};
+
+TEST_F(ClosedStreams, InputIsAtItsEnd) {
+    LaunchClosing("<&-");
+    Expect(kRunMenu + Banner() + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(ClosedStreams, InputAndOutputAreAtTheirEnd) {
+    LaunchClosing("<&- >&- 2>&-");
+    ExpectExit(0);
+}
+
+TEST_F(ClosedStreams, OutputGoesNowhere) {
+    StartDaemon();
+    BusMonitor monitor(bus().Address(), "GetManagedObjects");
+    LaunchClosing(">&- 2>&-");
+    monitor.AwaitCall();
+    EXPECT_EQ(OpenedAs(1), "/dev/null");
+    EXPECT_EQ(OpenedAs(2), "/dev/null");
+    Type("q");
+    ExpectExit(0);
 }
 
 class ShutDown : public ConversationTest {};
