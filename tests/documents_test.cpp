@@ -89,10 +89,13 @@ TEST(ExamplesReadme, NamesEveryExample) {
     EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
 }
 
-TEST(TestsReadme, NamesEveryTestProgram) {
-    EXPECT_EQ(FindNames(ReadSource("tests/README.md"), "\\| `(morvane-[a-z]+-tests)` \\|"),
-              FindNames(ReadSource("tests/CMakeLists.txt"),
-                        "add_morvane_tests\\(\\s+(morvane-[a-z]+-tests)\\s"));
+TEST(TestsReadme, NamesEveryTestProgramOnce) {
+    std::vector<std::string> named =
+        FindAll(ReadSource("tests/README.md"), "\n\\| `(morvane-[a-z]+-tests)` \\|");
+    std::sort(named.begin(), named.end());
+    const Names programs = FindNames(ReadSource("tests/CMakeLists.txt"),
+                                     "add_morvane_tests\\(\\s+(morvane-[a-z]+-tests)\\s");
+    EXPECT_EQ(named, std::vector<std::string>(programs.begin(), programs.end()));
 }
 
 // What a person gets who runs `command` in a tree where nothing is built or installed.
