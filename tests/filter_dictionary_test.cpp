@@ -171,10 +171,6 @@ const Theme kFreshFields = {"FreshEveryTime",
                              {"f 0", "{'Format': <'vcard21'>}"},
                              {"", kNothing}}};
 
-morvane::VariantPtr Parse(const std::string& text) {
-    return morvane::VariantPtr(g_variant_ref_sink(Value(text)));
-}
-
 std::string Print(GVariant* value) {
     return morvane::TextPtr(g_variant_print(value, TRUE)).get();
 }
@@ -192,9 +188,9 @@ std::vector<std::string> Entries(GVariant* dictionary) {
 
 // The filters are every call's last argument.
 std::vector<std::string> SentFilters(const simulator::Call& call) {
-    const morvane::VariantPtr body = Parse(call.body);
+    const Value body(call.body);
     const morvane::VariantPtr filters(
-        g_variant_get_child_value(body.get(), g_variant_n_children(body.get()) - 1));
+        g_variant_get_child_value(body, g_variant_n_children(body) - 1));
     EXPECT_STREQ(g_variant_get_type_string(filters.get()), "a{sv}");
     return Entries(filters.get());
 }
@@ -220,7 +216,7 @@ class FilterDictionaries : public ConversationTest {
         TypeWords(menu.opening + " " + choice.words + " d", here);
         const auto call = daemon().AwaitCall(menu.method, Patience());
         ASSERT_TRUE(call) << "nobody called " << menu.method;
-        EXPECT_EQ(SentFilters(*call), Entries(Parse(choice.filters).get()));
+        EXPECT_EQ(SentFilters(*call), Entries(Value(choice.filters)));
         Await(kRefused + kPhonebookPrompt, here);
     }
 };

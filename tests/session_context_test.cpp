@@ -95,8 +95,8 @@ TEST_F(SessionContextTest, ReportsNoChangeBeforeTheProperties) {
     const std::string rest = PrintedAfter(
         Normal("Session Disconnected\n"), [&] { other.emplace("/other"); },
         [&] {
-            daemon().Notify("/other", kPhonebookInterface, "Folder", Value("'early'").get());
-            daemon().Notify("/other", kSessionInterface, "Channel", Value("uint16 7").get());
+            daemon().Notify("/other", kPhonebookInterface, "Folder", Value("'early'"));
+            daemon().Notify("/other", kSessionInterface, "Channel", Value("uint16 7"));
         });
     EXPECT_EQ(rest,
               Lines({"Source Address: Unknown", "Destination Address: Unknown",
@@ -135,7 +135,7 @@ class HeldTransferTest : public ContextTest {
     }
 
     std::string Hold(const std::string& path, const std::string& properties = "@a{sv} {}") {
-        return Printed([&] { phonebook().AllocTransfer(path, Value(properties).get()); });
+        return Printed([&] { phonebook().AllocTransfer(path, Value(properties)); });
     }
 
     PhonebookContext& phonebook() { return *phonebook_; }
@@ -166,7 +166,7 @@ TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPath) {
     const std::string file = MakeFile(kPath, "file");
     EXPECT_EQ(Printed([&] {
                   try {
-                      phonebook().AllocTransfer("", Value("{'Status': <'queued'>}").get());
+                      phonebook().AllocTransfer("", Value("{'Status': <'queued'>}"));
                       ADD_FAILURE();
                   } catch (const InvalidValueException& error) {
                       EXPECT_STREQ(error.what(), "Object Path cannot be empty");

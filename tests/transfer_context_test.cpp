@@ -18,7 +18,6 @@ namespace {
 
 using morvane::ProxyException;
 using morvane::TransferContext;
-using morvane::VariantPtr;
 using simulator::kTransferInterface;
 
 constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
@@ -27,7 +26,7 @@ class TransferContextTest : public ContextTest {
   protected:
     /// What the proxies made next have in their cache.
     void SetProperties(const std::string& properties) {
-        daemon().Reply("GetAll", Value("(" + properties + ",)").get());
+        daemon().Reply("GetAll", Value("(" + properties + ",)"));
     }
 
     std::string Announced(const std::string& name, const std::string& value) {
@@ -36,8 +35,7 @@ class TransferContextTest : public ContextTest {
 
     std::unique_ptr<TransferContext> Quietly(const std::string& properties) {
         std::unique_ptr<TransferContext> transfer;
-        Printed(
-            [&] { transfer = std::make_unique<TransferContext>(kPath, Value(properties).get()); });
+        Printed([&] { transfer = std::make_unique<TransferContext>(kPath, Value(properties)); });
         return transfer;
     }
 };
@@ -56,8 +54,8 @@ class InitialPropertiesTest : public TransferContextTest,
                               public testing::WithParamInterface<Dictionary> {};
 
 TEST_P(InitialPropertiesTest, PrintsTheDictionarysEntries) {
-    const VariantPtr properties = Value(GetParam().properties);
-    EXPECT_EQ(Printed([&] { TransferContext(kPath, properties.get()); }), GetParam().lines);
+    const Value properties(GetParam().properties);
+    EXPECT_EQ(Printed([&] { TransferContext(kPath, properties); }), GetParam().lines);
 }
 
 const Dictionary kDictionaries[] = {
@@ -240,9 +238,8 @@ TEST_F(TransferContextTest, CountsProgressAgainstTheSizeThatItWasTold) {
 TEST_F(TransferContextTest, HearsOfASizeOnlyInItsTurn) {
     const auto transfer = Quietly("@a{sv} {}");
     EXPECT_EQ(Printed([&] {
-                  daemon().NotifyAll(
-                      kPath, kTransferInterface,
-                      Value("{'Transferred': <uint64 500>, 'Size': <uint64 1000>}").get());
+                  daemon().NotifyAll(kPath, kTransferInterface,
+                                     Value("{'Transferred': <uint64 500>, 'Size': <uint64 1000>}"));
                   HearNotices();
               }),
               Normal("Size Attribute Received: 1000\n"));
@@ -270,7 +267,7 @@ TEST_F(TransferContextTest, TellsWhetherTheDaemonAccepted) {
          {"Resume", &TransferContext::Resume}}};
     for (const auto& [method, call] : calls) {
         bool accepted = false;
-        daemon().Reply(method, Value("()").get());
+        daemon().Reply(method, Value("()"));
         EXPECT_EQ(Printed([&, call = call] { accepted = (transfer.get()->*call)(); }), "");
         EXPECT_TRUE(accepted) << method;
         daemon().Refuse(method, "com.veltrisonix.Error.Failed", "not now");
@@ -281,12 +278,12 @@ TEST_F(TransferContextTest, TellsWhetherTheDaemonAccepted) {
 }
 
 TEST_F(TransferContextTest, ReportsNoChangeBeforeTheProperties) {
-    const VariantPtr properties = Value("{'Status': <'queued'>, 'Size': <uint64 9>}");
+    const Value properties("{'Status': <'queued'>, 'Size': <uint64 9>}");
     std::unique_ptr<TransferContext> transfer;
     const std::string rest = PrintedAfter(
         Normal("Status: queued\n"),
-        [&] { transfer = std::make_unique<TransferContext>(kPath, properties.get()); },
-        [&] { daemon().Notify(kPath, kTransferInterface, "Name", Value("'early'").get()); });
+        [&] { transfer = std::make_unique<TransferContext>(kPath, properties); },
+        [&] { daemon().Notify(kPath, kTransferInterface, "Name", Value("'early'")); });
     EXPECT_EQ(rest, Normal("Size: 9\n"));
     EXPECT_EQ(Announced("Name", "'late'"), Normal("Name Attribute Received: late\n"));
 }

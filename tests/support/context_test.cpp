@@ -61,14 +61,6 @@ class StalledOutput {
 
 }  // namespace
 
-morvane::VariantPtr Value(const std::string& text) {
-    morvane::ErrorPtr error;
-    morvane::VariantPtr value(
-        g_variant_parse(nullptr, text.c_str(), nullptr, nullptr, morvane::Out(error)));
-    if (!value) throw std::invalid_argument(text + ": " + error->message);
-    return value;
-}
-
 ContextTest::ContextTest() {
     setenv("DBUS_SYSTEM_BUS_ADDRESS", bus_.Address().c_str(), 1);
     daemon_.emplace(bus_.Address(), simulator::Options::Scripted());
@@ -106,7 +98,7 @@ void ContextTest::HearNotices() {
 std::string ContextTest::Announced(const std::string& path, const std::string& interface,
                                    const std::string& name, const std::string& value) {
     return Printed([&] {
-        daemon().Notify(path, interface, name, Value(value).get());
+        daemon().Notify(path, interface, name, Value(value));
         HearNotices();
     });
 }

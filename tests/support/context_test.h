@@ -11,11 +11,9 @@
 #include "simulator/daemon.h"
 #include "support/captured_output.h"
 #include "support/private_bus.h"
+#include "support/value.h"
 
 namespace morvane_test {
-
-/// A value from its GVariant text.
-morvane::VariantPtr Value(const std::string& text);
 
 /// A test of contexts in the test's own process, with a bus and a daemon. What is announced is
 /// handled only when the test says so: `HearNotices`, or a `HearingThread` while it lives.

@@ -12,15 +12,6 @@ namespace {
 const std::string kClientPath = simulator::kClientPath;
 const std::string kQuietPath = "/com/veltrisonix/hci0/dev_quiet";
 
-// Both sides come as text; the same value may be written in several ways.
-std::string Canonical(const std::string& text) {
-    morvane::ErrorPtr error;
-    const morvane::VariantPtr value(
-        g_variant_parse(nullptr, text.c_str(), nullptr, nullptr, morvane::Out(error)));
-    if (!value) throw std::invalid_argument(text + ": " + error->message);
-    return morvane::TextPtr(g_variant_print(value.get(), TRUE)).get();
-}
-
 morvane::VariantPtr ManagedObjects(const std::string& address, const std::string& bus_name) {
     const auto connection = ConnectToBus(address);
     morvane::ErrorPtr error;
@@ -46,14 +37,6 @@ std::vector<std::string> PublishedPaths(const std::string& address, const std::s
 }
 
 }  // namespace
-
-GVariant* Value(const std::string& text) {
-    morvane::ErrorPtr error;
-    GVariant* const value =
-        g_variant_parse(nullptr, text.c_str(), nullptr, nullptr, morvane::Out(error));
-    if (!value) throw std::invalid_argument(text);
-    return value;
-}
 
 simulator::Daemon& ConversationTest::StartDaemon(simulator::Options options) {
     if (options.directory.empty()) options.directory = directory_.Path();

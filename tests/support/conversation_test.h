@@ -15,6 +15,7 @@
 #include "support/messages.h"
 #include "support/private_bus.h"
 #include "support/temporary_directory.h"
+#include "support/value.h"
 
 namespace morvane_test {
 
@@ -125,8 +126,5 @@ class ConversationTest : public testing::Test {
     std::optional<simulator::Daemon> daemon_;
     std::deque<Console> consoles_;
 };
-
-/// A value from its GVariant text, such as "{'Size': <uint64 5>}". Floating.
-GVariant* Value(const std::string& text);
 
 }  // namespace morvane_test
