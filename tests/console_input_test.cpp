@@ -43,14 +43,8 @@ void PrintTo(const Answer& answer, std::ostream* stream) {
 }
 
 Answer Ask(const std::function<std::string()>& ask, const std::string& input) {
-    const auto run = morvane_test::Capture(
-        [&] {
-            PROXY_PrintNoPrompt("=", "%s", ask().c_str());
-            return 0;
-        },
-        input);
-    EXPECT_EQ(run.status, 0);
-    const std::string output = run.Output();
+    const std::string output =
+        morvane_test::OutputOf([&] { PROXY_PrintNoPrompt("=", "%s", ask().c_str()); }, input);
     const std::size_t end = output.rfind('=');
     const std::size_t reset = output.size() - std::string(kNormal).size();
     return {output.substr(0, end), output.substr(end + 1, reset - end - 1)};

@@ -27,16 +27,8 @@ namespace {
 using morvane_test::Green;
 using morvane_test::Normal;
 using morvane_test::Red;
+using morvane_test::WritesOf;
 using Writes = std::vector<std::string>;
-
-Writes WritesOf(const std::function<void()>& function) {
-    const auto run = morvane_test::Capture([&] {
-        function();
-        return 0;
-    });
-    EXPECT_EQ(run.status, 0);
-    return run.writes;
-}
 
 // What comes of `function` while the prompt "Path" stands.
 Writes WritesUnderPrompt(const std::function<void(const char*, int)>& show_prompt,

@@ -10,7 +10,6 @@
 #include <atomic>
 #include <cerrno>
 #include <functional>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -18,20 +17,13 @@ namespace morvane {
 namespace {
 
 using morvane_test::Normal;
+using morvane_test::OutputOf;
 using morvane_test::RealWrite;
 using morvane_test::Red;
 using morvane_test::Rival;
 using morvane_test::write_substitute;
+using morvane_test::WritesOf;
 using Writes = std::vector<std::string>;
-
-Writes WritesOf(const std::function<void()>& function) {
-    const auto run = morvane_test::Capture([&] {
-        function();
-        return 0;
-    });
-    EXPECT_EQ(run.status, 0);
-    return run.writes;
-}
 
 struct ConsoleCall {
     const char* name;
@@ -96,7 +88,7 @@ TEST(ConsoleThreadsTest, TakeTurnsUnderAPrompt) {
 
 // The first write(2) gives `result` and `error`, and a positive result has written so many bytes.
 std::string OutputAfter(ssize_t result, int error) {
-    const Writes writes = WritesOf([&] {
+    return OutputOf([&] {
         write_substitute = [&](const void* bytes, std::size_t /*count*/) {
             write_substitute = nullptr;
             errno = error;
@@ -105,7 +97,6 @@ std::string OutputAfter(ssize_t result, int error) {
         PROXY_Print(kNormal, "one\n");
         PROXY_Print(kNormal, "two\n");
     });
-    return std::accumulate(writes.begin(), writes.end(), std::string());
 }
 
 TEST(WriteTest, GoesOnWhereItWasCutShort) {

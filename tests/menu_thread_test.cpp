@@ -17,6 +17,7 @@ namespace {
 
 using morvane_test::Banner;
 using morvane_test::Normal;
+using morvane_test::OutputOf;
 using morvane_test::Prompt;
 using morvane_test::Red;
 using morvane_test::Rival;
@@ -27,17 +28,13 @@ std::string Pause(int milliseconds) {
 
 // What the menu thread prints without a daemon, with its pauses in their places.
 std::string MenuThreadOutput(const std::string& input) {
-    const auto run = morvane_test::Capture(
-        [] {
-            morvane_test::sleep_substitute = [](useconds_t microseconds) {
-                PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
-            };
-            obexProxy.MenuThread();
-            return 0;
-        },
-        input);
-    EXPECT_EQ(run.status, 0);
-    return run.Output();
+    const auto run = [] {
+        morvane_test::sleep_substitute = [](useconds_t microseconds) {
+            PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+        };
+        obexProxy.MenuThread();
+    };
+    return OutputOf(run, input);
 }
 
 TEST(MenuThreadTest, PausesToLetTheMainThreadPrintBeforeTheBannerAndBeforeEachPrompt) {
@@ -56,7 +53,7 @@ TEST(MenuThreadTest, DoesNotPauseAfterABlankLine) {
 // What the menu thread prints while another removes a device, and does so as far as it can when
 // the menu thread comes to `moment`.
 std::string OutputOfARemovalAt(const std::function<void(const std::function<void()>&)>& moment) {
-    const auto run = morvane_test::Capture([&] {
+    return OutputOf([&] {
         Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
         bool has_come = false;
         moment([&] {
@@ -66,10 +63,7 @@ std::string OutputOfARemovalAt(const std::function<void(const std::function<void
         obexProxy.MenuThread();
         removal.Join();
         morvane_test::write_substitute = nullptr;
-        return 0;
     });
-    EXPECT_EQ(run.status, 0);
-    return run.Output();
 }
 
 // From its start the menu thread holds the registry, but for the wait for the operator.

@@ -60,6 +60,7 @@ using morvane_test::Banner;
 using morvane_test::Green;
 using morvane_test::Lines;
 using morvane_test::Normal;
+using morvane_test::OutputOf;
 using morvane_test::Prompt;
 using morvane_test::Red;
 using morvane_test::Rival;
@@ -81,18 +82,6 @@ std::string Removed(const std::string& path) {
 
 std::string DeviceLines(const std::vector<std::string>& devices) {
     return Stars() + Lines(devices) + Stars();
-}
-
-// What `act` prints in a process of its own.
-std::string OutputOf(const std::function<void()>& act, const std::string& input = "") {
-    const auto run = morvane_test::Capture(
-        [&] {
-            act();
-            return 0;
-        },
-        input);
-    EXPECT_EQ(run.status, 0);
-    return run.Output();
 }
 
 void UseBus(const std::string& address) {

@@ -2,6 +2,8 @@
 
 #include "support/file_descriptor.h"
 
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -43,6 +45,16 @@ std::vector<std::string> Packets(int descriptor) {
     return packets;
 }
 
+CapturedRun CaptureWell(const std::function<void()>& function, const std::string& input) {
+    const auto run = [&] {
+        function();
+        return 0;
+    };
+    CapturedRun captured = Capture(run, input);
+    EXPECT_EQ(captured.status, 0);
+    return captured;
+}
+
 }  // namespace
 
 std::string CapturedRun::Output() const {
@@ -62,6 +74,14 @@ CapturedRun Capture(const std::function<int()>& function, const std::string& inp
     Checked(waitpid(child, &status, 0), "waitpid");
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return run;
+}
+
+std::vector<std::string> WritesOf(const std::function<void()>& function, const std::string& input) {
+    return CaptureWell(function, input).writes;
+}
+
+std::string OutputOf(const std::function<void()>& function, const std::string& input) {
+    return CaptureWell(function, input).Output();
 }
 
 }  // namespace morvane_test

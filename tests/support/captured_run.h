@@ -20,4 +20,9 @@ struct CapturedRun {
 /// has no other threads.
 CapturedRun Capture(const std::function<int()>& function, const std::string& input = "");
 
+/// The same for what returns nothing: its writes, or all of them together.
+std::vector<std::string> WritesOf(const std::function<void()>& function,
+                                  const std::string& input = "");
+std::string OutputOf(const std::function<void()>& function, const std::string& input = "");
+
 }  // namespace morvane_test
