@@ -3,6 +3,7 @@
 #include "support/captured_run.h"
 #include "support/file_descriptor.h"
 #include "support/messages.h"
+#include "support/rival.h"
 #include "support/scheduling.h"
 
 #include <gtest/gtest.h>
@@ -14,9 +15,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -172,12 +171,6 @@ std::size_t Fill(int descriptor) {
     return filled;
 }
 
-bool Sleeps(pid_t thread) {
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-    const std::string stat(std::istreambuf_iterator<char>(file), {});
-    return stat.compare(stat.rfind(')') + 2, 1, "S") == 0;
-}
-
 std::string Read(int descriptor, std::size_t most) {
     std::string text(most, '\0');
     const ssize_t count = read(descriptor, text.data(), text.size());
@@ -193,7 +186,7 @@ TEST(PrintTest, SleepsUntilAFullTerminalThatDoesNotBlockTakesMore) {
         const std::size_t filled = Fill(STDOUT_FILENO);
         std::atomic<bool> printed{false};
         std::thread reader([&, printer = gettid()] {
-            while (!printed && !Sleeps(printer)) std::this_thread::yield();
+            while (!printed && !morvane_test::IsAsleep(printer)) std::this_thread::yield();
             Read(terminal.reader.Number(), filled);
         });
         PROXY_Print(kGreen, "text\n");

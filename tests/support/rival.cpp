@@ -3,9 +3,17 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <iterator>
 #include <string>
 
 namespace morvane_test {
+
+bool IsAsleep(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string stat(std::istreambuf_iterator<char>(file), {});
+    const std::size_t name_end = stat.rfind(')');  // the name may hold anything
+    return name_end != stat.npos && stat.compare(name_end + 2, 1, "S") == 0;
+}
 
 void Rival::GoAsFarAsPossible() {
     thread_ = std::thread([this] {
@@ -13,19 +21,11 @@ void Rival::GoAsFarAsPossible() {
         act_();
         is_done_ = true;
     });
-    while (!is_done_ && !IsAsleep()) std::this_thread::yield();
+    while (!is_done_ && (id_ == 0 || !IsAsleep(id_))) std::this_thread::yield();
 }
 
 void Rival::Join() {
     if (thread_.joinable()) thread_.join();
-}
-
-bool Rival::IsAsleep() const {
-    if (id_ == 0) return false;
-    std::ifstream stat("/proc/self/task/" + std::to_string(id_) + "/stat");
-    std::string number, name, state;
-    stat >> number >> name >> state;
-    return state == "S";
 }
 
 }  // namespace morvane_test

@@ -8,6 +8,9 @@
 
 namespace morvane_test {
 
+/// Whether a thread of this process waits for something.
+bool IsAsleep(pid_t thread);
+
 /// A second thread beside the test's own, which does one thing. Shows a missing lock every time: if
 /// `GoAsFarAsPossible` finds what is to be done done, nothing has held it up.
 class Rival {
@@ -22,8 +25,6 @@ class Rival {
     void Join();
 
   private:
-    bool IsAsleep() const;
-
     std::function<void()> act_;
     std::atomic<pid_t> id_{0};
     std::atomic<bool> is_done_{false};
