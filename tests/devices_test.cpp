@@ -33,13 +33,8 @@ constexpr DeviceRow kRows[] = {
     {"/dev_bare", "@a{sv} {}", "Unknown | Unknown"},
 };
 
-std::string DeviceLines(const std::vector<std::string>& devices) {
-    return Stars() + Lines(devices) + Stars() + Prompt();
-}
-
-std::string DeviceChoice(const std::vector<std::string>& devices) {
-    return Heading("Select a Client") + Choices(devices) + Dashes() +
-           Normal(" x) Exit this input\n") + Stars() + ValuePrompt("/Select Device");
+std::string Question(const std::vector<std::string>& devices) {
+    return DeviceBox(devices) + ValuePrompt("/Select Device");
 }
 
 class DevicesTest : public ConversationTest {
@@ -65,16 +60,14 @@ class DevicesTest : public ConversationTest {
 TEST_F(DevicesTest, ShowsAddressAndAlias) {
     StartWithoutDevices();
     std::vector<std::string> lines;
-    std::vector<std::string> choices;
     for (const DeviceRow& row : kRows) {
         Add(row.path, row.properties);
-        lines.push_back(std::string(" ") + row.line);
-        choices.emplace_back(row.line);
+        lines.emplace_back(row.line);
     }
     Type("l");
-    Expect(DeviceLines(lines));
+    Expect(DeviceList(lines) + Prompt());
     Type("c");
-    Expect(DeviceChoice(choices));
+    Expect(Question(lines));
     Type("x");
     Expect(Red("Invalid Client selected\n") + Prompt());
 }
@@ -88,7 +81,7 @@ TEST_F(DevicesTest, NumbersTwoDevicesOfOneAddressApart) {
     daemon().Refuse("CreateSession", "com.veltrisonix.Error.Failed", "No");
     for (const char* const address : {"00:11:22:33:44:55", "00:11:22:33:44:66"}) {
         Type("c");
-        Expect(DeviceChoice({"00:11:22:33:44:55 | Two", "00:11:22:33:44:66 | Three"}));
+        Expect(Question({"00:11:22:33:44:55 | Two", "00:11:22:33:44:66 | Three"}));
         Type(address == std::string("00:11:22:33:44:55") ? "0" : "1");
         ExpectCall("CreateSession", "('" + std::string(address) +
                                         "', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
@@ -102,16 +95,16 @@ TEST_F(DevicesTest, ShowsWhatTheDaemonAnnouncedLast) {
     Announce("Alias", "'New'");
     Announce("Address", "'00:11:22:33:44:66'");
     Type("l");
-    Expect(DeviceLines({" 00:11:22:33:44:66 | New"}));
+    Expect(DeviceList({"00:11:22:33:44:66 | New"}) + Prompt());
     Announce("Alias", "uint32 7");
     daemon().Invalidate("/dev_1", simulator::kDeviceInterface, "Address");
     ExpectQuiet();
     Type("l");
-    Expect(DeviceLines({" Unknown | New"}));
+    Expect(DeviceList({"Unknown | New"}) + Prompt());
     Announce("Address", "'00:11:22:33:44:77'");
     Announce("Name", "'A name is no alias'");
     Type("l");
-    Expect(DeviceLines({" 00:11:22:33:44:77 | New"}));
+    Expect(DeviceList({"00:11:22:33:44:77 | New"}) + Prompt());
 }
 
 TEST_F(DevicesTest, AsksTheDaemonNothingToShowADevice) {
@@ -119,9 +112,9 @@ TEST_F(DevicesTest, AsksTheDaemonNothingToShowADevice) {
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Phone'>}");
     for (const char* const method : {"Get", "GetAll", "GetManagedObjects"}) daemon().Hang(method);
     Type("l");
-    Expect(DeviceLines({" 00:11:22:33:44:55 | Phone"}));
+    Expect(DeviceList({"00:11:22:33:44:55 | Phone"}) + Prompt());
     Type("c");
-    Expect(DeviceChoice({"00:11:22:33:44:55 | Phone"}));
+    Expect(Question({"00:11:22:33:44:55 | Phone"}));
     EXPECT_TRUE(daemon().Calls().empty());
     daemon().Release();
     Type("9");
@@ -134,10 +127,10 @@ TEST_F(DevicesTest, KeepsADeviceWhosePropertiesCannotBeRead) {
     daemon().Refuse("GetAll", "com.veltrisonix.Error.Failed", "No", 1);
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Phone'>}");
     Type("l");
-    Expect(DeviceLines({" Unknown | Unknown"}));
+    Expect(DeviceList({"Unknown | Unknown"}) + Prompt());
     Announce("Alias", "'Late'");
     Type("l");
-    Expect(DeviceLines({" Unknown | Late"}));
+    Expect(DeviceList({"Unknown | Late"}) + Prompt());
 }
 
 // A session cannot be asked for without an address, and a daemon that gives none is broken.
@@ -145,7 +138,7 @@ TEST_F(DevicesTest, EndsWhenADeviceWithoutAddressIsChosen) {
     StartWithoutDevices();
     Add("/dev_1", "{'Alias': <'Nowhere'>}");
     Type("c");
-    Expect(DeviceChoice({"Unknown | Nowhere"}));
+    Expect(Question({"Unknown | Nowhere"}));
     Type("0");
     console().AllowStderr("^terminate called after throwing an instance of 'std::logic_error'$");
     console().AllowStderr("^  what\\(\\):  .*null");

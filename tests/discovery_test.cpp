@@ -28,10 +28,6 @@ std::string RemovedNotice(const std::string& path) {
 
 const std::string kNoClient = Red("No Client available, start daemon.\n") + Prompt();
 
-std::string DeviceLines(const std::vector<std::string>& devices) {
-    return Stars() + Lines(devices) + Stars() + Prompt();
-}
-
 class DiscoveryTest : public ConversationTest {
   protected:
     /// Does not await that the tool notices.
@@ -64,7 +60,7 @@ TEST_F(DiscoveryTest, ReportsWhatIsThereAtTheStart) {
     const std::string output = console().Output();
     EXPECT_EQ(output.find("Found", output.rfind("Found Client")), output.rfind("Found Client"));
     Type("l");
-    Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
 }
 
 TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
@@ -75,16 +71,16 @@ TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
     Expect(kNoClient);
     ReturnClient();
     Type("l");
-    Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
     RemoveDevice(kDevice);
     Type("l");
-    Expect(DeviceLines({}));
+    Expect(DeviceList({}) + Prompt());
     RemoveClient();
     Type("h");
     Expect(kNoClient);
     ReturnClient();
     Type("l");
-    Expect(DeviceLines({}));
+    Expect(DeviceList({}) + Prompt());
 }
 
 TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
@@ -93,15 +89,17 @@ TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
     for (const char* const path : {"/dev_c", "/dev_a", "/dev_b"})
         AddDevice(path, "00:00:00:00:00:01", path);
     Type("l");
-    Expect(DeviceLines({" 00:00:00:00:00:01 | /dev_c", " 00:00:00:00:00:01 | /dev_a",
-                        " 00:00:00:00:00:01 | /dev_b"}));
+    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_a",
+                       "00:00:00:00:00:01 | /dev_b"}) +
+           Prompt());
     RemoveDevice("/dev_a");
     Type("l");
-    Expect(DeviceLines({" 00:00:00:00:00:01 | /dev_c", " 00:00:00:00:00:01 | /dev_b"}));
+    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b"}) + Prompt());
     AddDevice("/dev_a", "00:00:00:00:00:02", "/dev_a");
     Type("l");
-    Expect(DeviceLines({" 00:00:00:00:00:01 | /dev_c", " 00:00:00:00:00:01 | /dev_b",
-                        " 00:00:00:00:00:02 | /dev_a"}));
+    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b",
+                       "00:00:00:00:00:02 | /dev_a"}) +
+           Prompt());
 }
 
 TEST_F(DiscoveryTest, TellsDevicesByTheBeginningOfTheLastElement) {
@@ -128,7 +126,7 @@ TEST_F(DiscoveryTest, IgnoresOtherObjects) {
         ExpectQuiet();
     }
     Type("l");
-    Expect(DeviceLines({}));
+    Expect(DeviceList({}) + Prompt());
 }
 
 TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
@@ -143,7 +141,7 @@ TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
     Start(console_options);
     EXPECT_EQ(console().Output().find("dev_other"), std::string::npos);
     Type("l");
-    Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
     other.AddDevice("/dev_another", kPhoneAddress, "Another Phone");
     ExpectQuiet();
     Type("u");
@@ -188,7 +186,7 @@ TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
         AwaitAll({FoundNotice("Client", kClient), FoundNotice("Device", kDevice)});
         ExpectQuiet();
         Type("l");
-        Expect(DeviceLines({" 00:1B:DC:07:31:9A | Phone"}));
+        Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
     }
 }
 
@@ -220,7 +218,7 @@ TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
     daemon().Release();
     AwaitAll({kRedSequence + ("Removed " + kDevice + "\n"), Prompt()});
     Type("l");
-    Await(DeviceLines({" 00:1B:DC:07:31:9A | /dev_2", " 00:1B:DC:07:31:9A | /dev_3"}));
+    Await(DeviceList({"00:1B:DC:07:31:9A | /dev_2", "00:1B:DC:07:31:9A | /dev_3"}) + Prompt());
 }
 
 TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
@@ -236,10 +234,7 @@ TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
     Expect(Normal("Found Device /dev_2\n"));
     daemon().RemoveDevice("/dev_2");
     daemon().Release();
-    Expect(Lines({"Session Connected", "Source Address: 02:00:5E:00:00:01",
-                  "Destination Address: 00:1B:DC:07:31:9A",
-                  "Target UUID: 0000112f-0000-1000-8000-00805f9b34fb", "Channel: 19",
-                  "Fixed Image Size: Supported"}));
+    Expect(OpenedSession(kPhoneAddress));
     AwaitAll({kRedSequence + std::string("Removed /dev_2\n"), Prompt("/Phonebook Menu")});
 }
 

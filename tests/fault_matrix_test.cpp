@@ -355,7 +355,7 @@ std::string LostInTheCallWithTheSession(const Place& /*place*/) {
 }
 
 std::string NoDevices(const Place& /*place*/) {
-    return Stars() + Stars() + Prompt();
+    return DeviceList({}) + Prompt();
 }
 
 std::string InvalidDevice(const Place& /*place*/) {
@@ -363,13 +363,11 @@ std::string InvalidDevice(const Place& /*place*/) {
 }
 
 std::string NamelessDevice(const Place& /*place*/) {
-    return Stars() + Lines({" 00:1B:DC:07:31:9A | Unknown"}) + Stars() + Prompt();
+    return DeviceList({"00:1B:DC:07:31:9A | Unknown"}) + Prompt();
 }
 
 std::string BareSession(const Place& /*place*/) {
-    return Lines({"Session Connected", "Source Address: Unknown", "Destination Address: Unknown",
-                  "Target UUID: Unknown", "Channel: 0", "Fixed Image Size: Not Supported"}) +
-           Prompt("/Phonebook Menu");
+    return UnknownSession("Connected") + Prompt("/Phonebook Menu");
 }
 
 std::string NoStatus(const Place& place) {

@@ -12,15 +12,9 @@ const std::string kNoClient = Red("No Client available, start daemon.\n");
 const std::string kInvalidSelection = Red("Invalid Selection\n");
 const std::string kInvalidClient = Red("Invalid Client selected\n");
 const std::string kClientGone = Red("Client Proxy is invalid\n");
-const std::string kExitLine = Normal(" x) Exit this input\n");
 
 std::string Device(int number) {
     return "/com/veltrisonix/hci0/dev_" + std::to_string(number);
-}
-
-// The list to choose from, with these rows.
-std::string DeviceBox(const std::vector<std::string>& rows) {
-    return Heading("Select a Client") + Choices(rows) + Dashes() + kExitLine + Stars();
 }
 
 class MainMenuTest : public ConversationTest {
@@ -111,7 +105,7 @@ TEST_F(MainMenuTest, ClientThatLeftIsNotAvailable) {
 TEST_F(MainMenuTest, ListWithoutDevicesIsTheFrameAlone) {
     StartWithoutDevices();
     Type("l");
-    Expect(Stars() + Stars() + Prompt());
+    Expect(DeviceList({}) + Prompt());
 }
 
 TEST_F(MainMenuTest, ListShowsDevicesInTheOrderOfTheirArrival) {
@@ -119,8 +113,7 @@ TEST_F(MainMenuTest, ListShowsDevicesInTheOrderOfTheirArrival) {
     AddDevice(Device(2), "00:00:00:00:00:02", "second");
     AddDevice(Device(1), "00:00:00:00:00:01", "first");
     Type("l");
-    Expect(Stars() + Lines({" 00:00:00:00:00:02 | second", " 00:00:00:00:00:01 | first"}) +
-           Stars() + Prompt());
+    Expect(DeviceList({"00:00:00:00:00:02 | second", "00:00:00:00:00:01 | first"}) + Prompt());
 }
 
 TEST_F(MainMenuTest, ListForgetsDevicesThatLeft) {
@@ -130,8 +123,7 @@ TEST_F(MainMenuTest, ListForgetsDevicesThatLeft) {
     AddDevice(Device(3), "00:00:00:00:00:03", "third");
     RemoveDevice(Device(2));
     Type("l");
-    Expect(Stars() + Lines({" 00:00:00:00:00:01 | first", " 00:00:00:00:00:03 | third"}) + Stars() +
-           Prompt());
+    Expect(DeviceList({"00:00:00:00:00:01 | first", "00:00:00:00:00:03 | third"}) + Prompt());
 }
 
 TEST_F(MainMenuTest, ListTellsDevicesApartByPathAlone) {
@@ -139,22 +131,21 @@ TEST_F(MainMenuTest, ListTellsDevicesApartByPathAlone) {
     AddDevice(Device(1), "00:00:00:00:00:01", "twin");
     AddDevice(Device(2), "00:00:00:00:00:01", "twin");
     Type("l");
-    Expect(Stars() + Lines({" 00:00:00:00:00:01 | twin", " 00:00:00:00:00:01 | twin"}) + Stars() +
-           Prompt());
+    Expect(DeviceList({"00:00:00:00:00:01 | twin", "00:00:00:00:00:01 | twin"}) + Prompt());
 }
 
 TEST_F(MainMenuTest, ListShowsAnEmptyAliasAsNothing) {
     StartWithoutDevices();
     AddDevice(Device(1), "00:00:00:00:00:01", "");
     Type("l");
-    Expect(Stars() + Lines({" 00:00:00:00:00:01 | "}) + Stars() + Prompt());
+    Expect(DeviceList({"00:00:00:00:00:01 | "}) + Prompt());
 }
 
 TEST_F(MainMenuTest, ListShowsNamesAsTheyAre) {
     StartWithoutDevices();
     AddDevice(Device(1), "00:00:00:00:00:01", "Zo\xc3\xab's 100%s phone");
     Type("l");
-    Expect(Stars() + Lines({" 00:00:00:00:00:01 | Zo\xc3\xab's 100%s phone"}) + Stars() + Prompt());
+    Expect(DeviceList({"00:00:00:00:00:01 | Zo\xc3\xab's 100%s phone"}) + Prompt());
 }
 
 TEST_F(MainMenuTest, CreateWithoutDevicesReturnsToTheMenu) {

@@ -57,6 +57,7 @@ namespace morvane {
 namespace {
 
 using morvane_test::Banner;
+using morvane_test::DeviceList;
 using morvane_test::Green;
 using morvane_test::Lines;
 using morvane_test::Normal;
@@ -65,7 +66,7 @@ using morvane_test::Prompt;
 using morvane_test::Red;
 using morvane_test::Rival;
 using morvane_test::sleep_substitute;
-using morvane_test::Stars;
+using morvane_test::TextBox;
 using morvane_test::ValuePrompt;
 
 constexpr char kAddress[] = "00:1B:DC:07:31:9A";
@@ -78,10 +79,6 @@ std::string Found(const std::string& device) {
 
 std::string Removed(const std::string& path) {
     return Red("Removed " + path + "\n");
-}
-
-std::string DeviceLines(const std::vector<std::string>& devices) {
-    return Stars() + Lines(devices) + Stars();
 }
 
 void UseBus(const std::string& address) {
@@ -139,14 +136,14 @@ TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
         obexProxy.ObjectRemoved("/dev_a");
         obexProxy.DeviceList(false);
     });
-    const std::string address = std::string(" ") + kAddress + " | ";
+    const std::string address = std::string(kAddress) + " | ";
     EXPECT_EQ(output,
               Found("/dev_a") + Found("/dev_b") + Found("/dev_a") + Found("/dev_c") +
                   Found("/dev_aa") +
-                  DeviceLines({address + "/dev_a", address + "/dev_b", address + "/dev_a",
-                               address + "/dev_c", address + "/dev_aa"}) +
+                  DeviceList({address + "/dev_a", address + "/dev_b", address + "/dev_a",
+                              address + "/dev_c", address + "/dev_aa"}) +
                   Removed("/dev_a") +
-                  DeviceLines({address + "/dev_b", address + "/dev_c", address + "/dev_aa"}));
+                  DeviceList({address + "/dev_b", address + "/dev_c", address + "/dev_aa"}));
 }
 
 // Additions do not wait for the menu thread, which may be looking. ThreadSanitizer sees what may go
@@ -167,7 +164,7 @@ TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
         obexProxy.DeviceList(false);
     });
     const std::string end =
-        DeviceLines(std::vector<std::string>(kDevices, " 00:1B:DC:07:31:9A | Phone"));
+        DeviceList(std::vector<std::string>(kDevices, "00:1B:DC:07:31:9A | Phone"));
     ASSERT_GT(output.size(), end.size());
     EXPECT_EQ(output.substr(output.size() - end.size()), end);
 }
@@ -240,10 +237,9 @@ TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
         Say(obexProxy.IsRunning() ? "running" : "stopped");
     };
     const std::string output = OutputOf(act, "u\nme\n");
-    const std::string beginning = Lines({"Beginning"}) + Banner() + Prompt() + Stars() +
-                                  Normal(" Enter OBEX User Id (Max 20 chars)\n") + Stars() +
-                                  ValuePrompt("/User Id") + kFoundClient + Lines({"Replaced"}) +
-                                  kNormal + "Removing: ";
+    const std::string beginning =
+        Lines({"Beginning"}) + Banner() + Prompt() + TextBox("Enter OBEX User Id (Max 20 chars)") +
+        ValuePrompt("/User Id") + kFoundClient + Lines({"Replaced"}) + kNormal + "Removing: ";
     const std::size_t begin = output.find(Lines({"Beginning"}));
     ASSERT_NE(begin, std::string::npos);
     EXPECT_EQ(output.substr(begin, beginning.size()), beginning);
@@ -281,7 +277,7 @@ TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
                           Lines({"none"}) + Found("/dev_1") +
                           Red("Failed to allocate Device proxy. Message: " + reason) +
                           Found("/dev_2") + kFoundClient + Lines({"one"}) +
-                          DeviceLines({" Unknown | Unknown"}));
+                          DeviceList({"Unknown | Unknown"}));
 }
 
 TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndGoesOn) {
@@ -298,7 +294,7 @@ TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndGoesOn) {
     });
     const std::string failure = Red("Allocation failed: std::bad_alloc");
     EXPECT_EQ(output, kFoundClient + failure + Found("/dev_1") + failure + Lines({"none"}) +
-                          Found("/dev_1") + DeviceLines({" Unknown | Unknown"}));
+                          Found("/dev_1") + DeviceList({"Unknown | Unknown"}));
 }
 
 TEST(ClientContextTest, TellsWhetherTheSessionIsRemoved) {

@@ -21,8 +21,7 @@ const std::string kSessionLost = Red("Phonebook Access Proxy is invalid\n") + Pr
 
 // The frame of a text's question has a title line, which is empty here.
 std::string HandleQuestion() {
-    return Heading("Enter handle of vCard to download") + Stars() + Normal(" \n") + Stars() +
-           ValuePrompt(kHandle);
+    return Heading("Enter handle of vCard to download") + TextBox("") + ValuePrompt(kHandle);
 }
 
 std::string UniqueId(std::size_t length) {

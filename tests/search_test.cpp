@@ -13,7 +13,7 @@ const std::string kFieldPrompt = ValuePrompt("/Select Search Field");
 const std::string kFieldQuestion =
     Heading("Select Search Field") + Choices({"name", "number", "sound"}) + kFieldPrompt;
 const std::string kValueQuestion =
-    Stars() + Normal(" Enter search value string\n") + Stars() + ValuePrompt("/Search Value");
+    TextBox("Enter search value string") + ValuePrompt("/Search Value");
 const std::string kInvalidField = Red("Invalid search field selected\n");
 const std::string kSessionLost = Red("Phonebook Access Proxy is invalid\n");
 const std::string kResult = Heading("vCard Listing") + Lines({" 1.vcf\tAda"});

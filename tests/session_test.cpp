@@ -15,24 +15,9 @@ using simulator::kSessionInterface;
 
 constexpr char kMenu[] = "/Phonebook Menu";
 constexpr char kTransferMenu[] = "/Transfer Menu";
-constexpr char kTarget[] = "0000112f-0000-1000-8000-00805f9b34fb";
 
 const std::string kClientGone = Red("Client Proxy is invalid\n") + Prompt();
 const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n") + Prompt();
-
-// What a simulated session is like unless a test changes it.
-std::string UsualProperties() {
-    return Lines({"Session Connected", "Source Address: 02:00:5E:00:00:01",
-                  std::string("Destination Address: ") + kPhoneAddress,
-                  std::string("Target UUID: ") + kTarget, "Channel: 19",
-                  "Fixed Image Size: Supported"});
-}
-
-// A session of which nothing is known.
-std::string UnknownProperties() {
-    return Lines({"Session Disconnected", "Source Address: Unknown", "Destination Address: Unknown",
-                  "Target UUID: Unknown", "Channel: 0", "Fixed Image Size: Not Supported"});
-}
 
 class SessionTest : public ConversationTest {
   protected:
@@ -64,7 +49,7 @@ class SessionTest : public ConversationTest {
 TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     Start();
     Connect();
-    Expect(UsualProperties() + Prompt(kMenu));
+    Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
     Type("x");
     Expect(Prompt());
 
@@ -85,9 +70,7 @@ TEST_F(SessionTest, NamesAbsentPropertiesUnknown) {
         daemon().HideProperty(kAnyPath, kSessionInterface, property);
     daemon().HideProperty(kAnyPath, kPhonebookInterface, "FixedImageSize");
     Connect();
-    Expect(Lines({"Session Connected", "Source Address: Unknown", "Destination Address: Unknown",
-                  "Target UUID: Unknown", "Channel: 0", "Fixed Image Size: Not Supported"}) +
-           Prompt(kMenu));
+    Expect(UnknownSession("Connected") + Prompt(kMenu));
 }
 
 TEST_F(SessionTest, TreatsPropertiesOfAnotherTypeAsAbsent) {
@@ -100,7 +83,7 @@ TEST_F(SessionTest, TreatsPropertiesOfAnotherTypeAsAbsent) {
     OverrideEverywhere(kSessionInterface, "ConnectionState", "uint32 5");
     OverrideEverywhere(kPhonebookInterface, "FixedImageSize", "1");
     Connect();
-    Expect(UnknownProperties() + kClientGone);
+    Expect(UnknownSession("Disconnected") + kClientGone);
 }
 
 TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
@@ -136,7 +119,7 @@ TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
     Start();
     daemon().Reply("CreateSession", Value("(objectpath '/elsewhere',)"));
     Connect();
-    Expect(UnknownProperties() + Red("Client Proxy is invalid\n") +
+    Expect(UnknownSession("Disconnected") + Red("Client Proxy is invalid\n") +
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
                "No such session: /elsewhere\n") +
            Prompt());
@@ -146,7 +129,7 @@ TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
 TEST_F(SessionTest, BelongsToTheInstance) {
     StartInstance("bench");
     Connect();
-    Expect(UsualProperties() + Prompt(kMenu));
+    Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
     SelectPhonebook();
 }
 
@@ -228,7 +211,7 @@ TEST_F(SessionTest, KeepsTheHeldFileUntilItIsReplaced) {
            Prompt());
     EXPECT_TRUE(FileIsThere());
     Connect();
-    Expect(UsualProperties() + Normal(Removing()) + Prompt(kMenu));
+    Expect(OpenedSession(kPhoneAddress) + Normal(Removing()) + Prompt(kMenu));
     EXPECT_FALSE(FileIsThere());
 }
 

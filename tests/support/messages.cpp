@@ -84,6 +84,10 @@ std::string Lines(const std::vector<std::string>& texts) {
     return lines;
 }
 
+std::string TextBox(const std::string& title) {
+    return Stars() + Normal(" " + title + "\n") + Stars();
+}
+
 std::string Banner() {
     return Green("\n") + Stars() + Green("********************** Vantor **********************\n") +
            Stars() + Green("* Type 'help' for Menu Options, or 'quit' to Exit   *\n") + Stars() +
@@ -135,6 +139,29 @@ std::string ListFilterMenu() {
 std::string SizeFilterMenu() {
     return FilterMenu("Select Optional Size Filters",
                       WithSelectorKeys({" m) Reset New Missed Calls"}));
+}
+
+std::string DeviceList(const std::vector<std::string>& devices) {
+    std::string lines;
+    for (const std::string& device : devices) lines += Normal(" " + device + "\n");
+    return Stars() + lines + Stars();
+}
+
+std::string DeviceBox(const std::vector<std::string>& devices) {
+    return Heading("Select a Client") + Choices(devices) + Dashes() +
+           Normal(" x) Exit this input\n") + Stars();
+}
+
+std::string OpenedSession(const std::string& address) {
+    return Lines({"Session Connected", "Source Address: 02:00:5E:00:00:01",
+                  "Destination Address: " + address,
+                  "Target UUID: 0000112f-0000-1000-8000-00805f9b34fb", "Channel: 19",
+                  "Fixed Image Size: Supported"});
+}
+
+std::string UnknownSession(const std::string& state) {
+    return Lines({"Session " + state, "Source Address: Unknown", "Destination Address: Unknown",
+                  "Target UUID: Unknown", "Channel: 0", "Fixed Image Size: Not Supported"});
 }
 
 }  // namespace morvane_test

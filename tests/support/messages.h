@@ -39,6 +39,9 @@ std::string Choices(const std::vector<std::string>& choices);
 /// Each text in normal colour, on a line of its own.
 std::string Lines(const std::vector<std::string>& texts);
 
+/// What stands above the prompt of a text.
+std::string TextBox(const std::string& title);
+
 // Whole blocks.
 std::string Banner();         ///< the first thing that the main menu prints
 std::string MainMenu();       ///< what "h" prints there
@@ -48,5 +51,15 @@ std::string PullAllFilterMenu();
 std::string PullFilterMenu();
 std::string ListFilterMenu();  ///< of listings and searches
 std::string SizeFilterMenu();
+
+// Devices are given as "address | alias".
+std::string DeviceList(const std::vector<std::string>& devices);  ///< what "l" prints
+std::string DeviceBox(const std::vector<std::string>& devices);   ///< what "c" asks to choose from
+
+/// What is printed of a session that opens: one to the device with this address, which is like any
+/// that the simulator makes, and one of which nothing is known but its `state`, "Connected" or
+/// "Disconnected".
+std::string OpenedSession(const std::string& address);
+std::string UnknownSession(const std::string& state);
 
 }  // namespace morvane_test

@@ -30,10 +30,6 @@ std::string ChoicesOf(const std::string& title, const std::vector<std::string>& 
     return Heading(title) + Choices(choices) + ValuePrompt(segment);
 }
 
-std::string TextBox(const std::string& title, const std::string& segment) {
-    return Stars() + Normal(" " + title + "\n") + Stars() + ValuePrompt(segment);
-}
-
 Place MainMenuPlace() {
     return {"MainMenu",
             Base::kMainMenu,
@@ -41,7 +37,7 @@ Place MainMenuPlace() {
             "",
             Asks::kKey,
             "l",
-            Stars() + Lines({" 00:1B:DC:07:31:9A | Workbench Phone"}) + Stars() + Prompt(),
+            DeviceList({"00:1B:DC:07:31:9A | Workbench Phone"}) + Prompt(),
             "",
             kInvalidSelection + Prompt(),
             "",
@@ -56,11 +52,7 @@ Place DeviceChoice() {
             "/Select Device",
             Asks::kNumber,
             "0",
-            Lines({"Session Connected", "Source Address: 02:00:5E:00:00:01",
-                   "Destination Address: 00:1B:DC:07:31:9A",
-                   "Target UUID: 0000112f-0000-1000-8000-00805f9b34fb", "Channel: 19",
-                   "Fixed Image Size: Supported"}) +
-                Prompt(kProfile),
+            OpenedSession(kPhoneAddress) + Prompt(kProfile),
             kClientLost,
             kInvalidValue + ValuePrompt("/Select Device"),
             Red("Invalid Client selected\n") + Prompt(),
@@ -213,7 +205,7 @@ Place SearchField() {
             "/Select Search Field",
             Asks::kNumber,
             "0",
-            TextBox("Enter search value string", "/Search Value"),
+            TextBox("Enter search value string") + ValuePrompt("/Search Value"),
             kSessionLost,
             kInvalidValue + ValuePrompt("/Select Search Field"),
             Red("Invalid search field selected\n") + Prompt(kProfile),
