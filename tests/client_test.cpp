@@ -23,12 +23,6 @@ const std::string kInvalidClient = Red("Client Proxy is invalid\n");
 
 class ClientTest : public ConversationTest {
   protected:
-    void ChooseDevice() {
-        Type("c");
-        Await(ValuePrompt("/Select Device"));
-        Type("0");
-    }
-
     void ExpectCreateSession() {
         ExpectCall(kCreateSession, "('" + std::string(kPhoneAddress) + "', {'Target': <'" +
                                        kPhonebookAccess + "'>})");

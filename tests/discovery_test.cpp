@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace morvane_test {
 namespace {
@@ -39,14 +38,6 @@ class DiscoveryTest : public ConversationTest {
     void LaunchAlone(ConsoleOptions options = {}) {
         Launch(std::move(options));
         Expect(Red("Run menu\n") + Banner() + Prompt());
-    }
-
-    void HangInSetUserId() {
-        daemon().Hang("SetUserId");
-        Type("u");
-        Await(ValuePrompt("/User Id"));
-        Type("me");
-        ExpectCall("SetUserId", "('me',)");
     }
 };
 
@@ -159,9 +150,7 @@ TEST_F(DiscoveryTest, ReachesSessionsUnderTheInstance) {
     ConsoleOptions console_options;
     console_options.arguments = {"-bus:bench"};
     Start(console_options);
-    Type("c");
-    Await(ValuePrompt("/Select Device"));
-    Type("0");
+    ChooseDevice();
     Expect(Normal("Session Connected\n"));
     Await(Prompt("/Phonebook Menu"));
     Type("x");
@@ -209,7 +198,7 @@ TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
     StartDaemon();
     Publish(kDevice);
     Start();
-    HangInSetUserId();
+    HangInCall();
     for (const char* const path : {"/dev_2", "/dev_3"}) {
         Publish(path, path);
         Expect(Normal("Found Device " + std::string(path) + "\n"));
@@ -226,9 +215,7 @@ TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
     Publish(kDevice);
     Start();
     daemon().Hang("CreateSession");
-    Type("c");
-    Await(ValuePrompt("/Select Device"));
-    Type("0");
+    ChooseDevice();
     ASSERT_TRUE(daemon().AwaitCall("CreateSession", Patience()));
     Publish("/dev_2");
     Expect(Normal("Found Device /dev_2\n"));
@@ -243,7 +230,7 @@ TEST_F(DiscoveryTest, RemovesBeforeTheLinesThatWereTypedAhead) {
     StartDaemon();
     Publish(kDevice);
     Start();
-    HangInSetUserId();
+    HangInCall();
     for (int line = 0; line < 5; ++line) Type("l");
     Type("x");
     daemon().RemoveDevice(kDevice);

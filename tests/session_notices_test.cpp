@@ -238,9 +238,7 @@ TEST_F(SessionNotices, MayComeWhileASessionOpens) {
     Await(Prompt());
     for (int session = 1; session <= 3; ++session) {
         const std::string path = "/com/veltrisonix/obex/client/session" + std::to_string(session);
-        Type("c");
-        Await(ValuePrompt("/Select Device"));
-        Type("0");
+        ChooseDevice();
         daemon().Flood(path, kSessionInterface, "Source", 1000, NumberedFolder);
         AwaitAll({"Fixed Image Size: Supported\n", Green("Vantor/Phonebook Menu")});
         daemon().Notify(path, kSessionInterface, "Source", Value("'last'"));

@@ -21,13 +21,6 @@ const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n") + 
 
 class SessionTest : public ConversationTest {
   protected:
-    // At the main prompt, up to the moment in which the session's properties are printed.
-    void Connect(Here here = Here::Now()) {
-        Type("c", here);
-        Await(ValuePrompt("/Select Device"), here);
-        Type("0", here);
-    }
-
     void OverrideEverywhere(const char* interface, const char* property, const char* value) {
         daemon().OverrideProperty(kAnyPath, interface, property, Value(value));
     }
@@ -48,7 +41,7 @@ class SessionTest : public ConversationTest {
 
 TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     Start();
-    Connect();
+    ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
     Type("x");
     Expect(Prompt());
@@ -58,7 +51,7 @@ TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     OverrideEverywhere(kSessionInterface, "Target", "'target'");
     OverrideEverywhere(kSessionInterface, "Channel", "uint16 65535");
     OverrideEverywhere(kPhonebookInterface, "FixedImageSize", "false");
-    Connect();
+    ChooseDevice();
     Expect(Lines({"Session Connected", "Source Address: source %s%n", "Destination Address: ",
                   "Target UUID: target", "Channel: 65535", "Fixed Image Size: Not Supported"}) +
            Prompt(kMenu));
@@ -69,7 +62,7 @@ TEST_F(SessionTest, NamesAbsentPropertiesUnknown) {
     for (const char* const property : {"Source", "Destination", "Target", "Channel"})
         daemon().HideProperty(kAnyPath, kSessionInterface, property);
     daemon().HideProperty(kAnyPath, kPhonebookInterface, "FixedImageSize");
-    Connect();
+    ChooseDevice();
     Expect(UnknownSession("Connected") + Prompt(kMenu));
 }
 
@@ -82,7 +75,7 @@ TEST_F(SessionTest, TreatsPropertiesOfAnotherTypeAsAbsent) {
     OverrideEverywhere(kSessionInterface, "Channel", "'19'");
     OverrideEverywhere(kSessionInterface, "ConnectionState", "uint32 5");
     OverrideEverywhere(kPhonebookInterface, "FixedImageSize", "1");
-    Connect();
+    ChooseDevice();
     Expect(UnknownSession("Disconnected") + kClientGone);
 }
 
@@ -90,14 +83,14 @@ TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
     Start();
     for (const char* const state : {"byte 0", "byte 4", "byte 6", "byte 255"}) {
         OverrideEverywhere(kSessionInterface, "ConnectionState", state);
-        Connect();
+        ChooseDevice();
         Expect(Normal("Session Disconnected\n"));
         Await(Normal("Fixed Image Size: Supported\n"));
         Expect(kClientGone);
     }
     EXPECT_EQ(CountCalls("RemoveSession"), 4U);
     daemon().HideProperty(kAnyPath, kSessionInterface, "ConnectionState");
-    Connect();
+    ChooseDevice();
     Expect(Normal("Session Disconnected\n"));
     Await(kClientGone);
 }
@@ -118,7 +111,7 @@ TEST_F(SessionTest, IsCreatedForThePhonebookServerAndRemovedByItsPath) {
 TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
     Start();
     daemon().Reply("CreateSession", Value("(objectpath '/elsewhere',)"));
-    Connect();
+    ChooseDevice();
     Expect(UnknownSession("Disconnected") + Red("Client Proxy is invalid\n") +
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
                "No such session: /elsewhere\n") +
@@ -128,7 +121,7 @@ TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
 
 TEST_F(SessionTest, BelongsToTheInstance) {
     StartInstance("bench");
-    Connect();
+    ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
     SelectPhonebook();
 }
@@ -210,7 +203,7 @@ TEST_F(SessionTest, KeepsTheHeldFileUntilItIsReplaced) {
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: not now\n") +
            Prompt());
     EXPECT_TRUE(FileIsThere());
-    Connect();
+    ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + Normal(Removing()) + Prompt(kMenu));
     EXPECT_FALSE(FileIsThere());
 }
@@ -273,7 +266,7 @@ class UnreachableObjectTest : public SessionTest {
 TEST_F(UnreachableObjectTest, PhonebookIsReportedByTheMainMenu) {
     Start();
     RefuseProxies();
-    Connect();
+    ChooseDevice();
     ExpectFailure("Phonebook", Prompt());
     // The daemon's session is still there to be removed.
     Type("r");
@@ -285,7 +278,7 @@ TEST_F(UnreachableObjectTest, SessionIsReportedByTheMainMenu) {
     Start();
     BusMonitor monitor(bus().Address(), "GetAll");
     daemon().Hang("GetAll", 1);
-    Connect();
+    ChooseDevice();
     monitor.AwaitCall();
     RefuseProxies();
     daemon().Release();

@@ -46,15 +46,6 @@ class StartStopTest : public ConversationTest {
             std::this_thread::yield();
         }
     }
-
-    /// A call that gets no answer, with the operator waiting for it.
-    void HangInCall() {
-        daemon().Hang("SetUserId");
-        Type("u");
-        Await(ValuePrompt("/User Id"));
-        Type("me");
-        ExpectCall("SetUserId", "('me',)");
-    }
 };
 
 struct Farewell {

@@ -179,9 +179,7 @@ TEST_F(TransferTest, LosesItsFileWhenAnotherSessionTakesThePlaceOfItsOwn) {
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
            Prompt());
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
-    Type("c");
-    Await(ValuePrompt("/Select Device"));
-    Type("0");
+    ChooseDevice();
     Expect(Normal("Session Connected\n"));
     Await(Normal("Removing: " + PulledPhonebook() + "\n"));
     Expect(Prompt(kProfileMenu));

@@ -71,10 +71,14 @@ void ConversationTest::Start(ConsoleOptions options, Here here) {
 
 void ConversationTest::OpenSession(unsigned device, Here here) {
     if (consoles_.empty()) Start({}, here);
+    ChooseDevice(device, here);
+    Await(Prompt("/Phonebook Menu"), here);
+}
+
+void ConversationTest::ChooseDevice(unsigned device, Here here) {
     Type("c", here);
     Await(ValuePrompt("/Select Device"), here);
     Type(std::to_string(device), here);
-    Await(Prompt("/Phonebook Menu"), here);
 }
 
 void ConversationTest::StartInstance(const std::string& instance, Here here) {
@@ -152,6 +156,14 @@ void ConversationTest::RemoveDevice(const std::string& path, const std::string& 
                                     Here here) {
     daemon_->RemoveDevice(path);
     Expect(Notice(segment, "Removed " + path + "\n", kRedSequence), here);
+}
+
+void ConversationTest::HangInCall(Here here) {
+    daemon_->Hang("SetUserId");
+    Type("u", here);
+    Await(ValuePrompt("/User Id"), here);
+    Type("me", here);
+    ExpectCall("SetUserId", "('me',)", here);
 }
 
 void ConversationTest::ExpectRemovalAfterTheCall(const std::string& device, Here here) {

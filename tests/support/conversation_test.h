@@ -47,6 +47,8 @@ class ConversationTest : public testing::Test {
     /// Start, then a session to the device with this number. Ends at the prompt of the phone book
     /// menu.
     void OpenSession(unsigned device = 0, Here here = Here::Now());
+    /// At the main prompt: answers "c" and its question. What comes of it is next.
+    void ChooseDevice(unsigned device = 0, Here here = Here::Now());
     /// Start, with a daemon that is this instance and has the phone.
     void StartInstance(const std::string& instance, Here here = Here::Now());
     /// Start, a session to the phone and its first phone book: ends at the prompt of the phone book
@@ -82,6 +84,8 @@ class ConversationTest : public testing::Test {
     void RemoveClient(const std::string& segment = "", Here here = Here::Now());
     void ReturnClient(const std::string& segment = "", Here here = Here::Now());
 
+    /// At the main prompt: puts the tool into a call, which hangs until `daemon().Release()`.
+    void HangInCall(Here here = Here::Now());
     /// The tool is in a call that hangs, and may be using what goes: the device, which is there,
     /// goes, the call is answered, and only after the call's result is the removal reported.
     void ExpectRemovalAfterTheCall(const std::string& device, Here here = Here::Now());
