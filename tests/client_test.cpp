@@ -217,8 +217,7 @@ TEST_F(ClientTest, PullsAlthoughTheConnectionWasLostInTheFilterMenu) {
     Await(ValuePrompt("/vCard Handle"));
     Type("1A");
     Await(Prompt("/Filter Menu"));
-    daemon().SetConnectionState(kFirstSession, 0);
-    ExpectQuiet("/Filter Menu");
+    LoseConnection("/Filter Menu");
     daemon().Refuse("Pull", kFailed, "Not connected", 1);
     Type("f");
     Expect(Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Failed: Not connected\n") +

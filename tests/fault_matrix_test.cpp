@@ -239,8 +239,7 @@ void FaultMatrix::CloseTheSession() {
 void FaultMatrix::LoseTheConnection() {
     RefusePulls();
     EndTransfer(At());
-    daemon().SetConnectionState(kFirstSession, 0);
-    ExpectQuiet(At().segment);
+    LoseConnection(At().segment);
 }
 
 void FaultMatrix::RefuseTheCall() {

@@ -50,12 +50,6 @@ class FilterMenuEnds : public ConversationTest {
         Await(kFilterPrompt, here);
     }
 
-    // A lost session is not announced to the operator.
-    void LoseSession(const std::string& segment, Here here = Here::Now()) {
-        daemon().SetConnectionState(Session(), 0);
-        ExpectQuiet(segment, here);
-    }
-
     // The tool goes, in order, and has not made the call.
     void ExpectQuitWithout(const std::string& method, Here here = Here::Now()) {
         ExpectExit(0, Console::Rest::kNone, here);
@@ -153,7 +147,7 @@ TEST_P(FilterMenuEnd, SessionLostBeforeTheFirstPromptEndsTheMenu) {
 
 TEST_P(FilterMenuEnd, EndOfInputInALostSessionSendsNothing) {
     Open();
-    LoseSession("/Filter Menu");
+    LoseConnection("/Filter Menu");
     console().CloseInput();
     ExpectExit(0, Console::Rest::kIgnored);
     EXPECT_EQ(CountCalls(Method()), 0U);
@@ -182,7 +176,7 @@ class LostInFilterMenu : public FilterMenuEnd {};
 
 TEST_P(LostInFilterMenu, LostSessionEndsTheMenuAndIgnoresTheKey) {
     Open();
-    LoseSession("/Filter Menu");
+    LoseConnection("/Filter Menu");
     Type("d");
     Expect(kSessionLost + Prompt());
     EXPECT_EQ(CountCalls(Method()), 0U);
@@ -214,7 +208,7 @@ const std::string kPullArguments = "('1.vcf', '/tmp/card.vcf', {'Format': <'vcar
 
 TEST_F(LostInPullMenu, LostSessionIsLeftToTheCallAndTheKeyIsIgnored) {
     Open();
-    LoseSession("/Filter Menu");
+    LoseConnection("/Filter Menu");
     Type("a");
     Expect(kRefused + Red("Client Proxy is invalid\n") + Prompt());
     ExpectCall("Pull", kPullArguments);
@@ -225,7 +219,7 @@ TEST_F(LostInPullMenu, PullThatIsAcceptedAllTheSameIsFollowed) {
     Open();
     daemon().SetPullContent("card");
     daemon().ClearFaults();
-    LoseSession("/Filter Menu");
+    LoseConnection("/Filter Menu");
     Type("Z");
     Await(kSessionLost);
     Await(Normal("Removing: " + PulledCard() + "\n"));
@@ -319,7 +313,7 @@ TEST_P(FilterPromptEnd, UnterminatedLastLineIsTheEndOfInput) {
 
 TEST_P(FilterPromptEnd, LostSessionIsReportedBeforeAnInvalidValue) {
     Open();
-    LoseSession(GetParam().segment);
+    LoseConnection(GetParam().segment);
     Type("x");
     Expect(kSessionLost + Prompt());
     EXPECT_EQ(CountCalls(Method()), 0U);

@@ -283,8 +283,7 @@ TEST_F(MainMenuTest, ClientThatLeftInASessionEndsItsMenu) {
 TEST_F(MainMenuTest, SessionThatWasLostIsRemovedIfTheClientIsStillThere) {
     OpenSession();
     const std::string session = Session();
-    daemon().SetConnectionState(session, 0);
-    ExpectQuiet("/Phonebook Menu");
+    LoseConnection("/Phonebook Menu");
     Type("h");
     Expect(kClientGone + Prompt());
     ExpectCall("RemoveSession", "(objectpath '" + session + "',)");

@@ -52,11 +52,6 @@ class Search : public ConversationTest {
         ExpectCall("Search", "('name', '" + sent + "', @a{sv} {})", here);
     }
 
-    void LoseSession(const std::string& segment, Here here = Here::Now()) {
-        daemon().SetConnectionState(Session(), 0);
-        ExpectQuiet(segment, here);
-    }
-
     void ExpectNothingSent() { EXPECT_EQ(CountCalls("Search"), 0U); }
 };
 
@@ -158,7 +153,7 @@ TEST_F(Search, ReportsALostSessionBeforeAnInvalidField) {
         SCOPED_TRACE(answer);
         OpenPhonebook();
         AskForField();
-        LoseSession("/Select Search Field");
+        LoseConnection("/Select Search Field");
         Type(answer);
         Expect(kSessionLost + Prompt());
         Type("q");
@@ -170,7 +165,7 @@ TEST_F(Search, ReportsALostSessionBeforeAnInvalidField) {
 TEST_F(Search, ReportsASessionLostAtTheValue) {
     OpenPhonebook();
     AskForValue();
-    LoseSession("/Search Value");
+    LoseConnection("/Search Value");
     Type("Ada");
     Expect(kSessionLost + Prompt());
     ExpectNothingSent();

@@ -157,15 +157,13 @@ TEST_F(SelectionTest, IsNotMadeByAReplyOfAnotherType) {
 TEST_F(SelectionTest, LooksForTheSessionBeforeItJudgesTheAnswer) {
     OpenSession();
     AskForLocation();
-    daemon().SetConnectionState(Session(), 0);
-    ExpectQuiet(kLocation);
+    LoseConnection(kLocation);
     Answer("9", kSessionLost);
 
     OpenSession();
     AskForLocation();
     ChooseLocation("0", kInternalPhonebooks);
-    daemon().SetConnectionState(Session(), 0);
-    ExpectQuiet(kPhonebook);
+    LoseConnection(kPhonebook);
     Answer("9", kSessionLost);
     EXPECT_EQ(CountCalls("Select"), 0U);
 }
@@ -175,10 +173,8 @@ TEST_F(SelectionTest, EndsWhenTheClientIsReplacedMeanwhile) {
     OpenSession();
     AskForLocation();
     ChooseLocation("0", kInternalPhonebooks);
-    daemon().RemoveClient();
-    Expect(Notice(kPhonebook, "Removed /com/veltrisonix/obex\n", kRedSequence));
-    daemon().AddClient();
-    Expect(Notice(kPhonebook, "Found Client /com/veltrisonix/obex\n"));
+    RemoveClient(kPhonebook);
+    ReturnClient(kPhonebook);
     Answer("0", kSessionLost);
     EXPECT_EQ(CountCalls("Select"), 0U);
 }

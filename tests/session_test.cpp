@@ -164,8 +164,7 @@ TEST_F(SessionTest, StartsWithoutSelectionEachTime) {
 
 TEST_F(SessionTest, DeletesTheHeldFileWhenItIsRemoved) {
     HoldTransfer();
-    daemon().SetConnectionState(Session(), 0);
-    ExpectQuiet(kTransferMenu);
+    LoseConnection(kTransferMenu);
     Type("s");
     Expect(Red("Phonebook Access Proxy is invalid\n") + Normal(Removing()) + Prompt());
     EXPECT_FALSE(FileIsThere());
@@ -196,8 +195,7 @@ TEST_F(SessionTest, DeletesTheHeldFileWhenTheDaemonDies) {
 TEST_F(SessionTest, KeepsTheHeldFileUntilItIsReplaced) {
     HoldTransfer();
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "not now", 1);
-    daemon().SetConnectionState(Session(), 0);
-    ExpectQuiet(kTransferMenu);
+    LoseConnection(kTransferMenu);
     Type("s");
     Expect(Red("Phonebook Access Proxy is invalid\n") +
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: not now\n") +

@@ -187,6 +187,11 @@ void ConversationTest::ReturnClient(const std::string& segment, Here here) {
     ExpectQuiet(segment, here);
 }
 
+void ConversationTest::LoseConnection(const std::string& segment, Here here) {
+    daemon_->SetConnectionState(Session(), 0);
+    ExpectQuiet(segment, here);
+}
+
 void ConversationTest::ExpectQuiet(const std::string& segment, Here here) {
     daemon_->AddDevice(kQuietPath, "00:00:00:00:00:00", "quiet");
     Expect(Notice(segment, "Found Device " + kQuietPath + "\n"), here);

@@ -75,14 +75,16 @@ class ConversationTest : public testing::Test {
     /// How often `method` has been called so far.
     std::size_t CountCalls(const std::string& method) const;
 
-    // The daemon's objects come and go while the prompt `segment` stands. The tool has noticed, and
-    // said so, when these return.
+    // What the daemon has comes and goes while the prompt `segment` stands. The tool has noticed,
+    // and said so, when these return.
     void AddDevice(const std::string& path, const std::string& address, const std::string& alias,
                    const std::string& segment = "", Here here = Here::Now());
     void RemoveDevice(const std::string& path, const std::string& segment = "",
                       Here here = Here::Now());
     void RemoveClient(const std::string& segment = "", Here here = Here::Now());
     void ReturnClient(const std::string& segment = "", Here here = Here::Now());
+    /// The session loses its connection, of which the tool says nothing by itself.
+    void LoseConnection(const std::string& segment, Here here = Here::Now());
 
     /// At the main prompt: puts the tool into a call, which hangs until `daemon().Release()`.
     void HangInCall(Here here = Here::Now());
