@@ -143,8 +143,7 @@ TEST_F(ClientTest, KeepsTheOldSessionWhenNoNewOneCanBeOpened) {
 }
 
 TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     PullAll("one");
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
     daemon().SetConnectionState(kFirstSession, 3);
@@ -169,8 +168,7 @@ TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
 
 // The session's context goes with its client, and the file with the context.
 TEST_F(ClientTest, TakesItsSessionAlongWhenItGoes) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     PullAll("one");
     daemon().RemoveClient();
     Expect(Notice("/Transfer Menu", "Removing: " + PulledPhonebook() + "\n") +
@@ -211,8 +209,7 @@ TEST_F(ClientTest, ReportsADaemonThatDiesWhileItRemovesTheSession) {
 }
 
 TEST_F(ClientTest, PullsAlthoughTheConnectionWasLostInTheFilterMenu) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     Type("p");
     Await(ValuePrompt("/vCard Handle"));
     Type("1A");
@@ -227,8 +224,7 @@ TEST_F(ClientTest, PullsAlthoughTheConnectionWasLostInTheFilterMenu) {
 }
 
 TEST_F(ClientTest, PullsNothingWhenTheClientWentInTheFilterMenu) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     Type("p");
     Await(ValuePrompt("/vCard Handle"));
     Type("1A");

@@ -25,8 +25,7 @@ void WriteFile(const std::string& name, const std::string& content) {
 class DownloadedFileTest : public ConversationTest {
   protected:
     void SetUp() override {
-        OpenSession();
-        SelectPhonebook();
+        OpenSelectedSession();
         PullAll("");
     }
 

@@ -163,8 +163,7 @@ void FaultMatrix::UseEmptyTransferPath() {
 void FaultMatrix::HoldATransfer() {
     const bool held = At().base == Base::kMainMenu;
     if (held) {
-        OpenSession();
-        SelectPhonebook();
+        OpenSelectedSession();
         daemon().Refuse("RemoveSession", kFailed, "no", 1);
     }
     daemon().ClearFaults();

@@ -199,8 +199,7 @@ class FilterDictionaries : public ConversationTest {
   protected:
     void OpenPhonebook(const Menu& menu, const std::string& fields = "(['N', 'TEL', 'EMAIL'],)",
                        Here here = Here::Now()) {
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(here);
         daemon().Reply("ListFilterFields", Value(fields));
         daemon().Refuse(menu.method, "com.veltrisonix.Error.Failed", "enough");
     }

@@ -39,8 +39,7 @@ class FilterMenuEnds : public ConversationTest {
     void OpenPhonebook(const std::string& method, const ConsoleOptions& options = {},
                        Here here = Here::Now()) {
         Start(options, here);
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(here);
         daemon().Reply("ListFilterFields", Value("(['N', 'TEL'],)"));
         daemon().Refuse(method, "com.veltrisonix.Error.Failed", "enough");
     }

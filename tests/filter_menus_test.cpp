@@ -49,7 +49,8 @@ class FilterMenu : public ConversationTest, public testing::WithParamInterface<O
     void OpenPhonebook(Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
         ConsoleOptions options;
         options.wiring = wiring;
-        OpenSelectedSession(options, here);
+        Start(options, here);
+        OpenSelectedSession(here);
         daemon().Refuse(GetParam().method, "com.veltrisonix.Error.Failed", "enough");
     }
 

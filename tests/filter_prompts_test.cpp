@@ -118,8 +118,7 @@ class FilterPrompts : public ConversationTest {
         ConsoleOptions options;
         options.wiring = wiring;
         Start(options, here);
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(here);
         daemon().Reply("ListFilterFields", Value(FieldsReply(fields)));
         for (const std::string& line : opening) Type(line, here);
         Await(kFilterPrompt, here);

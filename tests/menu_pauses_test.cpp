@@ -41,8 +41,7 @@ const Menu kMenus[] = {
 class MenuPause : public ConversationTest, public testing::WithParamInterface<Menu> {
   protected:
     void OpenMenu(Here here = Here::Now()) {
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(here);
         // Otherwise a transfer ends with its session, and says so at a moment of its own.
         daemon().Reply("RemoveSession", Value("()"));
         for (const std::string& line : GetParam().opening) Type(line, here);
@@ -94,8 +93,7 @@ class TransferMenuPause : public MenuPause {};
 
 // Time for the transfer's first notices.
 TEST_P(TransferMenuPause, IsMadeTwiceBeforeTheFirstPrompt) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     milliseconds fastest(kPause * 3);
     for (int tries = 0; tries < kTries && fastest >= kPause * 3; ++tries) {
         Type("a");

@@ -63,8 +63,7 @@ struct Operation {
 };
 
 TEST_F(PhonebookMenuTest, EachKeyMakesItsOwnCallAndSurvivesItsRefusal) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     const std::vector<Operation> operations = {{{"a", "d"}, "PullAll"},
                                                {{"p", "1A", "d"}, "Pull"},
                                                {{"l", "d"}, "List"},
@@ -88,8 +87,7 @@ TEST_F(PhonebookMenuTest, EachKeyMakesItsOwnCallAndSurvivesItsRefusal) {
 }
 
 TEST_F(PhonebookMenuTest, EachKeyPrintsItsOwnResult) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     daemon().Reply("List", Value("([('1.vcf', 'listed')],)"));
     daemon().Reply("Search", Value("([('2.vcf', 'found')],)"));
     daemon().Reply("GetSize", Value("(uint16 1,)"));
@@ -165,8 +163,7 @@ TEST_F(PhonebookMenuTest, AnUnterminatedKeyIsTheEndOfInput) {
 }
 
 TEST_F(PhonebookMenuTest, QuittingTheTransferMenuEndsAllMenus) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     PullAll("BEGIN:VCARD");
     daemon().AbortTransfer(Transfer());
     Expect(Notice("/Transfer Menu", "Status Attribute Received: error\n"));
@@ -225,8 +222,7 @@ TEST_F(PhonebookMenuTest, LeavesLostSessionsToTheMainMenu) {
         {{"l"}, "/Filter Menu"},       {{"m"}, "/Filter Menu"},
         {{"l", "c"}, "/MaxCount"}};
     for (const Question& question : questions) {
-        OpenSession();
-        SelectPhonebook();
+        OpenSelectedSession();
         TypeAll(question.keys);
         Await(Green("Vantor" + question.segment));
         Await(kResetSequence);

@@ -59,11 +59,6 @@ const Query kQueries[] = {
 
 class PhonebookQuery : public ConversationTest {
   protected:
-    void OpenPhonebook(Here here = Here::Now()) {
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
-    }
-
     // Types the lines; the next output is the result.
     void Ask(const std::vector<std::string>& lines, Here here = Here::Now()) {
         for (const std::string& line : lines) Type(line, here);
@@ -106,7 +101,7 @@ class EveryQuery : public PhonebookQuery, public testing::WithParamInterface<Que
 };
 
 TEST_P(EveryQuery, AsksTheSessionAndPrintsItsAnswer) {
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Reply(GetParam().method, Value(GetParam().reply));
     Ask(GetParam().lines);
     Expect(GetParam().result + kMenuPrompt);
@@ -118,7 +113,7 @@ TEST_P(EveryQuery, AsksTheSessionAndPrintsItsAnswer) {
 }
 
 TEST_P(EveryQuery, ReportsARefusalAndChangesNothing) {
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Refuse(GetParam().method, "com.veltrisonix.Error.Failed", "100%s busy");
     ExpectFailure("GDBus.Error:com.veltrisonix.Error.Failed: 100%s busy");
     Expect(kMenuPrompt);
@@ -128,7 +123,7 @@ TEST_P(EveryQuery, ReportsARefusalAndChangesNothing) {
 }
 
 TEST_P(EveryQuery, ReportsAnAnswerOfAWrongType) {
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Reply(GetParam().method, Value("(true,)"));
     ExpectFailure("Method \u201c" + GetParam().method +
                   "\u201d returned type \u201c(b)\u201d, but expected \u201c" +
@@ -137,7 +132,7 @@ TEST_P(EveryQuery, ReportsAnAnswerOfAWrongType) {
 }
 
 TEST_P(EveryQuery, ReportsADaemonThatDiesInTheCall) {
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Hang(GetParam().method);
     for (const std::string& line : GetParam().lines) Type(line);
     ExpectCall(GetParam().method, GetParam().arguments);
@@ -149,7 +144,7 @@ TEST_P(EveryQuery, ReportsADaemonThatDiesInTheCall) {
 
 TEST_P(EveryQuery, HoldsBackRemovals) {
     const std::string device = "/com/veltrisonix/hci0/dev_2";
-    OpenPhonebook();
+    OpenSelectedSession();
     AddDevice(device, "00:00:00:00:00:02", "second", "/Phonebook Menu");
     daemon().Hang(GetParam().method);
     Ask(GetParam().lines);
@@ -178,7 +173,7 @@ TEST_F(PhonebookQuery, CountersAndFilterFieldsNeedNoSelection) {
 }
 
 TEST_F(PhonebookQuery, ListingShowsEveryEntryInTheDaemonsOrder) {
-    OpenPhonebook();
+    OpenSelectedSession();
     ExpectListing(
         "([('2.vcf', 'Zo\xc3\xab'), ('10.vcf', ''), ('1.vcf', '100%s;Ada'), ('', 'a\\tb'), "
         "('1.vcf', '100%s;Ada')],)",
@@ -186,7 +181,7 @@ TEST_F(PhonebookQuery, ListingShowsEveryEntryInTheDaemonsOrder) {
 }
 
 TEST_F(PhonebookQuery, EmptyListingIsTheHeadingAlone) {
-    OpenPhonebook();
+    OpenSelectedSession();
     ExpectListing("(@a(ss) [],)", {});
     daemon().Reply("Search", Value("(@a(ss) [],)"));
     Ask({"o", "0", "nobody", "d"});
@@ -194,7 +189,7 @@ TEST_F(PhonebookQuery, EmptyListingIsTheHeadingAlone) {
 }
 
 TEST_F(PhonebookQuery, ListingHasNoEntryTooMany) {
-    OpenPhonebook();
+    OpenSelectedSession();
     std::string reply;
     std::vector<std::string> lines;
     for (int entry = 0; entry < 300; ++entry) {
@@ -206,7 +201,7 @@ TEST_F(PhonebookQuery, ListingHasNoEntryTooMany) {
 }
 
 TEST_F(PhonebookQuery, SizesAreUnsigned) {
-    OpenPhonebook();
+    OpenSelectedSession();
     for (const std::string size : {"0", "32768", "65535"}) {
         SCOPED_TRACE(size);
         for (const std::string method : {"GetSize", "GetSizePhonebook", "GetSizeListing"})
@@ -226,14 +221,14 @@ TEST_F(PhonebookQuery, NoFilterFieldsAreTheHeadingAlone) {
 }
 
 TEST_F(PhonebookQuery, FilterFieldsReplaceTheStoredOnes) {
-    OpenPhonebook();
+    OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
     ListFields("(['EMAIL'],)", {" EMAIL"});
     ExpectStoredFields({"EMAIL"});
 }
 
 TEST_F(PhonebookQuery, FilterFieldsReplaceThoseThatAMenuFetched) {
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Reply("ListFilterFields", Value("(['N', 'TEL'],)"));
     daemon().Reply("List", Value("(@a(ss) [],)"));
     Ask({"l", "d"});
@@ -243,7 +238,7 @@ TEST_F(PhonebookQuery, FilterFieldsReplaceThoseThatAMenuFetched) {
 }
 
 TEST_F(PhonebookQuery, RefusedFilterFieldsKeepTheStoredOnes) {
-    OpenPhonebook();
+    OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
     daemon().Refuse("ListFilterFields", "com.veltrisonix.Error.Failed", "not now");
     Type("f");
@@ -253,11 +248,11 @@ TEST_F(PhonebookQuery, RefusedFilterFieldsKeepTheStoredOnes) {
 }
 
 TEST_F(PhonebookQuery, FilterFieldsBelongToTheSession) {
-    OpenPhonebook();
+    OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
     Type("x");
     Expect(Prompt());
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Reply("ListFilterFields", Value("(['EMAIL'],)"));
     Type("m");
     Expect(SizeFilterMenu() + Prompt("/Filter Menu"));
@@ -271,7 +266,7 @@ TEST_F(PhonebookQuery, FilterFieldsBelongToTheSession) {
 TEST_F(PhonebookQuery, HangingCallIsGivenUpAndHoldsBackRemovals) {
     constexpr auto kBusLimit = std::chrono::seconds(25);
     const std::string device = "/com/veltrisonix/hci0/dev_2";
-    OpenPhonebook();
+    OpenSelectedSession();
     daemon().Hang("GetSize");
     const auto begin = std::chrono::steady_clock::now();
     Type("g");

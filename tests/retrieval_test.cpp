@@ -31,8 +31,7 @@ std::string UniqueId(std::size_t length) {
 class RetrievalTest : public ConversationTest {
   protected:
     void OpenSelected(Here here = Here::Now()) {
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(here);
         daemon().ForgetCalls();  // what counts begins here
     }
 
@@ -118,8 +117,7 @@ TEST_F(RetrievalTest, SendsTheChosenFiltersOfThisPullOnly) {
 }
 
 TEST_F(RetrievalTest, FollowsTheTransferToItsFile) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     PullAll("whole book\n");
     daemon().CompleteTransfer(Transfer());
     Await(Notice(kTransfers, "Status Attribute Received: complete\n"));
@@ -276,8 +274,7 @@ TEST_F(RetrievalTest, SendsNothingWhenTheSessionIsLostBeforeAPullOfAll) {
     LoseConnection(kFilters);
     Answer("d", kSessionLost);
 
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     AskForFilters("a");
     ReplaceClient(kFilters);
     Answer("d", kSessionLost);
@@ -302,8 +299,7 @@ TEST_F(RetrievalTest, PullsNothingForAClientThatIsGone) {
     ReplaceClient(kFilters);
     Answer("d", kSessionLost);
 
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     AskForFilters("p");
     RemoveClient(kFilters);
     Answer("d", kSessionLost);

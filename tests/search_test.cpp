@@ -27,7 +27,8 @@ class Search : public ConversationTest {
     void OpenPhonebook(Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
         ConsoleOptions options;
         options.wiring = wiring;
-        OpenSelectedSession(options, here);
+        Start(options, here);
+        OpenSelectedSession(here);
         daemon().Reply("Search", Value("([('1.vcf', 'Ada')],)"));
     }
 

@@ -27,8 +27,7 @@ class SessionTest : public ConversationTest {
 
     // Leads to the transfer menu; the transfer has ended and is silent from now on.
     void HoldTransfer(Here here = Here::Now()) {
-        OpenSession(0, here);
-        SelectPhonebook(0, 0, here);
+        OpenSelectedSession(here);
         PullAll("BEGIN:VCARD", here);
         daemon().AbortTransfer(Transfer());
         Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"), here);
@@ -127,8 +126,7 @@ TEST_F(SessionTest, BelongsToTheInstance) {
 }
 
 TEST_F(SessionTest, SaysNothingOfALostConnectionUntilTheNextKey) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     daemon().SetConnectionState(Session(), 4);
     ExpectQuiet(kMenu);
     Type("g");
@@ -284,8 +282,7 @@ TEST_F(UnreachableObjectTest, SessionIsReportedByTheMainMenu) {
 }
 
 TEST_F(UnreachableObjectTest, TransferIsReportedByThePhonebookMenu) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     RefuseProxies();
     daemon().SetPullContent("BEGIN:VCARD");
     Type("a");

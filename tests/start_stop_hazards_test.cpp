@@ -132,8 +132,7 @@ TEST_F(StartStopTest, EndsWithTheLineAfterAControlC) {
 }
 
 TEST_F(StartStopTest, EndsFromTheInnermostMenuWithTheLineAfterAControlC) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     PullAll("one");
     Interrupt();
     Type("h");
@@ -196,8 +195,7 @@ TEST_F(StartStopTest, LossOfTheBusEndsAHangingCall) {
 
 // The session that the daemon would not remove lives until the process ends.
 TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     PullAll("one");
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy");
     Type("q");
@@ -209,8 +207,7 @@ TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
 
 // The menus return normally although the client has gone.
 TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     Type("a");
     Await(Prompt("/Filter Menu"));
     RemoveClient("/Filter Menu");
@@ -239,8 +236,7 @@ TEST_F(StartStopTest, ReportsChangesWhileTheMenuThreadIsInACall) {
 
 // A notification being delivered outlives the context that asked for it.
 TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
-    OpenSession();
-    SelectPhonebook();
+    OpenSelectedSession();
     for (int round = 0; round < 3; ++round) {
         PullAll(std::string(1000, 'x'));
         const auto flood = std::async(std::launch::async, [this, transfer = Transfer()] {

@@ -15,8 +15,7 @@ constexpr char kRefusal[] = "com.veltrisonix.Error.NotInProgress";
 class TransferMenuTest : public ConversationTest {
   protected:
     void SetUp() override {
-        OpenSession();
-        SelectPhonebook();
+        OpenSelectedSession();
         PullAll("BEGIN:VCARD\n");
         // Otherwise the transfer ends with its session, and says so at a moment of its own.
         daemon().Reply("RemoveSession", Value("()"));

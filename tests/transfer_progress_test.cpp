@@ -15,8 +15,7 @@ class TransferProgressTest : public ConversationTest {
   protected:
     /// Ends at the prompt of the transfer menu.
     void FollowTransfer(const std::string& content = std::string(1000, 'v')) {
-        OpenSession();
-        SelectPhonebook();
+        OpenSelectedSession();
         PullAll(content);
     }
 

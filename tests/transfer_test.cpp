@@ -16,11 +16,6 @@ constexpr char kProfileMenu[] = "/Phonebook Menu";
 /// A pull's transfer as the tool and the daemon see it on the bus.
 class TransferTest : public ConversationTest {
   protected:
-    void SelectInSession() {
-        OpenSession();
-        SelectPhonebook();
-    }
-
     /// From the phone book menu to the transfer menu, which prints these lines first.
     void ExpectPullToPrint(const std::string& messages, Here here = Here::Now()) {
         Type("a", here);
@@ -58,13 +53,13 @@ class TransferTest : public ConversationTest {
 };
 
 TEST_F(TransferTest, BeginsWithThePropertiesFromTheReply) {
-    SelectInSession();
+    OpenSelectedSession();
     ExpectPullToPrintThePhonesWords();
     ExpectAnswer("s", Normal("Transfer Status: queued\n"));
 }
 
 TEST_F(TransferTest, PrintsTheReplysEntriesInTheirOrder) {
-    SelectInSession();
+    OpenSelectedSession();
     daemon().Reply("PullAll",
                    Value("(objectpath '/t/1', {'Type': <'t'>, 'Time': <uint64 1>, 'Transferred': "
                          "<uint64 4294967297>, 'Size': <uint64 4294967295>, 'Session': <'s'>, "
@@ -86,7 +81,7 @@ TEST_F(TransferTest, PrintsTheReplysEntriesInTheirOrder) {
 }
 
 TEST_F(TransferTest, DoesNotMisreadEntriesOfAWrongType) {
-    SelectInSession();
+    OpenSelectedSession();
     daemon().Reply("PullAll",
                    Value("(objectpath '/t/1', {'Status': <uint32 1>, 'Name': <['n']>, 'Filename': "
                          "<true>, 'Size': <'1000'>, 'Transferred': <1.5>, 'Session': <byte 1>, "
@@ -99,7 +94,7 @@ TEST_F(TransferTest, DoesNotMisreadEntriesOfAWrongType) {
 }
 
 TEST_F(TransferTest, IsAbsentWhereTheDaemonsPropertiesHaveAWrongType) {
-    SelectInSession();
+    OpenSelectedSession();
     for (const char* const name : {"Status", "Filename"})
         daemon().OverrideProperty(simulator::kAnyPath, kTransferInterface, name, Value("uint32 5"));
     console().AllowStderr(
@@ -113,7 +108,7 @@ TEST_F(TransferTest, IsAbsentWhereTheDaemonsPropertiesHaveAWrongType) {
 }
 
 TEST_F(TransferTest, CallsTheTransfersObject) {
-    SelectInSession();
+    OpenSelectedSession();
     PullAll("first");
     Type("x");
     Await(Prompt(kProfileMenu));
@@ -130,7 +125,7 @@ TEST_F(TransferTest, CallsTheTransfersObject) {
 }
 
 TEST_F(TransferTest, ShowsTheBusErrorsAsTheyAre) {
-    SelectInSession();
+    OpenSelectedSession();
     PullAll("");
     daemon().Reply("Resume", Value("('unasked',)"));
     ExpectAnswer("r", Red("Remote Call failed Method \xe2\x80\x9cResume\xe2\x80\x9d returned type "
@@ -148,7 +143,7 @@ TEST_F(TransferTest, ShowsTheBusErrorsAsTheyAre) {
 }
 
 TEST_F(TransferTest, GivesUpACallAfterItsTime) {
-    SelectInSession();
+    OpenSelectedSession();
     PullAll("");
     daemon().Hang("Cancel");
     console().SetPatience(Stretched(std::chrono::seconds(45)));
@@ -157,7 +152,7 @@ TEST_F(TransferTest, GivesUpACallAfterItsTime) {
 }
 
 TEST_F(TransferTest, LosesItsFileWhenTheDaemonGoes) {
-    SelectInSession();
+    OpenSelectedSession();
     PullAll("vcard");
     daemon().LeaveBus();
     AwaitAll({Notice(kMenu, "Removing: " + PulledPhonebook() + "\n"),
@@ -169,7 +164,7 @@ TEST_F(TransferTest, LosesItsFileWhenTheDaemonGoes) {
 }
 
 TEST_F(TransferTest, LosesItsFileWhenAnotherSessionTakesThePlaceOfItsOwn) {
-    SelectInSession();
+    OpenSelectedSession();
     PullAll("vcard");
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
     daemon().SetConnectionState(Session(), 4);
@@ -190,7 +185,7 @@ class TransferOfAnInstanceTest : public TransferTest {
   protected:
     void SetUp() override {
         StartInstance("bench");
-        SelectInSession();
+        OpenSelectedSession();
     }
 };
 

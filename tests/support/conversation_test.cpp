@@ -90,8 +90,7 @@ void ConversationTest::StartInstance(const std::string& instance, Here here) {
     Start(options, here);
 }
 
-void ConversationTest::OpenSelectedSession(const ConsoleOptions& options, Here here) {
-    Start(options, here);
+void ConversationTest::OpenSelectedSession(Here here) {
     OpenSession(0, here);
     SelectPhonebook(0, 0, here);
 }

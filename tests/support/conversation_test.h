@@ -51,9 +51,8 @@ class ConversationTest : public testing::Test {
     void ChooseDevice(unsigned device = 0, Here here = Here::Now());
     /// Start, with a daemon that is this instance and has the phone.
     void StartInstance(const std::string& instance, Here here = Here::Now());
-    /// Start, a session to the phone and its first phone book: ends at the prompt of the phone book
-    /// menu.
-    void OpenSelectedSession(const ConsoleOptions& options = {}, Here here = Here::Now());
+    /// OpenSession, then its first phone book.
+    void OpenSelectedSession(Here here = Here::Now());
     /// From the phone book menu, and back to it.
     void SelectPhonebook(unsigned location = 0, unsigned phonebook = 0, Here here = Here::Now());
     /// From the phone book menu to the transfer menu's prompt, without filters. The daemon's pull
