@@ -3,7 +3,6 @@
 #include "console/console_output.h"
 #include "interfaces/remote_call.h"
 #include "simulator/daemon.h"
-#include "support/bus_monitor.h"
 #include "support/captured_run.h"
 #include "support/messages.h"
 #include "support/private_bus.h"

@@ -11,7 +11,6 @@
 #include <fstream>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -20,14 +19,8 @@ namespace simulator {
 /// Speaks to a daemon as a client would, in the text forms of GVariant. Used in one thread.
 class TestClient {
   public:
-    explicit TestClient(const std::string& bus_address) {
-        morvane::ErrorPtr error;
-        constexpr auto kFlags =
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        connection_.reset(g_dbus_connection_new_for_address_sync(
-            bus_address.c_str(), kFlags, nullptr, nullptr, morvane::Out(error)));
-        if (!connection_) throw std::runtime_error(error->message);
+    explicit TestClient(const std::string& bus_address)
+        : connection_(morvane_test::ConnectToBus(bus_address)) {
         subscription_ = g_dbus_connection_signal_subscribe(
             connection_.get(), nullptr, nullptr, nullptr, nullptr, nullptr,
             G_DBUS_SIGNAL_FLAGS_NONE, Remember, this, nullptr);

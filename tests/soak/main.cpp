@@ -4,7 +4,6 @@
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
 #include "soak/footprint.h"
-#include "support/bus_monitor.h"
 #include "support/console.h"
 #include "support/messages.h"
 #include "support/private_bus.h"

@@ -38,7 +38,4 @@ class BusMonitor {
     unsigned calls_ = 0;  // mutex_
 };
 
-/// A connection of the test's own. Throws std::runtime_error.
-morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address);
-
 }  // namespace morvane_test

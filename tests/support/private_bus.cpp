@@ -64,4 +64,15 @@ void PrivateBus::Kill() {
     process_->AwaitEnd(Patience());
 }
 
+morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address) {
+    constexpr auto kFlags =
+        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    morvane::ErrorPtr error;
+    morvane::GlibPtr<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
+        address.c_str(), kFlags, nullptr, nullptr, morvane::Out(error)));
+    if (!connection) throw std::runtime_error(error->message);
+    return connection;
+}
+
 }  // namespace morvane_test

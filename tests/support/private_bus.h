@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "interfaces/glib_ptr.h"
 #include "support/child_process.h"
 #include "support/temporary_directory.h"
 
@@ -25,5 +26,8 @@ class PrivateBus {
     std::unique_ptr<ChildProcess> process_;
     std::string address_;
 };
+
+/// A connection of the test's own. Throws std::runtime_error.
+morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address);
 
 }  // namespace morvane_test
