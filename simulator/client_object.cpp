@@ -1,6 +1,7 @@
 #include "simulator/client_object.h"
 
 #include "simulator/handler.h"
+#include "simulator/names.h"
 
 #include <cstring>
 
@@ -8,8 +9,6 @@ namespace simulator {
 namespace {
 
 using morvane::VariantPtr;
-
-constexpr char kPhonebookServer[] = "0000112f-0000-1000-8000-00805f9b34fb";
 
 void DemandPhonebookServer(GVariant* arguments) {
     GVariantIter iterator;

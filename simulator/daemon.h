@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/names.h"
 #include "simulator/options.h"
 #include "simulator/recorder.h"
 
@@ -16,15 +17,6 @@
 
 namespace simulator {
 
-inline constexpr char kClientPath[] = "/com/veltrisonix/obex";
-inline constexpr char kDeviceInterface[] = "com.veltrisonix.Device1";
-inline constexpr char kClientInterface[] = "com.veltrisonix.obex.Client1";
-inline constexpr char kSessionInterface[] = "com.veltrisonix.obex.Session1";
-inline constexpr char kPhonebookInterface[] = "com.veltrisonix.obex.PhonebookAccess1";
-inline constexpr char kTransferInterface[] = "com.veltrisonix.obex.Transfer1";
-
-/// In place of an object path: every object, also those that do not exist yet.
-inline constexpr char kAnyPath[] = "*";
 /// In place of a number of times: until `ClearFaults`.
 inline constexpr unsigned kAlways = 0;
 

@@ -1,6 +1,7 @@
 #include "simulator/device_object.h"
 
 #include "simulator/handler.h"
+#include "simulator/names.h"
 
 #include <cstring>
 
@@ -10,7 +11,6 @@ namespace {
 using morvane::VariantPtr;
 
 constexpr char kAdapter[] = "/com/veltrisonix/hci0";
-constexpr char kPhonebookServer[] = "0000112f-0000-1000-8000-00805f9b34fb";
 constexpr char kHandsFreeGateway[] = "0000111f-0000-1000-8000-00805f9b34fb";
 constexpr const gchar* kServices[] = {kHandsFreeGateway, kPhonebookServer, nullptr};
 constexpr guint32 kSmartPhone = 0x5a020c;

@@ -1,6 +1,7 @@
 #include "simulator/phonebook_access.h"
 
 #include "simulator/handler.h"
+#include "simulator/names.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +12,6 @@ namespace {
 
 using morvane::VariantPtr;
 
-constexpr char kInterface[] = "com.veltrisonix.obex.PhonebookAccess1";
 constexpr char kVcardType[] = "text/x-vcard";
 constexpr char kNoTransfer[] = "/";
 constexpr std::array<const char*, 3> kLocations = {"int", "sim1", "sim2"};
@@ -233,7 +233,7 @@ void PhonebookAccess::AnnounceLearnt() {
         GVariantDict changed;
         g_variant_dict_init(&changed, nullptr);
         g_variant_dict_insert_value(&changed, name.c_str(), value.get());
-        world_.bus.EmitChanges(path_, kInterface, g_variant_dict_end(&changed));
+        world_.bus.EmitChanges(path_, kPhonebookInterface, g_variant_dict_end(&changed));
     }
     learnt_.clear();
 }

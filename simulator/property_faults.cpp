@@ -1,12 +1,12 @@
 #include "simulator/property_faults.h"
 
+#include "simulator/names.h"
+
 namespace simulator {
 namespace {
 
 using morvane::Out;
 using morvane::VariantPtr;
-
-constexpr char kAnyPath[] = "*";
 
 VariantPtr Share(const VariantPtr& value) {
     return VariantPtr(value ? g_variant_ref(value.get()) : nullptr);

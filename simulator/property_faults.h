@@ -15,7 +15,7 @@ namespace simulator {
 /// thread.
 class PropertyFaults {
   public:
-    /// `path` may be "*", every path; a fault of the path itself counts more.
+    /// `path` may be `kAnyPath`; a fault of the path itself counts more.
     void Override(const std::string& path, const std::string& interface, const std::string& name,
                   morvane::VariantPtr value);
     void Hide(const std::string& path, const std::string& interface, const std::string& name);

@@ -1,6 +1,7 @@
 #include "simulator/session.h"
 
 #include "simulator/handler.h"
+#include "simulator/names.h"
 
 #include <algorithm>
 
@@ -10,7 +11,6 @@ namespace {
 using morvane::VariantPtr;
 
 constexpr char kPathPrefix[] = "/com/veltrisonix/obex/client/session";
-constexpr char kTarget[] = "0000112f-0000-1000-8000-00805f9b34fb";
 constexpr char kSource[] = "02:00:5E:00:00:01";
 constexpr guint16 kChannel = 19;
 constexpr std::uint8_t kConnected = 5;
@@ -36,7 +36,7 @@ Session::Session(World& world, std::string path, std::string destination,
     obex_session1_set_source(skeleton, kSource);
     obex_session1_set_destination(skeleton, destination_.c_str());
     obex_session1_set_channel(skeleton, kChannel);
-    obex_session1_set_target(skeleton, kTarget);
+    obex_session1_set_target(skeleton, kPhonebookServer);
     obex_session1_set_root(skeleton, "/");
     obex_session1_set_connection_state(skeleton, world_.options.connection_state);
     Handle<&Session::GetCapabilities>(skeleton, "handle-get-capabilities", this);

@@ -1,6 +1,7 @@
 #include "simulator/transfer.h"
 
 #include "simulator/handler.h"
+#include "simulator/names.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +13,6 @@ namespace {
 
 using morvane::VariantPtr;
 
-constexpr char kInterface[] = "com.veltrisonix.obex.Transfer1";
 constexpr std::array<const char*, 5> kStatusWords = {"queued", "active", "suspended", "complete",
                                                      "error"};
 constexpr std::chrono::milliseconds kBetweenPieces{50};
@@ -62,7 +62,8 @@ void Transfer::Export(const std::string& session) {
 }
 
 VariantPtr Transfer::Properties() const {
-    return world_.property_faults.Apply(path_, kInterface, PropertiesOf(skeleton_.get()).get());
+    return world_.property_faults.Apply(path_, kTransferInterface,
+                                        PropertiesOf(skeleton_.get()).get());
 }
 
 bool Transfer::IsOver() const {

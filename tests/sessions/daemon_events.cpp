@@ -1,5 +1,7 @@
 #include "sessions/daemon_events.h"
 
+#include "simulator/names.h"
+
 namespace morvane_test {
 
 /// A property that the tool looks at.
@@ -12,10 +14,10 @@ struct PropertyRow {
 
 namespace {
 
-constexpr char kDevice[] = "com.veltrisonix.Device1";
-constexpr char kSession[] = "com.veltrisonix.obex.Session1";
-constexpr char kPhonebook[] = "com.veltrisonix.obex.PhonebookAccess1";
-constexpr char kTransfer[] = "com.veltrisonix.obex.Transfer1";
+constexpr const char* kDevice = simulator::kDeviceInterface;
+constexpr const char* kSession = simulator::kSessionInterface;
+constexpr const char* kPhonebook = simulator::kPhonebookInterface;
+constexpr const char* kTransfer = simulator::kTransferInterface;
 
 // Not the connection's state, whose loss has an event of its own.
 constexpr PropertyRow kProperties[] = {
