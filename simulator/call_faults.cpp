@@ -3,10 +3,6 @@
 namespace simulator {
 namespace {
 
-std::string TextOrEmpty(const gchar* text) {
-    return text == nullptr ? "" : text;
-}
-
 MessagePtr MakeAnswer(GDBusMessage* call, const CallFault& fault) {
     if (fault.kind == CallFault::Kind::kRefuse) {
         return MessagePtr(g_dbus_message_new_method_error_literal(call, fault.error_name.c_str(),
@@ -29,9 +25,9 @@ void CallFaults::Clear() {
     plans_.clear();
 }
 
-MessagePtr CallFaults::Answer(GDBusMessage* call, bool& hangs) {
+MessagePtr CallFaults::Answer(GDBusMessage* call, const Call& description, bool& hangs) {
     const morvane::Hold hold(mutex_);
-    const auto planned = Find(call);
+    const auto planned = Find(description);
     hangs = planned != plans_.end() && planned->second.fault.kind == CallFault::Kind::kHang;
     if (planned == plans_.end()) {
         return nullptr;
@@ -46,11 +42,9 @@ MessagePtr CallFaults::Answer(GDBusMessage* call, bool& hangs) {
     return answer;
 }
 
-CallFaults::Plans::iterator CallFaults::Find(GDBusMessage* call) {
-    const std::string member = TextOrEmpty(g_dbus_message_get_member(call));
-    const std::string interface = TextOrEmpty(g_dbus_message_get_interface(call));
-    const auto exact = plans_.find(interface + "." + member);
-    return exact == plans_.end() ? plans_.find(member) : exact;
+CallFaults::Plans::iterator CallFaults::Find(const Call& call) {
+    const auto exact = plans_.find(call.interface + "." + call.method);
+    return exact == plans_.end() ? plans_.find(call.method) : exact;
 }
 
 void CallFaults::CountDown(Plans::iterator planned) {

@@ -2,6 +2,7 @@
 
 #include "console/mutex.h"
 #include "interfaces/glib_ptr.h"
+#include "simulator/recorder.h"
 
 #include <map>
 #include <optional>
@@ -29,8 +30,8 @@ class CallFaults {
     void Clear();
 
     /// The answer that a fault has for the call, if it has one. A call that is to hang is kept and
-    /// `hangs` set.
-    MessagePtr Answer(GDBusMessage* call, bool& hangs);
+    /// `hangs` set. `description` is the call's.
+    MessagePtr Answer(GDBusMessage* call, const Call& description, bool& hangs);
 
     /// The calls that hang, oldest first; they are the caller's to answer. Faults that make calls
     /// hang end.
@@ -44,7 +45,7 @@ class CallFaults {
     };
     using Plans = std::map<std::string, Planned>;
 
-    Plans::iterator Find(GDBusMessage* call) MORVANE_REQUIRES(mutex_);
+    Plans::iterator Find(const Call& call) MORVANE_REQUIRES(mutex_);
     void CountDown(Plans::iterator planned) MORVANE_REQUIRES(mutex_);
 
     morvane::Mutex mutex_;

@@ -97,7 +97,7 @@ MessagePtr MessageFilter::OnCall(GDBusConnection* connection, MessagePtr call) {
             instruments_->recorder.Record(description);
         }
         bool hangs = false;
-        const MessagePtr answer = AnswerFaultily(call.get(), hangs);
+        const MessagePtr answer = AnswerFaultily(call.get(), description, hangs);
         if (answer) {
             g_dbus_connection_send_message(connection, answer.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE,
                                            nullptr, nullptr);
@@ -110,8 +110,8 @@ MessagePtr MessageFilter::OnCall(GDBusConnection* connection, MessagePtr call) {
     return call;
 }
 
-MessagePtr MessageFilter::AnswerFaultily(GDBusMessage* call, bool& hangs) {
-    MessagePtr answer = instruments_->call_faults.Answer(call, hangs);
+MessagePtr MessageFilter::AnswerFaultily(GDBusMessage* call, const Call& description, bool& hangs) {
+    MessagePtr answer = instruments_->call_faults.Answer(call, description, hangs);
     if (!answer && !hangs && Is(call, kProperties, "Get") && HasBody(call, "(ss)")) {
         return AnswerGet(call);
     }

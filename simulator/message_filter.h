@@ -46,7 +46,7 @@ class MessageFilter {
                                 gboolean incoming, gpointer self);
 
     MessagePtr OnCall(GDBusConnection* connection, MessagePtr call);
-    MessagePtr AnswerFaultily(GDBusMessage* call, bool& hangs);
+    MessagePtr AnswerFaultily(GDBusMessage* call, const Call& description, bool& hangs);
     MessagePtr AnswerGet(GDBusMessage* call);
     void Remember(GDBusMessage* call);
 
