@@ -32,7 +32,6 @@ class PhonebookAccess {
         return transfers_;
     }
     void AbortTransfers();
-    void DropTransfers() { transfers_.clear(); }
 
   private:
     using Reply = morvane::VariantPtr;

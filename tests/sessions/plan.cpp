@@ -145,12 +145,6 @@ bool Plan::Has(bool DaemonEvent::*mark) const {
                        [mark](const Step& step) { return step.event.*mark; });
 }
 
-unsigned Plan::Interrupts() const {
-    return static_cast<unsigned>(std::count_if(steps.begin(), steps.end(), [](const Step& step) {
-        return step.kind == Step::Kind::kInterrupt || step.kind == Step::Kind::kControlC;
-    }));
-}
-
 Plan DrawPlan(std::uint64_t seed) {
     Dice dice(seed);
     const bool on_terminal = dice.Chance(50);

@@ -40,7 +40,6 @@ struct Plan {
     std::string last_words;  ///< of kUnterminatedLine and kQuit
 
     bool Has(bool DaemonEvent::*mark) const;
-    unsigned Interrupts() const;
 };
 
 /// The same plan for the same seed.
