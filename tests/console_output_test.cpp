@@ -125,16 +125,6 @@ TEST(PrintTest, RedrawsTheFirst100CharactersOfAPrompt) {
     }
 }
 
-TEST(PrintTest, WritesTheLongestTextAboveTheLongestPrompt) {
-    const std::string text(999, 'x');
-    const std::string path(100, 'p');
-    const Writes writes = WritesOf([&] {
-        PROXY_Prompt(path.c_str(), 1);
-        PROXY_Print(kRed, "%s", text.c_str());
-    });
-    EXPECT_EQ(writes.back(), "\n\x1b[1;31m" + text + "\x1b[1;32m" + path + "\x1b[1;31m > \x1b[0m");
-}
-
 TEST(PrintTest, AShortPromptReplacesAllOfALongOne) {
     const Writes writes = WritesOf([] {
         PROXY_Prompt("a long prompt", 1);

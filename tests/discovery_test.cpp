@@ -142,22 +142,6 @@ TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
     EXPECT_TRUE(other.Calls().empty());
 }
 
-TEST_F(DiscoveryTest, ReachesSessionsUnderTheInstance) {
-    auto options = simulator::Options::Scripted();
-    options.instance = "bench";
-    StartDaemon(options);
-    Publish(kDevice);
-    ConsoleOptions console_options;
-    console_options.arguments = {"-bus:bench"};
-    Start(console_options);
-    ChooseDevice();
-    Expect(Normal("Session Connected\n"));
-    Await(Prompt("/Phonebook Menu"));
-    Type("x");
-    ExpectCall("RemoveSession", "(objectpath '" + kClient + "/client/session0',)");
-    Expect(Prompt());
-}
-
 // No owner of the name is no failure.
 TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
     LaunchAlone();
@@ -263,16 +247,6 @@ TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
         ExpectExit(0, Console::Rest::kIgnored);
         StopDaemon();
     }
-}
-
-TEST_F(DiscoveryTest, EndsWithoutABus) {
-    ConsoleOptions options;
-    options.bus_address = "unix:path=" + directory().File("nobody");
-    Launch(options);
-    console().ExpectError(
-        "Error getting object manager client: Could not connect: No such file or directory\n");
-    Expect(Red("Run menu\n") + Banner());
-    ExpectExit(0);
 }
 
 TEST_F(DiscoveryTest, EndsWhenTheDaemonDoesNotTellItsObjects) {

@@ -86,28 +86,6 @@ TEST_F(PhonebookMenuTest, EachKeyMakesItsOwnCallAndSurvivesItsRefusal) {
     }
 }
 
-TEST_F(PhonebookMenuTest, EachKeyPrintsItsOwnResult) {
-    OpenSelectedSession();
-    daemon().Reply("List", Value("([('1.vcf', 'listed')],)"));
-    daemon().Reply("Search", Value("([('2.vcf', 'found')],)"));
-    daemon().Reply("GetSize", Value("(uint16 1,)"));
-    daemon().Reply("GetSizePhonebook", Value("(uint16 2,)"));
-    daemon().Reply("GetSizeListing", Value("(uint16 3,)"));
-    daemon().Reply("ListFilterFields", Value("(['N', 'FN'],)"));
-    const std::vector<std::pair<Keys, std::string>> results = {
-        {{"l", "d"}, Heading("vCard Listing") + Lines({" 1.vcf\tlisted"})},
-        {{"o", "0", "v", "d"}, Heading("vCard Listing") + Lines({" 2.vcf\tfound"})},
-        {{"g"}, Lines({"Phonebook Size 1"})},
-        {{"m", "d"}, Lines({"Phone Book Size 2"})},
-        {{"n", "d"}, Lines({"vCard List Size 3"})},
-        {{"u"}, Lines({"Counters updated"})},
-        {{"f"}, Heading("Filter Fields") + Lines({" N", " FN"})}};
-    for (const auto& [keys, result] : results) {
-        TypeAll(keys);
-        Await(result + Prompt(kMenu));
-    }
-}
-
 TEST_F(PhonebookMenuTest, WithoutASelectionOnlyUpdateAndFieldsWork) {
     OpenSession();
     daemon().Reply("ListFilterFields", Value("(['N'],)"));

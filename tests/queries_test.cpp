@@ -155,23 +155,6 @@ TEST_P(EveryQuery, HoldsBackRemovals) {
 INSTANTIATE_TEST_SUITE_P(Methods, EveryQuery, testing::ValuesIn(kQueries),
                          [](const auto& row) { return row.param.method; });
 
-TEST_F(PhonebookQuery, NeedsASelectedPhonebookAndAsksNothingBefore) {
-    OpenSession();
-    for (const std::string key : {"l", "o", "g", "m", "n"}) {
-        SCOPED_TRACE(key);
-        Type(key);
-        Expect(Red("No Phonebook selected\n") + kMenuPrompt);
-    }
-    for (const Query& query : kQueries) EXPECT_EQ(CountCalls(query.method), 0U) << query.method;
-}
-
-TEST_F(PhonebookQuery, CountersAndFilterFieldsNeedNoSelection) {
-    OpenSession();
-    Type("u");
-    Expect(Normal("Counters updated\n") + kMenuPrompt);
-    ListFields("(['N'],)", {" N"});
-}
-
 TEST_F(PhonebookQuery, ListingShowsEveryEntryInTheDaemonsOrder) {
     OpenSelectedSession();
     ExpectListing(

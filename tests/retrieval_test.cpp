@@ -135,12 +135,6 @@ TEST_F(RetrievalTest, FollowsTheTransferToItsFile) {
     EXPECT_FALSE(std::filesystem::exists(PulledCard()));
 }
 
-TEST_F(RetrievalTest, AsksNothingWithoutASelectedPhonebook) {
-    OpenSession();
-    for (const char* const key : {"p", "a"}) Answer(key, kNothingSelected);
-    EXPECT_EQ(daemon().Calls().size(), 1U);
-}
-
 TEST_F(RetrievalTest, SendsTheHandleAsItWasTyped) {
     OpenSelected();
     daemon().Refuse("Pull", "com.veltrisonix.Error.DoesNotExist", "No such card");

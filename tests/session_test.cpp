@@ -94,19 +94,6 @@ TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
     Await(kClientGone);
 }
 
-TEST_F(SessionTest, IsCreatedForThePhonebookServerAndRemovedByItsPath) {
-    OpenSession();
-    ExpectCall("com.veltrisonix.obex.Client1.CreateSession",
-               "('00:1B:DC:07:31:9A', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
-    const std::string session = Session();
-    Type("x");
-    Expect(Prompt());
-    ExpectCall("com.veltrisonix.obex.Client1.RemoveSession", "(objectpath '" + session + "',)");
-    for (const simulator::Call& call : daemon().Calls())
-        EXPECT_EQ(call.path, simulator::kClientPath) << simulator::Describe(call);
-    EXPECT_EQ(daemon().Calls().size(), 2U);
-}
-
 TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
     Start();
     daemon().Reply("CreateSession", Value("(objectpath '/elsewhere',)"));
@@ -123,6 +110,9 @@ TEST_F(SessionTest, BelongsToTheInstance) {
     ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
     SelectPhonebook();
+    Type("x");
+    ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
+    Expect(Prompt());
 }
 
 TEST_F(SessionTest, SaysNothingOfALostConnectionUntilTheNextKey) {
@@ -168,17 +158,6 @@ TEST_F(SessionTest, DeletesTheHeldFileWhenItIsRemoved) {
     EXPECT_FALSE(FileIsThere());
 }
 
-TEST_F(SessionTest, DeletesTheHeldFileWhenTheClientGoes) {
-    HoldTransfer();
-    daemon().RemoveClient();
-    Expect(Notice(kTransferMenu, Removing()) +
-           Notice(kTransferMenu, "Removed /com/veltrisonix/obex\n", kRedSequence));
-    EXPECT_FALSE(FileIsThere());
-    Type("s");
-    Expect(kPhonebookGone);
-    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
-}
-
 TEST_F(SessionTest, DeletesTheHeldFileWhenTheDaemonDies) {
     HoldTransfer();
     daemon().Crash();
@@ -188,20 +167,6 @@ TEST_F(SessionTest, DeletesTheHeldFileWhenTheDaemonDies) {
     Type("s");
     Await(kPhonebookGone);
     EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
-}
-
-TEST_F(SessionTest, KeepsTheHeldFileUntilItIsReplaced) {
-    HoldTransfer();
-    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "not now", 1);
-    LoseConnection(kTransferMenu);
-    Type("s");
-    Expect(Red("Phonebook Access Proxy is invalid\n") +
-           Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: not now\n") +
-           Prompt());
-    EXPECT_TRUE(FileIsThere());
-    ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + Normal(Removing()) + Prompt(kMenu));
-    EXPECT_FALSE(FileIsThere());
 }
 
 // Whatever still listened for the session would report that its properties are gone.

@@ -182,15 +182,6 @@ TEST_F(TransferMenuTest, EndOfInputQuits) {
     EXPECT_FALSE(FileExists());
 }
 
-TEST_F(TransferMenuTest, QuitDeletesTheFileEvenIfTheSessionCannotBeRemoved) {
-    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy");
-    Type("q");
-    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
-           Removing());
-    ExpectExit(0);
-    EXPECT_FALSE(FileExists());
-}
-
 TEST_F(TransferMenuTest, InterruptMakesTheNextKeyEndEverything) {
     Interrupt();
     Type("p");

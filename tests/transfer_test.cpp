@@ -163,24 +163,6 @@ TEST_F(TransferTest, LosesItsFileWhenTheDaemonGoes) {
     Expect(Red("Phonebook Access Proxy is invalid\n") + Prompt());
 }
 
-TEST_F(TransferTest, LosesItsFileWhenAnotherSessionTakesThePlaceOfItsOwn) {
-    OpenSelectedSession();
-    PullAll("vcard");
-    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
-    daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kMenu);
-    Type("s");
-    Expect(Red("Phonebook Access Proxy is invalid\n") +
-           Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
-           Prompt());
-    EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
-    ChooseDevice();
-    Expect(Normal("Session Connected\n"));
-    Await(Normal("Removing: " + PulledPhonebook() + "\n"));
-    Expect(Prompt(kProfileMenu));
-    EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
-}
-
 class TransferOfAnInstanceTest : public TransferTest {
   protected:
     void SetUp() override {
