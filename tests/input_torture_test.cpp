@@ -1,11 +1,10 @@
 #include "support/places.h"
+#include "support/process_files.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -29,12 +28,7 @@ const bool kMemoryIsTheTools = !kSanitizer && std::getenv("MORVANE_TEST_LAUNCHER
 
 // The most memory that the process has ever had, in bytes.
 std::size_t PeakMemory(pid_t process) {
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    for (std::string word; status >> word;) {
-        std::size_t kilobytes = 0;
-        if (word == "VmHWM:" && status >> kilobytes) return kilobytes * 1024;
-    }
-    throw std::runtime_error("no peak memory");
+    return ReadProcessNumber(process, "status", "VmHWM:") * 1024;
 }
 
 ConsoleOptions Pipes() {

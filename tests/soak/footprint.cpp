@@ -1,31 +1,18 @@
 #include "soak/footprint.h"
 
 #include "interfaces/glib_ptr.h"
+#include "support/process_files.h"
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <stdexcept>
 
 namespace morvane_test {
 namespace {
 
-std::string FolderOf(pid_t process) {
-    return "/proc/" + std::to_string(process);
-}
-
-// The number on the line of `file` that begins with `label`.
-std::size_t ReadNumber(const std::string& file, const std::string& label) {
-    std::ifstream stream(file);
-    for (std::string word; stream >> word;) {
-        std::size_t number = 0;
-        if (word == label && stream >> number) return number;
-    }
-    throw std::runtime_error("No " + label + " in " + file);
-}
-
 std::size_t CountDescriptors(pid_t process) {
-    const std::filesystem::directory_iterator descriptors(FolderOf(process) + "/fd");
+    const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(process) +
+                                                          "/fd");
     return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
 }
 
@@ -52,8 +39,8 @@ std::string Footprint::Describe() const {
 }
 
 Footprint MeasureFootprint(pid_t process, GDBusConnection* bus, const std::string& unique_name) {
-    return {ReadNumber(FolderOf(process) + "/status", "VmRSS:"),
-            ReadNumber(FolderOf(process) + "/smaps_rollup", "Pss:"), CountDescriptors(process),
+    return {ReadProcessNumber(process, "status", "VmRSS:"),
+            ReadProcessNumber(process, "smaps_rollup", "Pss:"), CountDescriptors(process),
             CountMatchRules(bus, unique_name)};
 }
 
