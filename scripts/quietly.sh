@@ -12,3 +12,15 @@ quietly() {
         return 1
     }
 }
+
+# test_quietly WHAT STEM OPTION...: the same for ctest with these options. Leaves STEM.log and
+# STEM.xml, and shows only tests that failed.
+test_quietly() {
+    local what=$1 stem=$2
+    shift 2
+    printf 'Testing %s ...\n' "$what" >&2
+    ctest "$@" --quiet --output-log "$stem.log" --output-junit "$stem.xml" && return
+    grep --invert-match --extended-regexp '^ *(Start +[0-9]+:|[0-9]+/[0-9]+ Test .* Passed )' \
+        "$stem.log" >&2 || true
+    return 1
+}
