@@ -4,6 +4,7 @@
 #include "interfaces/remote_call.h"
 #include "simulator/daemon.h"
 #include "support/captured_run.h"
+#include "support/exhaustible_memory.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
 #include "support/rival.h"
@@ -19,38 +20,10 @@
 #include <cstdlib>
 #include <functional>
 #include <mutex>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
-
-namespace {
-
-// Nothing but the allocator itself can make one allocation of the tool's fail.
-std::atomic<bool> memory_is_exhausted{false};
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    void* const memory = memory_is_exhausted ? nullptr : std::malloc(size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-
-// Sanitizers have forms of their own of whatever is not replaced.
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return memory_is_exhausted ? nullptr : std::malloc(size);
-}
-
-// Inlined where operator new is not, they look to the compiler like the wrong way to release.
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
 
 namespace morvane {
 namespace {
@@ -59,6 +32,7 @@ using morvane_test::Banner;
 using morvane_test::DeviceList;
 using morvane_test::Green;
 using morvane_test::Lines;
+using morvane_test::memory_is_exhausted;
 using morvane_test::Normal;
 using morvane_test::OutputOf;
 using morvane_test::Prompt;
