@@ -1,26 +1,13 @@
 #include "app/obex_proxy.h"
 
 #include "console/console_output.h"
-#include "interfaces/remote_call.h"
-#include "simulator/daemon.h"
+#include "support/bench.h"
 #include "support/captured_run.h"
 #include "support/exhaustible_memory.h"
 #include "support/messages.h"
-#include "support/private_bus.h"
-#include "support/rival.h"
-#include "support/scheduling.h"
-#include "support/system_calls.h"
-#include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
-#include <malloc.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <functional>
-#include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -29,17 +16,17 @@ namespace morvane {
 namespace {
 
 using morvane_test::Banner;
+using morvane_test::Bench;
 using morvane_test::DeviceList;
-using morvane_test::Green;
 using morvane_test::Lines;
 using morvane_test::memory_is_exhausted;
 using morvane_test::Normal;
 using morvane_test::OutputOf;
 using morvane_test::Prompt;
 using morvane_test::Red;
-using morvane_test::Rival;
-using morvane_test::sleep_substitute;
+using morvane_test::Say;
 using morvane_test::TextBox;
+using morvane_test::UseBus;
 using morvane_test::ValuePrompt;
 
 constexpr char kAddress[] = "00:1B:DC:07:31:9A";
@@ -54,55 +41,11 @@ std::string Removed(const std::string& path) {
     return Red("Removed " + path + "\n");
 }
 
-void UseBus(const std::string& address) {
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-}
-
-void Say(const char* text) {
-    PROXY_PrintNoPrompt(kNormal, "%s\n", text);
-}
-
-/// The bus with the daemon, for one process.
-struct Bench {
-    explicit Bench(const std::string& instance = "") : daemon(bus.Address(), Options(instance)) {
-        UseBus(bus.Address());
-    }
-
-    simulator::Options Options(const std::string& instance) const {
-        auto options = simulator::Options::Scripted();
-        options.instance = instance;
-        options.directory = directory.Path();
-        return options;
-    }
-
-    std::string File() const { return directory.File("phonebook.vcf"); }
-
-    /// The application's client gets a session with a transfer, whose file goes with it.
-    void OpenSession() {
-        daemon.AddDevice("/dev_1", kAddress, "Phone");
-        std::mutex mutex;
-        if (!obexProxy.Client()->CreateSession(kAddress, MenuLock(mutex)))
-            throw std::runtime_error("no session");
-        daemon.SetPullContent("x");
-        const auto connection = morvane_test::ConnectToBus(bus.Address());
-        const VariantPtr reply(g_dbus_connection_call_sync(
-            connection.get(), daemon.BusName().c_str(), daemon.Sessions().back().c_str(),
-            simulator::kPhonebookInterface, "PullAll",
-            g_variant_new_parsed("('/tmp/phonebook.vcf', @a{sv} {})"), nullptr,
-            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-        obexProxy.Client()->Phonebook()->AllocTransfer(daemon.Transfers().back(), nullptr);
-    }
-
-    morvane_test::TemporaryDirectory directory;
-    morvane_test::PrivateBus bus;
-    simulator::Daemon daemon;
-};
-
 TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
     const std::string output = OutputOf([] {
         Bench bench;
         for (const char* const path : {"/dev_a", "/dev_b", "/dev_c", "/dev_aa"})
-            bench.daemon.AddDevice(path, kAddress, path);
+            bench.daemon().AddDevice(path, kAddress, path);
         for (const char* const path : {"/dev_a", "/dev_b", "/dev_a", "/dev_c", "/dev_aa"})
             obexProxy.ObjectAdded(path);
         obexProxy.DeviceList(false);
@@ -125,7 +68,7 @@ TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
     constexpr std::size_t kDevices = 50;
     const std::string output = OutputOf([] {
         Bench bench;
-        bench.daemon.AddDevice("/dev_1", kAddress, "Phone");
+        bench.daemon().AddDevice("/dev_1", kAddress, "Phone");
         std::thread menu_thread([] {
             for (std::size_t i = 0; i < kDevices; ++i) {
                 obexProxy.DeviceList(false);
@@ -161,7 +104,7 @@ TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
         obexProxy.ObjectAdded(kClient);
         bench.OpenSession();
         const ClientProxyContext* const first = obexProxy.Client();
-        std::string file = bench.File();
+        std::string file = bench.PulledPhonebook();
         Say(file.c_str());
         obexProxy.ObjectAdded(kClient);
         Say(obexProxy.Client() == first ? "the same" : "another");
@@ -199,13 +142,13 @@ TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
         Bench bench;
         obexProxy.ObjectAdded(kClient);
         bench.OpenSession();
-        bench.daemon.Hang("SetUserId");
+        bench.daemon().Hang("SetUserId");
         Say("Beginning");
         std::thread menu_thread([] { obexProxy.MenuThread(); });
-        bench.daemon.AwaitCall("SetUserId", morvane_test::Patience());
+        bench.daemon().AwaitCall("SetUserId", morvane_test::Patience());
         obexProxy.ObjectAdded(kClient);
         Say("Replaced");
-        bench.daemon.Release();
+        bench.daemon().Release();
         menu_thread.join();
         Say(obexProxy.IsRunning() ? "running" : "stopped");
     };
@@ -279,7 +222,7 @@ TEST(ClientContextTest, TellsWhetherTheSessionIsRemoved) {
         const auto remove = [&] { Say(client.RemoveSession() ? "removed" : "not removed"); };
         remove();
         bench.OpenSession();
-        bench.daemon.Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy", 1);
+        bench.daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy", 1);
         remove();
         Say(client.Phonebook() == nullptr ? "without session" : "with session");
         remove();
@@ -296,180 +239,6 @@ TEST(ClientContextTest, TellsWhetherTheSessionIsRemoved) {
                   Lines({"removed", "without session"}) +
                   Red(failed + "DoesNotExist: No such session: " + kClient + "/client/session0\n") +
                   Lines({"not removed"}));
-}
-
-TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
-    const std::string output = OutputOf([] {
-        Bench bench;
-        simulator::Daemon instance(bench.bus.Address(), bench.Options("bench"));
-        bench.daemon.AddDevice("/dev_1", "00:00:00:00:00:01", "Default");
-        instance.AddDevice("/dev_1", "00:00:00:00:00:02", "Instance");
-        const ObexDeviceContext devices[] = {ObexDeviceContext("/dev_1"),
-                                             ObexDeviceContext("", "/dev_1"),
-                                             ObexDeviceContext("com.veltrisonix.bench", "/dev_1")};
-        for (const ObexDeviceContext& device : devices) {
-            device.Display(false, 7);
-            device.Display(true, 7);
-            Say(device.GetAddress().c_str());
-            Say(device.GetPathName().c_str());
-        }
-    });
-    const std::string on_default =
-        Lines({" 00:00:00:00:00:01 | Default", " 7) 00:00:00:00:00:01 | Default",
-               "00:00:00:00:00:01", "/dev_1"});
-    const std::string on_instance =
-        Lines({" 00:00:00:00:00:02 | Instance", " 7) 00:00:00:00:00:02 | Instance",
-               "00:00:00:00:00:02", "/dev_1"});
-    EXPECT_EQ(output, on_default + on_default + on_instance);
-}
-
-// One letter, so often that the text has pages of its own and that it takes a while to print.
-GVariant* LongAlias(std::size_t number) {
-    constexpr gsize kLength = 200000;
-    return g_variant_new_take_string(g_strnfill(kLength, static_cast<gchar>('a' + number % 3)));
-}
-
-// What is printed of it.
-std::string LineOfLongAlias(char letter) {
-    const std::string begin = std::string(" ") + kAddress + " | ";
-    return Normal(begin + std::string(999 - begin.size(), letter));
-}
-
-// The main thread drops a text while the menu thread is about to print it.
-TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
-    constexpr int kLines = 1000;
-    const std::string output = OutputOf([] {
-        mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
-        Bench bench;
-        bench.daemon.AddDevice("/dev_1", kAddress, std::string(200000, 'a'));
-        morvane_test::StayOnOneProcessor();
-        const ObexDeviceContext device("/dev_1");
-        std::atomic<bool> shown{false};
-        std::thread menu_thread([&] {
-            morvane_test::StayBehindOtherThreads();
-            for (int line = 0; line < kLines; ++line) device.Display(false, 0);
-            shown = true;
-        });
-        while (!shown) {
-            bench.daemon.Flood("/dev_1", simulator::kDeviceInterface, "Alias", 2, LongAlias);
-            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-            }
-        }
-        menu_thread.join();
-    });
-    const std::size_t length = LineOfLongAlias('a').size();
-    ASSERT_EQ(output.size(), length * kLines);
-    for (std::size_t at = 0; at < output.size(); at += length) {
-        const std::string line = output.substr(at, length);
-        ASSERT_EQ(line, LineOfLongAlias(line[length / 2]));
-    }
-}
-
-TEST(DeviceContextTest, HasNoAddressWithoutADaemon) {
-    const std::string output = OutputOf([] {
-        const morvane_test::PrivateBus bus;
-        UseBus(bus.Address());
-        const ObexDeviceContext device("/dev_1");
-        try {
-            Say(device.GetAddress().c_str());
-        } catch (const std::logic_error&) {
-            Say("logic error");
-        }
-    });
-    EXPECT_EQ(output, Lines({"logic error"}));
-}
-
-TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
-    const std::string output = OutputOf([] {
-        const morvane_test::PrivateBus bus;
-        UseBus(bus.Address());
-        const auto made =
-            MakeProxy(device1_proxy_new_for_bus_sync, "com.veltrisonix.bench", "/dev_1", "Device");
-        GDBusProxy* const proxy = G_DBUS_PROXY(made.get());
-        Say(g_dbus_proxy_get_name(proxy));
-        Say(g_dbus_proxy_get_object_path(proxy));
-        Say(g_dbus_proxy_get_interface_name(proxy));
-        EXPECT_EQ(g_dbus_proxy_get_flags(proxy), G_DBUS_PROXY_FLAGS_NONE);
-        EXPECT_EQ(g_dbus_proxy_get_default_timeout(proxy), -1);
-        Say(testing::Test::HasFailure() ? "otherwise" : "as expected");
-    });
-    EXPECT_EQ(output,
-              Lines({"com.veltrisonix.bench", "/dev_1", "com.veltrisonix.Device1", "as expected"}));
-}
-
-// The flag may have been set and cleared before the main thread looks.
-TEST(StartHandshakeTest, EndsWhenTheMenuThreadWasStoppedAtOnce) {
-    const std::string output = OutputOf([] {
-        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        std::thread menu_thread([] { obexProxy.MenuThread(); });
-        while (!obexProxy.IsRunning()) std::this_thread::yield();
-        obexProxy.StopThreads();
-        obexProxy.AwaitMenuThread(start_lock);
-        Say("started");
-        menu_thread.join();
-    });
-    EXPECT_EQ(output, Lines({"started"}) + Banner());
-}
-
-TEST(StartHandshakeTest, EndsWhenTheMenuThreadHasRunAlready) {
-    const std::string output = OutputOf([] {
-        std::thread([] { obexProxy.MenuThread(); }).join();
-        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        obexProxy.AwaitMenuThread(start_lock);
-        Say(obexProxy.IsRunning() ? "running" : "stopped");
-    });
-    EXPECT_EQ(output, Banner() + Prompt() + Lines({"stopped"}));
-}
-
-// Else its signal could fall between the main thread's look and its wait.
-TEST(StartHandshakeTest, TheMenuThreadWaitsForTheMainThreadToWait) {
-    const std::string output = OutputOf([] {
-        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        Rival menu_thread([] { obexProxy.MenuThread(); });
-        sleep_substitute = [](useconds_t /*time*/) { Say("pause"); };
-        menu_thread.GoAsFarAsPossible();
-        Say("not yet waiting");
-        obexProxy.AwaitMenuThread(start_lock);
-    });
-    const std::string pause = Lines({"pause"});
-    EXPECT_EQ(output, Lines({"not yet waiting"}) + pause + Banner() + pause + Prompt());
-}
-
-TEST(StartHandshakeTest, WaitsForTheMenuThread) {
-    const std::string output = OutputOf([] {
-        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        Say(obexProxy.IsRunning() ? "running" : "not yet");
-        std::thread menu_thread([] { obexProxy.MenuThread(); });
-        obexProxy.AwaitMenuThread(start_lock);
-        Say(obexProxy.IsRunning() ? "running" : "not yet");
-        menu_thread.join();
-    });
-    EXPECT_EQ(output, Lines({"not yet", "running"}) + Banner() + Prompt());
-}
-
-// What this finds is a race; ThreadSanitizer tells.
-TEST(StopThreadsTest, MayComeWhileTheMainLoopIsMade) {
-    const std::string output = OutputOf([] {
-        obexProxy.DBusInstance("7");
-        std::thread other([] {
-            for (int count = 0; count < 1000; ++count) obexProxy.StopThreads();
-        });
-        obexProxy.GDBusRun();
-        other.join();
-    });
-    EXPECT_EQ(output, Red("Error getting object manager client\n"));
-}
-
-// After the first Ctrl-C the next has its usual meaning.
-TEST(TerminationHandlerTest, StopsTheMenusAndRemovesItself) {
-    const std::string output = OutputOf([] {
-        std::thread menu_thread([] { obexProxy.MenuThread(); });
-        while (!obexProxy.IsRunning()) std::this_thread::yield();
-        Say(terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "stays");
-        Say(obexProxy.IsRunning() ? "running" : "stopped");
-        menu_thread.join();
-    });
-    EXPECT_EQ(output, Lines({"removed", "stopped"}) + Banner());
 }
 
 }  // namespace

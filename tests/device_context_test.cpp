@@ -1,0 +1,130 @@
+#include "app/obex_device_context.h"
+
+#include "interfaces/remote_call.h"
+#include "support/bench.h"
+#include "support/captured_run.h"
+#include "support/messages.h"
+#include "support/scheduling.h"
+
+#include <gtest/gtest.h>
+
+#include <malloc.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Bench;
+using morvane_test::Lines;
+using morvane_test::Normal;
+using morvane_test::OutputOf;
+using morvane_test::Say;
+using morvane_test::UseBus;
+
+constexpr char kAddress[] = "00:1B:DC:07:31:9A";
+
+TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
+    const std::string output = OutputOf([] {
+        Bench bench;
+        simulator::Daemon instance(bench.bus().Address(), bench.Options("bench"));
+        bench.daemon().AddDevice("/dev_1", "00:00:00:00:00:01", "Default");
+        instance.AddDevice("/dev_1", "00:00:00:00:00:02", "Instance");
+        const ObexDeviceContext devices[] = {ObexDeviceContext("/dev_1"),
+                                             ObexDeviceContext("", "/dev_1"),
+                                             ObexDeviceContext("com.veltrisonix.bench", "/dev_1")};
+        for (const ObexDeviceContext& device : devices) {
+            device.Display(false, 7);
+            device.Display(true, 7);
+            Say(device.GetAddress().c_str());
+            Say(device.GetPathName().c_str());
+        }
+    });
+    const std::string on_default =
+        Lines({" 00:00:00:00:00:01 | Default", " 7) 00:00:00:00:00:01 | Default",
+               "00:00:00:00:00:01", "/dev_1"});
+    const std::string on_instance =
+        Lines({" 00:00:00:00:00:02 | Instance", " 7) 00:00:00:00:00:02 | Instance",
+               "00:00:00:00:00:02", "/dev_1"});
+    EXPECT_EQ(output, on_default + on_default + on_instance);
+}
+
+// One letter, so often that the text has pages of its own and that it takes a while to print.
+GVariant* LongAlias(std::size_t number) {
+    constexpr gsize kLength = 200000;
+    return g_variant_new_take_string(g_strnfill(kLength, static_cast<gchar>('a' + number % 3)));
+}
+
+// What is printed of it.
+std::string LineOfLongAlias(char letter) {
+    const std::string begin = std::string(" ") + kAddress + " | ";
+    return Normal(begin + std::string(999 - begin.size(), letter));
+}
+
+// The main thread drops a text while the menu thread is about to print it.
+TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
+    constexpr int kLines = 1000;
+    const std::string output = OutputOf([] {
+        mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
+        Bench bench;
+        bench.daemon().AddDevice("/dev_1", kAddress, std::string(200000, 'a'));
+        morvane_test::StayOnOneProcessor();
+        const ObexDeviceContext device("/dev_1");
+        std::atomic<bool> shown{false};
+        std::thread menu_thread([&] {
+            morvane_test::StayBehindOtherThreads();
+            for (int line = 0; line < kLines; ++line) device.Display(false, 0);
+            shown = true;
+        });
+        while (!shown) {
+            bench.daemon().Flood("/dev_1", simulator::kDeviceInterface, "Alias", 2, LongAlias);
+            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+            }
+        }
+        menu_thread.join();
+    });
+    const std::size_t length = LineOfLongAlias('a').size();
+    ASSERT_EQ(output.size(), length * kLines);
+    for (std::size_t at = 0; at < output.size(); at += length) {
+        const std::string line = output.substr(at, length);
+        ASSERT_EQ(line, LineOfLongAlias(line[length / 2]));
+    }
+}
+
+TEST(DeviceContextTest, HasNoAddressWithoutADaemon) {
+    const std::string output = OutputOf([] {
+        const morvane_test::PrivateBus bus;
+        UseBus(bus.Address());
+        const ObexDeviceContext device("/dev_1");
+        try {
+            Say(device.GetAddress().c_str());
+        } catch (const std::logic_error&) {
+            Say("logic error");
+        }
+    });
+    EXPECT_EQ(output, Lines({"logic error"}));
+}
+
+TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
+    const std::string output = OutputOf([] {
+        const morvane_test::PrivateBus bus;
+        UseBus(bus.Address());
+        const auto made =
+            MakeProxy(device1_proxy_new_for_bus_sync, "com.veltrisonix.bench", "/dev_1", "Device");
+        GDBusProxy* const proxy = G_DBUS_PROXY(made.get());
+        Say(g_dbus_proxy_get_name(proxy));
+        Say(g_dbus_proxy_get_object_path(proxy));
+        Say(g_dbus_proxy_get_interface_name(proxy));
+        EXPECT_EQ(g_dbus_proxy_get_flags(proxy), G_DBUS_PROXY_FLAGS_NONE);
+        EXPECT_EQ(g_dbus_proxy_get_default_timeout(proxy), -1);
+        Say(testing::Test::HasFailure() ? "otherwise" : "as expected");
+    });
+    EXPECT_EQ(output,
+              Lines({"com.veltrisonix.bench", "/dev_1", "com.veltrisonix.Device1", "as expected"}));
+}
+
+}  // namespace
+}  // namespace morvane
