@@ -142,15 +142,6 @@ TEST_F(StartStopTest, EndsFromTheInnermostMenuWithTheLineAfterAControlC) {
     ExpectCall("RemoveSession", "(objectpath '" + kSession + "',)");
 }
 
-TEST_F(StartStopTest, SecondControlCEndsAtThePrompt) {
-    StartDaemon();
-    Start();
-    PressControlC();
-    EXPECT_FALSE(console().HasEnded());
-    console().TypeBytes("\x03");
-    console().ExpectEndBySignal(SIGINT);
-}
-
 TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
     StartDaemon();
     Start();
@@ -159,30 +150,6 @@ TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
     EXPECT_FALSE(console().HasEnded());
     console().Interrupt();
     console().ExpectEndBySignal(SIGINT);
-}
-
-class RefusedBusNameTest : public StartStopTest, public testing::WithParamInterface<std::string> {};
-
-INSTANTIATE_TEST_SUITE_P(, RefusedBusNameTest,
-                         testing::Values("7", "a.7b", "a..b", ".", "a.", "ü", "a/b", "a:b",
-                                         std::string(240, 'i'), std::string(260, 'i')));
-
-TEST_P(RefusedBusNameTest, EndsAtOnce) {
-    ConsoleOptions options;
-    options.arguments = {"-bus:" + GetParam()};
-    Launch(options);
-    Expect(Red("Run menu\n") + Red("Error getting object manager client\n") + Banner());
-    ExpectExit(0);
-    EXPECT_EQ(console().Errors(), "");
-}
-
-TEST_F(StartStopTest, TakesTheLongestBusName) {
-    auto options = simulator::Options::Scripted();
-    options.instance = std::string(239, 'i');
-    StartDaemon(options);
-    ConsoleOptions console_options;
-    console_options.arguments = {"-bus:" + options.instance};
-    Start(console_options);
 }
 
 TEST_F(StartStopTest, LossOfTheBusEndsAHangingCall) {
