@@ -390,9 +390,7 @@ TEST_P(CredentialTest, SendsAnEmptyTextAtTheEndOfInput) {
 }
 
 TEST_P(CredentialTest, SendsALastLineThatIsNotTerminated) {
-    ConsoleOptions options;
-    options.wiring = Wiring::kPipes;
-    Start(options);
+    Start(Wired(Wiring::kPipes));
     Ask();
     console().TypeBytes("last");
     console().CloseInput();

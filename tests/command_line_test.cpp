@@ -12,12 +12,6 @@ const std::string kUsage =
     "Usage: morvane <options>, where <options> are:\n"
     "\t-bus[:<instance>]  - DBus bus name instance.\n";
 
-ConsoleOptions With(std::vector<std::string> arguments) {
-    ConsoleOptions options;
-    options.arguments = std::move(arguments);
-    return options;
-}
-
 class CommandLine : public ConversationTest {
   protected:
     // The tool looks for the daemon under com.veltrisonix and `suffix`.
@@ -26,13 +20,13 @@ class CommandLine : public ConversationTest {
         simulator::Options options = simulator::Options::Scripted();
         options.instance = suffix;
         StartDaemon(options);
-        Start(With(arguments), here);
+        Start(WithArguments(arguments), here);
     }
 
     // The tool says `message` and the usage, and nothing else happens.
     void ExpectRefusal(const std::vector<std::string>& arguments, const std::string& message,
                        Here here = Here::Now()) {
-        Launch(With(arguments));
+        Launch(WithArguments(arguments));
         Expect(message + kUsage, here);
         ExpectExit(255, Console::Rest::kNone, here);
     }
@@ -165,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(, RefusedBusNameTest,
                                          std::string(260, 'i') + " " + std::string(300, 'i')));
 
 TEST_P(RefusedBusNameTest, EndsAtOnce) {
-    Launch(With({"-bus:" + GetParam()}));
+    Launch(WithArguments({"-bus:" + GetParam()}));
     Expect(Red("Run menu\n") + Red("Error getting object manager client\n") + Banner());
     ExpectExit(0);
     EXPECT_EQ(console().Errors(), "");

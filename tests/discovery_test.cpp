@@ -127,9 +127,7 @@ TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
     Publish(kDevice);
     simulator::Daemon other(bus().Address(), simulator::Options::Scripted());
     other.AddDevice("/dev_other", kPhoneAddress, "Other Phone");
-    ConsoleOptions console_options;
-    console_options.arguments = {"-bus:bench.b2"};
-    Start(console_options);
+    Start(WithArguments({"-bus:bench.b2"}));
     EXPECT_EQ(console().Output().find("dev_other"), std::string::npos);
     Type("l");
     Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());

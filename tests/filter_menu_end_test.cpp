@@ -57,12 +57,6 @@ class FilterMenuEnds : public ConversationTest {
     }
 };
 
-ConsoleOptions Wired(Wiring wiring) {
-    ConsoleOptions options;
-    options.wiring = wiring;
-    return options;
-}
-
 class FilterMenuEnd : public FilterMenuEnds, public testing::WithParamInterface<Operation> {
   protected:
     const std::string& Method() const { return GetParam().method; }
@@ -92,9 +86,7 @@ TEST_P(FilterMenuEnd, UnterminatedLastLineIsTheEndOfInput) {
 }
 
 TEST_P(FilterMenuEnd, ClosedWindowLeavesEverything) {
-    ConsoleOptions options;
-    options.ignore_hang_up = true;
-    Open(options);
+    Open(UnderNohup());
     console().HangUp();
     ExpectExit(0, Console::Rest::kIgnored);
     EXPECT_EQ(CountCalls(Method()), 0U);

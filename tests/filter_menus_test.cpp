@@ -47,9 +47,7 @@ class FilterMenu : public ConversationTest, public testing::WithParamInterface<O
   protected:
     // In every operation's way stands a daemon that refuses it, which costs the least time.
     void OpenPhonebook(Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
-        ConsoleOptions options;
-        options.wiring = wiring;
-        Start(options, here);
+        Start(Wired(wiring), here);
         OpenSelectedSession(here);
         daemon().Refuse(GetParam().method, "com.veltrisonix.Error.Failed", "enough");
     }

@@ -115,9 +115,7 @@ class FilterPrompts : public ConversationTest {
     void OpenMenu(const std::vector<std::string>& opening,
                   const std::vector<std::string>& fields = kFields,
                   Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
-        ConsoleOptions options;
-        options.wiring = wiring;
-        Start(options, here);
+        Start(Wired(wiring), here);
         OpenSelectedSession(here);
         daemon().Reply("ListFilterFields", Value(FieldsReply(fields)));
         for (const std::string& line : opening) Type(line, here);

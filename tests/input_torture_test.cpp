@@ -32,15 +32,7 @@ std::size_t PeakMemory(pid_t process) {
 }
 
 ConsoleOptions Pipes() {
-    ConsoleOptions options;
-    options.wiring = Wiring::kPipes;
-    return options;
-}
-
-ConsoleOptions Nohup() {
-    ConsoleOptions options;
-    options.ignore_hang_up = true;
-    return options;
+    return Wired(Wiring::kPipes);
 }
 
 // Pipes, and memory that is given back as soon as it is no longer used, so that its peak tells what
@@ -131,7 +123,7 @@ TEST_P(InputTorture, HangUp) {
 }
 
 TEST_P(InputTorture, HangUpUnderNohup) {
-    ReachPlace(Nohup());
+    ReachPlace(UnderNohup());
     console().HangUp();
     ExpectEnd(Console::Rest::kIgnored);
 }

@@ -46,9 +46,7 @@ TEST_F(MainMenuTest, HelpShowsTheKeys) {
 
 TEST_F(MainMenuTest, ReadsAsAConversationOnAPersonsTerminal) {
     StartDaemon();
-    ConsoleOptions options;
-    options.wiring = Wiring::kPersonsTerminal;
-    Start(options);
+    Start(Wired(Wiring::kPersonsTerminal));
     Type("help");
     Expect("help\n" + MainMenu() + Prompt());
     Type("z");

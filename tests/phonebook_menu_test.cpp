@@ -130,9 +130,7 @@ TEST_F(PhonebookMenuTest, EndOfInputQuits) {
 }
 
 TEST_F(PhonebookMenuTest, AnUnterminatedKeyIsTheEndOfInput) {
-    ConsoleOptions options;
-    options.wiring = Wiring::kPipes;
-    Start(options);
+    Start(Wired(Wiring::kPipes));
     OpenSession();
     console().TypeBytes("u");
     console().CloseInput();

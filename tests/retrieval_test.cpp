@@ -334,9 +334,7 @@ TEST_F(RetrievalTest, EndOfInputIsNoHandle) {
 
 // Unlike keys and numbers, a text needs no end of line.
 TEST_F(RetrievalTest, TakesAnUnterminatedHandle) {
-    ConsoleOptions options;
-    options.wiring = Wiring::kPipes;
-    Start(options);
+    Start(Wired(Wiring::kPipes));
     OpenSelected();
     AskForHandle();
     console().TypeBytes("1A");

@@ -25,9 +25,7 @@ std::string FilterQuestion() {
 class Search : public ConversationTest {
   protected:
     void OpenPhonebook(Wiring wiring = Wiring::kTerminal, Here here = Here::Now()) {
-        ConsoleOptions options;
-        options.wiring = wiring;
-        Start(options, here);
+        Start(Wired(wiring), here);
         OpenSelectedSession(here);
         daemon().Reply("Search", Value("([('1.vcf', 'Ada')],)"));
     }

@@ -212,9 +212,7 @@ TEST_F(SelectionTest, EndOfInputLeavesEveryQuestion) {
 }
 
 TEST_F(SelectionTest, AnUnterminatedAnswerIsTheEndOfInput) {
-    ConsoleOptions options;
-    options.wiring = Wiring::kPipes;
-    Start(options);
+    Start(Wired(Wiring::kPipes));
     OpenSession();
     AskForLocation();
     ChooseLocation("0", kInternalPhonebooks);

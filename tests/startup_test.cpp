@@ -23,13 +23,6 @@ constexpr bool kThreadSanitizer = false;
 
 const bool kLauncher = std::getenv("MORVANE_TEST_LAUNCHER") != nullptr;
 
-ConsoleOptions With(std::vector<std::string> arguments, Wiring wiring = Wiring::kTerminal) {
-    ConsoleOptions options;
-    options.arguments = std::move(arguments);
-    options.wiring = wiring;
-    return options;
-}
-
 class StartUp : public ConversationTest {
   protected:
     void LaunchWithoutBus() {
@@ -45,7 +38,7 @@ TEST_F(StartUp, AnnouncesTheMenuThenDrawsItsBanner) {
 }
 
 TEST_F(StartUp, GoesThroughPipesToTheByte) {
-    Launch(With({}, Wiring::kPipes));
+    Launch(Wired(Wiring::kPipes));
     Expect(kRunMenu + Banner() + Prompt());
 }
 
@@ -174,14 +167,14 @@ TEST_F(ShutDown, QuitsWithoutADaemon) {
 
 TEST_F(ShutDown, QuitsAtTheEndOfInput) {
     for (const Wiring wiring : {Wiring::kTerminal, Wiring::kPipes}) {
-        Start(With({}, wiring));
+        Start(Wired(wiring));
         console().CloseInput();
         ExpectExit(0);
     }
 }
 
 TEST_F(ShutDown, QuitsWhenInputEndedBeforeAnythingElse) {
-    Launch(With({}, Wiring::kPipes));
+    Launch(Wired(Wiring::kPipes));
     console().CloseInput();
     Await(Banner() + Prompt());
     ExpectExit(0);
@@ -255,9 +248,7 @@ TEST_F(ShutDown, ClosedTerminalEndsTheTool) {
 }
 
 TEST_F(ShutDown, ClosedTerminalIsTheEndOfInputUnderNohup) {
-    ConsoleOptions options;
-    options.ignore_hang_up = true;
-    Start(options);
+    Start(UnderNohup());
     console().HangUp();
     ExpectExit(0, Console::Rest::kIgnored);
     EXPECT_LT(console().CpuTime(), Stretched(std::chrono::milliseconds(1000)));

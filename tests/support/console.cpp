@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <sstream>
+#include <utility>
 
 namespace morvane_test {
 namespace {
@@ -72,6 +73,24 @@ const char* Describe(Transcript::Result result) {
 }
 
 }  // namespace
+
+ConsoleOptions Wired(Wiring wiring) {
+    ConsoleOptions options;
+    options.wiring = wiring;
+    return options;
+}
+
+ConsoleOptions WithArguments(std::vector<std::string> arguments) {
+    ConsoleOptions options;
+    options.arguments = std::move(arguments);
+    return options;
+}
+
+ConsoleOptions UnderNohup() {
+    ConsoleOptions options;
+    options.ignore_hang_up = true;
+    return options;
+}
 
 Console::Console(const ConsoleOptions& options)
     : command_(CommandLine(options)),

@@ -30,6 +30,11 @@ struct ConsoleOptions {
     Duration reading_pause{0};             ///< how long output may wait to be read, see Pump
 };
 
+/// Options with nothing but this.
+ConsoleOptions Wired(Wiring wiring);
+ConsoleOptions WithArguments(std::vector<std::string> arguments);
+ConsoleOptions UnderNohup();
+
 /// One run of the tool and the operator in front of it.
 ///
 /// The environment is bare: LC_ALL=C, PATH, TERM, the bus, and what sanitizers, coverage and

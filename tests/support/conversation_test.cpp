@@ -85,9 +85,7 @@ void ConversationTest::StartInstance(const std::string& instance, Here here) {
     simulator::Options daemon_options = simulator::Options::Scripted();
     daemon_options.instance = instance;
     StartDaemon(daemon_options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
-    ConsoleOptions options;
-    options.arguments = {"-bus:" + instance};
-    Start(options, here);
+    Start(WithArguments({"-bus:" + instance}), here);
 }
 
 void ConversationTest::OpenSelectedSession(Here here) {
