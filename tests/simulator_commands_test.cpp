@@ -1,12 +1,11 @@
 #include "simulator/command_line.h"
 #include "simulator/commands.h"
-#include "simulator_client.h"
+#include "support/simulator_test.h"
 
 namespace simulator {
 namespace {
 
 using std::string;
-using Signals = std::vector<string>;
 
 string FailureOf(std::vector<string> arguments) {
     arguments.insert(arguments.begin(), "morvane-simulator");

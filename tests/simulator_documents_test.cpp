@@ -1,8 +1,8 @@
 // The simulator's commands, as its documents tell them.
 
 #include "simulator/commands.h"
-#include "simulator_client.h"
 #include "support/document.h"
+#include "support/simulator_test.h"
 
 #include <regex>
 #include <utility>

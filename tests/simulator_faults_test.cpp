@@ -1,4 +1,4 @@
-#include "simulator_client.h"
+#include "support/simulator_test.h"
 
 #include <future>
 
@@ -6,9 +6,7 @@ namespace simulator {
 namespace {
 
 using std::string;
-using Signals = std::vector<string>;
 
-constexpr char kAccess[] = "obex.PhonebookAccess1";
 constexpr char kFailed[] = "com.veltrisonix.Error.Failed";
 constexpr std::chrono::seconds kPatience{60};
 

@@ -1,4 +1,4 @@
-#include "simulator_client.h"
+#include "support/simulator_test.h"
 
 #include <sys/stat.h>
 
@@ -6,7 +6,6 @@ namespace simulator {
 namespace {
 
 using std::string;
-using Signals = std::vector<string>;
 
 constexpr char kTransfer1[] = "obex.Transfer1";
 
