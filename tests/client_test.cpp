@@ -208,35 +208,6 @@ TEST_F(ClientTest, ReportsADaemonThatDiesWhileItRemovesTheSession) {
     EXPECT_EQ(console().Output().find("Attribute Received"), std::string::npos);
 }
 
-TEST_F(ClientTest, PullsAlthoughTheConnectionWasLostInTheFilterMenu) {
-    OpenSelectedSession();
-    Type("p");
-    Await(ValuePrompt("/vCard Handle"));
-    Type("1A");
-    Await(Prompt("/Filter Menu"));
-    LoseConnection("/Filter Menu");
-    daemon().Refuse("Pull", kFailed, "Not connected", 1);
-    Type("f");
-    Expect(Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Failed: Not connected\n") +
-           kInvalidClient + Prompt());
-    ExpectCall("Pull", "('1A.vcf', '/tmp/card.vcf', @a{sv} {})");
-    ExpectRemoveSession(kFirstSession);
-}
-
-TEST_F(ClientTest, PullsNothingWhenTheClientWentInTheFilterMenu) {
-    OpenSelectedSession();
-    Type("p");
-    Await(ValuePrompt("/vCard Handle"));
-    Type("1A");
-    Await(Prompt("/Filter Menu"));
-    RemoveClient("/Filter Menu");
-    ReturnClient("/Filter Menu");
-    Type("d");
-    Expect(Red("Phonebook Access Proxy is invalid\n") + Prompt());
-    EXPECT_EQ(CountCalls("Pull"), 0U);
-    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
-}
-
 struct Credential {
     std::string name;
     std::string key;
