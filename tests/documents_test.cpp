@@ -37,6 +37,19 @@ Names WordsOfTheCode() {
     return words;
 }
 
+// "Suite.Test", as CTest knows them but for parameters.
+Names NamesOfTests() {
+    Names names;
+    for (const std::string& file : FindSources("^tests/.*_test\\.cpp$"))
+        for (const std::string& test :
+             FindAll(ReadSource(file), "\nTEST(?:_F|_P)?\\((\\w+,\\s+\\w+)\\)"))
+            names.insert(std::regex_replace(test, std::regex(",\\s+"), "."));
+    for (const std::string& file : FindSources("^tests/.*CMakeLists\\.txt$"))
+        for (const std::string& test : FindAll(ReadSource(file), "add_test\\(NAME ([\\w.]+)"))
+            names.insert(test);
+    return names;
+}
+
 bool IsFile(const std::string& name) {
     return std::filesystem::exists(SourcePath(name));
 }
@@ -71,6 +84,18 @@ TEST_P(Documents, NameCodeThatIsThere) {
     for (const std::string& name : FindAll(text_, kName)) EXPECT_EQ(words.count(name), 1U) << name;
     for (const std::string& name : FindAll(text_, "(MORVANE_[A-Z_]+)"))
         EXPECT_EQ(words.count(name), 1U) << name;
+}
+
+TEST_P(Documents, NameTestsThatAreThere) {
+    for (const std::string& name : FindAll(text_, "`([A-Z]\\w*\\*?\\.[A-Z*][\\w*]*)(?:/[^`]*)?`")) {
+        static const Names tests = NamesOfTests();
+        const std::regex dots("\\."), stars("\\*");
+        const std::regex wanted(
+            std::regex_replace(std::regex_replace(name, dots, "\\."), stars, ".*"));
+        EXPECT_TRUE(std::any_of(tests.begin(), tests.end(), [&](const std::string& test) {
+            return std::regex_match(test, wanted);
+        })) << name;
+    }
 }
 
 TEST_P(Documents, NamePresetsThatAreThere) {
