@@ -90,7 +90,7 @@ TEST_F(ShutDown, InterruptInTheStartPauseEndsToo) {
     StartDaemon();
     Launch();
     Await("Found Client ");
-    console().Interrupt();
+    Interrupt();
     Type("h");
     ExpectExit(0, Console::Rest::kIgnored);
 }
