@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <map>
@@ -165,7 +166,8 @@ Settings ParseCommandLine(int argc, char** argv) {
         std::cerr << error->message << "\n";
         std::exit(2);
     }
-    if (tool) settings.tool = tool;
+    // Each session has a working folder of its own.
+    if (tool) settings.tool = std::filesystem::absolute(tool);
     return settings;
 }
 
