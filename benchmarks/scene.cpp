@@ -52,13 +52,15 @@ ProgramPtr Scene::Run(const std::string& program, std::vector<std::string> argum
     options.program = program;
     options.wiring = wiring_;
     options.arguments = std::move(arguments);
-    options.prefix = std::move(prefix);
+    const std::string used = directory_.File("used-" + std::to_string(++programs_));
+    options.prefix = {MORVANE_LAUNCH, used};
+    options.prefix.insert(options.prefix.end(), prefix.begin(), prefix.end());
     options.bus_address = bus_.Address();
     options.directory = directory_.Path();
     options.reading_pause = kReadingPause;
-    auto console = std::make_unique<Console>(options);
-    console->SetPatience(kPatience);
-    return console;
+    auto running = std::make_unique<Program>(options, used);
+    running->SetPatience(kPatience);
+    return running;
 }
 
 ProgramPtr Scene::ToolAtMainMenu(std::vector<std::string> prefix) {
@@ -127,7 +129,16 @@ std::vector<std::string> Scene::CallArguments(const std::string& method,
     return all;
 }
 
-Meter::Meter(Console& program)
+Program::Program(const ConsoleOptions& options, std::string used)
+    : Console(options), used_(std::move(used)) {}
+
+Microseconds Program::CpuTime() {
+    double nanoseconds = 0;
+    if (!(std::ifstream(used_) >> nanoseconds)) throw std::runtime_error("not started");
+    return Console::CpuTime() - Microseconds(nanoseconds / 1000);
+}
+
+Meter::Meter(Program& program)
     : program_(program), cpu_(program.CpuTime()), start_(std::chrono::steady_clock::now()) {}
 
 Cost Meter::Read() const {

@@ -21,7 +21,19 @@ struct Cost {
     double memory = 0;  ///< resident, KiB
 };
 
-using ProgramPtr = std::unique_ptr<morvane_test::Console>;
+/// A running program, measured from the moment that it is itself: see launch.cpp.
+class Program : public morvane_test::Console {
+  public:
+    /// `used` is the file that is told what was used before.
+    Program(const morvane_test::ConsoleOptions& options, std::string used);
+
+    Microseconds CpuTime();
+
+  private:
+    std::string used_;
+};
+
+using ProgramPtr = std::unique_ptr<Program>;
 
 /// A bus, a daemon that does nothing by itself, and so many phones. Programs write to a pipe, as in
 /// a script, unless told otherwise.
@@ -61,18 +73,19 @@ class Scene {
     morvane_test::TemporaryDirectory directory_;
     morvane_test::PrivateBus bus_;
     simulator::Daemon daemon_;
+    unsigned programs_ = 0;
 };
 
 /// Measures from its making on.
 class Meter {
   public:
     /// A program that runs already.
-    explicit Meter(morvane_test::Console& program);
+    explicit Meter(Program& program);
     Cost Read() const;
 
   private:
-    morvane_test::Console& program_;
-    std::chrono::microseconds cpu_;
+    Program& program_;
+    Microseconds cpu_;
     std::chrono::steady_clock::time_point start_;
 };
 

@@ -25,7 +25,7 @@ std::size_t Count(std::string_view text, std::string_view part) {
     return count;
 }
 
-Cost WholeRun(Console& program, steady_clock::time_point start) {
+Cost WholeRun(Program& program, steady_clock::time_point start) {
     program.ExpectExit(0, Console::Rest::kIgnored);
     return {program.CpuTime(), Since(start), 0};
 }
@@ -211,7 +211,7 @@ Microseconds UntilCalled(Scene& scene, const std::function<void()>& cause) {
     return Since(start);
 }
 
-// The prescribed pause comes before a prompt, so nothing has to be deducted from here on.
+// The pause of the menus comes before a prompt, so nothing has to be deducted from here on.
 Cost ToolCalls(unsigned times) {
     Scene scene;
     const ProgramPtr tool = scene.ToolAtPhonebookMenu();
