@@ -1,5 +1,6 @@
 #include "support/bus_monitor.h"
 #include "support/console.h"
+#include "support/odd_directories.h"
 #include "support/private_bus.h"
 #include "support/temporary_directory.h"
 #include "support/text_form.h"
@@ -7,6 +8,7 @@
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
@@ -204,6 +206,27 @@ TEST(PrivateBusTest, IsReadyAtOnceAndGoneAtTheEnd) {
     }
     EXPECT_THROW(ConnectToBus(address), std::runtime_error);
 }
+
+class PrivateBusInDirectory : public testing::TestWithParam<OddDirectory> {
+  protected:
+    PrivateBusInDirectory() {
+        std::filesystem::create_directory(directory_.File(GetParam().name));
+        setenv("TMPDIR", directory_.File(GetParam().name).c_str(), 1);
+    }
+    ~PrivateBusInDirectory() override { setenv("TMPDIR", before_.c_str(), 1); }
+
+  private:
+    const std::string before_ = std::filesystem::temp_directory_path();
+    TemporaryDirectory directory_;
+};
+
+TEST_P(PrivateBusInDirectory, TakesConnections) {
+    const PrivateBus bus;
+    EXPECT_NE(ConnectToBus(bus.Address()), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Odd, PrivateBusInDirectory, testing::ValuesIn(kOddDirectories),
+                         [](const auto& directory) { return directory.param.test; });
 
 TEST(PrivateBusTest, CanDie) {
     PrivateBus bus;

@@ -25,7 +25,7 @@ class StartUp : public ConversationTest {
   protected:
     void LaunchWithoutBus() {
         ConsoleOptions options;
-        options.bus_address = "unix:path=" + directory().File("nothing");
+        options.bus_address = SocketAddress(directory().File("nothing"));
         Launch(options);
     }
 };

@@ -14,12 +14,12 @@ namespace morvane_test {
 namespace {
 
 // Everybody may own and call everything; nothing is started on demand.
-std::string Configuration(const std::string& socket) {
+std::string Configuration(const std::string& address) {
     return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
            "<busconfig>\n"
-           "  <listen>unix:path=" +
-           socket +
+           "  <listen>" +
+           address +
            "</listen>\n"
            "  <auth>EXTERNAL</auth>\n"
            "  <policy context=\"default\">\n"
@@ -44,7 +44,7 @@ std::string FirstLine(int descriptor) {
 
 PrivateBus::PrivateBus() {
     const std::string configuration = directory_.File("bus.conf");
-    std::ofstream(configuration) << Configuration(directory_.File("bus"));
+    std::ofstream(configuration) << Configuration(SocketAddress(directory_.File("bus")));
     const FileDescriptor nothing(Checked(open("/dev/null", O_RDWR | O_CLOEXEC), "/dev/null"));
     Pipe output = MakePipe();
     process_ = std::make_unique<ChildProcess>(
@@ -62,6 +62,11 @@ PrivateBus::PrivateBus() {
 void PrivateBus::Kill() {
     process_->Signal(SIGKILL);
     process_->AwaitEnd(Patience());
+}
+
+std::string SocketAddress(const std::string& path) {
+    return std::string("unix:path=") +
+           morvane::TextPtr(g_dbus_address_escape_value(path.c_str())).get();
 }
 
 morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address) {

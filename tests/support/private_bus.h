@@ -27,6 +27,9 @@ class PrivateBus {
     std::string address_;
 };
 
+/// The D-Bus address of the socket `path`.
+std::string SocketAddress(const std::string& path);
+
 /// A connection of the test's own. Throws std::runtime_error.
 morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address);
 

@@ -6,9 +6,19 @@
 #include <system_error>
 
 namespace morvane_test {
+namespace {
 
-TemporaryDirectory::TemporaryDirectory() {
-    path_ = std::filesystem::temp_directory_path() / "morvane-test-XXXXXX";
+constexpr std::size_t kLongestSocket = 99;  // that dbus-daemon accepts
+
+std::string Pattern() {
+    const std::filesystem::path name = "morvane-test-XXXXXX";
+    const auto path = std::filesystem::absolute(std::filesystem::temp_directory_path()) / name;
+    return (path / "bus").native().size() > kLongestSocket ? "/tmp" / name : path;
+}
+
+}  // namespace
+
+TemporaryDirectory::TemporaryDirectory() : path_(Pattern()) {
     if (!mkdtemp(path_.data())) throw std::system_error(errno, std::generic_category(), path_);
 }
 

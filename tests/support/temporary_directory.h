@@ -4,8 +4,8 @@
 
 namespace morvane_test {
 
-/// A directory of the test's own, gone with everything in it at the end. The path is short, as it
-/// must hold the address of a socket.
+/// A directory of the test's own, removed with everything in it at the end. It is in /tmp if the
+/// path would be too long for a socket `bus` in it otherwise.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();
