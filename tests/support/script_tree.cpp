@@ -17,7 +17,8 @@ constexpr char kCtest[] = "echo '<testcase name=\"a\" status=\"run\"/>' >\"build
 ScriptTree::ScriptTree() {
     for (const char* const name : {"bin", "scripts", "build/demo", "build/debug", "build/asan"})
         std::filesystem::create_directories(directory_.File(name));
-    for (const char* const name : {"scripts/demo", "scripts/test", "scripts/quietly.sh"})
+    for (const char* const name :
+         {"scripts/build-lock.sh", "scripts/demo", "scripts/quietly.sh", "scripts/test"})
         std::filesystem::create_symlink(SourcePath(name), directory_.File(name));
     for (const char* const name :
          {"bin/cmake", "scripts/install-dependencies", "scripts/check-format",

@@ -18,8 +18,12 @@ class ScriptTree {
     /// the temporary directory goes with this object.
     ConsoleOptions Running(const std::string& command, Wiring wiring) const;
 
-  private:
+    /// Replaces a script of the tree by one for /bin/sh.
     void Write(const std::string& name, const std::string& script) const;
+
+    std::string File(const std::string& name) const { return directory_.File(name); }
+
+  private:
     void WriteProgram(const std::string& name, const std::string& path) const;
 
     TemporaryDirectory directory_;

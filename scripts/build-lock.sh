@@ -1,0 +1,19 @@
+# shellcheck shell=bash
+# Sourced by the scripts that build.
+
+# with_build_lock FOLDER COMMAND...: runs the command while nothing else has the lock of this build
+# folder, and waits for that if need be. A subshell owns the lock, so that it outlives a script that
+# is killed while its compiler goes on. Programs do not inherit it: one that stays in the background,
+# such as the server of a compiler cache, would keep it.
+with_build_lock() {
+    local folder=$1
+    shift
+    mkdir -p "$folder"
+    (
+        flock --nonblock 9 || {
+            printf 'Waiting for another build in %s ...\n' "$folder" >&2
+            flock 9 || exit
+        }
+        "$@" 9>&-
+    ) 9>"$folder/lock"
+}

@@ -1,0 +1,77 @@
+// scripts/demo, with the programs of this build.
+
+#include "support/file_descriptor.h"
+#include "support/messages.h"
+#include "support/script_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <deque>
+#include <iostream>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kWaiting[] = "Waiting for another build in ";
+
+// Fails if another build runs at the same time, or if the lock was inherited. Builds until a line
+// comes through the pipe "go", if there is one, or the test ends.
+constexpr char kCmake[] = R"(
+mkdir build/busy || exit
+! readlink /proc/$$/fd/* | grep build/demo/lock || exit
+if [ -p go ]; then read line <go; rm -f go; fi
+rmdir build/busy
+)";
+
+class Demo : public testing::Test {
+  protected:
+    Console& Run(const std::string& arguments = "") {
+        return consoles_.emplace_back(tree_.Running("scripts/demo " + arguments, Wiring::kPipes));
+    }
+    const ScriptTree& tree() const { return tree_; }
+
+    void TearDown() override {
+        for (Console& console : consoles_) {
+            if (HasFailure()) std::cout << console.Story();
+            console.Finish();
+        }
+    }
+
+  private:
+    ScriptTree tree_;
+    std::deque<Console> consoles_;
+};
+
+TEST_F(Demo, WaitsForAnotherBuildInItsFolder) {
+    tree().Write("bin/cmake", kCmake);
+    const std::string path = tree().File("go");
+    Checked(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), "mkfifo");
+    const FileDescriptor go(Checked(open(path.c_str(), O_RDWR | O_CLOEXEC), "open"));
+    Console& first = Run();
+    first.Expect("Building the tool and its simulator ...\n");
+    Console& second = Run();
+    second.Expect(kWaiting + tree().File("build/demo") + " ...\n");
+
+    ASSERT_EQ(write(go.Number(), "\n", 1), 1);
+    second.Expect("Building the tool and its simulator ...\n");
+    for (Console* console : {&first, &second}) console->Await(Prompt());
+}
+
+TEST_F(Demo, DoesNotWaitForAnotherDemoThatRuns) {
+    Run().Await(Prompt());
+    Run().Expect("Building the tool and its simulator ...\n");
+}
+
+TEST_F(Demo, EndsIfDependenciesAreMissing) {
+    tree().Write("scripts/install-dependencies", "echo refused; exit 1");
+    Console& console = Run();
+    console.Expect("refused\n");
+    console.ExpectExit(1);
+}
+
+}  // namespace
+}  // namespace morvane_test
