@@ -2,6 +2,7 @@
 
 #include "support/file_descriptor.h"
 #include "support/messages.h"
+#include "support/odd_directories.h"
 #include "support/script_tree.h"
 
 #include <gtest/gtest.h>
@@ -10,13 +11,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <deque>
+#include <filesystem>
 #include <iostream>
 
 namespace morvane_test {
 namespace {
 
 constexpr char kWaiting[] = "Waiting for another build in ";
+constexpr char kFilename[] = "Filename: ";
 
 // Fails if another build runs at the same time, or if the lock was inherited. Builds until a line
 // comes through the pipe "go", if there is one, or the test ends.
@@ -72,6 +76,29 @@ TEST_F(Demo, EndsIfDependenciesAreMissing) {
     console.Expect("refused\n");
     console.ExpectExit(1);
 }
+
+class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
+
+TEST_P(DemoInDirectory, PlaysASessionAndLeavesNothing) {
+    const std::string directory = tree().File(GetParam().name);
+    std::filesystem::create_directory(directory);
+    ConsoleOptions options = tree().Running("scripts/demo", Wiring::kPipes);
+    options.environment = {"TMPDIR=" + directory};
+    Console console(options);
+    for (const char* const key : {"c", "0", "s", "0", "0", "a", "d"}) console.Type(key);
+    console.Await(kFilename);
+    console.Await("/phonebook.vcf\n");
+    const std::string output = console.Consumed();
+    const std::size_t begin = output.rfind(kFilename) + std::strlen(kFilename);
+    const std::string folder = output.substr(begin, output.rfind('/') - begin);
+    console.CloseInput();
+    console.ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_FALSE(std::filesystem::exists(folder)) << folder;
+    EXPECT_TRUE(std::filesystem::is_empty(directory));
+}
+
+INSTANTIATE_TEST_SUITE_P(Odd, DemoInDirectory, testing::ValuesIn(kOddDirectories),
+                         [](const auto& directory) { return directory.param.test; });
 
 }  // namespace
 }  // namespace morvane_test
