@@ -77,6 +77,15 @@ TEST_F(Demo, EndsIfDependenciesAreMissing) {
     console.ExpectExit(1);
 }
 
+TEST_F(Demo, PassesTheInstanceOnToTheTool) {
+    for (const char* const arguments :
+         {"--instance=second", "--instance second", "--phones=1 --instance x --instance=second"}) {
+        Console& console = Run(arguments);
+        console.Await("Found Client /com/veltrisonix/obex\n");
+        console.Await(Prompt());
+    }
+}
+
 class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
 
 TEST_P(DemoInDirectory, PlaysASessionAndLeavesNothing) {
