@@ -36,7 +36,8 @@ class ErrorTest : public testing::Test {};
 
 using TextOnlyErrors =
     testing::Types<ProxyException, InvalidValueException, InvalidObjectException, IapiException>;
-TYPED_TEST_SUITE(ErrorTest, TextOnlyErrors);
+// The empty argument: before C++20 a macro's "..." must not be left out.
+TYPED_TEST_SUITE(ErrorTest, TextOnlyErrors, );
 
 TYPED_TEST(ErrorTest, KeepsItsTextAsARuntimeError) {
     try {

@@ -268,10 +268,10 @@ TEST_F(TransferContextTest, TellsWhetherTheDaemonAccepted) {
     for (const auto& [method, call] : calls) {
         bool accepted = false;
         daemon().Reply(method, Value("()"));
-        EXPECT_EQ(Printed([&, call = call] { accepted = (transfer.get()->*call)(); }), "");
+        EXPECT_EQ(Printed([&, member = call] { accepted = (transfer.get()->*member)(); }), "");
         EXPECT_TRUE(accepted) << method;
         daemon().Refuse(method, "com.veltrisonix.Error.Failed", "not now");
-        EXPECT_EQ(Printed([&, call = call] { accepted = (transfer.get()->*call)(); }),
+        EXPECT_EQ(Printed([&, member = call] { accepted = (transfer.get()->*member)(); }),
                   Red("Remote Call failed GDBus.Error:com.veltrisonix.Error.Failed: not now\n"));
         EXPECT_FALSE(accepted) << method;
     }
