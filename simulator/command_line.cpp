@@ -48,9 +48,14 @@ struct Arguments {
     TextArrayPtr commands;
 };
 
+// Aliases because versions of clang-format disagree about the space in "Arguments::*value".
+using NumberMember = gint64 Arguments::*;
+using FlagMember = gboolean Arguments::*;
+using TextMember = TextPtr Arguments::*;
+
 struct NumberOption {
     const char* name;
-    gint64 Arguments::*value;
+    NumberMember value;
     gint64 smallest;
     gint64 largest;
     const char* unit;
@@ -72,7 +77,7 @@ constexpr std::array<NumberOption, 7> kNumbers = {{
 
 struct FlagOption {
     const char* name;
-    gboolean Arguments::*value;
+    FlagMember value;
     const char* help;
 };
 
@@ -85,7 +90,7 @@ constexpr std::array<FlagOption, 4> kFlags = {{
 
 struct TextOption {
     const char* name;
-    TextPtr Arguments::*value;
+    TextMember value;
     const char* what;
     const char* help;
 };

@@ -196,6 +196,8 @@ struct NumberRow {
     std::string offset;
 };
 
+using SentNumber = std::string NumberRow::*;
+
 const NumberRow kNumbers[] = {
     {"0", "", "0"},        {"1", "1", "1"},           {"65535", "65535", "65535"},
     {"0x10", "", "0"},     {" 7", "7", "7"},          {"+8", "8", "8"},
@@ -215,7 +217,7 @@ class FilterNumber : public FilterPrompts {
         ExpectCall("List", "(" + filters + ",)", here);
     }
 
-    void ExpectEach(const std::string& key, const std::string& name, std::string NumberRow::*sent) {
+    void ExpectEach(const std::string& key, const std::string& name, SentNumber sent) {
         OpenMenu({"l"}, {});
         daemon().Reply("List", Value("(@a(ss) [],)"));
         Type("d");

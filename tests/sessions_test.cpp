@@ -37,9 +37,9 @@ class Verdict : public testing::Test {
         return FindMistakes(plan_, played_, ReadOutput(played_.output, false));
     }
 
-    void Hear(bool DaemonEvent::*mark) {
+    void Hear(DaemonTrait trait) {
         plan_.steps.emplace_back();
-        plan_.steps.back().event.*mark = true;
+        plan_.steps.back().event.*trait = true;
     }
 
     Plan plan_ = {};

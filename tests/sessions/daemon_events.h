@@ -25,6 +25,8 @@ struct DaemonEvent {
     std::string spoiled_method;  ///< that will be refused or answered wrongly
 };
 
+using DaemonTrait = bool DaemonEvent::*;
+
 /// Draws what a daemon does in one session. What was taken away is often given back later.
 class DaemonMoods {
   public:

@@ -140,9 +140,9 @@ std::string WhatHappens(const Step& step) {
 
 }  // namespace
 
-bool Plan::Has(bool DaemonEvent::*mark) const {
+bool Plan::Has(DaemonTrait trait) const {
     return std::any_of(steps.begin(), steps.end(),
-                       [mark](const Step& step) { return step.event.*mark; });
+                       [trait](const Step& step) { return step.event.*trait; });
 }
 
 Plan DrawPlan(std::uint64_t seed) {

@@ -39,7 +39,7 @@ struct Plan {
     Farewell farewell;
     std::string last_words;  ///< of kUnterminatedLine and kQuit
 
-    bool Has(bool DaemonEvent::*mark) const;
+    bool Has(DaemonTrait trait) const;
 };
 
 /// The same plan for the same seed.
