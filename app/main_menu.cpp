@@ -1,5 +1,4 @@
 #include "app/obex_proxy.h"
-#include "console/console_input.h"
 #include "console/menu.h"
 #include "console/reporting.h"
 

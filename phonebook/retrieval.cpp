@@ -1,5 +1,4 @@
 #include "app/obex_proxy.h"
-#include "console/console_input.h"
 #include "console/errors.h"
 #include "console/frames.h"
 #include "interfaces/bus_text.h"

@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 

@@ -1,8 +1,5 @@
 #include "simulator/photo.h"
 
-#include <algorithm>
-#include <vector>
-
 namespace simulator {
 namespace {
 
