@@ -1,7 +1,8 @@
 # shellcheck shell=bash
 # Sourced by the other scripts.
 
-# quietly WHAT COMMAND...: says what is going on, and shows the command's output only if it fails.
+# quietly WHAT COMMAND...: says what is going on, and shows the command's output only if it fails,
+# or else only what it skipped.
 # The command gets no standard input, which may be somebody's answers to something else.
 quietly() {
     announce "$1"
@@ -20,6 +21,7 @@ silently() {
         printf '%s\n%s failed.\n' "$output" "$what" >&2
         return 1
     }
+    grep '^Skipping ' <<<"$output" >&2 || true
 }
 
 # test_quietly WHAT STEM OPTION...: as quietly, for ctest with these options. Leaves STEM.log and

@@ -1,0 +1,38 @@
+# shellcheck shell=bash
+# Sourced by the other scripts.
+
+# The versions of clang and its tools that accept the code: those of Debian 12, 13 and unstable.
+# Others format differently or have other checks.
+readonly clang_versions=(14 19 21)
+
+# clang_version PROGRAM: its major version; nothing if it is not installed
+clang_version() {
+    "$1" --version 2>/dev/null | sed --quiet --regexp-extended 's/.*version ([0-9]+).*/\1/p' || true
+}
+
+# find_clang PROGRAM: the command for the first of these versions that is installed, or status 1
+find_clang() {
+    local version unsuffixed
+    unsuffixed=$(clang_version "$1")
+    for version in "${clang_versions[@]}"; do
+        if command -v "$1-$version" >/dev/null; then
+            echo "$1-$version"
+            return
+        elif [ "$unsuffixed" = "$version" ]; then
+            echo "$1"
+            return
+        fi
+    done
+    return 1
+}
+
+# find_clang_for WHAT PROGRAM: the same, but reports on standard error that WHAT is skipped without
+find_clang_for() {
+    find_clang "$2" && return
+    local earlier installed
+    printf -v earlier '%s, ' "${clang_versions[@]:0:${#clang_versions[@]}-1}"
+    installed=$(clang_version "$2")
+    printf 'Skipping %s: it needs %s %s or %s; this system has %s\n' \
+        "$1" "$2" "${earlier%, }" "${clang_versions[-1]}" "${installed:-none}" >&2
+    return 1
+}
