@@ -12,8 +12,7 @@ void ReportProfileErrors(const Action& action) {
         ReportErrors<InvalidValueException, IapiException>(action);
     } catch (const SapiException& error) {
         PROXY_Print(kRed, "%s %d\n", error.what(), error.Code());
-    } catch (const InputEnded&) {
-        // This menu's own next read quits.
+    } catch (const InputEnded&) {  // NOLINT(bugprone-empty-catch): the menu's own next read quits
     }
 }
 

@@ -133,10 +133,10 @@ class OptionEntries {
             const TextPtr& preset = to.*option.value;
             const std::string help = Help(option.help, preset ? preset.get() : "");
             gchar** text = texts_.emplace_back(to.*option.value);
-            Add(option.name, G_OPTION_ARG_FILENAME, text, option.what, help);
+            Add(option.name, G_OPTION_ARG_FILENAME, static_cast<gpointer>(text), option.what, help);
         }
         gchar*** commands = commands_;
-        Add("do", G_OPTION_ARG_FILENAME_ARRAY, commands, "COMMAND",
+        Add("do", G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(commands), "COMMAND",
             "Carry out a command at the start (may be repeated)");
         entries_.push_back({});
     }

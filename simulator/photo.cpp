@@ -28,7 +28,7 @@ std::string Header(unsigned side) {
 std::string ColourTable(std::uint32_t number) {
     std::string bytes;
     for (unsigned i = 0; i < kColours; ++i) {
-        for (unsigned shift : {0U, 8U, 16U}) {
+        for (const unsigned shift : {0U, 8U, 16U}) {
             bytes += static_cast<char>((((number >> shift) & 0xff) + 2 * i) & 0xff);
         }
     }

@@ -114,6 +114,7 @@ void Sessions::LoseDestination(const std::string& destination) {
 
 std::vector<std::string> Sessions::Paths() const {
     std::vector<std::string> paths;
+    paths.reserve(sessions_.size());
     for (const std::unique_ptr<Session>& session : sessions_) {
         paths.push_back(session->path());
     }

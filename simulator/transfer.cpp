@@ -106,7 +106,8 @@ void Transfer::Write(std::uint64_t bytes) {
     file_.write(download_.content.data() + written_, static_cast<std::streamsize>(bytes));
     file_.flush();
     if (!file_) {
-        return Finish(Status::kError);
+        Finish(Status::kError);
+        return;
     }
     written_ += bytes;
     obex_transfer1_set_transferred(skeleton_.get(), written_);

@@ -23,7 +23,7 @@ struct FormatRules {
 
 FieldSet Set(std::initializer_list<Field> fields) {
     FieldSet set;
-    for (Field field : fields) {
+    for (const Field field : fields) {
         set.set(static_cast<std::size_t>(field));
     }
     return set;
@@ -42,7 +42,7 @@ std::string Join(const std::vector<std::string>& components, Escape escape) {
         if (&component != &components.front()) {
             joined += ';';
         }
-        for (char letter : component) {
+        for (const char letter : component) {
             joined += escape(letter);
         }
     }
@@ -141,7 +141,7 @@ std::string QuotedPrintable(const std::string& text, std::size_t used) {
     std::string quoted;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool last = i + 1 == text.size();
-        const bool plain = IsPlain(text[i]) && text[i] != '=' && !(last && text[i] == ' ');
+        const bool plain = IsPlain(text[i]) && text[i] != '=' && (!last || text[i] != ' ');
         char hex[4];
         g_snprintf(hex, sizeof hex, "=%02X",
                    static_cast<unsigned>(static_cast<unsigned char>(text[i])));
