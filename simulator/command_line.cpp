@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <limits>
 #include <memory>
+#include <regex>
 #include <stdexcept>
 
 namespace simulator {
@@ -41,11 +42,13 @@ struct Arguments {
     gboolean late_size;
     gboolean silent;
     gboolean version;
+    gboolean help;
     TextPtr instance;
     TextPtr directory;
     TextPtr user_id;
     TextPtr password;
     TextArrayPtr commands;
+    std::string help_text;  // if asked for
 };
 
 // Aliases because versions of clang-format disagree about the space in "Arguments::*value".
@@ -77,15 +80,17 @@ constexpr std::array<NumberOption, 7> kNumbers = {{
 
 struct FlagOption {
     const char* name;
+    gchar letter;
     FlagMember value;
     const char* help;
 };
 
-constexpr std::array<FlagOption, 4> kFlags = {{
-    {"by-hand", &Arguments::by_hand, "Transfers move only by command"},
-    {"late-size", &Arguments::late_size, "A transfer's size is known only when it starts"},
-    {"silent", &Arguments::silent, "Do not announce folder, counters and missed calls"},
-    {"version", &Arguments::version, "Show the version"},
+constexpr std::array<FlagOption, 5> kFlags = {{
+    {"help", 'h', &Arguments::help, "Show the options"},
+    {"by-hand", 0, &Arguments::by_hand, "Transfers move only by command"},
+    {"late-size", 0, &Arguments::late_size, "A transfer's size is known only when it starts"},
+    {"silent", 0, &Arguments::silent, "Do not announce folder, counters and missed calls"},
+    {"version", 0, &Arguments::version, "Show the version"},
 }};
 
 struct TextOption {
@@ -98,8 +103,8 @@ struct TextOption {
 constexpr std::array<TextOption, 4> kTexts = {{
     {"instance", &Arguments::instance, "NAME", "Own com.veltrisonix.NAME"},
     {"directory", &Arguments::directory, "DIR", "Write pulled files here"},
-    {"user-id", &Arguments::user_id, "TEXT", "What the last phone demands"},
-    {"password", &Arguments::password, "TEXT", "What the last phone demands"},
+    {"user-id", &Arguments::user_id, "TEXT", "Demanded by the phone with the highest address"},
+    {"password", &Arguments::password, "TEXT", "Demanded by the phone with the highest address"},
 }};
 
 Arguments Defaults() {
@@ -123,20 +128,22 @@ class OptionEntries {
   public:
     explicit OptionEntries(Arguments& to) : commands_(to.commands) {
         for (const NumberOption& option : kNumbers) {
-            Add(option.name, G_OPTION_ARG_INT64, &(to.*option.value), option.unit,
+            Add(option.name, 0, G_OPTION_ARG_INT64, &(to.*option.value), option.unit,
                 Help(option.help, std::to_string(to.*option.value)));
         }
         for (const FlagOption& option : kFlags) {
-            Add(option.name, G_OPTION_ARG_NONE, &(to.*option.value), nullptr, option.help);
+            Add(option.name, option.letter, G_OPTION_ARG_NONE, &(to.*option.value), nullptr,
+                option.help);
         }
         for (const TextOption& option : kTexts) {
             const TextPtr& preset = to.*option.value;
             const std::string help = Help(option.help, preset ? preset.get() : "");
             gchar** text = texts_.emplace_back(to.*option.value);
-            Add(option.name, G_OPTION_ARG_FILENAME, static_cast<gpointer>(text), option.what, help);
+            Add(option.name, 0, G_OPTION_ARG_FILENAME, static_cast<gpointer>(text), option.what,
+                help);
         }
         gchar*** commands = commands_;
-        Add("do", G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(commands), "COMMAND",
+        Add("do", 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(commands), "COMMAND",
             "Carry out a command at the start (may be repeated)");
         entries_.push_back({});
     }
@@ -147,10 +154,10 @@ class OptionEntries {
     static std::string Help(const std::string& help, const std::string& preset) {
         return preset.empty() ? help : help + " (" + preset + ")";
     }
-    void Add(const char* name, GOptionArg kind, gpointer target, const char* what,
+    void Add(const char* name, gchar letter, GOptionArg kind, gpointer target, const char* what,
              const std::string& help) {
         helps_.push_back(help);
-        entries_.push_back({name, 0, 0, kind, target, helps_.back().c_str(), what});
+        entries_.push_back({name, letter, 0, kind, target, helps_.back().c_str(), what});
     }
 
     std::deque<Out<gchar>> texts_;
@@ -167,9 +174,16 @@ TextArrayPtr ToTextArray(const std::vector<std::string>& words) {
     return texts;
 }
 
+// GLib's usage line contains an ellipsis character, which the C locale cannot print.
+std::string HelpText(GOptionContext* context) {
+    const TextPtr text(g_option_context_get_help(context, TRUE, nullptr));
+    return std::regex_replace(text.get(), std::regex("\u2026"), "...");
+}
+
 void Parse(const std::vector<std::string>& words, Arguments& to) {
     const OptionEntries entries(to);
     const ContextPtr context(g_option_context_new(nullptr));
+    g_option_context_set_help_enabled(context.get(), FALSE);  // GLib would print it itself
     g_option_context_set_summary(context.get(), kSummary);
     g_option_context_add_main_entries(context.get(), entries.data(), nullptr);
     ErrorPtr error;
@@ -178,6 +192,9 @@ void Parse(const std::vector<std::string>& words, Arguments& to) {
     const TextArrayPtr owned_rest(rest);
     if (understood == FALSE) {
         throw std::runtime_error(error->message);
+    }
+    if (to.help != FALSE) {
+        to.help_text = HelpText(context.get());
     }
     if (rest[0] != nullptr && rest[1] != nullptr) {
         throw std::runtime_error(std::string("Unexpected argument ") + rest[1]);
@@ -248,6 +265,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     Parse(arguments, parsed);
     CheckNumbers(parsed);
     CommandLine line;
+    line.help = parsed.help_text;
     line.options = ToOptions(parsed);
     line.show_version = parsed.version != FALSE;
     CheckDirectory(line.options.directory);

@@ -10,12 +10,13 @@ namespace simulator {
 /// What the operator of the executable asked for.
 struct CommandLine {
     Options options;
+    std::string help;  ///< to be printed instead of serving, unless empty
     bool show_version = false;
     std::vector<std::string> commands;  ///< to carry out at the start
 };
 
-/// Reads the arguments, the program's name first. `--help` is answered, and the process ended, in
-/// here. Throws `std::runtime_error` with one line for what cannot be understood.
+/// Reads the arguments, the program's name first. Throws `std::runtime_error` with one line for
+/// what cannot be understood.
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace simulator

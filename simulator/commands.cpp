@@ -21,7 +21,7 @@ using Words = std::vector<std::string>;
 
 struct Command {
     const char* name;
-    const char* arguments;  ///< one word each; the last takes all that is left
+    const char* arguments;  ///< one word each, optional in brackets; the last takes the rest
     const char* help;
     std::string (*execute)(Commands& commands, Daemon& daemon, const Words& words);
 };
@@ -96,7 +96,7 @@ std::string Flood(Commands& /*commands*/, Daemon& daemon, const Words& words) {
     return {};
 }
 
-std::string ListCommands(Commands& commands, Daemon& daemon, const Words& words);
+std::string Help(Commands& commands, Daemon& daemon, const Words& words);
 
 /// A command that is one call of the daemon and tells nothing.
 template <auto Member>
@@ -134,7 +134,7 @@ using AddSimpleDevice = void (Daemon::*)(const std::string&, const std::string&,
                                          const std::string&);
 
 constexpr Command kCommands[] = {
-    {"help", "", "List the commands", ListCommands},
+    {"help", "[COMMAND]", "List the commands, or describe one", Help},
     {"phones", "", "List the phones", ListPhones},
     {"add", "PATH ADDRESS ALIAS", "Add a device",
      WithWords<static_cast<AddSimpleDevice>(&Daemon::AddDevice), 3>},
@@ -214,22 +214,48 @@ constexpr Command kCommands[] = {
      }},
 };
 
-std::string ListCommands(Commands& /*commands*/, Daemon& /*daemon*/, const Words& /*words*/) {
+const Command& FindCommand(const std::string& name) {
+    for (const Command& command : kCommands) {
+        if (name == command.name) {
+            return command;
+        }
+    }
+    throw std::runtime_error("Unknown command: " + name + " (try help)");
+}
+
+std::string UsageOf(const Command& command) {
+    return *command.arguments == '\0' ? command.name
+                                      : std::string(command.name) + " " + command.arguments;
+}
+
+std::string Describe(const Command& command) {
     constexpr std::size_t kHelpColumn = 46;
+    std::string line = UsageOf(command);
+    line.resize(std::max(kHelpColumn, line.size() + 2), ' ');
+    return line + command.help + "\n";
+}
+
+std::string Help(Commands& /*commands*/, Daemon& /*daemon*/, const Words& words) {
+    if (!words.empty()) {
+        return Describe(FindCommand(words[0]));
+    }
     std::string lines;
     for (const Command& command : kCommands) {
-        std::string usage = std::string(command.name) + " " + command.arguments;
-        usage.resize(std::max(kHelpColumn, usage.size() + 2), ' ');
-        lines += usage + command.help + "\n";
+        lines += Describe(command);
     }
     return lines;
 }
 
-std::size_t CountWords(const char* text) {
-    std::istringstream stream(text);
-    std::size_t count = 0;
-    for (std::string word; stream >> word;) {
-        ++count;
+struct WordCount {
+    std::size_t least;
+    std::size_t most;
+};
+
+WordCount CountWords(const char* arguments) {
+    std::istringstream stream(arguments);
+    WordCount count = {0, 0};
+    for (std::string word; stream >> word; ++count.most) {
+        count.least += word.front() == '[' ? 0U : 1U;
     }
     return count;
 }
@@ -246,15 +272,6 @@ Words Split(std::istringstream& line, std::size_t count) {
     return words;
 }
 
-const Command& FindCommand(const std::string& name) {
-    for (const Command& command : kCommands) {
-        if (name == command.name) {
-            return command;
-        }
-    }
-    throw std::runtime_error("Unknown command: " + name + " (try help)");
-}
-
 }  // namespace
 
 std::string Commands::Execute(const std::string& line) {
@@ -267,11 +284,11 @@ std::string Commands::Execute(const std::string& line) {
         return {};
     }
     const Command& command = FindCommand(name);
-    const std::size_t count = CountWords(command.arguments);
-    const Words words = Split(stream, count);
+    const WordCount count = CountWords(command.arguments);
+    const Words words = Split(stream, count.most);
     std::string rest;
-    if (words.size() != count || stream >> rest) {
-        throw std::runtime_error("Usage: " + name + " " + command.arguments);
+    if (words.size() < count.least || stream >> rest) {
+        throw std::runtime_error("Usage: " + UsageOf(command));
     }
     return command.execute(*this, daemon_, words);
 }

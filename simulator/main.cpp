@@ -124,6 +124,10 @@ int Serve(Daemon& daemon, const CommandLine& line) {
 
 int Run(int argc, char** argv) {
     const CommandLine line = simulator::ParseCommandLine({argv, argv + argc});
+    if (!line.help.empty()) {
+        std::fputs(line.help.c_str(), stdout);
+        return EXIT_SUCCESS;
+    }
     if (line.show_version) {
         std::printf("morvane-simulator %s\n", MORVANE_VERSION);
         return EXIT_SUCCESS;

@@ -43,7 +43,8 @@ struct Options {
 
     std::uint8_t connection_state = 5;  ///< of new sessions; 5 is connected
 
-    /// The last of several phones admits only who gives these to the client object first.
+    /// Of several phones, the one with the highest address admits only a client that has given
+    /// these to the client object.
     std::string user_id = "engineer";
     std::string password = "1234";
 

@@ -2,6 +2,8 @@
 #include "simulator/commands.h"
 #include "support/simulator_test.h"
 
+#include <sstream>
+
 namespace simulator {
 namespace {
 
@@ -65,6 +67,16 @@ TEST(SimulatorCommandLine, RefusesWhatItDoesNotKnow) {
               "--directory: no such directory: /nonexistent");
 }
 
+// Any other would be a question mark in the C locale.
+TEST(SimulatorCommandLine, HelpHasAsciiCharactersOnly) {
+    const string help = ParseCommandLine({"morvane-simulator", "--help"}).help;
+    EXPECT_EQ(help.find("Usage:\n  "), 0U) << help;
+    EXPECT_NE(help.find(" [OPTION...]\n"), string::npos) << help;
+    EXPECT_TRUE(g_str_is_ascii(help.c_str())) << help;
+    EXPECT_EQ(ParseCommandLine({"morvane-simulator", "-h"}).help, help);
+    EXPECT_EQ(ParseCommandLine({"morvane-simulator"}).help, "");
+}
+
 class SimulatorCommands : public SimulatorTest {
   protected:
     void SetUp() override {
@@ -94,15 +106,32 @@ TEST_F(SimulatorCommands, EmptyLinesAndRemarksDoNothing) {
 TEST_F(SimulatorCommands, HelpNamesEveryCommand) {
     const string help = Execute("help");
     for (const char* name :
-         {"help ", "phones ", "refuse METHOD ERROR MESSAGE ", "flood ", "quit "}) {
+         {"help [COMMAND] ", "phones ", "refuse METHOD ERROR MESSAGE ", "flood ", "quit "}) {
         EXPECT_NE(("\n" + help).find("\n" + string(name)), string::npos) << name;
     }
+}
+
+TEST_F(SimulatorCommands, HelpDescribesOneCommand) {
+    EXPECT_EQ(
+        Execute("help remove"),
+        "remove DEVICE                                 Take a device, by path or address, out "
+        "of reach\n");
+    EXPECT_EQ(ComplaintAbout("help dance"), "Unknown command: dance (try help)");
+}
+
+TEST_F(SimulatorCommands, HelpOfEachCommandIsItsLineOfTheList) {
+    std::istringstream list(Execute("help"));
+    std::size_t count = 0;
+    for (string line; std::getline(list, line); ++count) {
+        EXPECT_EQ(Execute("help " + line.substr(0, line.find(' '))), line + "\n");
+    }
+    EXPECT_GT(count, 30U);
 }
 
 TEST_F(SimulatorCommands, ComplainInOneLine) {
     EXPECT_EQ(ComplaintAbout("dance"), "Unknown command: dance (try help)");
     EXPECT_EQ(ComplaintAbout("refuse GetSize"), "Usage: refuse METHOD ERROR MESSAGE");
-    EXPECT_EQ(ComplaintAbout("leave now"), "Usage: leave ");
+    EXPECT_EQ(ComplaintAbout("leave now"), "Usage: leave");
     EXPECT_EQ(ComplaintAbout("stall maybe"), "Neither on nor off: maybe");
     EXPECT_EQ(ComplaintAbout("advance /a -1"), "Not a number from 0 to 18446744073709551615: -1");
     EXPECT_EQ(ComplaintAbout("state " + string(kSession) + " 256"),
