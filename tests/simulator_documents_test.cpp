@@ -1,18 +1,23 @@
 // The simulator's commands, as its documents tell them.
 
 #include "simulator/commands.h"
+#include "support/conversation_test.h"
 #include "support/document.h"
 #include "support/simulator_test.h"
 
+#include <algorithm>
 #include <regex>
 #include <utility>
 
 namespace simulator {
 namespace {
 
+using morvane_test::ConversationTest;
+using morvane_test::DeviceList;
 using morvane_test::FindAll;
 using morvane_test::FindNames;
 using morvane_test::Names;
+using morvane_test::Prompt;
 using morvane_test::ReadSource;
 
 class SimulatorDocuments : public SimulatorTest {
@@ -62,10 +67,11 @@ TEST_P(Misbehaviour, IsHadAsTheGuideSays) {
     EXPECT_NO_THROW(commands_->Execute(command)) << command;
 }
 
-// In the table; what begins with "--" is no command but an option.
+// In the table, but not in its last column; what begins with "--" is no command but an option.
 std::vector<std::string> CommandsOfTheGuide() {
     const std::string text = ReadSource("docs/simulator.md");
-    return FindAll(text.substr(text.find("\n|---|---|\n")), "`([a-z][^`\n]*)`(?=[^\n]*\\|\n)");
+    return FindAll(text.substr(text.find("\n|---|---|---|\n")),
+                   "`([a-z][^`\n]*)`(?=[^\n]*\\|[^|\n]*\\|\n)");
 }
 
 INSTANTIATE_TEST_SUITE_P(Guide, Misbehaviour, testing::ValuesIn(CommandsOfTheGuide()));
@@ -75,6 +81,64 @@ TEST(SimulatorGuide, NamesOptionsThatAreInTheManual) {
     for (const std::string& option :
          FindAll(ReadSource("docs/simulator.md"), "[ `(]--([a-z][-a-z]*)"))
         EXPECT_EQ(known.count(option), 1U) << option;
+}
+
+std::string Unescaped(const std::string& manual) {
+    return std::regex_replace(manual, std::regex(R"(\\\(:e)"), "ë");
+}
+
+TEST_F(SimulatorDocuments, NameThePhoneThatDemandsAuthentication) {
+    const std::vector<PhoneInfo> phones = daemon().Phones();
+    const auto phone = std::find_if(phones.begin(), phones.end(), [](const PhoneInfo& one) {
+        return one.demands_authentication;
+    });
+    ASSERT_NE(phone, phones.end());
+    const Options options;
+    for (const char* const document :
+         {"README.md", "docs/simulator.md", "docs/morvane-simulator.1"}) {
+        const std::string text = Unescaped(ReadSource(document));
+        for (const std::string& word :
+             {phone->name, phone->address, options.user_id, options.password})
+            EXPECT_NE(text.find(word), std::string::npos) << document << ": " << word;
+    }
+}
+
+/// When the tool shows a fault, as the guide's last column says where it is not at once.
+class FaultVisibility : public ConversationTest {};
+
+TEST_F(FaultVisibility, HiddenAliasIsShownWhenThePhoneIsNextFound) {
+    using morvane_test::kPhoneAddress;
+    using morvane_test::kPhoneAlias;
+    using morvane_test::kPhonePath;
+    const auto list = [](const std::string& alias) {
+        return DeviceList({std::string(kPhoneAddress) + " | " + alias}) + Prompt();
+    };
+    Start();
+    daemon().HideProperty("*", "com.veltrisonix.Device1", "Alias");
+    Type("l");
+    Expect(list(kPhoneAlias));
+    RemoveDevice(kPhonePath);
+    AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    Type("l");
+    Expect(list("Unknown"));
+    daemon().ClearPropertyFaults();
+    Type("l");
+    Expect(list("Unknown"));
+}
+
+TEST_F(FaultVisibility, MissedCallIsShownAfterAQueryOfMissedCalls) {
+    Options options;
+    options.phones = 1;
+    StartDaemon(options);
+    OpenSession();
+    for (const char* const answer : {"s", "0", "4"}) Type(answer);
+    Await("Folder: telecom/mch\n");
+    Type("h");
+    Await(morvane_test::PhonebookMenu() + Prompt("/Phonebook Menu"));
+    daemon().MissCall(daemon().Phones().front().address, "+12025550001");
+    ExpectQuiet("/Phonebook Menu");
+    Type("g");
+    Await("New Missed Calls: ");
 }
 
 }  // namespace
