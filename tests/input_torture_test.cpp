@@ -150,6 +150,24 @@ TEST_P(InputTorture, ControlC) {
     ExpectEnd();
 }
 
+// A blank line is an answer to the question for a text only.
+TEST_P(InputTorture, BlankLineAfterControlC) {
+    const Place& place = GetParam();
+    ReachPlace();
+    PressControlC();
+    Type("");
+    if (place.asks != Asks::kText) {
+        Expect(place.StandingPrompt());
+        if (place.asks == Asks::kNumber) {
+            Type("z");
+            ExpectOutput(place.nonsense);
+        }
+        EXPECT_FALSE(console().HasEnded());
+        Type("0");
+    }
+    ExpectExit(0, Console::Rest::kIgnored);
+}
+
 TEST_P(InputTorture, ControlCTwice) {
     ReachPlace();
     PressControlC();

@@ -98,7 +98,7 @@ class ConversationTest : public testing::Test {
     void ExpectQuiet(const std::string& segment = "", Here here = Here::Now());
 
     /// SIGINT to the tool, or Ctrl-C typed by the operator. The tool's main loop has ended when
-    /// they return; its menus go on until the next line.
+    /// they return; its menus run until the next answer.
     void Interrupt(Here here = Here::Now());
     void PressControlC(Here here = Here::Now());
     /// `cause` ends the main loop; returns when it has ended.
