@@ -1,17 +1,24 @@
 // What the documents say must be so: what they name exists, and what lists the same things as a
 // program does lists all of them.
 
+#include "simulator/daemon.h"
 #include "support/console.h"
 #include "support/document.h"
 #include "support/messages.h"
+#include "support/private_bus.h"
 #include "support/script_tree.h"
+#include "support/temporary_directory.h"
 #include "support/text_form.h"
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <regex>
 
 namespace morvane_test {
@@ -68,7 +75,8 @@ TEST_P(Documents, LinkToWhatIsThere) {
 
 TEST_P(Documents, NameFilesThatAreThere) {
     const std::string folders =
-        "app|client|cmake|console|docs|examples|interfaces|phonebook|scripts|simulator|support|"
+        "app|client|cmake|console|docs|examples|interfaces|packaging|phonebook|scripts|simulator|"
+        "support|"
         "tests|transfer|uuid";
     for (const std::string& path :
          FindAll(text_, "(?:^|[^-\\w./~$>])((?:" + folders + ")/[-\\w./]*\\w)"))
@@ -230,6 +238,71 @@ INSTANTIATE_TEST_SUITE_P(
                     Menu{"Filter", "Filter menu", "filter", PullAllFilterMenu, true},
                     Menu{"Transfer", "Transfer menu", "transfer", TransferMenu, false}),
     [](const auto& menu) { return menu.param.name; });
+
+// The rules of a distribution's system bus that matter here, and those of a daemon's package:
+// nobody but the daemon is mentioned.
+std::string SystemBusPolicies() {
+    return R"(<policy context="default">
+  <allow user="*"/>
+  <deny own="*"/>
+  <deny send_type="method_call"/>
+  <allow send_type="signal"/>
+  <allow send_requested_reply="true" send_type="method_return"/>
+  <allow send_requested_reply="true" send_type="error"/>
+  <allow receive_type="method_call"/>
+  <allow receive_type="method_return"/>
+  <allow receive_type="error"/>
+  <allow receive_type="signal"/>
+  <allow send_destination="org.freedesktop.DBus"/>
+</policy>
+<policy user=")" +
+           std::to_string(geteuid()) + R"(">
+  <allow own="com.veltrisonix"/>
+</policy>
+)";
+}
+
+class PolicyExample : public testing::Test {
+  protected:
+    void Launch(const std::string& policies) {
+        bus_.emplace(policies);
+        daemon_.emplace(bus_->Address(), simulator::Options::Scripted());
+        ConsoleOptions options;
+        options.bus_address = bus_->Address();
+        options.directory = directory_.Path();
+        console_.emplace(options);
+    }
+    void TearDown() override { console_->Finish(); }
+
+    TemporaryDirectory directory_;
+    std::optional<PrivateBus> bus_;
+    std::optional<simulator::Daemon> daemon_;
+    std::optional<Console> console_;
+};
+
+TEST_F(PolicyExample, IsNeededOnASystemBus) {
+    Launch(SystemBusPolicies());
+    console_->ExpectError("AccessDenied");
+    console_->ExpectExit(0, Console::Rest::kIgnored);
+}
+
+TEST_F(PolicyExample, AdmitsItsGroup) {
+    const std::string policy = ReadSource("packaging/morvane.conf");
+    const std::regex group("group=\"bluetooth\"");
+    ASSERT_TRUE(std::regex_search(policy, group));
+    std::ofstream(directory_.File("morvane.conf"))
+        << std::regex_replace(policy, group, "group=\"" + std::to_string(getegid()) + "\"");
+    Launch(SystemBusPolicies() + "<include>" + directory_.File("morvane.conf") + "</include>\n");
+    console_->Await("Found Client ");
+    console_->Await(Prompt());
+}
+
+TEST(Changelog, BeginsWithTheVersionOfTheProject) {
+    const std::vector<std::string> versions =
+        FindAll(ReadSource("CMakeLists.txt"), "project\\(morvane VERSION ([0-9.]+)");
+    ASSERT_EQ(versions.size(), 1U);
+    EXPECT_EQ(ReadSource("packaging/changelog").find("morvane (" + versions.front() + ") "), 0U);
+}
 
 }  // namespace
 }  // namespace morvane_test

@@ -13,21 +13,16 @@
 namespace morvane_test {
 namespace {
 
-// Everybody may own and call everything; nothing is started on demand.
-std::string Configuration(const std::string& address) {
+// Nothing is started on demand.
+std::string Configuration(const std::string& address, const std::string& policies) {
     return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
            "<busconfig>\n"
            "  <listen>" +
            address +
            "</listen>\n"
-           "  <auth>EXTERNAL</auth>\n"
-           "  <policy context=\"default\">\n"
-           "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
-           "    <allow eavesdrop=\"true\"/>\n"
-           "    <allow own=\"*\"/>\n"
-           "  </policy>\n"
-           "</busconfig>\n";
+           "  <auth>EXTERNAL</auth>\n" +
+           policies + "</busconfig>\n";
 }
 
 // The daemon prints its address once it listens, and nothing else, on standard output.
@@ -42,9 +37,17 @@ std::string FirstLine(int descriptor) {
 
 }  // namespace
 
-PrivateBus::PrivateBus() {
+const char PrivateBus::kAllowEverything[] =
+    "  <policy context=\"default\">\n"
+    "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+    "    <allow eavesdrop=\"true\"/>\n"
+    "    <allow own=\"*\"/>\n"
+    "  </policy>\n";
+
+PrivateBus::PrivateBus(const std::string& policies) {
     const std::string configuration = directory_.File("bus.conf");
-    std::ofstream(configuration) << Configuration(SocketAddress(directory_.File("bus")));
+    std::ofstream(configuration)
+        << Configuration(SocketAddress(directory_.File("bus")), policies);
     const FileDescriptor nothing(Checked(open("/dev/null", O_RDWR | O_CLOEXEC), "/dev/null"));
     Pipe output = MakePipe();
     process_ = std::make_unique<ChildProcess>(

@@ -13,8 +13,9 @@ namespace morvane_test {
 /// gone when destroyed.
 class PrivateBus {
   public:
-    /// Throws std::runtime_error if no dbus-daemon can be started.
-    PrivateBus();
+    /// `policies` is XML; without it everybody may own and call everything. Throws
+    /// std::runtime_error if no dbus-daemon can be started.
+    explicit PrivateBus(const std::string& policies = kAllowEverything);
 
     const std::string& Address() const { return address_; }
 
@@ -22,6 +23,8 @@ class PrivateBus {
     void Kill();
 
   private:
+    static const char kAllowEverything[];
+
     TemporaryDirectory directory_;
     std::unique_ptr<ChildProcess> process_;
     std::string address_;
