@@ -3,6 +3,7 @@
 
 #include "simulator/daemon.h"
 #include "support/console.h"
+#include "support/conversation_test.h"
 #include "support/document.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -295,6 +297,44 @@ TEST_F(PolicyExample, AdmitsItsGroup) {
     Launch(SystemBusPolicies() + "<include>" + directory_.File("morvane.conf") + "</include>\n");
     console_->Await("Found Client ");
     console_->Await(Prompt());
+}
+
+/// The manual's command for phones that are not trusted.
+class PipeThroughCat : public ConversationTest {
+  protected:
+    void LaunchAsTheManualSays() {
+        const std::vector<std::string> pipes =
+            FindAll(ReadSource("docs/morvane.1"), "\n\\.Dl \\$ morvane( \\| [^\n]*)");
+        ASSERT_EQ(pipes.size(), 1U);
+        const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
+        ConsoleOptions options;
+        options.program = "/bin/sh";
+        // Unlike an interactive shell, this one is in the terminal's foreground process group.
+        options.arguments = {"-c", "trap : INT; " + std::string(launcher ? launcher : "") + " '" +
+                                       MORVANE_BINARY + "'" + pipes[0]};
+        Launch(options);
+    }
+    static std::string Visible(const std::string& text) {
+        return std::regex_replace(text, std::regex("\x1b"), "^[");
+    }
+};
+
+TEST_F(PipeThroughCat, ShowsPromptsAndControlCharacters) {
+    StartDaemon();
+    daemon().AddDevice(kPhonePath, kPhoneAddress, "a\x1b[5n");
+    LaunchAsTheManualSays();
+    Await(Visible(Red(" > ")));
+    Type("l");
+    Await(" | a^[[5n\n");
+    Await(Visible(Prompt()));
+    Type("u");
+    Await(Visible(ValuePrompt("/User Id")));
+    Type("engineer");
+    Await(Visible(Prompt()));
+    PressControlC();
+    Type("h");
+    ExpectExit(0);
+    EXPECT_EQ(console().Output().find('\x1b'), std::string::npos);
 }
 
 TEST(Changelog, BeginsWithTheVersionOfTheProject) {
