@@ -22,6 +22,8 @@
 #include <fstream>
 #include <optional>
 #include <regex>
+#include <sstream>
+#include <string_view>
 
 namespace morvane_test {
 namespace {
@@ -112,6 +114,35 @@ TEST_P(Documents, NamePresetsThatAreThere) {
     const Names presets = FindNames(ReadSource("CMakePresets.json"), "\"name\": \"(\\w+)\"");
     for (const std::string& preset : FindAll(text_, "--preset[ =](\\w+)"))
         EXPECT_EQ(presets.count(preset), 1U) << preset;
+}
+
+// The commands of a document, each block of them as one text.
+std::vector<std::string> CommandBlocks(const std::string& text) {
+    constexpr std::string_view kIndent = "    ";
+    std::vector<std::string> blocks(1);
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.compare(0, kIndent.size(), kIndent) == 0) {
+            blocks.back() += line + "\n";
+        } else {
+            blocks.emplace_back();
+        }
+    }
+    return blocks;
+}
+
+TEST_P(Documents, ConfigureWhatTheyBuild) {
+    for (const std::string& block : CommandBlocks(text_)) {
+        const Names configured = FindNames(block, "cmake --preset (\\w+)");
+        for (const std::string& preset : FindAll(block, "(?:--build|ctest) --preset (\\w+)"))
+            EXPECT_EQ(configured.count(preset), 1U) << block;
+    }
+}
+
+// Without a preset CMake would generate for Make, which is not installed.
+TEST_P(Documents, ConfigureByPreset) {
+    for (const std::string& block : CommandBlocks(text_))
+        EXPECT_TRUE(FindAll(block, "(cmake (?:-[BSDG]|[./]))").empty()) << block;
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Documents, testing::ValuesIn(FindSources(kAnyDocument)),

@@ -43,7 +43,7 @@ std::string FormatSession(const PlayedSession& session) {
 
 std::string AsDocumented(std::string_view bytes) {
     std::string text = AsSeen(bytes);
-    text = Replace(text, "[^\\s]*/morvane-demo\\.[A-Za-z0-9]{6}", "/tmp/morvane-demo.XXXXXX");
+    text = Replace(text, " /[^\\n]*/morvane-demo\\.[A-Za-z0-9]{6}", " /tmp/morvane-demo.XXXXXX");
     text = Replace(text, "Vantor(/[^\\n]*)? [>?] \\n", "");
     return Replace(text, "[ \\t]+(?=\\n|$)", "");
 }
