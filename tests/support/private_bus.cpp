@@ -46,8 +46,7 @@ const char PrivateBus::kAllowEverything[] =
 
 PrivateBus::PrivateBus(const std::string& policies) {
     const std::string configuration = directory_.File("bus.conf");
-    std::ofstream(configuration)
-        << Configuration(SocketAddress(directory_.File("bus")), policies);
+    std::ofstream(configuration) << Configuration(SocketAddress(directory_.File("bus")), policies);
     const FileDescriptor nothing(Checked(open("/dev/null", O_RDWR | O_CLOEXEC), "/dev/null"));
     Pipe output = MakePipe();
     process_ = std::make_unique<ChildProcess>(
