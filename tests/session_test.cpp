@@ -189,11 +189,8 @@ TEST_F(SessionTest, LeavesNothingBehindThatHearsTheDaemonGo) {
 class UnreachableObjectTest : public SessionTest {
   protected:
     void RefuseProxies() {
-        const std::string address = bus().Address();
-        const std::size_t path = address.find('/');
-        const std::filesystem::path socket = address.substr(path, address.find(',') - path);
-        Deny(socket.parent_path() / "bus.conf");
-        const auto connection = ConnectToBus(address);
+        Deny(bus().ConfigurationFile());
+        const auto connection = ConnectToBus(bus().Address());
         const morvane::VariantPtr reply(g_dbus_connection_call_sync(
             connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
             "org.freedesktop.DBus", "ReloadConfig", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
@@ -213,7 +210,7 @@ class UnreachableObjectTest : public SessionTest {
     }
 
   private:
-    static void Deny(const std::filesystem::path& configuration) {
+    static void Deny(const std::string& configuration) {
         std::ifstream file(configuration);
         std::string text(std::istreambuf_iterator<char>(file), {});
         text.insert(text.rfind("</busconfig>"),

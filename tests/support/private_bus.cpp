@@ -45,13 +45,13 @@ const char PrivateBus::kAllowEverything[] =
     "  </policy>\n";
 
 PrivateBus::PrivateBus(const std::string& policies) {
-    const std::string configuration = directory_.File("bus.conf");
-    std::ofstream(configuration) << Configuration(SocketAddress(directory_.File("bus")), policies);
+    std::ofstream(ConfigurationFile())
+        << Configuration(SocketAddress(directory_.File("bus")), policies);
     const FileDescriptor nothing(Checked(open("/dev/null", O_RDWR | O_CLOEXEC), "/dev/null"));
     Pipe output = MakePipe();
     process_ = std::make_unique<ChildProcess>(
-        ChildSetup{{"dbus-daemon", "--config-file=" + configuration, "--nofork", "--nopidfile",
-                    "--nosyslog", "--print-address"},
+        ChildSetup{{"dbus-daemon", "--config-file=" + ConfigurationFile(), "--nofork",
+                    "--nopidfile", "--nosyslog", "--print-address"},
                    {"LC_ALL=C"},
                    directory_.Path(),
                    nothing.Number(),

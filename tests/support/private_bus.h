@@ -18,6 +18,7 @@ class PrivateBus {
     explicit PrivateBus(const std::string& policies = kAllowEverything);
 
     const std::string& Address() const { return address_; }
+    std::string ConfigurationFile() const { return directory_.File("bus.conf"); }
 
     /// The bus dies under everyone who is connected to it.
     void Kill();
