@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -174,15 +173,15 @@ TEST(PrintTest, SleepsUntilAFullTerminalThatDoesNotBlockTakesMore) {
         const morvane_test::FileDescriptor output(dup(STDOUT_FILENO));
         dup2(terminal.writer.Number(), STDOUT_FILENO);
         const std::size_t filled = Fill(STDOUT_FILENO);
-        std::atomic<bool> printed{false};
+        bool slept = false;
         std::thread reader([&, printer = gettid()] {
-            while (!printed && !morvane_test::IsAsleep(printer)) std::this_thread::yield();
+            slept = morvane_test::AwaitSleep(printer);
             Read(terminal.reader.Number(), filled);
         });
         PROXY_Print(kGreen, "text\n");
-        printed = true;
         reader.join();
         dup2(output.Number(), STDOUT_FILENO);
+        if (!slept) PROXY_Print(kRed, "did not sleep\n");
         const std::string came = Read(terminal.reader.Number(), 100);
         EXPECT_GT(write(STDOUT_FILENO, came.data(), came.size()), 0);
     };

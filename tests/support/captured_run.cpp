@@ -1,15 +1,21 @@
 #include "support/captured_run.h"
 
 #include "support/file_descriptor.h"
+#include "support/patience.h"
+#include "support/text_form.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <numeric>
@@ -27,8 +33,10 @@ Pipe FilledPipe(const std::string& bytes) {
     return pipe;
 }
 
+// An exception ends the process: if it left this function, GoogleTest would catch it and the child
+// would run the other tests, too.
 [[noreturn]] void RunInChild(const std::function<int()>& function, const Pipe& input,
-                             const Pipe& output) {
+                             const Pipe& output) noexcept {
     dup2(input.reader.Number(), STDIN_FILENO);
     dup2(output.writer.Number(), STDOUT_FILENO);
     const int status = function();
@@ -37,11 +45,24 @@ Pipe FilledPipe(const std::string& bytes) {
     std::exit(status);
 }
 
-std::vector<std::string> Packets(int descriptor) {
+// Whether there is something to read, or the end, before the deadline.
+bool AwaitPacket(int descriptor, std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::ceil<Duration>(deadline - std::chrono::steady_clock::now());
+    pollfd wait = {descriptor, POLLIN, 0};
+    return poll(&wait, 1, std::max(0, static_cast<int>(left.count()))) > 0;
+}
+
+// Up to the end, or to the deadline if there is none by then.
+std::vector<std::string> Packets(int descriptor, std::chrono::steady_clock::time_point deadline,
+                                 bool& ended) {
     std::vector<std::string> packets;
     std::array<char, PIPE_BUF> packet = {};
-    for (ssize_t count; (count = read(descriptor, packet.data(), packet.size())) > 0;)
-        packets.emplace_back(packet.data(), static_cast<std::size_t>(count));
+    ended = false;
+    while (!ended && AwaitPacket(descriptor, deadline)) {
+        const ssize_t count = read(descriptor, packet.data(), packet.size());
+        ended = count <= 0;
+        if (!ended) packets.emplace_back(packet.data(), static_cast<std::size_t>(count));
+    }
     return packets;
 }
 
@@ -69,7 +90,13 @@ CapturedRun Capture(const std::function<int()>& function, const std::string& inp
     if (child == 0) RunInChild(function, in, out);
     out.writer.Close();
     CapturedRun run;
-    run.writes = Packets(out.reader.Number());
+    const auto deadline = std::chrono::steady_clock::now() + 6 * Patience();
+    bool ended = false;
+    run.writes = Packets(out.reader.Number(), deadline, ended);
+    if (!ended) {
+        ADD_FAILURE() << "the function does not return; it has written:\n" << Escaped(run.Output());
+        kill(child, SIGKILL);
+    }
     int status = 0;
     Checked(waitpid(child, &status, 0), "waitpid");
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;

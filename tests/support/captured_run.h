@@ -16,8 +16,8 @@ struct CapturedRun {
 
 /// Runs `function` in a child process with `input` (up to the size of a pipe, 64 KiB) on standard
 /// input, followed by its end, and standard output captured. Output that the function leaves
-/// unflushed is lost. What `function` returns becomes the exit status. Call it only while the test
-/// has no other threads.
+/// unflushed is lost. What `function` returns becomes the exit status. A function that does not
+/// return is killed and fails the test. Call it only while the test has no other threads.
 CapturedRun Capture(const std::function<int()>& function, const std::string& input = "");
 
 /// The same for what returns nothing: its writes, or all of them together.

@@ -1,7 +1,10 @@
 #include "support/rival.h"
 
+#include "support/patience.h"
+
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -13,6 +16,15 @@ bool IsAsleep(pid_t thread) {
     const std::string stat(std::istreambuf_iterator<char>(file), {});
     const std::size_t name_end = stat.rfind(')');  // the name may hold anything
     return name_end != stat.npos && stat.compare(name_end + 2, 1, "S") == 0;
+}
+
+bool AwaitSleep(pid_t thread) {
+    const auto deadline = std::chrono::steady_clock::now() + Patience();
+    while (!IsAsleep(thread)) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 void Rival::GoAsFarAsPossible() {

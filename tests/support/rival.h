@@ -10,6 +10,8 @@ namespace morvane_test {
 
 /// Whether a thread of this process waits for something.
 bool IsAsleep(pid_t thread);
+/// Awaits that it does. Returns false if it goes on working for `Patience()`.
+bool AwaitSleep(pid_t thread);
 
 /// A second thread beside the test's own, which does one thing. Shows a missing lock every time: if
 /// `GoAsFarAsPossible` finds what is to be done done, nothing has held it up.

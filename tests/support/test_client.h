@@ -1,8 +1,11 @@
 #pragma once
 
 #include "interfaces/glib_ptr.h"
+#include "support/here.h"
+#include "support/patience.h"
 #include "support/private_bus.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -62,20 +65,34 @@ class TestClient {
         return taken;
     }
 
-    /// Waits for a signal, which comes with those before it out of what `TakeSignals` gives.
-    void AwaitSignal(const std::string& signal) {
-        for (;;) {
-            while (!signals_.empty()) {
-                const std::string next = signals_.front();
-                signals_.erase(signals_.begin());
-                if (next == signal) return;
-            }
-            g_main_context_iteration(nullptr, TRUE);  // the test's own time limit ends a vain wait
-        }
+    /// Waits for a signal, which comes with those before it out of what `TakeSignals` gives. Fails
+    /// the test after `Patience()`.
+    void AwaitSignal(const std::string& signal,
+                     morvane_test::Here here = morvane_test::Here::Now()) {
+        bool is_late = false;
+        const auto expire = [](gpointer flag) -> gboolean {
+            *static_cast<bool*>(flag) = true;
+            return G_SOURCE_REMOVE;
+        };
+        const auto limit = static_cast<guint>(morvane_test::Patience().count());
+        const guint timer = g_timeout_add(limit, expire, &is_late);
+        auto found = signals_.end();
+        while ((found = std::find(signals_.begin(), signals_.end(), signal)) == signals_.end() &&
+               !is_late)
+            g_main_context_iteration(nullptr, TRUE);
+        if (!is_late) g_source_remove(timer);
+        if (found == signals_.end()) FailLate(signal, here);
+        signals_.erase(signals_.begin(), found + 1);
     }
 
   private:
     void Ping() { Call("/", "org.freedesktop.DBus.Peer.Ping", "()", "org.freedesktop.DBus"); }
+
+    [[noreturn]] void FailLate(const std::string& signal, morvane_test::Here here) const {
+        std::string message = "the time is over.\nAwaited:\n" + signal + "\nCame:\n";
+        for (const std::string& came : signals_) message += came + "\n";
+        morvane_test::FailTest(here, message);
+    }
 
     static std::string Print(GVariant* value) {
         return morvane::TextPtr(g_variant_print(value, TRUE)).get();
