@@ -2,13 +2,19 @@
 
 #include "console/console_output.h"
 #include "support/captured_run.h"
+#include "support/file_descriptor.h"
 #include "support/messages.h"
+#include "support/rival.h"
 
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <array>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace morvane {
@@ -122,6 +128,22 @@ TEST(MenuInputTest, TakesOneLineAtATime) {
         return keys + PROXY_MenuInput("Path");
     };
     EXPECT_EQ(Ask(ask, "abc\nx\n"), (Answer{kMenuPrompt + kMenuPrompt, "ax"}));
+}
+
+TEST(MenuInputTest, SleepsUntilATerminalThatDoesNotBlockGivesMore) {
+    const auto ask = [] {
+        const auto terminal = morvane_test::MakePipe(O_NONBLOCK);
+        dup2(terminal.reader.Number(), STDIN_FILENO);
+        std::string slept = "did not sleep";
+        std::thread typist([&, asker = gettid()] {
+            if (morvane_test::AwaitSleep(asker)) slept = "slept";
+            EXPECT_EQ(write(terminal.writer.Number(), "h\n", 2), 2);
+        });
+        const char key = PROXY_MenuInput("Path");
+        typist.join();
+        return key + (" " + slept);
+    };
+    EXPECT_EQ(Ask(ask, ""), (Answer{kMenuPrompt, "h slept"}));
 }
 
 TEST(InputUint32Test, ReadsDecimalNumbers) {
