@@ -1,12 +1,15 @@
 #include "app/obex_proxy.h"
 
 #include "console/console_output.h"
+#include "support/bench.h"
 #include "support/captured_run.h"
 #include "support/messages.h"
 #include "support/rival.h"
 #include "support/system_calls.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 #include <functional>
 #include <string>
@@ -16,11 +19,14 @@ namespace morvane {
 namespace {
 
 using morvane_test::Banner;
+using morvane_test::Bench;
+using morvane_test::Lines;
 using morvane_test::Normal;
 using morvane_test::OutputOf;
 using morvane_test::Prompt;
 using morvane_test::Red;
 using morvane_test::Rival;
+using morvane_test::Say;
 
 std::string Pause(int milliseconds) {
     return Normal("[" + std::to_string(milliseconds) + " ms]");
@@ -90,6 +96,27 @@ TEST(MenuThreadTest, LetsNothingBeRemovedWhileItPausesBeforeThePrompt) {
     const std::string begin = Banner() + Normal("pause is over\n");
     EXPECT_EQ(output.substr(0, begin.size()), begin);
     EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+}
+
+// With lines typed ahead, the menu thread would lock the mutex again before a removal wakes up.
+TEST(MenuThreadTest, LetsAWaitingRemovalPassBeforeItAsks) {
+    const auto run = [] {
+        Bench bench;
+        obexProxy.ObjectAdded(simulator::kClientPath);
+        bench.OpenSession();
+        Rival removal([] { obexProxy.FreeClient(); });
+        // The session's file is deleted during the removal's turn.
+        morvane_test::remove_substitute = [menu_thread = gettid()](const char* /*name*/) {
+            Say(morvane_test::AwaitSleep(menu_thread) ? "file deleted" : "the menu goes on");
+        };
+        morvane_test::sleep_substitute = [&](useconds_t time) {
+            if (time != 500000) removal.GoAsFarAsPossible();
+        };
+        obexProxy.MenuThread();
+        removal.Join();
+    };
+    const std::string output = OutputOf(run, "q\n");
+    EXPECT_NE(output.find(Lines({"file deleted"}) + Prompt()), output.npos) << output;
 }
 
 }  // namespace

@@ -2,10 +2,14 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+
 namespace morvane_test {
 
 std::function<ssize_t(const void* bytes, std::size_t count)> write_substitute;
 std::function<void(useconds_t microseconds)> sleep_substitute;
+std::function<void(const char* name)> remove_substitute;
 
 }  // namespace morvane_test
 
@@ -27,6 +31,16 @@ int __wrap_usleep(useconds_t microseconds) {
     if (!morvane_test::sleep_substitute) return __real_usleep(microseconds);
     morvane_test::sleep_substitute(microseconds);
     return 0;
+}
+
+// Replaces that of the C library in the whole program.
+int remove(const char* name) noexcept {
+    if (morvane_test::remove_substitute) {
+        morvane_test::remove_substitute(name);
+        return 0;
+    }
+    if (unlink(name) == 0) return 0;
+    return errno == EISDIR ? rmdir(name) : -1;
 }
 
 }  // extern "C"
