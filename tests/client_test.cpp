@@ -321,13 +321,17 @@ TEST_P(CredentialTest, ReportsARefusal) {
 
 TEST_P(CredentialTest, SendsNothingWhenTheClientWentMeanwhile) {
     Start();
-    Ask();
-    RemoveClient(Segment());
-    Type("secret");
-    Expect(kInvalidClient + Prompt());
-    EXPECT_TRUE(daemon().Calls().empty());
-    Type(GetParam().key);
-    Expect(Red("No Client available, start daemon.\n") + Prompt());
+    for (const char* const answer : {"secret", ""}) {
+        SCOPED_TRACE(answer);
+        Ask();
+        RemoveClient(Segment());
+        Type(answer);
+        Expect(kInvalidClient + Prompt());
+        EXPECT_TRUE(daemon().Calls().empty());
+        Type(GetParam().key);
+        Expect(Red("No Client available, start daemon.\n") + Prompt());
+        ReturnClient();
+    }
 }
 
 TEST_P(CredentialTest, SendsToTheClientThatIsThereByThen) {

@@ -391,7 +391,8 @@ void FaultMatrix::ExpectReplacementInAFlood() {
     ExpectQuiet("/Phonebook Menu");
 }
 
-const Names kOutsideSessions = {"MainMenu", "DeviceChoice", "UserId"};
+const Names kCredentials = {"UserId", "Password"};
+const Names kOutsideSessions = {"MainMenu", "DeviceChoice", "UserId", "Password"};
 const Names kInSessions = {"ProfileMenu", "Location",    "PhoneBook",   "Handle", "PullAllFilters",
                            "PullFilters", "ListFilters", "SizeFilters", "Format", "Order",
                            "Field",       "Selector",    "MaxCount",    "Offset", "SearchField",
@@ -410,7 +411,7 @@ const Expectation kExpectations[] = {
 
     {{"DeviceRemoved"}, {"MainMenu"}, NoDevices},
     {{"DeviceRemoved"}, {"DeviceChoice"}, InvalidDevice},
-    {{"DeviceRemoved"}, {"UserId"}, AsEver, Sends::kItsCall},
+    {{"DeviceRemoved"}, kCredentials, AsEver, Sends::kItsCall},
     {{"SessionGone", "ConnectionLost"},
      kOutsideSessions,
      nullptr,
@@ -437,7 +438,7 @@ const Expectation kExpectations[] = {
     {{"ReplyOfWrongType"}, kAllPlaces, WrongReply, Sends::kItsCall},
 
     {{"PropertyInvalidated", "PropertyOfWrongType"},
-     {"UserId"},
+     kCredentials,
      nullptr,
      Sends::kNothing,
      nullptr,

@@ -60,18 +60,20 @@ Place DeviceChoice() {
             OfThePhone("Address")};
 }
 
-Place UserId() {
-    return {"UserId",
+// A prompt of the main menu for a text that is set on the client object.
+Place CredentialPlace(const std::string& name, const std::string& key, const std::string& segment,
+                      const PlaceCall& call) {
+    return {name,
             Base::kMainMenu,
-            {{"u", ValuePrompt("/User Id")}},
-            "/User Id",
+            {{key, ValuePrompt(segment)}},
+            segment,
             Asks::kText,
-            "me",
+            call.line,
             Prompt(),
             kClientLost,
             Prompt(),
             Prompt(),
-            {"me", "SetUserId", "()", "Set User Id failed ", "", ""},
+            call,
             kNoProperty};
 }
 
@@ -246,8 +248,14 @@ Place TransferMenuPlace() {
 }
 
 std::vector<Place> MakePlaces() {
-    std::vector<Place> places = {MainMenuPlace(), DeviceChoice(), UserId(), ProfileMenu(),
-                                 Location(),      PhoneBook(),    Handle()};
+    std::vector<Place> places = {MainMenuPlace(), DeviceChoice()};
+    places.push_back(CredentialPlace("UserId", "u", "/User Id",
+                                     {"me", "SetUserId", "()", "Set User Id failed ", "", ""}));
+    places.push_back(
+        CredentialPlace("Password", "p", "/Password",
+                        {"secret", "SetPassword", "()", "Set Password failed ", "", ""}));
+    for (const Place& place : {ProfileMenu(), Location(), PhoneBook(), Handle()})
+        places.push_back(place);
     places.push_back(PullPlace("PullAll", {{"a", ""}}));
     places.push_back(PullPlace("Pull", {{"p", ValuePrompt("/vCard Handle")}, {"1", ""}}));
     places.back().leaves_loss_to_its_call = true;
