@@ -91,6 +91,13 @@ TEST(Listing, IsSortedBySoundWhereThereIsOne) {
               (Names{"Zz Owner", "abel", "Cäsar", "müller", "Baker"}));
 }
 
+TEST(Listing, SortsACardWithoutSoundByItsNameInPhoneticOrder) {
+    const Phonebook book = {MakeEntry(1, "Baker", "1", "Zeta"), MakeEntry(2, "miller", "2"),
+                            MakeEntry(3, "Young", "3", "Able")};
+    EXPECT_EQ(NamesOf(SelectEntries(book, Parse("{'Order': <'phonetic'>}"))),
+              (Names{"Young", "miller", "Baker"}));
+}
+
 TEST(Listing, CountsOffsetAndMaximumInTheOrderAskedFor) {
     EXPECT_EQ(List("{'Order': <'alphanumeric'>, 'Offset': <uint16 1>, 'MaxCount': <uint16 2>}"),
               (Names{"abel", "Baker"}));
