@@ -235,6 +235,14 @@ TEST_F(TransferContextTest, CountsProgressAgainstTheSizeThatItWasTold) {
     EXPECT_EQ(Announced("Transferred", "uint64 1250"), "");
 }
 
+TEST_F(TransferContextTest, PrintsNoLowerPercentageAfterANewSize) {
+    const auto transfer = Quietly("{'Size': <uint64 1000>}");
+    EXPECT_EQ(Announced("Transferred", "uint64 800"), Normal("Transferred Percent: 80%\n"));
+    Announced("Size", "uint64 1000");
+    EXPECT_EQ(Announced("Transferred", "uint64 700"), "");
+    EXPECT_EQ(Announced("Transferred", "uint64 810"), Normal("Transferred Percent: 81%\n"));
+}
+
 TEST_F(TransferContextTest, HearsOfASizeOnlyInItsTurn) {
     const auto transfer = Quietly("@a{sv} {}");
     EXPECT_EQ(Printed([&] {
