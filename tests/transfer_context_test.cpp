@@ -3,7 +3,11 @@
 #include "console/errors.h"
 #include "support/context_test.h"
 #include "support/messages.h"
+#include "support/process_files.h"
 #include "support/temporary_directory.h"
+#include "transfer/downloaded_file.h"
+
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -304,6 +308,17 @@ TEST_F(TransferContextTest, LeavesTheFileWhenItGoes) {
     EXPECT_EQ(Printed([&] { transfer.reset(); }), "");
     EXPECT_TRUE(std::filesystem::exists(directory.File("file")));
     EXPECT_EQ(Announced("Status", "'active'"), "");
+}
+
+TEST(DisplayFileTest, LeavesNoDescriptorOpen) {
+    const TemporaryDirectory directory;
+    std::ofstream(directory.File("file")) << "vcard";
+    const std::size_t before = CountDescriptors(getpid());
+    for (const std::string& name :
+         {directory.File("file"), directory.Path(), directory.File("missing")}) {
+        Printed([&] { morvane::DisplayFile(name.c_str()); });
+        EXPECT_EQ(CountDescriptors(getpid()), before) << name;
+    }
 }
 
 TEST(TransferContextWithoutBusTest, CannotBeMade) {

@@ -3,18 +3,10 @@
 #include "interfaces/glib_ptr.h"
 #include "support/process_files.h"
 
-#include <filesystem>
-#include <iterator>
 #include <stdexcept>
 
 namespace morvane_test {
 namespace {
-
-std::size_t CountDescriptors(pid_t process) {
-    const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(process) +
-                                                          "/fd");
-    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
-}
 
 // The bus keeps count of what it does on behalf of each connection.
 std::size_t CountMatchRules(GDBusConnection* bus, const std::string& unique_name) {

@@ -201,7 +201,7 @@ TEST_F(Soak, LeavesNothingBehind) {
     }
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     std::cout << sessions << " sessions, " << notifications << " notifications in "
-              << elapsed.count() << " s, " << console().CpuTime().count()
+              << elapsed.count() << " s, " << console().CpuTime().count() / 1000
               << " ms of processor time\n";
     EXPECT_EQ(last.descriptors, first.descriptors);
     EXPECT_EQ(last.match_rules, first.match_rules);

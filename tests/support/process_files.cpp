@@ -1,6 +1,8 @@
 #include "support/process_files.h"
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace morvane_test {
@@ -13,6 +15,12 @@ std::size_t ReadProcessNumber(pid_t process, const std::string& file, const std:
         if (word == label && stream >> number) return number;
     }
     throw std::runtime_error("no " + label + " in " + path);
+}
+
+std::size_t CountDescriptors(pid_t process) {
+    const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(process) +
+                                                          "/fd");
+    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
 }
 
 }  // namespace morvane_test
