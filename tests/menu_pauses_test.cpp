@@ -1,115 +1,126 @@
-#include "support/conversation_test.h"
+#include "app/obex_proxy.h"
+
+#include "console/console_output.h"
+#include "support/bench.h"
+#include "support/captured_run.h"
+#include "support/messages.h"
+#include "support/system_calls.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
+#include <functional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
-namespace morvane_test {
+// The pauses of the session's menus, in front of a daemon, with lines typed ahead.
+
+namespace morvane {
 namespace {
 
-using std::chrono::milliseconds;
+using morvane_test::Bench;
+using morvane_test::HearNotices;
+using morvane_test::Normal;
+using morvane_test::OutputOf;
+using morvane_test::Prompt;
+using morvane_test::RealWrite;
+using morvane_test::Red;
+using morvane_test::sleep_substitute;
+using morvane_test::write_substitute;
 
-constexpr milliseconds kPause(200);
-constexpr int kTries = 10;
-
+const std::string kPause = Normal("[200 ms]");
 const std::string kInvalidSelection = Red("Invalid Selection\n");
+const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n");
 
-// A menu of the session.
 struct Menu {
     std::string name;
-    std::vector<std::string> opening;  // typed from the phone book menu's prompt on
+    std::string opening;  // typed from the phone book menu's prompt on
     std::string segment;
+    std::vector<std::size_t> pauses;  // before each of its prompts, if one more line is typed
     std::string lost;
 };
 
-const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n");
-
-const Menu kTransferMenu = {"Transfer", {"a", "d"}, "/Transfer Menu", kPhonebookGone};
-
 const Menu kMenus[] = {
-    {"Phonebook", {}, "/Phonebook Menu", Red("Client Proxy is invalid\n")},
-    {"PullAllFilters", {"a"}, "/Filter Menu", kPhonebookGone},
-    {"PullFilters", {"p", "1"}, "/Filter Menu", kPhonebookGone},
-    {"ListFilters", {"l"}, "/Filter Menu", kPhonebookGone},
-    {"SizeFilters", {"m"}, "/Filter Menu", kPhonebookGone},
-    kTransferMenu,
+    {"Phonebook", "", "/Phonebook Menu", {1, 1, 1}, Red("Client Proxy is invalid\n")},
+    {"PullAllFilters", "a\n", "/Filter Menu", {1, 1}, kPhonebookGone},
+    {"PullFilters", "p\n1\n", "/Filter Menu", {2, 1}, kPhonebookGone},
+    {"ListFilters", "l\n", "/Filter Menu", {2, 1}, kPhonebookGone},
+    {"SearchFilters", "o\n0\n\n", "/Filter Menu", {2, 1}, kPhonebookGone},
+    {"SizePhonebookFilters", "m\n", "/Filter Menu", {2, 1}, kPhonebookGone},
+    {"SizeListingFilters", "n\n", "/Filter Menu", {2, 1}, kPhonebookGone},
+    // The first of them is time for the transfer's first notices.
+    {"Transfer", "a\nd\n", "/Transfer Menu", {2, 1}, kPhonebookGone},
 };
 
-class MenuPause : public ConversationTest, public testing::WithParamInterface<Menu> {
-  protected:
-    void OpenMenu(Here here = Here::Now()) {
-        OpenSelectedSession(here);
-        // Otherwise a transfer ends with its session, and says so at a moment of its own.
-        daemon().Reply("RemoveSession", Value("()"));
-        for (const std::string& line : GetParam().opening) Type(line, here);
-        if (!GetParam().opening.empty()) Await(Prompt(GetParam().segment), here);
-    }
-
-    // How long the tool takes from the line to the prompt of the menu.
-    milliseconds TimeToPrompt(const std::string& line, Here here = Here::Now()) {
-        const auto begin = std::chrono::steady_clock::now();
-        Type(line, here);
-        Await(Prompt(GetParam().segment), here);
-        return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - begin);
-    }
-
-    // The menu pauses after an answer. Whether it has heard in the pause that the session is lost:
-    // then its prompt does not come. Ends at the main menu, which has listed its keys if so.
-    bool HearsOfALossInItsPause(Here here = Here::Now()) {
-        const std::size_t begin = console().Output().size();
-        Type("Z", here);
-        Expect(kInvalidSelection, here);
-        daemon().SetConnectionState(Session(), 0);
-        Type("h", here);
-        Await(Prompt(), here);
-        const std::string heard = kInvalidSelection + GetParam().lost;
-        return console().Output().find(heard, begin) != std::string::npos;
-    }
-};
-
-// On a slow machine the news may come too late for a pause of 200 ms, but not every time.
-TEST_P(MenuPause, EndsWithALookAtTheSession) {
-    for (int tries = 0; tries < kTries; ++tries) {
-        OpenMenu();
-        if (HearsOfALossInItsPause()) return Expect(MainMenu() + Prompt());
-    }
-    FAIL() << "the menu asked for a key " << kTries << " times";
+void PrintTo(const Menu& menu, std::ostream* stream) {
+    *stream << menu.name;
 }
 
-// The fastest of several tries shows that no second pause was made, however slow the machine is.
-TEST_P(MenuPause, IsMadeOnceBeforeAPrompt) {
-    OpenMenu();
-    milliseconds fastest = TimeToPrompt("Z");
-    for (int tries = 1; tries < kTries && fastest >= kPause * 2; ++tries)
-        fastest = std::min(fastest, TimeToPrompt("Z"));
-    EXPECT_GE(fastest, kPause);
-    EXPECT_LT(fastest, kPause * 2);
+// What is printed while the menu is opened and gets one invalid key.
+std::string OutputIn(const Menu& menu, const std::function<void(Bench&)>& prepare) {
+    const auto run = [&] {
+        Bench bench;
+        bench.daemon().AddDevice("/dev_1", "00:1B:DC:07:31:9A", "Phone");
+        obexProxy.ObjectAdded(simulator::kClientPath);
+        obexProxy.ObjectAdded("/dev_1");
+        prepare(bench);
+        obexProxy.MenuThread();
+    };
+    return OutputOf(run, "c\n0\ns\n0\n0\n" + menu.opening + "Z\n");
 }
 
-class TransferMenuPause : public MenuPause {};
+std::size_t Count(std::string_view text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
 
-// Time for the transfer's first notices.
-TEST_P(TransferMenuPause, IsMadeTwiceBeforeTheFirstPrompt) {
-    OpenSelectedSession();
-    milliseconds fastest(kPause * 3);
-    for (int tries = 0; tries < kTries && fastest >= kPause * 3; ++tries) {
-        Type("a");
-        Await(Prompt("/Filter Menu"));
-        fastest = std::min(fastest, TimeToPrompt("d"));
-        Type("x");
-        Await(Prompt("/Phonebook Menu"));
+// How many pauses were made between each of the menu's prompts and the prompt before it.
+std::vector<std::size_t> PausesBeforePrompts(const std::string& output, const Menu& menu) {
+    std::vector<std::size_t> pauses;
+    std::size_t begin = 0;
+    for (std::size_t end; (end = output.find(" \x1b[0m", begin)) != output.npos; begin = end) {
+        end += std::string(" \x1b[0m").size();
+        const std::string_view part = std::string_view(output).substr(begin, end - begin);
+        const std::string prompt = Prompt(menu.segment);
+        if (part.size() >= prompt.size() && part.substr(part.size() - prompt.size()) == prompt)
+            pauses.push_back(Count(part, kPause));
     }
-    EXPECT_GE(fastest, kPause * 2);
-    EXPECT_LT(fastest, kPause * 3);
+    return pauses;
 }
 
-INSTANTIATE_TEST_SUITE_P(Menus, TransferMenuPause, testing::Values(kTransferMenu),
-                         [](const auto& row) { return row.param.name; });
-INSTANTIATE_TEST_SUITE_P(Menus, MenuPause, testing::ValuesIn(kMenus),
+class MenuPauses : public testing::TestWithParam<Menu> {};
+
+TEST_P(MenuPauses, AreMadeBeforeEachPrompt) {
+    const std::string output = OutputIn(GetParam(), [](Bench& /*bench*/) {
+        sleep_substitute = [](useconds_t microseconds) {
+            PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+        };
+    });
+    EXPECT_EQ(PausesBeforePrompts(output, GetParam()), GetParam().pauses) << output;
+}
+
+TEST_P(MenuPauses, EndWithALookAtTheSession) {
+    const std::string output = OutputIn(GetParam(), [](Bench& bench) {
+        static bool answered = false;
+        write_substitute = [](const void* bytes, std::size_t count) {
+            answered |=
+                kInvalidSelection == std::string_view(static_cast<const char*>(bytes), count);
+            return RealWrite(bytes, count);
+        };
+        sleep_substitute = [&bench](useconds_t /*microseconds*/) {
+            if (!std::exchange(answered, false)) return;
+            bench.daemon().SetConnectionState(bench.daemon().Sessions().back(), 0);
+            HearNotices();
+        };
+    });
+    EXPECT_NE(output.find(kInvalidSelection + GetParam().lost), output.npos) << output;
+}
+
+INSTANTIATE_TEST_SUITE_P(, MenuPauses, testing::ValuesIn(kMenus),
                          [](const auto& row) { return row.param.name; });
 
 }  // namespace
-}  // namespace morvane_test
+}  // namespace morvane

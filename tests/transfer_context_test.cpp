@@ -1,6 +1,7 @@
 #include "transfer/transfer_context.h"
 
 #include "console/errors.h"
+#include "support/bench.h"
 #include "support/context_test.h"
 #include "support/messages.h"
 #include "support/process_files.h"

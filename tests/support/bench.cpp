@@ -17,6 +17,19 @@ void Say(const char* text) {
     morvane::PROXY_PrintNoPrompt(morvane::kNormal, "%s\n", text);
 }
 
+// The bus answers only after it has passed on all that was announced before.
+void HearNotices() {
+    const morvane::GlibPtr<GDBusConnection> connection(
+        g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    morvane::ErrorPtr error;
+    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
+        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, morvane::Out(error)));
+    if (!reply) throw std::runtime_error(error->message);
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+}
+
 Bench::Bench() : daemon_(bus_.Address(), Options("")) {
     UseBus(bus_.Address());
 }

@@ -16,6 +16,9 @@ void UseBus(const std::string& address);
 /// A line of the test's own among what the tool prints.
 void Say(const char* text);
 
+/// Runs the handlers of everything that has been announced on the process's bus, on this thread.
+void HearNotices();
+
 /// A bus with a daemon, which the process uses.
 class Bench {
   public:

@@ -1,5 +1,6 @@
 #include "support/context_test.h"
 
+#include "support/bench.h"
 #include "support/file_descriptor.h"
 #include "support/patience.h"
 
@@ -84,17 +85,6 @@ void ContextTest::TearDown() {
     while (!gone) g_main_context_iteration(nullptr, TRUE);
 }
 
-// The bus answers only after it has passed on all that was announced before.
-void ContextTest::HearNotices() {
-    morvane::ErrorPtr error;
-    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
-        connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, morvane::Out(error)));
-    EXPECT_TRUE(reply);
-    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-    }
-}
-
 std::string ContextTest::Announced(const std::string& path, const std::string& interface,
                                    const std::string& name, const std::string& value) {
     return Printed([&] {
@@ -110,7 +100,7 @@ std::string ContextTest::PrintedAfter(const std::string& first, const std::funct
     auto making = std::async(std::launch::async, make);
     output.AwaitFirst();
     announce();
-    auto hearing = std::async(std::launch::async, [this] { HearNotices(); });
+    auto hearing = std::async(std::launch::async, HearNotices);
     hearing.wait_for(Patience());
     output.Flow();
     making.get();

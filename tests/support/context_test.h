@@ -26,9 +26,6 @@ class ContextTest : public testing::Test {
     simulator::Daemon& daemon() { return *daemon_; }
     PrivateBus& bus() { return bus_; }
 
-    /// Runs the handlers of everything that has been announced.
-    void HearNotices();
-
     /// What `make` prints after its first message, `first`, when `announce` is heard between that
     /// message and the next.
     std::string PrintedAfter(const std::string& first, const std::function<void()>& make,
