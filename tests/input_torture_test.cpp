@@ -258,7 +258,9 @@ TEST_P(FloodOfLines, IsTakenLineByLine) {
     console().TypeBytes(lines);
     for (int i = 0; i < 5; ++i) ExpectOutput(GetParam().nonsense);
     ExpectMemory(kMegabyte / 2);
-    Interrupt();
+    // Not awaited: a menu ends with its next line, and the process possibly before the bus library
+    // has written what shows the end of the main loop.
+    console().Interrupt();
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
 }
