@@ -178,6 +178,39 @@ TEST(Readme, ShowsWhatTheTestScriptSays) {
               FencedBlock(ReadSource("README.md"), "text"));
 }
 
+// Each mutant in the list: where it is, what was changed, and the lines before and after.
+std::vector<std::string> ListedMutants(const std::string& list) {
+    return FindAll(list,
+                   "\n([a-z]+/\\w+\\.(?:cpp|h):\\d+: [a-z ]+\n--- .*\n\\+\\+\\+ .*\n@@ (?:.+\n)+)");
+}
+
+std::string ListMutants(const std::string& arguments, int status) {
+    return OutputOf("'" + SourcePath("scripts/mutants") + "' --list " + arguments, status) + "\n";
+}
+
+TEST(Mutants, AreListedWithTheirDiffs) {
+    const std::vector<std::string> mutants = ListedMutants(ListMutants("--count 50", 0));
+    EXPECT_EQ(mutants.size(), 50U);
+    EXPECT_EQ(Names(mutants.begin(), mutants.end()).size(), 50U);
+    for (const std::string& mutant : mutants) {
+        EXPECT_FALSE(FindAll(mutant, "\n([-+][^-+].*)").empty()) << mutant;
+        EXPECT_TRUE(IsFile(mutant.substr(0, mutant.find(':')))) << mutant;
+    }
+}
+
+TEST(Mutants, DependOnTheSeedOnly) {
+    const std::string list = ListMutants("--seed 1 --count 5", 0);
+    EXPECT_EQ(ListMutants("--seed 1 --count 5", 0), list);
+    EXPECT_NE(ListMutants("--seed 2 --count 5", 0), list);
+}
+
+TEST(Mutants, AreTakenFromTheFilesNamed) {
+    const std::vector<std::string> mutants = ListedMutants(ListMutants("--count 5 uuid", 0));
+    EXPECT_EQ(mutants.size(), 5U);
+    for (const std::string& mutant : mutants) EXPECT_EQ(mutant.rfind("uuid/", 0), 0U) << mutant;
+    ListMutants("no_such_file.cpp", 2);
+}
+
 // Options as --help lists them, at the start of a line: "  -h, --help" or "  --phones=N".
 Names OptionsInHelp(const std::string& help) {
     Names options = FindNames(help, "\n\\s+(--?[a-z][-a-z]*)");
