@@ -113,7 +113,7 @@ TEST_F(ShutDown, ClosedTerminalIsTheEndOfInputUnderNohup) {
     Start(UnderNohup());
     console().HangUp();
     ExpectExit(0, Console::Rest::kIgnored);
-    EXPECT_LT(console().CpuTime(), Stretched(std::chrono::milliseconds(1000)));
+    EXPECT_LT(console().CpuTime(), Stretched(std::chrono::seconds(5)));
 }
 
 TEST_F(ShutDown, LostBusEndsTheTool) {
