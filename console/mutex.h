@@ -4,7 +4,7 @@
 
 // What clang's -Wthread-safety checks; other compilers see nothing. Attributes of another
 // compiler can only be hidden by macros.
-#if defined(__clang__)
+#ifdef __clang__
 #define MORVANE_THREAD_SAFETY(attribute) __attribute__((attribute))
 #else
 #define MORVANE_THREAD_SAFETY(attribute)

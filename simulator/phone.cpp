@@ -13,7 +13,6 @@ constexpr std::array<const char*, 4> kHistories = {"cch", "ich", "och", "mch"};
 constexpr unsigned kCallsInMemory = 40;
 constexpr unsigned kCallsOnSim = 8;
 constexpr unsigned kShortcuts = 5;
-constexpr std::uint8_t kMissedUnseen = 2;
 constexpr std::int64_t kLatestCall = 1704103200;  // 2024-01-01 10:00:00
 constexpr unsigned kLongestPause = 20000;         // seconds from one call to the next
 
@@ -27,8 +26,7 @@ std::string HexDigits(std::uint64_t value, std::size_t digits) {
 
 }  // namespace
 
-Phone::Phone(std::string name, std::uint32_t seed, unsigned contacts)
-    : name_(std::move(name)), new_missed_calls_(kMissedUnseen) {
+Phone::Phone(std::string name, std::uint32_t seed, unsigned contacts) : name_(std::move(name)) {
     Dice dice(seed);
     database_identifier_ = dice.HexDigits(32);
     FillContacts(dice, contacts);

@@ -66,7 +66,7 @@ class Phone {
     std::string database_identifier_;
     std::uint64_t primary_counter_ = 1;
     std::uint64_t secondary_counter_ = 1;
-    std::uint8_t new_missed_calls_;
+    std::uint8_t new_missed_calls_ = 2;
 };
 
 }  // namespace simulator
