@@ -151,8 +151,8 @@ void Bus::DropName() {
     has_name_ = false;
     try {
         AskForName("ReleaseName", g_variant_new("(s)", name_.c_str()));
+        // NOLINTNEXTLINE(bugprone-empty-catch): a bus that is gone has taken the name with it
     } catch (const std::runtime_error&) {
-        // A bus that is gone has taken the name with it.
     }
 }
 

@@ -147,7 +147,7 @@ void AddExtras(Card& card, Dice& dice) {
 }
 
 void AddPhoto(Card& card, Dice& dice, std::uint32_t number) {
-    const unsigned side = 16 + 8 * dice.Throw(5);
+    const unsigned side = 16 + (8 * dice.Throw(5));
     card.properties.push_back({Field::kPhoto, {"GIF"}, {MakePhoto(number, side)}, true});
 }
 

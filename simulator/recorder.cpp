@@ -31,6 +31,7 @@ void Recorder::Forget() {
 std::vector<Call> Recorder::Calls() const {
     const morvane::Hold hold(mutex_);
     std::vector<Call> calls;
+    calls.reserve(entries_.size());
     for (const Entry& entry : entries_) {
         calls.push_back(entry.call);
     }
