@@ -29,37 +29,6 @@ namespace morvane_test {
 namespace {
 
 constexpr char kAnyDocument[] = "\\.(md|1)$";
-constexpr char kAnyCode[] = "\\.(cpp|h|txt|cmake|xml|json|supp)$|^scripts/";
-
-void AddWords(const std::string& text, Names& words) {
-    const auto is_part = [](unsigned char byte) { return std::isalnum(byte) != 0 || byte == '_'; };
-    for (auto end = text.begin(); end != text.end();) {
-        const auto begin = std::find_if(end, text.end(), is_part);
-        end = std::find_if_not(begin, text.end(), is_part);
-        words.emplace(begin, end);
-    }
-}
-
-// "AccessDenied" is what the bus says, not the code.
-Names WordsOfTheCode() {
-    Names words = {"AccessDenied"};
-    for (const std::string& file : FindSources(kAnyCode))
-        if (file != "tests/documents_test.cpp") AddWords(ReadSource(file), words);
-    return words;
-}
-
-// "Suite.Test", as CTest knows them but for parameters.
-Names NamesOfTests() {
-    Names names;
-    for (const std::string& file : FindSources("^tests/.*_test\\.cpp$"))
-        for (const std::string& test :
-             FindAll(ReadSource(file), "\nTEST(?:_F|_P)?\\((\\w+,\\s+\\w+)\\)"))
-            names.insert(std::regex_replace(test, std::regex(",\\s+"), "."));
-    for (const std::string& file : FindSources("^tests/.*CMakeLists\\.txt$"))
-        for (const std::string& test : FindAll(ReadSource(file), "add_test\\(NAME ([\\w.]+)"))
-            names.insert(test);
-    return names;
-}
 
 bool IsFile(const std::string& name) {
     return std::filesystem::exists(SourcePath(name));
@@ -89,33 +58,6 @@ TEST_P(Documents, NameFilesThatAreThere) {
         EXPECT_FALSE(FindSources("/" + name + "$").empty()) << name;
 }
 
-// Also where they are called, as in `daemon().Notify(Session(), ...)`.
-TEST_P(Documents, NameCodeThatIsThere) {
-    static const Names words = WordsOfTheCode();
-    const char kName[] = "`(?:\\w+(?:\\(\\))?(?:::|\\.))*([A-Z]\\w*[a-z]\\w*)(?:\\([^`]*)?`";
-    for (const std::string& name : FindAll(text_, kName)) EXPECT_EQ(words.count(name), 1U) << name;
-    for (const std::string& name : FindAll(text_, "(MORVANE_[A-Z_]+)"))
-        EXPECT_EQ(words.count(name), 1U) << name;
-}
-
-TEST_P(Documents, NameTestsThatAreThere) {
-    for (const std::string& name : FindAll(text_, "`([A-Z]\\w*\\*?\\.[A-Z*][\\w*]*)(?:/[^`]*)?`")) {
-        static const Names tests = NamesOfTests();
-        const std::regex dots("\\."), stars("\\*");
-        const std::regex wanted(
-            std::regex_replace(std::regex_replace(name, dots, "\\."), stars, ".*"));
-        EXPECT_TRUE(std::any_of(tests.begin(), tests.end(), [&](const std::string& test) {
-            return std::regex_match(test, wanted);
-        })) << name;
-    }
-}
-
-TEST_P(Documents, NamePresetsThatAreThere) {
-    const Names presets = FindNames(ReadSource("CMakePresets.json"), "\"name\": \"(\\w+)\"");
-    for (const std::string& preset : FindAll(text_, "--preset[ =](\\w+)"))
-        EXPECT_EQ(presets.count(preset), 1U) << preset;
-}
-
 // The commands of a document, each block of them as one text.
 std::vector<std::string> CommandBlocks(const std::string& text) {
     constexpr std::string_view kIndent = "    ";
@@ -131,18 +73,17 @@ std::vector<std::string> CommandBlocks(const std::string& text) {
     return blocks;
 }
 
-TEST_P(Documents, ConfigureWhatTheyBuild) {
+// Without a preset CMake would generate for Make, which is not installed.
+TEST_P(Documents, BuildWithPresetsThatExistAndAreConfiguredBefore) {
+    const Names presets = FindNames(ReadSource("CMakePresets.json"), "\"name\": \"(\\w+)\"");
+    for (const std::string& preset : FindAll(text_, "--preset[ =](\\w+)"))
+        EXPECT_EQ(presets.count(preset), 1U) << preset;
     for (const std::string& block : CommandBlocks(text_)) {
         const Names configured = FindNames(block, "cmake --preset (\\w+)");
         for (const std::string& preset : FindAll(block, "(?:--build|ctest) --preset (\\w+)"))
             EXPECT_EQ(configured.count(preset), 1U) << block;
-    }
-}
-
-// Without a preset CMake would generate for Make, which is not installed.
-TEST_P(Documents, ConfigureByPreset) {
-    for (const std::string& block : CommandBlocks(text_))
         EXPECT_TRUE(FindAll(block, "(cmake (?:-[BSDG]|[./]))").empty()) << block;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Documents, testing::ValuesIn(FindSources(kAnyDocument)),
@@ -153,15 +94,6 @@ TEST(ExamplesReadme, NamesEveryExample) {
     for (const std::string& file : FindSources("^examples/.*\\.(keys|session)$"))
         examples.insert(file.substr(file.find('/') + 1, file.rfind('.') - file.find('/') - 1));
     EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
-}
-
-TEST(TestsReadme, NamesEveryTestProgramOnce) {
-    std::vector<std::string> named =
-        FindAll(ReadSource("tests/README.md"), "\n\\| `(morvane-[a-z]+-tests)` \\|");
-    std::sort(named.begin(), named.end());
-    const Names programs = FindNames(ReadSource("tests/CMakeLists.txt"),
-                                     "add_morvane_tests\\(\\s+(morvane-[a-z]+-tests)\\s");
-    EXPECT_EQ(named, std::vector<std::string>(programs.begin(), programs.end()));
 }
 
 // What a person gets who runs `command` in a tree where nothing is built or installed.

@@ -43,12 +43,4 @@ void RequireEqual(const Actual& actual, const Expected& expected, const char* wh
     }
 }
 
-/// A whole message in normal colour as the terminal gets it: long texts are cut.
-std::string Message(const std::string& text);
-
-/// A plain decoder: the length of the UTF-8 character at `position`, 0 if there is none. `cut` is
-/// set if the end of the text is what makes it incomplete.
-std::size_t CharacterLength(const std::string& text, std::size_t position, bool& cut);
-bool IsUtf8(const std::string& text);
-
 }  // namespace morvane_fuzz

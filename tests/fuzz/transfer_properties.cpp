@@ -1,15 +1,63 @@
 #include "transfer/initial_properties.h"
 
 #include "fuzz/fuzz.h"
-#include "fuzz/variants.h"
+#include "interfaces/glib_ptr.h"
 #include "support/captured_output.h"
+#include "support/messages.h"
 
+#include <memory>
 #include <string>
 
 namespace morvane_fuzz {
 namespace {
 
 using morvane::VariantPtr;
+
+bool IsUtf8(const std::string& text) {
+    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+}
+
+// The parser wants UTF-8 of whoever calls it.
+VariantPtr FromText(const std::string& text, const GVariantType* type) {
+    if (!IsUtf8(text)) return nullptr;
+    return VariantPtr(
+        g_variant_parse(type, text.data(), text.data() + text.size(), nullptr, nullptr));
+}
+
+VariantPtr FromBytes(const std::string& bytes, const GVariantType* type) {
+    auto owned = std::make_unique<std::string>(bytes);
+    const std::string& data = *owned;
+    const gboolean trusted = FALSE;
+    return VariantPtr(g_variant_ref_sink(g_variant_new_from_data(
+        type, data.data(), data.size(), trusted,
+        [](gpointer text) { delete static_cast<std::string*>(text); }, owned.release())));
+}
+
+// A value of `type` from the rest of the input, which begins with a letter for its form:
+//   t  GVariant's text format
+//   n  serialised bytes, brought to normal form: what comes from a bus
+//   any other: serialised bytes as they are
+// Null if there is no such value.
+VariantPtr ReadVariant(Input& input, const std::string& type_text) {
+    const GVariantType* const type = G_VARIANT_TYPE(type_text.c_str());
+    switch (input.Byte()) {
+        case 't':
+            return FromText(input.Rest(), type);
+        case 'n':
+            return VariantPtr(g_variant_get_normal_form(FromBytes(input.Rest(), type).get()));
+        default:
+            return FromBytes(input.Rest(), type);
+    }
+}
+
+// A value of the type that a line of the input names; null if that is none.
+VariantPtr ReadVariantOfAnyType(Input& input) {
+    const std::string type = input.Line();
+    const bool usable = type.find('\0') == std::string::npos &&
+                        g_variant_type_string_is_valid(type.c_str()) != FALSE &&
+                        g_variant_type_is_definite(G_VARIANT_TYPE(type.c_str())) != FALSE;
+    return usable ? ReadVariant(input, type) : nullptr;
+}
 
 struct Row {
     const char* key;
@@ -55,7 +103,8 @@ struct Expected {
 void AddEntry(const std::string& key, GVariant* value, Expected& expected) {
     for (const Row& row : kRows)
         if (key == row.key)
-            expected.lines += Message(std::string(row.label) + ": " + row.value(value) + "\n");
+            expected.lines += morvane_test::Normal(
+                (std::string(row.label) + ": " + row.value(value) + "\n").substr(0, 999));
     if (key == "Size") expected.size = Number(value);
 }
 
