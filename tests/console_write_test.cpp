@@ -72,17 +72,15 @@ void ExpectTurns(const ConsoleCall& first, const ConsoleCall& second) {
 }
 
 TEST(ConsoleThreadsTest, TakeTurns) {
-    for (const ConsoleCall& first : kCalls)
-        for (const ConsoleCall& second : kCalls) ExpectTurns(first, second);
-}
-
-TEST(ConsoleThreadsTest, TakeTurnsUnderAPrompt) {
     for (const ConsoleCall& call : kCalls) {
-        const ConsoleCall first = {call.name, [&] {
-                                       PROXY_Prompt("Standing", 2);
-                                       call.make();
-                                   }};
-        for (const ConsoleCall& second : kCalls) ExpectTurns(first, second);
+        const ConsoleCall under_prompt = {call.name, [&] {
+                                              PROXY_Prompt("Standing", 2);
+                                              call.make();
+                                          }};
+        for (const ConsoleCall& second : kCalls) {
+            ExpectTurns(call, second);
+            ExpectTurns(under_prompt, second);
+        }
     }
 }
 
@@ -99,20 +97,13 @@ std::string OutputAfter(ssize_t result, int error) {
     });
 }
 
-TEST(WriteTest, GoesOnWhereItWasCutShort) {
-    EXPECT_EQ(OutputAfter(6, 0), Normal("one\n") + Normal("two\n"));
-}
-
-TEST(WriteTest, GoesOnAfterASignal) {
-    EXPECT_EQ(OutputAfter(-1, EINTR), Normal("one\n") + Normal("two\n"));
-}
-
-TEST(WriteTest, AwaitsATerminalThatMayNotBlock) {
-    EXPECT_EQ(OutputAfter(-1, EAGAIN), Normal("one\n") + Normal("two\n"));
-}
-
-TEST(WriteTest, DropsAMessageThatCannotBeWritten) {
-    EXPECT_EQ(OutputAfter(-1, EIO), Normal("two\n"));
+TEST(WriteTest, ContinuesAfterAShortWriteOrARetryableErrorAndDropsTheMessageOtherwise) {
+    const std::string one = Normal("one\n");
+    const std::string two = Normal("two\n");
+    EXPECT_EQ(OutputAfter(6, 0), one + two);
+    EXPECT_EQ(OutputAfter(-1, EINTR), one + two);
+    EXPECT_EQ(OutputAfter(-1, EAGAIN), one + two);
+    EXPECT_EQ(OutputAfter(-1, EIO), two);
 }
 
 }  // namespace

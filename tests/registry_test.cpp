@@ -3,14 +3,40 @@
 #include "console/console_output.h"
 #include "support/bench.h"
 #include "support/captured_run.h"
-#include "support/exhaustible_memory.h"
 #include "support/messages.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
+
+// Every allocation of the process by `new` fails while this is set: nothing else makes one
+// allocation of the tool's fail.
+static std::atomic<bool> memory_is_exhausted{false};
+
+void* operator new(std::size_t size) {
+    void* const memory = memory_is_exhausted ? nullptr : std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+// Sanitizers have forms of their own of whatever is not replaced.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return memory_is_exhausted ? nullptr : std::malloc(size);
+}
+
+// Inlined where operator new is not, they look to the compiler like the wrong way to release.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
 
 namespace morvane {
 namespace {
@@ -19,7 +45,6 @@ using morvane_test::Banner;
 using morvane_test::Bench;
 using morvane_test::DeviceList;
 using morvane_test::Lines;
-using morvane_test::memory_is_exhausted;
 using morvane_test::Normal;
 using morvane_test::OutputOf;
 using morvane_test::Prompt;
@@ -121,21 +146,6 @@ TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
                          Lines({"none"}));
 }
 
-TEST(RegistryTest, KeepsTheClientWhoseReplacementFails) {
-    const std::string output = OutputOf([] {
-        const Bench bench;
-        const std::string path = kClient;
-        obexProxy.ObjectAdded(path);
-        const ClientProxyContext* const first = obexProxy.Client();
-        memory_is_exhausted = true;
-        obexProxy.ObjectAdded(path);
-        memory_is_exhausted = false;
-        Say(obexProxy.Client() == first ? "the same" : "another");
-    });
-    EXPECT_EQ(output, kFoundClient + kFoundClient + Red("Allocation failed: std::bad_alloc") +
-                          Lines({"the same"}));
-}
-
 // The menu thread is inside the replaced client: it goes before that thread asks again.
 TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
     const auto act = [] {
@@ -168,12 +178,10 @@ TEST(RegistryTest, IsNeverValidUnlessRunning) {
         Bench bench;
         obexProxy.ObjectAdded(kClient);
         bench.OpenSession();
-        Say(obexProxy.Client()->IsValid() ? "The session is valid" : "no session");
-        Say(obexProxy.IsClientValid() ? "IsClientValid" : "not running");
-        Say(obexProxy.IsValid() ? "IsValid" : "not running");
+        PROXY_PrintNoPrompt(kNormal, "%d %d %d\n", obexProxy.Client()->IsValid(),
+                            obexProxy.IsClientValid(), obexProxy.IsValid());
     });
-    const std::string end = Lines({"The session is valid", "not running", "not running"});
-    EXPECT_EQ(output.substr(output.rfind(Lines({"The session is valid"}))), end);
+    EXPECT_NE(output.find(Normal("1 0 0\n")), output.npos) << output;
 }
 
 TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
@@ -196,20 +204,29 @@ TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
                           DeviceList({"Unknown | Unknown"}));
 }
 
-TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndGoesOn) {
+TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndKeepsTheClientBefore) {
     const std::string output = OutputOf([] {
         const Bench bench;
+        const std::string client = kClient;
         const std::string device = "/dev_1";
-        memory_is_exhausted = true;
-        obexProxy.ObjectAdded(kClient);
-        obexProxy.ObjectAdded(device);
-        memory_is_exhausted = false;
+        const auto add_without_memory = [](const std::string& path) {
+            memory_is_exhausted = true;
+            obexProxy.ObjectAdded(path);
+            memory_is_exhausted = false;
+        };
+        add_without_memory(client);
         Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.ObjectAdded(client);
+        const ClientProxyContext* const first = obexProxy.Client();
+        add_without_memory(client);
+        Say(obexProxy.Client() == first ? "the same" : "another");
+        add_without_memory(device);
         obexProxy.ObjectAdded(device);
         obexProxy.DeviceList(false);
     });
     const std::string failure = Red("Allocation failed: std::bad_alloc");
-    EXPECT_EQ(output, kFoundClient + failure + Found("/dev_1") + failure + Lines({"none"}) +
+    EXPECT_EQ(output, kFoundClient + failure + Lines({"none"}) + kFoundClient + kFoundClient +
+                          failure + Lines({"the same"}) + Found("/dev_1") + failure +
                           Found("/dev_1") + DeviceList({"Unknown | Unknown"}));
 }
 

@@ -60,6 +60,9 @@ class SessionContextTest : public ContextTest {
     }
 
     PhonebookContext& phonebook() { return *phonebook_; }
+    std::string PrintedAtTheEnd() {
+        return Printed([&] { phonebook_.reset(); });
+    }
 
     std::string Announced(const std::string& name, const std::string& value) {
         return ContextTest::Announced(kSession, kSessionInterface, name, value);
@@ -115,22 +118,13 @@ TEST_F(SessionContextTest, WouldReportAChangeOfConnected) {
 }
 
 /// The one transfer that the context holds.
-class HeldTransferTest : public ContextTest {
+class HeldTransferTest : public SessionContextTest {
   protected:
-    HeldTransferTest() {
-        Printed([&] { phonebook_.emplace(kSession); });
-    }
-
-    void TearDown() override {
-        phonebook_.reset();
-        ContextTest::TearDown();
-    }
-
     /// Announces the file of the transfer, and makes it.
     std::string MakeFile(const std::string& path, const std::string& name) {
         const std::string file = directory_.File(name);
         std::ofstream(file) << "vcard";
-        Announced(path, kTransferInterface, "Filename", "'" + file + "'");
+        ContextTest::Announced(path, kTransferInterface, "Filename", "'" + file + "'");
         return file;
     }
 
@@ -138,14 +132,8 @@ class HeldTransferTest : public ContextTest {
         return Printed([&] { phonebook().AllocTransfer(path, Value(properties)); });
     }
 
-    PhonebookContext& phonebook() { return *phonebook_; }
-    std::string PrintedAtTheEnd() {
-        return Printed([&] { phonebook_.reset(); });
-    }
-
   private:
     TemporaryDirectory directory_;
-    std::optional<PhonebookContext> phonebook_;
 };
 
 TEST_F(HeldTransferTest, IsReplacedAndItsFileStays) {
@@ -153,40 +141,36 @@ TEST_F(HeldTransferTest, IsReplacedAndItsFileStays) {
     const std::string first = MakeFile(kPath, "first");
     EXPECT_EQ(Hold(kOtherPath, "{'Status': <'active'>}"), Normal("Status: active\n"));
     const std::string second = MakeFile(kOtherPath, "second");
-    EXPECT_EQ(Announced(kPath, kTransferInterface, "Status", "'complete'"), "");
-    EXPECT_EQ(Announced(kOtherPath, kTransferInterface, "Status", "'complete'"),
+    EXPECT_EQ(ContextTest::Announced(kPath, kTransferInterface, "Status", "'complete'"), "");
+    EXPECT_EQ(ContextTest::Announced(kOtherPath, kTransferInterface, "Status", "'complete'"),
               Normal("Status Attribute Received: complete\n"));
     EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + second + "\n"));
     EXPECT_TRUE(std::filesystem::exists(first));
     EXPECT_FALSE(std::filesystem::exists(second));
 }
 
-TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPath) {
+TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPathOrCannotBeReached) {
     Hold(kPath);
     const std::string file = MakeFile(kPath, "file");
-    EXPECT_EQ(Printed([&] {
-                  try {
-                      phonebook().AllocTransfer("", Value("{'Status': <'queued'>}"));
-                      ADD_FAILURE();
-                  } catch (const InvalidValueException& error) {
-                      EXPECT_STREQ(error.what(), "Object Path cannot be empty");
-                  }
-              }),
-              "");
-    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
-}
-
-TEST_F(HeldTransferTest, StaysWhenTheNextCannotBeReached) {
-    Hold(kPath);
-    const std::string file = MakeFile(kPath, "file");
+    const Value properties("{'Status': <'queued'>}");
+    const auto failure_at = [&](const char* path) {
+        std::string failure;
+        EXPECT_EQ(Printed([&] {
+                      try {
+                          phonebook().AllocTransfer(path, properties);
+                      } catch (const InvalidValueException& error) {
+                          failure = std::string("Value: ") + error.what();
+                      } catch (const ProxyException& error) {
+                          failure = std::string("Proxy: ") + error.what();
+                      }
+                  }),
+                  "");
+        return failure;
+    };
+    EXPECT_EQ(failure_at(""), "Value: Object Path cannot be empty");
     bus().Kill();
-    try {
-        phonebook().AllocTransfer(kOtherPath, nullptr);
-        FAIL();
-    } catch (const ProxyException& error) {
-        EXPECT_EQ(std::string(error.what()).find("Failed to allocate Transfer proxy. Message: "),
-                  0U);
-    }
+    EXPECT_EQ(failure_at(kOtherPath).find("Proxy: Failed to allocate Transfer proxy. Message: "),
+              0U);
     EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
 }
 

@@ -3,6 +3,7 @@
 #include "support/simulator_test.h"
 
 #include <sstream>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -19,24 +20,14 @@ string FailureOf(std::vector<string> arguments) {
     return {};
 }
 
-TEST(SimulatorCommandLine, DefaultsAreThoseOfTheOptions) {
-    const CommandLine line = ParseCommandLine({"morvane-simulator"});
-    const Options defaults;
-    EXPECT_EQ(line.options.phones, defaults.phones);
-    EXPECT_EQ(line.options.contacts, defaults.contacts);
-    EXPECT_EQ(line.options.seed, defaults.seed);
-    EXPECT_EQ(line.options.rate, defaults.rate);
-    EXPECT_EQ(line.options.start_delay, defaults.start_delay);
-    EXPECT_EQ(line.options.announce_delay, defaults.announce_delay);
-    EXPECT_EQ(line.options.connection_state, defaults.connection_state);
-    EXPECT_EQ(line.options.user_id, defaults.user_id);
-    EXPECT_EQ(line.options.pace, defaults.pace);
-    EXPECT_TRUE(line.options.announce);
-    EXPECT_FALSE(line.show_version);
-    EXPECT_TRUE(line.commands.empty());
-}
-
-TEST(SimulatorCommandLine, ReadsItsOptions) {
+TEST(SimulatorCommandLine, ReadsItsOptionsOrLeavesTheDefaults) {
+    const CommandLine bare = ParseCommandLine({"morvane-simulator"});
+    EXPECT_EQ(bare.options.phones, Options().phones);
+    EXPECT_EQ(bare.options.user_id, Options().user_id);
+    EXPECT_EQ(bare.options.pace, Options().pace);
+    EXPECT_TRUE(bare.options.announce);
+    EXPECT_FALSE(bare.show_version);
+    EXPECT_TRUE(bare.commands.empty());
     const CommandLine line = ParseCommandLine(
         {"morvane-simulator", "--phones=1", "--contacts", "7", "--seed=9", "--rate=0", "--by-hand",
          "--late-size", "--silent", "--directory=/", "--instance=two", "--user-id=Jörg",
@@ -97,29 +88,17 @@ class SimulatorCommands : public SimulatorTest {
 };
 
 TEST_F(SimulatorCommands, EmptyLinesAndRemarksDoNothing) {
-    EXPECT_EQ(Execute(""), "");
-    EXPECT_EQ(Execute("   "), "");
-    EXPECT_EQ(Execute("# crash"), "");
+    for (const char* const line : {"", "   ", "# crash"}) {
+        EXPECT_EQ(Execute(line), "");
+    }
     EXPECT_EQ(daemon().Sessions().size(), 1U);
 }
 
-TEST_F(SimulatorCommands, HelpNamesEveryCommand) {
-    const string help = Execute("help");
-    for (const char* name :
-         {"help [COMMAND] ", "phones ", "refuse METHOD ERROR MESSAGE ", "flood ", "quit "}) {
-        EXPECT_NE(("\n" + help).find("\n" + string(name)), string::npos) << name;
-    }
-}
-
-TEST_F(SimulatorCommands, HelpDescribesOneCommand) {
+TEST_F(SimulatorCommands, HelpOfEachCommandIsItsLineOfTheList) {
     EXPECT_EQ(
         Execute("help remove"),
         "remove DEVICE                                 Take a device, by path or address, out "
         "of reach\n");
-    EXPECT_EQ(ComplaintAbout("help dance"), "Unknown command: dance (try help)");
-}
-
-TEST_F(SimulatorCommands, HelpOfEachCommandIsItsLineOfTheList) {
     std::istringstream list(Execute("help"));
     std::size_t count = 0;
     for (string line; std::getline(list, line); ++count) {
@@ -129,16 +108,21 @@ TEST_F(SimulatorCommands, HelpOfEachCommandIsItsLineOfTheList) {
 }
 
 TEST_F(SimulatorCommands, ComplainInOneLine) {
-    EXPECT_EQ(ComplaintAbout("dance"), "Unknown command: dance (try help)");
-    EXPECT_EQ(ComplaintAbout("refuse GetSize"), "Usage: refuse METHOD ERROR MESSAGE");
-    EXPECT_EQ(ComplaintAbout("leave now"), "Usage: leave");
-    EXPECT_EQ(ComplaintAbout("stall maybe"), "Neither on nor off: maybe");
-    EXPECT_EQ(ComplaintAbout("advance /a -1"), "Not a number from 0 to 18446744073709551615: -1");
-    EXPECT_EQ(ComplaintAbout("state " + string(kSession) + " 256"),
-              "Not a number from 0 to 255: 256");
+    const std::pair<string, string> complaints[] = {
+        {"dance", "Unknown command: dance (try help)"},
+        {"help dance", "Unknown command: dance (try help)"},
+        {"refuse GetSize", "Usage: refuse METHOD ERROR MESSAGE"},
+        {"leave now", "Usage: leave"},
+        {"stall maybe", "Neither on nor off: maybe"},
+        {"advance /a -1", "Not a number from 0 to 18446744073709551615: -1"},
+        {"state " + string(kSession) + " 256", "Not a number from 0 to 255: 256"},
+        {"add /a/dev_1 00 J\xf6rg", "The command is not in UTF-8"},
+        {"remove /nowhere", "No such device: /nowhere"},
+    };
+    for (const auto& [line, complaint] : complaints) {
+        EXPECT_EQ(ComplaintAbout(line), complaint);
+    }
     EXPECT_EQ(ComplaintAbout("reply GetSize ((").find("Not a value: (( ("), 0U);
-    EXPECT_EQ(ComplaintAbout("add /a/dev_1 00 J\xf6rg"), "The command is not in UTF-8");
-    EXPECT_EQ(ComplaintAbout("remove /nowhere"), "No such device: /nowhere");
 }
 
 TEST_F(SimulatorCommands, TextKeepsItsBlanks) {
@@ -201,14 +185,11 @@ TEST_F(SimulatorCommands, NewsOnThePhone) {
     EXPECT_EQ(Access("List", "(@a{sv} {'MaxCount': <uint16 1>},)"), "([('1.vcf', 'Doe;Ann')],)");
 }
 
-TEST_F(SimulatorCommands, CallsAreListed) {
+TEST_F(SimulatorCommands, CallsAreListedAndQuitIsRemembered) {
     Execute("forget-calls");
     Access("GetSize");
     EXPECT_EQ(Execute("calls"),
               string(kSession) + " com.veltrisonix.obex.PhonebookAccess1.GetSize()\n");
-}
-
-TEST_F(SimulatorCommands, QuitIsAWish) {
     EXPECT_FALSE(commands_->IsQuitting());
     Execute("quit");
     EXPECT_TRUE(commands_->IsQuitting());

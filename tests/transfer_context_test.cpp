@@ -51,47 +51,39 @@ struct Dictionary {
     std::string lines;
 };
 
-void PrintTo(const Dictionary& dictionary, std::ostream* stream) {
-    *stream << dictionary.properties;
-}
-
-class InitialPropertiesTest : public TransferContextTest,
-                              public testing::WithParamInterface<Dictionary> {};
-
-TEST_P(InitialPropertiesTest, PrintsTheDictionarysEntries) {
-    const Value properties(GetParam().properties);
-    EXPECT_EQ(Printed([&] { TransferContext(kPath, properties); }), GetParam().lines);
-}
-
 const Dictionary kDictionaries[] = {
-    {"InTheOrderInWhichTheyCome",
+    {"in the order of the dictionary",
      "{'Type': <'text/x-vcard'>, 'Transferred': <uint64 7>, 'Size': <uint64 9>, 'Session': "
      "<'s'>, 'Filename': <'/f'>, 'Name': <'n'>, 'Status': <'active'>}",
-     Normal("MIME type: text/x-vcard\n") + Normal("Bytes Transferred: 7\n") + Normal("Size: 9\n") +
-         Normal("Session: s\n") + Normal("Filename: /f\n") + Normal("Object Name: n\n") +
-         Normal("Status: active\n")},
-    {"WithSessionAsAnObjectPath", "{'Session': <objectpath '/s/1'>}", Normal("Session: /s/1\n")},
-    {"ButOnlyTheKnownOnes",
+     Lines({"MIME type: text/x-vcard", "Bytes Transferred: 7", "Size: 9", "Session: s",
+            "Filename: /f", "Object Name: n", "Status: active"})},
+    {"a session as an object path", "{'Session': <objectpath '/s/1'>}", Normal("Session: /s/1\n")},
+    {"only known ones",
      "{'status': <'a'>, 'Time': <uint64 5>, 'Statuses': <'b'>, 'Stat': <'c'>, '': <'d'>}", ""},
-    {"EvenIfThereIsNone", "@a{sv} {}", ""},
-    {"EvenIfTheyAreEmptyTexts", "{'Status': <''>, 'Filename': <''>}",
+    {"none", "@a{sv} {}", ""},
+    {"empty texts", "{'Status': <''>, 'Filename': <''>}",
      Normal("Status: \n") + Normal("Filename: \n")},
-    {"WithoutReadingThemAsFormats", "{'Name': <'100%s%n'>}", Normal("Object Name: 100%s%n\n")},
-    {"WithTheLow32BitsOfSizes", "{'Size': <uint64 4294967295>, 'Transferred': <uint64 5000000000>}",
+    {"a text like a format", "{'Name': <'100%s%n'>}", Normal("Object Name: 100%s%n\n")},
+    {"the low 32 bits of sizes",
+     "{'Size': <uint64 4294967295>, 'Transferred': <uint64 5000000000>}",
      Normal("Size: 4294967295\n") + Normal("Bytes Transferred: 705032704\n")},
-    {"WithTheLow32BitsOfEverySize",
+    {"the low 32 bits of other sizes",
      "{'Size': <uint64 5000000000>, 'Transferred': <uint64 4294967296>}",
      Normal("Size: 705032704\n") + Normal("Bytes Transferred: 0\n")},
-    {"AlsoThoseOfAWrongType",
+    {"wrong types",
      "{'Status': <uint32 1>, 'Name': <true>, 'Filename': <['a']>, 'Size': <'large'>, "
      "'Transferred': <int32 -1>, 'Session': <(1, 2)>, 'Type': <byte 0x41>}",
-     Normal("Status: Unknown\n") + Normal("Object Name: Unknown\n") +
-         Normal("Filename: Unknown\n") + Normal("Size: 0\n") + Normal("Bytes Transferred: 0\n") +
-         Normal("Session: Unknown\n") + Normal("MIME type: Unknown\n")},
+     Lines({"Status: Unknown", "Object Name: Unknown", "Filename: Unknown", "Size: 0",
+            "Bytes Transferred: 0", "Session: Unknown", "MIME type: Unknown"})},
 };
 
-INSTANTIATE_TEST_SUITE_P(Transfer, InitialPropertiesTest, testing::ValuesIn(kDictionaries),
-                         [](const auto& test) { return test.param.name; });
+TEST_F(TransferContextTest, PrintsTheEntriesOfADictionary) {
+    for (const Dictionary& dictionary : kDictionaries) {
+        const Value properties(dictionary.properties);
+        EXPECT_EQ(Printed([&] { TransferContext(kPath, properties); }), dictionary.lines)
+            << dictionary.name;
+    }
+}
 
 TEST_F(TransferContextTest, PrintsTheDaemonsPropertiesWithoutADictionary) {
     SetProperties(
@@ -100,17 +92,15 @@ TEST_F(TransferContextTest, PrintsTheDaemonsPropertiesWithoutADictionary) {
         "<'active'>}");
     std::unique_ptr<TransferContext> transfer;
     EXPECT_EQ(Printed([&] { transfer = std::make_unique<TransferContext>(kPath, nullptr); }),
-              Normal("Status: active\n") + Normal("Object Name: n\n") + Normal("Filename: /f\n") +
-                  Normal("Size: 3000000000\n") + Normal("Bytes Transferred: 3\n") +
-                  Normal("Session: /s/1\n") + Normal("MIME type: text/x-vcard\n"));
+              Lines({"Status: active", "Object Name: n", "Filename: /f", "Size: 3000000000",
+                     "Bytes Transferred: 3", "Session: /s/1", "MIME type: text/x-vcard"}));
     EXPECT_EQ(transfer->GetSize(), 3000000000U);
 }
 
 TEST_F(TransferContextTest, PrintsAbsentPropertiesAsUnknown) {
-    const std::string unknown = Normal("Status: Unknown\n") + Normal("Object Name: Unknown\n") +
-                                Normal("Filename: Unknown\n") + Normal("Size: 0\n") +
-                                Normal("Bytes Transferred: 0\n") + Normal("Session: Unknown\n") +
-                                Normal("MIME type: Unknown\n");
+    const std::string unknown =
+        Lines({"Status: Unknown", "Object Name: Unknown", "Filename: Unknown", "Size: 0",
+               "Bytes Transferred: 0", "Session: Unknown", "MIME type: Unknown"});
     EXPECT_EQ(Printed([] { TransferContext(kPath, nullptr); }), unknown);
     SetProperties(
         "{'Status': <uint32 1>, 'Name': <true>, 'Filename': <byte 1>, 'Size': <uint32 1>, "
@@ -134,44 +124,33 @@ TEST_F(TransferContextTest, GivesWhatTheDaemonAnnouncedLast) {
 struct Change {
     const char* property;
     const char* value;
-    const char* line;
+    const char* printed;
     const char* invalidated;
 };
 
-void PrintTo(const Change& change, std::ostream* stream) {
-    *stream << change.property;
-}
-
-class TransferNoticeTest : public TransferContextTest,
-                           public testing::WithParamInterface<Change> {};
-
-TEST_P(TransferNoticeTest, PrintsEveryAnnouncement) {
-    const Change& change = GetParam();
-    const auto transfer = Quietly("@a{sv} {}");
-    EXPECT_EQ(Announced(change.property, change.value), Normal(change.line));
-    EXPECT_EQ(Announced(change.property, change.value), Normal(change.line)) << "unchanged";
-    EXPECT_EQ(Printed([&] {
-                  daemon().Invalidate(kPath, kTransferInterface, change.property);
-                  HearNotices();
-              }),
-              Normal(change.invalidated));
-}
-
 constexpr Change kChanges[] = {
-    {"Status", "'active'", "Status Attribute Received: active\n",
-     "Status Attribute Received: Unknown\n"},
-    {"Session", "objectpath '/s/1'", "Session Attribute Received: /s/1\n",
-     "Session Attribute Received: Unknown\n"},
-    {"Name", "'pb.vcf'", "Name Attribute Received: pb.vcf\n", "Name Attribute Received: Unknown\n"},
-    {"Type", "'text/x-vcard'", "Type Attribute Received: text/x-vcard\n",
-     "Type Attribute Received: Unknown\n"},
-    {"Size", "uint64 1000", "Size Attribute Received: 1000\n", "Size Attribute Received: 0\n"},
-    {"Filename", "'/tmp/100%s'", "Filename Attribute Received: /tmp/100%s\n",
-     "Filename Attribute Received: Unknown\n"},
+    {"Status", "'active'", "active", "Unknown"},
+    {"Session", "objectpath '/s/1'", "/s/1", "Unknown"},
+    {"Name", "'pb.vcf'", "pb.vcf", "Unknown"},
+    {"Type", "'text/x-vcard'", "text/x-vcard", "Unknown"},
+    {"Size", "uint64 1000", "1000", "0"},
+    {"Filename", "'/tmp/100%s'", "/tmp/100%s", "Unknown"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Transfer, TransferNoticeTest, testing::ValuesIn(kChanges),
-                         [](const auto& test) { return test.param.property; });
+TEST_F(TransferContextTest, PrintsEveryNotification) {
+    const auto transfer = Quietly("@a{sv} {}");
+    for (const auto& [property, value, printed, invalidated] : kChanges) {
+        const std::string begin = std::string(property) + " Attribute Received: ";
+        const std::string line = Normal(begin + printed + "\n");
+        EXPECT_EQ(Announced(property, value), line);
+        EXPECT_EQ(Announced(property, value), line) << "unchanged";
+        EXPECT_EQ(Printed([&, name = property] {
+                      daemon().Invalidate(kPath, kTransferInterface, name);
+                      HearNotices();
+                  }),
+                  Normal(begin + invalidated + "\n"));
+    }
+}
 
 TEST_F(TransferContextTest, AnnouncedSizesAreSigned) {
     const auto transfer = Quietly("@a{sv} {}");
@@ -197,55 +176,44 @@ struct Progress {
     std::vector<std::string> percentages;
 };
 
-void PrintTo(const Progress& progress, std::ostream* stream) {
-    *stream << progress.name;
-}
-
-class TransferPercentTest : public TransferContextTest,
-                            public testing::WithParamInterface<Progress> {};
-
-TEST_P(TransferPercentTest, IsPrintedOnceAndOnlyUpwards) {
-    const Progress& progress = GetParam();
-    const auto transfer = Quietly("{'Size': <uint64 " + std::to_string(progress.size) + ">}");
-    std::string printed;
-    for (const guint64 transferred : progress.transferred)
-        printed += Announced("Transferred", "uint64 " + std::to_string(transferred));
-    std::string expected;
-    for (const std::string& percent : progress.percentages)
-        expected += "\x1b[0mTransferred Percent: " + percent + "%\n\x1b[0m";
-    EXPECT_EQ(printed, expected);
-}
-
 const Progress kProgresses[] = {
-    {"OfASizeUnknown", 0, {0, 1, 1000}, {}},
-    {"RoundedDown", 1000, {5, 9, 10, 15, 19, 20, 999, 1000}, {"1", "2", "99", "100"}},
-    {"GoingBack", 1000, {500, 499, 10, 0, 500, 509, 510}, {"50", "51"}},
-    {"BeyondTheSize", 10, {10, 20, 15}, {"100", "200"}},
-    {"OfSizesBeyond32Bits", 10000000000, {99999999, 100000000, 5000000000}, {"1", "50"}},
+    {"unknown size", 0, {0, 1, 1000}, {}},
+    {"rounded down", 1000, {5, 9, 10, 15, 19, 20, 999, 1000}, {"1", "2", "99", "100"}},
+    {"going back", 1000, {500, 499, 10, 0, 500, 509, 510}, {"50", "51"}},
+    {"beyond the size", 10, {10, 20, 15}, {"100", "200"}},
+    {"a size beyond 32 bits", 10000000000, {99999999, 100000000, 5000000000}, {"1", "50"}},
     // The product wraps round at 64 bits, the quotient at 32.
-    {"OfNumbersThatOverflow", 1, {184467440737095517, 42949673, 21474837, 5}, {"84", "500"}},
+    {"numbers that overflow", 1, {184467440737095517, 42949673, 21474837, 5}, {"84", "500"}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Transfer, TransferPercentTest, testing::ValuesIn(kProgresses),
-                         [](const auto& test) { return test.param.name; });
-
-TEST_F(TransferContextTest, CountsProgressAgainstTheSizeThatItWasTold) {
-    SetProperties("{'Size': <uint64 1000>}");
-    const auto transfer = Quietly("{'Size': <uint64 2000>}");
-    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Normal("Transferred Percent: 50%\n"));
-    EXPECT_EQ(transfer->GetTransferredPercent(), 50);
-    Announced("Size", "uint64 1250");
-    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Normal("Transferred Percent: 80%\n"));
-    Announced("Size", "uint64 0");
-    EXPECT_EQ(Announced("Transferred", "uint64 1250"), "");
+std::string Percent(const std::string& number) {
+    return Normal("Transferred Percent: " + number + "%\n");
 }
 
-TEST_F(TransferContextTest, PrintsNoLowerPercentageAfterANewSize) {
-    const auto transfer = Quietly("{'Size': <uint64 1000>}");
-    EXPECT_EQ(Announced("Transferred", "uint64 800"), Normal("Transferred Percent: 80%\n"));
-    Announced("Size", "uint64 1000");
-    EXPECT_EQ(Announced("Transferred", "uint64 700"), "");
-    EXPECT_EQ(Announced("Transferred", "uint64 810"), Normal("Transferred Percent: 81%\n"));
+TEST_F(TransferContextTest, PrintsEachHigherPercentageOnce) {
+    for (const auto& [name, size, transferred, percentages] : kProgresses) {
+        const auto transfer = Quietly("{'Size': <uint64 " + std::to_string(size) + ">}");
+        std::string printed;
+        for (const guint64 bytes : transferred)
+            printed += Announced("Transferred", "uint64 " + std::to_string(bytes));
+        std::string expected;
+        for (const std::string& percent : percentages) expected += Percent(percent);
+        EXPECT_EQ(printed, expected) << name;
+    }
+}
+
+TEST_F(TransferContextTest, CountsProgressAgainstTheSizeAnnouncedLast) {
+    SetProperties("{'Size': <uint64 1000>}");
+    const auto transfer = Quietly("{'Size': <uint64 2000>}");
+    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Percent("50"));
+    EXPECT_EQ(transfer->GetTransferredPercent(), 50);
+    Announced("Size", "uint64 1250");
+    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Percent("80"));
+    Announced("Size", "uint64 1250");
+    EXPECT_EQ(Announced("Transferred", "uint64 900"), "") << "lower";
+    EXPECT_EQ(Announced("Transferred", "uint64 1015"), Percent("81"));
+    Announced("Size", "uint64 0");
+    EXPECT_EQ(Announced("Transferred", "uint64 1250"), "");
 }
 
 TEST_F(TransferContextTest, HearsOfASizeOnlyInItsTurn) {
@@ -256,7 +224,7 @@ TEST_F(TransferContextTest, HearsOfASizeOnlyInItsTurn) {
                   HearNotices();
               }),
               Normal("Size Attribute Received: 1000\n"));
-    EXPECT_EQ(Announced("Transferred", "uint64 500"), Normal("Transferred Percent: 50%\n"));
+    EXPECT_EQ(Announced("Transferred", "uint64 500"), Percent("50"));
 }
 
 TEST_F(TransferContextTest, StartsFromTheSizeAndPercentSet) {
@@ -268,7 +236,7 @@ TEST_F(TransferContextTest, StartsFromTheSizeAndPercentSet) {
     EXPECT_EQ(transfer->GetSize(), 200000000000U);
     EXPECT_EQ(transfer->GetTransferredPercent(), 30);
     EXPECT_EQ(Announced("Transferred", "uint64 60000000000"), "");
-    EXPECT_EQ(Announced("Transferred", "uint64 62000000000"), Normal("Transferred Percent: 31%\n"));
+    EXPECT_EQ(Announced("Transferred", "uint64 62000000000"), Percent("31"));
     EXPECT_EQ(transfer->GetTransferredPercent(), 31);
 }
 

@@ -3,165 +3,132 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace morvane {
 namespace {
 
+using Bytes = std::vector<unsigned char>;
+
 const std::string kPhonebookServer = "0000112f-0000-1000-8000-00805f9b34fb";
 const std::string kMixedCase = "01234567-89aB-CdEf-8899-aabbccDDeeff";
-const std::vector<unsigned char> kMixedBytes = {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef,
-                                                0x88, 0x99, 0xaa, 0xbb, 0xcc, 0xdd, 0xee, 0xff};
+const std::string kLowerCase = "01234567-89ab-cdef-8899-aabbccddeeff";
+const Bytes kMixedBytes = {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef,
+                           0x88, 0x99, 0xaa, 0xbb, 0xcc, 0xdd, 0xee, 0xff};
 
 std::string With(std::string text, std::size_t position, char character) {
     text[position] = character;
     return text;
 }
 
-std::string HexOf16(unsigned short value) {
-    std::array<char, 6> text = {};
-    text.fill('!');
-    EXPECT_EQ(ConvertU16ToHex(text.data(), value), text.data() + 4);
-    EXPECT_EQ(text[5], '!') << "wrote beyond its buffer";
-    return text.data();
+// What `write` writes, which must be `length` characters and a terminator; it returns their end.
+std::string Written(std::size_t length, const std::function<char*(char*)>& write) {
+    std::string text(length + 2, '!');
+    EXPECT_EQ(write(text.data()), text.data() + length);
+    EXPECT_EQ(text.substr(length), std::string("\0!", 2));
+    return text.substr(0, length);
 }
 
-std::string HexOf32(unsigned int value) {
-    std::array<char, 10> text = {};
-    text.fill('!');
-    EXPECT_EQ(ConvertU32ToHex(text.data(), value), text.data() + 8);
-    EXPECT_EQ(text[9], '!') << "wrote beyond its buffer";
-    return text.data();
+TEST(IsUUIDValidTest, AcceptsEitherCaseInOneLength) {
+    for (const std::string& text :
+         {kPhonebookServer, kMixedCase, std::string("FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF")})
+        EXPECT_TRUE(IsUUIDValid(text)) << text;
+    for (const std::string& text : {std::string(), kPhonebookServer.substr(1),
+                                    kPhonebookServer.substr(0, 35), kPhonebookServer + "0"})
+        EXPECT_FALSE(IsUUIDValid(text)) << text;
 }
 
-std::string TextOf32(unsigned int uuid32) {
-    std::array<char, kUuidTextSize + 1> text = {};
-    text.fill('!');
-    ConvertUUID32to128Char(text.data(), uuid32);
-    EXPECT_EQ(text[kUuidTextSize], '!') << "wrote beyond its buffer";
-    return text.data();
-}
-
-TEST(IsUUIDValidTest, AcceptsEitherCase) {
-    EXPECT_TRUE(IsUUIDValid(kPhonebookServer));
-    EXPECT_TRUE(IsUUIDValid(kMixedCase));
-    EXPECT_TRUE(IsUUIDValid("FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF"));
-}
-
-TEST(IsUUIDValidTest, RefusesOtherLengths) {
-    EXPECT_FALSE(IsUUIDValid(""));
-    EXPECT_FALSE(IsUUIDValid(kPhonebookServer.substr(1)));
-    EXPECT_FALSE(IsUUIDValid(kPhonebookServer.substr(0, 35)));
-    EXPECT_FALSE(IsUUIDValid(kPhonebookServer + "0"));
-}
-
-TEST(IsUUIDValidTest, WantsHyphensInTheirPlacesOnly) {
+TEST(IsUUIDValidTest, AcceptsHyphensAtTheirPositionsOnlyAndDigitsElsewhere) {
     for (std::size_t position = 0; position < kMixedCase.size(); ++position) {
-        SCOPED_TRACE(position);
         const bool hyphen = kMixedCase[position] == '-';
-        EXPECT_EQ(IsUUIDValid(With(kMixedCase, position, '-')), hyphen);
-        EXPECT_EQ(IsUUIDValid(With(kMixedCase, position, '0')), !hyphen);
+        EXPECT_EQ(IsUUIDValid(With(kMixedCase, position, '-')), hyphen) << position;
+        EXPECT_EQ(IsUUIDValid(With(kMixedCase, position, '0')), !hyphen) << position;
     }
+    for (const char neighbour : {'/', ':', '@', 'G', '`', 'g', ' ', '\0', '\xff'})
+        EXPECT_FALSE(IsUUIDValid(With(kPhonebookServer, 7, neighbour))) << neighbour;
 }
 
-TEST(IsUUIDValidTest, RefusesTheNeighboursOfHexadecimalDigits) {
-    for (const char stranger : {'/', ':', '@', 'G', '`', 'g', ' ', '\0', '\xff'})
-        EXPECT_FALSE(IsUUIDValid(With(kPhonebookServer, 7, stranger))) << stranger;
-}
-
-TEST(ConvertUUID128To128CharTest, WritesLowerCaseText) {
-    std::array<char, kUuidTextSize> text = {};
-    EXPECT_TRUE(ConvertUUID128To128Char(text.data(), kUuidTextSize, kMixedBytes));
-    EXPECT_STREQ(text.data(), "01234567-89ab-cdef-8899-aabbccddeeff");
-}
-
-TEST(ConvertUUID128To128CharTest, WritesNothingWithoutRoom) {
+TEST(ConvertUUID128To128CharTest, WritesLowerCaseTextIfThereIsRoom) {
     std::array<char, kUuidTextSize> text = {'!'};
     EXPECT_FALSE(ConvertUUID128To128Char(text.data(), 36, kMixedBytes));
     EXPECT_FALSE(ConvertUUID128To128Char(text.data(), 0, kMixedBytes));
     EXPECT_EQ(text[0], '!');
+    EXPECT_TRUE(ConvertUUID128To128Char(text.data(), kUuidTextSize, kMixedBytes));
+    EXPECT_EQ(text.data(), kLowerCase);
 }
 
-TEST(ConvertU16ToHexTest, WritesFourDigits) {
-    EXPECT_EQ(HexOf16(0), "0000");
-    EXPECT_EQ(HexOf16(0x112f), "112f");
-    EXPECT_EQ(HexOf16(0xABCD), "abcd");
-    EXPECT_EQ(HexOf16(0xffff), "ffff");
-}
-
-TEST(ConvertU32ToHexTest, WritesEightDigits) {
-    EXPECT_EQ(HexOf32(0), "00000000");
-    EXPECT_EQ(HexOf32(0x0012ABCD), "0012abcd");
-    EXPECT_EQ(HexOf32(0x89abcdef), "89abcdef");
-    EXPECT_EQ(HexOf32(0xffffffff), "ffffffff");
-}
-
-TEST(ConvertUUID32to128CharTest, PutsTheNumberIntoTheBaseUuid) {
-    EXPECT_EQ(TextOf32(0x112f), kPhonebookServer);
-    EXPECT_EQ(TextOf32(0), "00000000-0000-1000-8000-00805f9b34fb");
-    EXPECT_EQ(TextOf32(0xDEADBEEF), "deadbeef-0000-1000-8000-00805f9b34fb");
+TEST(HexTest, HasAllDigitsInLowerCase) {
+    const std::pair<unsigned short, const char*> rows16[] = {
+        {0, "0000"}, {0x112f, "112f"}, {0xABCD, "abcd"}, {0xffff, "ffff"}};
+    for (const auto& [value, text] : rows16)
+        EXPECT_EQ(Written(4, [&](char* out) { return ConvertU16ToHex(out, value); }), text);
+    const std::pair<unsigned int, const char*> rows32[] = {{0, "00000000"},
+                                                           {0x0012ABCD, "0012abcd"},
+                                                           {0x89abcdef, "89abcdef"},
+                                                           {0xffffffff, "ffffffff"}};
+    for (const auto& [value, text] : rows32) {
+        EXPECT_EQ(Written(8, [&](char* out) { return ConvertU32ToHex(out, value); }), text);
+        EXPECT_EQ(Written(36,
+                          [&](char* out) {
+                              ConvertUUID32to128Char(out, value);
+                              return out + 36;
+                          }),
+                  text + kPhonebookServer.substr(8));
+    }
 }
 
 TEST(ConvertUUID16toUUID32Test, Widens) {
-    EXPECT_EQ(ConvertUUID16toUUID32(0), 0U);
-    EXPECT_EQ(ConvertUUID16toUUID32(0x112f), 0x112fU);
-    EXPECT_EQ(ConvertUUID16toUUID32(0xffff), 0xffffU);
+    for (const unsigned number : {0U, 0x112fU, 0xffffU})
+        EXPECT_EQ(ConvertUUID16toUUID32(static_cast<unsigned short>(number)), number);
 }
 
 TEST(UUIDToLocalCaseTest, LowersEveryLetter) {
-    EXPECT_EQ(UUIDToLocalCase(kMixedCase), "01234567-89ab-cdef-8899-aabbccddeeff");
+    EXPECT_EQ(UUIDToLocalCase(kMixedCase), kLowerCase);
     EXPECT_EQ(UUIDToLocalCase("Not a UUID!"), "not a uuid!");
     EXPECT_EQ(UUIDToLocalCase(""), "");
 }
 
-TEST(Convert128CharToUUID16Test, ReadsTheLowHalfOfTheFirstGroup) {
-    EXPECT_EQ(Convert128CharToUUID16(kPhonebookServer), 0x112f);
-    EXPECT_EQ(Convert128CharToUUID16("beefFFFF-0000-1000-8000-00805f9b34fb"), 0xffff);
-    EXPECT_EQ(Convert128CharToUUID16("zzzz112f-0000-1000-8000-00805f9b34fb"), 0x112f);
-}
-
-TEST(Convert128CharToUUID16Test, KnowsTheBaseUuidOnly) {
-    EXPECT_EQ(Convert128CharToUUID16("0000112F-0000-1000-8000-00805F9B34FB"), 0);
-    EXPECT_EQ(Convert128CharToUUID16(kMixedCase), 0);
-    EXPECT_EQ(Convert128CharToUUID16(kPhonebookServer + "0"), 0);
-    EXPECT_EQ(Convert128CharToUUID16(kPhonebookServer.substr(0, 35)), 0);
-}
-
-TEST(Convert128CharToUUID16Test, GivesZeroForTextsWithoutASecondGroup) {
-    EXPECT_EQ(Convert128CharToUUID16(""), 0);
-    EXPECT_EQ(Convert128CharToUUID16("0000112"), 0);
-    EXPECT_EQ(Convert128CharToUUID16("0000112f"), 0);
-}
-
-TEST(Convert128CharToUUID16Test, LeavesBadDigitsToTheStandardConversion) {
+TEST(Convert128CharToUUID16Test, ReadsTheLowHalfOfTheFirstGroupBeforeTheBaseUuid) {
+    const std::pair<std::string, unsigned short> rows[] = {
+        {kPhonebookServer, 0x112f},
+        {"beefFFFF-0000-1000-8000-00805f9b34fb", 0xffff},
+        {"zzzz112f-0000-1000-8000-00805f9b34fb", 0x112f},
+        {With(kPhonebookServer, 6, 'z'), 0x11},
+        {"0000112F-0000-1000-8000-00805F9B34FB", 0},
+        {kMixedCase, 0},
+        {kPhonebookServer + "0", 0},
+        {kPhonebookServer.substr(0, 35), 0},
+        {"", 0},
+        {"0000112", 0},
+        {"0000112f", 0}};
+    for (const auto& [text, number] : rows) EXPECT_EQ(Convert128CharToUUID16(text), number) << text;
     EXPECT_THROW(Convert128CharToUUID16(With(kPhonebookServer, 4, 'z')), std::invalid_argument);
-    EXPECT_EQ(Convert128CharToUUID16(With(kPhonebookServer, 6, 'z')), 0x11);
 }
 
-TEST(Convert128CharToUUID128Test, ReadsSixteenBytes) {
-    std::vector<unsigned char> bytes(16);
-    EXPECT_TRUE(Convert128CharToUUID128(bytes.data(), 16, kMixedCase));
-    EXPECT_EQ(bytes, kMixedBytes);
-}
-
-TEST(Convert128CharToUUID128Test, SkipsHyphensUnchecked) {
-    std::vector<unsigned char> bytes(16);
-    EXPECT_TRUE(Convert128CharToUUID128(bytes.data(), 17, With(kMixedCase, 8, '?')));
-    EXPECT_EQ(bytes, kMixedBytes);
+TEST(Convert128CharToUUID128Test, ReadsSixteenBytesWithHyphensUnchecked) {
+    for (const std::string& text : {kMixedCase, With(kMixedCase, 8, '?')}) {
+        Bytes bytes(17, '!');
+        EXPECT_TRUE(Convert128CharToUUID128(bytes.data(), 16, text));
+        EXPECT_EQ(bytes.back(), '!');
+        bytes.pop_back();
+        EXPECT_EQ(bytes, kMixedBytes);
+    }
 }
 
 TEST(Convert128CharToUUID128Test, RefusesTooLittleRoomAndOtherLengths) {
-    std::vector<unsigned char> bytes(16, '!');
+    Bytes bytes(16, '!');
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 15, kMixedCase));
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 16, kMixedCase + "0"));
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 16, kMixedCase.substr(1)));
-    EXPECT_EQ(bytes, std::vector<unsigned char>(16, '!'));
+    EXPECT_EQ(bytes, Bytes(16, '!'));
 }
 
-TEST(Convert128CharToUUID128Test, LeavesBadDigitsToTheStandardConversion) {
-    std::vector<unsigned char> bytes(16);
+TEST(Convert128CharToUUID128Test, ThrowsOnlyWithoutALeadingDigit) {
+    Bytes bytes(16);
     EXPECT_THROW(Convert128CharToUUID128(bytes.data(), 16, With(kMixedCase, 0, 'z')),
                  std::invalid_argument);
     EXPECT_TRUE(Convert128CharToUUID128(bytes.data(), 16, With(kMixedCase, 3, 'z')));

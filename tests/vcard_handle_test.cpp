@@ -31,60 +31,58 @@ struct Row {
     std::string outcome;
 };
 
-void PrintTo(const Row& row, std::ostream* stream) {
-    *stream << testing::PrintToString(row.typed);
-}
+const Row kRows[] = {
+    {"0", "sent: 0.vcf"},
+    {"1A", "sent: 1A.vcf"},
+    {"1a", "sent: 1a.vcf"},
+    {"0000001A", "sent: 0000001A.vcf"},
+    {"FFFFFFFF", "sent: FFFFFFFF.vcf"},
+    {"000000001", kInvalidHandle},
+    {"123456789", kInvalidHandle},
+    {std::string(41, '0'), kInvalidHandle},
+    // What the base-16 conversion accepts is accepted, and never rewritten.
+    {" 1A", "sent:  1A.vcf"},
+    {"\t1A", "sent: \t1A.vcf"},
+    {"       1", "sent:        1.vcf"},
+    {"        1", kInvalidHandle},
+    {"+1A", "sent: +1A.vcf"},
+    {"-1", "sent: -1.vcf"},
+    {"+1234567", "sent: +1234567.vcf"},
+    {"+12345678", kInvalidHandle},
+    {"0x1a", "sent: 0x1a.vcf"},
+    {"0X1A", "sent: 0X1A.vcf"},
+    {"0x123456", "sent: 0x123456.vcf"},
+    {"0x1234567", kInvalidHandle},
+    {" -0x1", "sent:  -0x1.vcf"},
+    // No number.
+    {"", kInvalidHandle},
+    {" ", kInvalidHandle},
+    {"-", kInvalidHandle},
+    {"0x", kInvalidHandle},
+    {"G", kInvalidHandle},
+    {"1G", kInvalidHandle},
+    {"1A ", kInvalidHandle},
+    {"1A.vcf", kInvalidHandle},
+    {"1 2", kInvalidHandle},
+    {std::string("1A\0", 3), kInvalidHandle},
+    {"\xC3\xA4", kInvalidHandle},
+    // Of a unique ID only the length counts.
+    {UniqueId(32), "sent: " + UniqueId(32)},
+    {UniqueId(31), kInvalidUniqueId},
+    {UniqueId(33), kInvalidUniqueId},
+    {UniqueId(0), kInvalidUniqueId},
+    {"X-BT-UID:the rest is checked by the phone",
+     "sent: X-BT-UID:the rest is checked by the phone"},
+    // Without the exact prefix it is a handle.
+    {"x-bt-uid:" + std::string(32, 'A'), kInvalidHandle},
+    {"X-BT-UID", kInvalidHandle},
+    {"X-BT-UID " + std::string(32, 'A'), kInvalidHandle},
+    {" " + UniqueId(32), kInvalidHandle},
+};
 
-class VcardHandleTest : public testing::TestWithParam<Row> {};
-
-TEST_P(VcardHandleTest, IsSentOrRefused) {
-    EXPECT_EQ(Outcome(GetParam().typed), GetParam().outcome);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    HexadecimalDigits, VcardHandleTest,
-    testing::Values(Row{"0", "sent: 0.vcf"}, Row{"1A", "sent: 1A.vcf"}, Row{"1a", "sent: 1a.vcf"},
-                    Row{"0000001A", "sent: 0000001A.vcf"}, Row{"FFFFFFFF", "sent: FFFFFFFF.vcf"},
-                    Row{"000000001", kInvalidHandle}, Row{"123456789", kInvalidHandle},
-                    Row{std::string(41, '0'), kInvalidHandle}));
-
-// What the base-16 conversion takes is taken, and never rewritten.
-INSTANTIATE_TEST_SUITE_P(
-    BlanksSignsAndPrefixes, VcardHandleTest,
-    testing::Values(Row{" 1A", "sent:  1A.vcf"}, Row{"\t1A", "sent: \t1A.vcf"},
-                    Row{"       1", "sent:        1.vcf"}, Row{"        1", kInvalidHandle},
-                    Row{"+1A", "sent: +1A.vcf"}, Row{"-1", "sent: -1.vcf"},
-                    Row{"+1234567", "sent: +1234567.vcf"}, Row{"+12345678", kInvalidHandle},
-                    Row{"0x1a", "sent: 0x1a.vcf"}, Row{"0X1A", "sent: 0X1A.vcf"},
-                    Row{"0x123456", "sent: 0x123456.vcf"}, Row{"0x1234567", kInvalidHandle},
-                    Row{" -0x1", "sent:  -0x1.vcf"}));
-
-INSTANTIATE_TEST_SUITE_P(NoNumber, VcardHandleTest,
-                         testing::Values(Row{"", kInvalidHandle}, Row{" ", kInvalidHandle},
-                                         Row{"-", kInvalidHandle}, Row{"0x", kInvalidHandle},
-                                         Row{"G", kInvalidHandle}, Row{"1G", kInvalidHandle},
-                                         Row{"1A ", kInvalidHandle}, Row{"1A.vcf", kInvalidHandle},
-                                         Row{"1 2", kInvalidHandle},
-                                         Row{std::string("1A\0", 3), kInvalidHandle},
-                                         Row{"\xC3\xA4", kInvalidHandle}));
-
-INSTANTIATE_TEST_SUITE_P(UniqueIds, VcardHandleTest,
-                         testing::Values(Row{UniqueId(32), "sent: " + UniqueId(32)},
-                                         Row{UniqueId(31), kInvalidUniqueId},
-                                         Row{UniqueId(33), kInvalidUniqueId},
-                                         Row{UniqueId(0), kInvalidUniqueId},
-                                         // Only their number counts.
-                                         Row{"X-BT-UID:the rest is checked by the phone",
-                                             "sent: X-BT-UID:the rest is checked by the phone"}));
-
-// Anything but the prefix itself is meant as a handle.
-INSTANTIATE_TEST_SUITE_P(NearlyUniqueIds, VcardHandleTest,
-                         testing::Values(Row{"x-bt-uid:" + std::string(32, 'A'), kInvalidHandle},
-                                         Row{"X-BT-UID", kInvalidHandle},
-                                         Row{"X-BT-UID " + std::string(32, 'A'), kInvalidHandle},
-                                         Row{" " + UniqueId(32), kInvalidHandle}));
-
-TEST(VcardHandleLengthTest, FitsTheLongestName) {
+TEST(VcardHandleTest, IsSentOrRefused) {
+    for (const Row& row : kRows)
+        EXPECT_EQ(Outcome(row.typed), row.outcome) << testing::PrintToString(row.typed);
     EXPECT_EQ(kMaxVcardHandleLength, UniqueId(32).size());
 }
 
