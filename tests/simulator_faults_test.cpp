@@ -22,26 +22,20 @@ class SimulatorFaults : public SimulatorTest {
     }
 };
 
-TEST_F(SimulatorFaults, RefusedCallSaysWhatItIsTold) {
-    daemon().Refuse("GetSize", kFailed, "Busy");
-    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: Busy");
+TEST_F(SimulatorFaults, RefusesAMethodSoManyTimesOrUntilFaultsAreCleared) {
+    const string busy = "com.veltrisonix.Error.Failed: Busy";
+    daemon().Refuse("GetSize", kFailed, "Busy", 2);
+    EXPECT_EQ(Access("GetSize"), busy);
     EXPECT_EQ(Access("ListFilterFields").substr(0, 11), "(['VERSION'");
+    EXPECT_EQ(Access("GetSize"), busy);
+    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
+    daemon().Refuse("com.veltrisonix.obex.Client1.GetSize", kFailed, "Busy");
+    EXPECT_EQ(Access("GetSize"), "(uint16 26,)") << "of another interface";
+    daemon().Refuse("com.veltrisonix.obex.PhonebookAccess1.GetSize", kFailed, "Busy");
+    EXPECT_EQ(Access("GetSize"), busy);
+    EXPECT_EQ(Access("GetSize"), busy);
     daemon().ClearFaults();
     EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
-}
-
-TEST_F(SimulatorFaults, RefusalsCanBeCounted) {
-    daemon().Refuse("GetSize", kFailed, "Busy", 2);
-    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: Busy");
-    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: Busy");
-    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
-}
-
-TEST_F(SimulatorFaults, MethodCanBeNamedWithItsInterface) {
-    daemon().Refuse("com.veltrisonix.obex.Client1.GetSize", kFailed, "Busy");
-    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
-    daemon().Refuse("com.veltrisonix.obex.PhonebookAccess1.GetSize", kFailed, "Busy");
-    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: Busy");
 }
 
 TEST_F(SimulatorFaults, ReplyMayBeOfAnyType) {
@@ -68,22 +62,18 @@ TEST_F(SimulatorFaults, CallHangsUntilReleased) {
     EXPECT_EQ(daemon().Calls().size(), 2U) << "a released call is recorded once";
 }
 
-TEST_F(SimulatorFaults, ReleasedCallMayFail) {
+TEST_F(SimulatorFaults, ReadingsHangTooAndReleasedCallsMayFail) {
+    daemon().Hang("GetManagedObjects", 1);
+    std::future<string> reading =
+        CallElsewhere("/", "org.freedesktop.DBus.ObjectManager.GetManagedObjects");
+    EXPECT_EQ(reading.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     daemon().Hang("CreateSession", 1);
     std::future<string> call = CallElsewhere(kClientPath, "obex.Client1.CreateSession");
     ASSERT_TRUE(daemon().AwaitCall("CreateSession", kPatience));
     ASSERT_TRUE(daemon().AwaitCall("CreateSession", kPatience));
     daemon().Release();
+    EXPECT_NE(reading.get().find(kPhonePath), string::npos);
     EXPECT_NE(call.get().find("InvalidArgs"), string::npos);
-}
-
-TEST_F(SimulatorFaults, ReadingsCanHangToo) {
-    daemon().Hang("GetManagedObjects", 1);
-    std::future<string> call =
-        CallElsewhere("/", "org.freedesktop.DBus.ObjectManager.GetManagedObjects");
-    EXPECT_EQ(call.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-    daemon().Release();
-    EXPECT_NE(call.get().find(kPhonePath), string::npos);
 }
 
 TEST_F(SimulatorFaults, CrashTellsThoseWhoWait) {
@@ -126,12 +116,17 @@ TEST_F(SimulatorFaults, HiddenPropertyIsNowhere) {
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "Source"), "(<'02:00:5E:00:00:01'>,)");
 }
 
-TEST_F(SimulatorFaults, PropertyReadsAsOverridden) {
+TEST_F(SimulatorFaults, PropertyReadsAsOverriddenInItsPlaceFirstByItsOwnObject) {
     daemon().OverrideProperty(kSession, kSessionInterface, "Channel", g_variant_new_string("x"));
+    daemon().OverrideProperty(kSession, kSessionInterface, "Root", g_variant_new_string("mine"));
+    daemon().OverrideProperty(kAnyPath, kSessionInterface, "Root", g_variant_new_string("all"));
     daemon().OverrideProperty(kSession, kSessionInterface, "New", g_variant_new_byte(1));
-    EXPECT_NE(client().GetAll(kSession, "obex.Session1").find("'Channel': <'x'>"), string::npos);
-    EXPECT_NE(client().GetAll(kSession, "obex.Session1").find("'New': <byte 0x01>"), string::npos);
+    EXPECT_EQ(client().GetAll(kSession, "obex.Session1"),
+              "({'Source': <'02:00:5E:00:00:01'>, 'Destination': <'02:00:5E:10:00:01'>, "
+              "'Channel': <'x'>, 'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>, "
+              "'Root': <'mine'>, 'ConnectionState': <byte 0x05>, 'New': <byte 0x01>},)");
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "Channel"), "(<'x'>,)");
+    EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'mine'>,)");
     EXPECT_EQ(client().TakeSignals(), Signals{});
 }
 
@@ -146,21 +141,6 @@ TEST_F(SimulatorFaults, AddedPropertiesStandAtTheEndOnce) {
               "({'Old': <byte 0x03>, 'New': <byte 0x04>},)");
 }
 
-TEST_F(SimulatorFaults, PropertiesKeepTheirOrder) {
-    daemon().OverrideProperty(kSession, kSessionInterface, "Channel", g_variant_new_string("x"));
-    EXPECT_EQ(client().GetAll(kSession, "obex.Session1"),
-              "({'Source': <'02:00:5E:00:00:01'>, 'Destination': <'02:00:5E:10:00:01'>, "
-              "'Channel': <'x'>, 'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>, "
-              "'Root': <'/'>, 'ConnectionState': <byte 0x05>},)");
-}
-
-TEST_F(SimulatorFaults, ObjectItselfCountsMoreThanEveryObject) {
-    daemon().OverrideProperty(kSession, kSessionInterface, "Root", g_variant_new_string("mine"));
-    daemon().OverrideProperty(kAnyPath, kSessionInterface, "Root", g_variant_new_string("all"));
-    EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'mine'>,)");
-    EXPECT_NE(client().GetAll(kSession, "obex.Session1").find("'Root': <'mine'>"), string::npos);
-}
-
 TEST_F(SimulatorFaults, OverriddenPropertiesAreAlsoAnnouncedSo) {
     daemon().OverrideProperty(kAnyPath, kTransferInterface, "Status", g_variant_new_byte(7));
     daemon().HideProperty(kAnyPath, kTransferInterface, "Size");
@@ -173,23 +153,19 @@ TEST_F(SimulatorFaults, OverriddenPropertiesAreAlsoAnnouncedSo) {
               Signals{Changed(kTransfer, "obex.Transfer1", "'Status': <byte 0x07>")});
 }
 
-TEST_F(SimulatorFaults, NotificationGoesOutAsItStands) {
+TEST_F(SimulatorFaults, SendsNotificationsUnchanged) {
     daemon().OverrideProperty(kSession, kPhonebookInterface, "Folder", g_variant_new_byte(7));
     daemon().Notify(kSession, kPhonebookInterface, "Folder", g_variant_new_uint32(3));
     daemon().Notify("/no/such/object", "com.veltrisonix.None", "Odd",
                     g_variant_new("(is)", 1, "x"));
-    EXPECT_EQ(client().TakeSignals(),
-              (Signals{Changed(kSession, kAccess, "'Folder': <uint32 3>"),
-                       Changed("/no/such/object", "None", "'Odd': <(1, 'x')>")}));
-}
-
-TEST_F(SimulatorFaults, SeveralPropertiesInOneNotification) {
     daemon().NotifyAll(kSession, kPhonebookInterface,
                        g_variant_new_parsed("{'Folder': <'a'>, 'NewMissedCalls': <byte 1>}"));
     daemon().Invalidate(kSession, kPhonebookInterface, "Folder");
     EXPECT_EQ(
         client().TakeSignals(),
-        (Signals{Changed(kSession, kAccess, "'Folder': <'a'>, 'NewMissedCalls': <byte 0x01>"),
+        (Signals{Changed(kSession, kAccess, "'Folder': <uint32 3>"),
+                 Changed("/no/such/object", "None", "'Odd': <(1, 'x')>"),
+                 Changed(kSession, kAccess, "'Folder': <'a'>, 'NewMissedCalls': <byte 0x01>"),
                  string(kSession) + " PropertiesChanged('com.veltrisonix.obex.PhonebookAccess1', "
                                     "@a{sv} {}, ['Folder'])"}));
 }
@@ -206,7 +182,7 @@ TEST_F(SimulatorFaults, FloodArrivesInOrder) {
     }
 }
 
-TEST_F(SimulatorFaults, CallsAreRecorded) {
+TEST_F(SimulatorFaults, CallsAreRecordedAndAwaitedOnce) {
     daemon().ForgetCalls();
     Access("Search", "('name', 'x', @a{sv} {'MaxCount': <uint16 3>})");
     Access("GetSize");
@@ -218,11 +194,6 @@ TEST_F(SimulatorFaults, CallsAreRecorded) {
                                       "{'MaxCount': <uint16 3>})");
     EXPECT_EQ(calls[1].body, "()");
     EXPECT_EQ(calls[1].sender.front(), ':');
-}
-
-TEST_F(SimulatorFaults, EachCallIsAwaitedOnce) {
-    daemon().ForgetCalls();
-    Access("GetSize");
     Access("GetSize");
     EXPECT_TRUE(daemon().AwaitCall("GetSize", kPatience));
     EXPECT_TRUE(daemon().AwaitCall("com.veltrisonix.obex.PhonebookAccess1.GetSize", kPatience));
@@ -257,29 +228,21 @@ TEST_F(SimulatorOnTheBus, InstanceIsPartOfTheName) {
               string::npos);
 }
 
-TEST_F(SimulatorOnTheBus, NameInUseIsOneClearLine) {
+TEST_F(SimulatorOnTheBus, ReportsInOneLineWhyItCannotStart) {
     Start(ByHand());
-    try {
-        Daemon second(bus_.Address());
-        FAIL() << "two daemons of one name";
-    } catch (const std::runtime_error& failure) {
-        EXPECT_STREQ(failure.what(), "Cannot own the name com.veltrisonix: it is in use");
-    }
-}
-
-TEST_F(SimulatorOnTheBus, MissingBusIsOneClearLine) {
-    try {
-        Daemon daemon("unix:path=/nonexistent/bus");
-        FAIL() << "no such bus";
-    } catch (const std::runtime_error& failure) {
-        EXPECT_EQ(string(failure.what()).find("Cannot connect to the bus: "), 0U);
-    }
-}
-
-TEST_F(SimulatorOnTheBus, BadInstanceIsRefused) {
+    const auto failure = [](const string& address, const Options& options) -> string {
+        try {
+            Daemon second(address, options);
+            return "started";
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(failure(bus_.Address(), {}), "Cannot own the name com.veltrisonix: it is in use");
+    EXPECT_EQ(failure("unix:path=/nonexistent/bus", {}).find("Cannot connect to the bus: "), 0U);
     Options options;
     options.instance = "7up";
-    EXPECT_THROW(Daemon(bus_.Address(), options), std::invalid_argument);
+    EXPECT_THROW(failure(bus_.Address(), options), std::invalid_argument);
 }
 
 TEST_F(SimulatorOnTheBus, LossOfTheBusIsTold) {
