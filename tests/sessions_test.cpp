@@ -19,9 +19,8 @@ std::string MistakeIn(const std::string& output, bool cut = false,
     return ReadOutput(output, cut, gap).mistake.value_or("none");
 }
 
-std::string MistakeOf(const std::string& interface, const std::string& method,
-                      const std::string& body) {
-    return FindMistake({":1.1", "/", "com.veltrisonix.obex." + interface, method, body})
+std::string MistakeOf(const std::vector<std::string>& call) {
+    return FindMistake({":1.1", "/", "com.veltrisonix.obex." + call[0], call[1], call[2]})
         .value_or("none");
 }
 
@@ -33,8 +32,8 @@ class Verdict : public testing::Test {
         played_.output = Normal("Filename: /a/phonebook.vcf\n");
     }
 
-    std::vector<std::string> Mistakes() const {
-        return FindMistakes(plan_, played_, ReadOutput(played_.output, false));
+    std::size_t Mistakes() const {
+        return FindMistakes(plan_, played_, ReadOutput(played_.output, false)).size();
     }
 
     void Hear(DaemonTrait trait) {
@@ -85,7 +84,7 @@ TEST(OutputGrammar, ReadsMessagesAndPrompts) {
     EXPECT_EQ(reading.messages.back(), "Bad\n");
 }
 
-TEST(OutputGrammar, NoticesWhatIsOutsideMessages) {
+TEST(OutputGrammar, ReportsWhatIsOutsideMessages) {
     const std::string green = kGreenSequence;
     for (const std::string& output : std::vector<std::string>{
              Prompt() + "x", green + "no reset\n", green + "no reset\n" + Normal("next\n"),
@@ -98,38 +97,29 @@ TEST(OutputGrammar, NoticesWhatIsOutsideMessages) {
     EXPECT_EQ(MistakeIn(Normal(std::string(999, 'x'))), "none");
 }
 
-TEST(OutputGrammar, ExcusesTheEndOfWhoWasKilled) {
+TEST(OutputGrammar, AcceptsATruncatedEndAndOneGapAfterControlC) {
     const std::string cut = Prompt() + kGreenSequence + "no res";
     EXPECT_NE(MistakeIn(cut), "none");
     EXPECT_EQ(MistakeIn(cut, true), "none");
-    EXPECT_NE(MistakeIn("x" + Normal(std::string(999, 'x')) + Lines({std::string(990, 'x')}) +
-                            Lines({std::string(990, 'x')}),
-                        true),
-              "none");
-}
-
-TEST(OutputGrammar, ExcusesOneGapAfterControlC) {
+    const std::string line = Lines({std::string(990, 'x')});
+    EXPECT_NE(MistakeIn("x" + Normal(std::string(999, 'x')) + line + line, true), "none");
     const std::string gap = Prompt() + "[0m lost" + Normal("next\n") + Prompt();
     EXPECT_NE(MistakeIn(gap), "none");
     EXPECT_EQ(MistakeIn(gap, false, Prompt().size()), "none");
     EXPECT_NE(MistakeIn(gap + "x", false, Prompt().size()), "none");
 }
 
-TEST(CallRules, AcceptWhatTheToolSends) {
-    EXPECT_EQ(MistakeOf("Client1", "CreateSession",
-                        "('a', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})"),
-              "none");
-    EXPECT_EQ(MistakeOf("PhonebookAccess1", "GetSize", "()"), "none");
-    EXPECT_EQ(MistakeOf("PhonebookAccess1", "Pull", "('1A.vcf', '/tmp/card.vcf', @a{sv} {})"),
-              "none");
-    EXPECT_EQ(MistakeOf("PhonebookAccess1", "PullAll",
-                        "('/tmp/phonebook.vcf', {'MaxCount': <uint16 1>, 'Format': <'vcard30'>,"
-                        " 'Fields': <@as []>, 'FilterAny': <['N', 'FN']>})"),
-              "none");
-}
-
-TEST(CallRules, NoticeWhatTheToolMustNotSend) {
-    const std::vector<std::vector<std::string>> calls = {
+TEST(CallRules, AcceptWhatTheToolSendsOnly) {
+    const std::vector<std::vector<std::string>> accepted = {
+        {"Client1", "CreateSession", "('a', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})"},
+        {"PhonebookAccess1", "GetSize", "()"},
+        {"PhonebookAccess1", "Pull", "('1A.vcf', '/tmp/card.vcf', @a{sv} {})"},
+        {"PhonebookAccess1", "PullAll",
+         "('/tmp/phonebook.vcf', {'MaxCount': <uint16 1>, 'Format': <'vcard30'>,"
+         " 'Fields': <@as []>, 'FilterAny': <['N', 'FN']>})"},
+    };
+    for (const auto& call : accepted) EXPECT_EQ(MistakeOf(call), "none");
+    const std::vector<std::vector<std::string>> refused = {
         {"Client2", "SetUserId", "('a',)"},
         {"Client1", "SetUser", "('a',)"},
         {"Client1", "SetUserId", "(1,)"},
@@ -144,73 +134,65 @@ TEST(CallRules, NoticeWhatTheToolMustNotSend) {
         {"PhonebookAccess1", "List", "({'Unheard': <'of'>},)"},
         {"PhonebookAccess1", "GetSizeListing", "({'Order': <'indexed'>},)"},
     };
-    for (const auto& call : calls)
-        EXPECT_NE(MistakeOf(call[0], call[1], call[2]), "none") << call[1] << call[2];
+    for (const auto& call : refused) EXPECT_NE(MistakeOf(call), "none") << call[1] << call[2];
 }
 
-TEST_F(Verdict, ExcusesAReplacedTransfersFileOnly) {
+TEST_F(Verdict, AcceptsTheFileOfAReplacedTransferOnly) {
+    const std::string output = played_.output;
     played_.files = {"phonebook.vcf"};
-    EXPECT_EQ(Mistakes().size(), 1U);
-    played_.output += Normal("Filename: /a/card.vcf\n") + Normal("Removing: /a/card.vcf\n");
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.output = output + Normal("Removing: /a/phonebook.vcf\n");
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.output = output + Normal("Filename: /a/card.vcf\n") + Normal("Removing: /a/card.vcf\n");
+    EXPECT_EQ(Mistakes(), 0U);
     played_.files.emplace_back("core");
-    EXPECT_EQ(Mistakes().size(), 1U);
-}
-
-TEST_F(Verdict, NoticesARemovedFileThatIsStillThere) {
-    played_.output += Normal("Removing: /a/phonebook.vcf\n");
-    EXPECT_TRUE(Mistakes().empty());
-    played_.files = {"phonebook.vcf"};
-    EXPECT_EQ(Mistakes().size(), 1U);
+    EXPECT_EQ(Mistakes(), 1U);
 }
 
 TEST_F(Verdict, AcceptsEachEndingForItsReasonOnly) {
     played_.ending = Ending{1, std::nullopt};
-    EXPECT_EQ(Mistakes().size(), 1U);
+    EXPECT_EQ(Mistakes(), 1U);
     played_.ending = Ending{std::nullopt, SIGINT};
     played_.interrupts = 1;
-    EXPECT_EQ(Mistakes().size(), 1U);
+    EXPECT_EQ(Mistakes(), 1U);
     played_.interrupts = 2;
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 0U);
     played_.ending = Ending{std::nullopt, SIGTERM};
-    EXPECT_EQ(Mistakes().size(), 1U);
+    EXPECT_EQ(Mistakes(), 1U);
     played_.bus_died = true;
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 0U);
     played_.ending.reset();
-    EXPECT_EQ(Mistakes().size(), 1U);
-}
-
-TEST_F(Verdict, AcceptsTheEndByADeviceWithoutAddress) {
+    EXPECT_EQ(Mistakes(), 1U);
     played_.ending = Ending{std::nullopt, SIGABRT};
     played_.errors =
         "terminate called after throwing an instance of 'std::logic_error'\n"
         "  what():  basic_string: construction from null is not valid\n";
-    EXPECT_EQ(Mistakes().size(), 3U);
+    EXPECT_EQ(Mistakes(), 3U);
     Hear(&DaemonEvent::hides_address);
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 0U);
 }
 
-TEST_F(Verdict, NoticesErrorsOrphansAndAToolThatIsStuck) {
+TEST_F(Verdict, ReportsErrorsOrphansAndAToolThatIsStuck) {
     played_.errors = "(p:1): GLib-GIO-WARNING **: x does not match expected type y\n";
-    EXPECT_EQ(Mistakes().size(), 1U);
+    EXPECT_EQ(Mistakes(), 1U);
     Hear(&DaemonEvent::lies_about_types);
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 0U);
     played_.orphans = {"12345"};
     played_.stuck = "type";
     played_.not_redrawn = "type";
-    EXPECT_EQ(Mistakes().size(), 3U);
+    EXPECT_EQ(Mistakes(), 3U);
 }
 
-TEST_F(Verdict, NoticesCallsOnALostSession) {
+TEST_F(Verdict, ReportsCallsOnALostSession) {
     const std::string phonebook = "com.veltrisonix.obex.PhonebookAccess1";
     played_.calls = {{":1.1", "/s", phonebook, "GetSize", "()"},
                      {":1.1", "/s", phonebook, "GetSize", "()"}};
     played_.lost_sessions = {{"/s", 2, static_cast<std::size_t>(-1)}};
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 0U);
     played_.lost_sessions[0].from = 1;
-    EXPECT_EQ(Mistakes().size(), 1U);
+    EXPECT_EQ(Mistakes(), 1U);
     played_.lost_sessions[0].to = 1;
-    EXPECT_TRUE(Mistakes().empty());
+    EXPECT_EQ(Mistakes(), 0U);
 }
 
 }  // namespace
