@@ -2,8 +2,8 @@
 // programs of this build. scripts/record-sessions has them written down instead.
 
 #include "support/document.h"
-#include "support/played_session.h"
 #include "support/script_tree.h"
+#include "support/text_form.h"
 
 #include <gtest/gtest.h>
 
@@ -11,13 +11,78 @@
 #include <cstdlib>
 #include <iostream>
 #include <optional>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 namespace morvane_test {
 namespace {
 
 constexpr char kReadme[] = "README.md";
 constexpr char kReadmeBlock[] = "console";
+
+/// A run of the tool as documents show it: the command line behind a "$ ", then what appears, with
+/// what is typed behind the prompts.
+struct PlayedSession {
+    struct Step {
+        std::string output;  ///< ends with the prompt
+        std::string answer;
+    };
+
+    std::string command;
+    std::vector<Step> steps;
+    std::string rest;  ///< what appears after the last answer
+};
+
+std::string Replace(const std::string& text, const char* pattern, const char* by) {
+    return std::regex_replace(text, std::regex(pattern), by);
+}
+
+PlayedSession ParseSession(const std::string& text) {
+    static const std::regex answered("(Vantor(?:/.*)? [>?]) (.+)");
+    PlayedSession session;
+    std::istringstream lines(text);
+    std::getline(lines, session.command);
+    session.command = Replace(session.command, "^\\$ ", "");
+    std::string output;
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);) {
+        if (std::regex_match(line, match, answered)) {
+            session.steps.push_back({output + match.str(1), match.str(2)});
+            output.clear();
+        } else {
+            output += line + "\n";
+        }
+    }
+    session.rest = output;
+    return session;
+}
+
+std::string FormatSession(const PlayedSession& session) {
+    std::string text = "$ " + session.command + "\n";
+    for (const PlayedSession::Step& step : session.steps)
+        text += step.output + " " + step.answer + "\n";
+    return text + session.rest;
+}
+
+// Output as documents show it: without colours and trailing blanks, without the prompts under
+// which a message came and that were therefore drawn again, and with X for the random letters in
+// the name of the demo's directory.
+std::string AsDocumented(std::string_view bytes) {
+    std::string text = AsSeen(bytes);
+    text = Replace(text, " /[^\\n]*/morvane-demo\\.[A-Za-z0-9]{6}", " /tmp/morvane-demo.XXXXXX");
+    text = Replace(text, "Vantor(/[^\\n]*)? [>?] \\n", "");
+    return Replace(text, "[ \\t]+(?=\\n|$)", "");
+}
+
+// Whether a prompt is at the end of output as documents show it.
+bool EndsInPrompt(const std::string& documented) {
+    static const std::regex prompt("Vantor(/.*)? [>?]");
+    return std::regex_match(documented.substr(documented.rfind('\n') + 1), prompt);
+}
 
 bool IsRecording() {
     return std::getenv("MORVANE_RECORD_SESSIONS") != nullptr;

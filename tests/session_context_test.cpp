@@ -25,29 +25,6 @@ constexpr char kSession[] = "/com/veltrisonix/obex/client/session0";
 constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
 constexpr char kOtherPath[] = "/com/veltrisonix/obex/client/session0/transfer1";
 
-/// The proxy that is the next to hear of a change.
-class ProxyThatHears {
-  public:
-    ProxyThatHears() : hook_(g_signal_add_emission_hook(Signal(), 0, Catch, this, nullptr)) {}
-    ProxyThatHears(const ProxyThatHears&) = delete;
-    ProxyThatHears& operator=(const ProxyThatHears&) = delete;
-    ~ProxyThatHears() { g_signal_remove_emission_hook(Signal(), hook_); }
-
-    GObject* Get() const { return proxy_; }
-
-  private:
-    static guint Signal() { return g_signal_lookup("g-properties-changed", G_TYPE_DBUS_PROXY); }
-
-    static gboolean Catch(GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* values,
-                          gpointer catcher) {
-        static_cast<ProxyThatHears*>(catcher)->proxy_ = G_OBJECT(g_value_get_object(values));
-        return TRUE;
-    }
-
-    gulong hook_;
-    GObject* proxy_ = nullptr;
-};
-
 class SessionContextTest : public ContextTest {
   protected:
     SessionContextTest() {
@@ -70,12 +47,18 @@ class SessionContextTest : public ContextTest {
 
     /// What is printed when the session's object has a property of this name, and announces it.
     std::string AnnouncedUnforeseen(const char* name) {
-        const ProxyThatHears session;
+        GObject* session = nullptr;
+        const auto find = [](GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* values,
+                             gpointer found) -> gboolean {
+            *static_cast<GObject**>(found) = G_OBJECT(g_value_get_object(values));
+            return FALSE;  // removes this hook
+        };
+        g_signal_add_emission_hook(g_signal_lookup("g-properties-changed", G_TYPE_DBUS_PROXY), 0,
+                                   find, &session, nullptr);
         Announced("Source", "'s'");
-        GParamSpec* const any =
-            g_object_class_find_property(G_OBJECT_GET_CLASS(session.Get()), "source");
+        GParamSpec* const any = g_object_class_find_property(G_OBJECT_GET_CLASS(session), "source");
         return Printed([&] {
-            g_signal_emit(session.Get(), g_signal_lookup("notify", G_TYPE_OBJECT),
+            g_signal_emit(session, g_signal_lookup("notify", G_TYPE_OBJECT),
                           g_quark_from_string(name), any);
         });
     }

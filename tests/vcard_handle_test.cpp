@@ -9,6 +9,8 @@
 namespace morvane {
 namespace {
 
+using namespace std::string_literals;
+
 const std::string kInvalidHandle =
     "Invalid handle entered: must be 8-char hex string or UUID prefixed with 'X-BT-UID:'";
 const std::string kInvalidUniqueId = "Invalid X-BT-UID entered";
@@ -26,63 +28,26 @@ std::string Outcome(const std::string& typed) {
     }
 }
 
-struct Row {
-    std::string typed;
-    std::string outcome;
-};
+// What the base-16 conversion accepts is accepted, and never rewritten.
+TEST(VcardHandleTest, SendsAsManyAsEightCharactersThatAreANumber) {
+    for (const std::string typed :
+         {"0", "1A", "1a", "0000001A", "FFFFFFFF", " 1A", "\t1A", "       1", "+1A", "-1",
+          "+1234567", "0x1a", "0X1A", "0x123456", " -0x1"})
+        EXPECT_EQ(Outcome(typed), "sent: " + typed + ".vcf");
+    for (const std::string& typed : {"000000001"s, "123456789"s, "        1"s, "+12345678"s,
+                                     "0x1234567"s, ""s, " "s, "-"s, "0x"s, "G"s, "1G"s, "1A "s,
+                                     "1A.vcf"s, "1 2"s, "1A\0"s, "\xC3\xA4"s, std::string(41, '0')})
+        EXPECT_EQ(Outcome(typed), kInvalidHandle) << testing::PrintToString(typed);
+}
 
-const Row kRows[] = {
-    {"0", "sent: 0.vcf"},
-    {"1A", "sent: 1A.vcf"},
-    {"1a", "sent: 1a.vcf"},
-    {"0000001A", "sent: 0000001A.vcf"},
-    {"FFFFFFFF", "sent: FFFFFFFF.vcf"},
-    {"000000001", kInvalidHandle},
-    {"123456789", kInvalidHandle},
-    {std::string(41, '0'), kInvalidHandle},
-    // What the base-16 conversion accepts is accepted, and never rewritten.
-    {" 1A", "sent:  1A.vcf"},
-    {"\t1A", "sent: \t1A.vcf"},
-    {"       1", "sent:        1.vcf"},
-    {"        1", kInvalidHandle},
-    {"+1A", "sent: +1A.vcf"},
-    {"-1", "sent: -1.vcf"},
-    {"+1234567", "sent: +1234567.vcf"},
-    {"+12345678", kInvalidHandle},
-    {"0x1a", "sent: 0x1a.vcf"},
-    {"0X1A", "sent: 0X1A.vcf"},
-    {"0x123456", "sent: 0x123456.vcf"},
-    {"0x1234567", kInvalidHandle},
-    {" -0x1", "sent:  -0x1.vcf"},
-    // No number.
-    {"", kInvalidHandle},
-    {" ", kInvalidHandle},
-    {"-", kInvalidHandle},
-    {"0x", kInvalidHandle},
-    {"G", kInvalidHandle},
-    {"1G", kInvalidHandle},
-    {"1A ", kInvalidHandle},
-    {"1A.vcf", kInvalidHandle},
-    {"1 2", kInvalidHandle},
-    {std::string("1A\0", 3), kInvalidHandle},
-    {"\xC3\xA4", kInvalidHandle},
-    // Of a unique ID only the length counts.
-    {UniqueId(32), "sent: " + UniqueId(32)},
-    {UniqueId(31), kInvalidUniqueId},
-    {UniqueId(33), kInvalidUniqueId},
-    {UniqueId(0), kInvalidUniqueId},
-    {"X-BT-UID:the rest is checked by the phone",
-     "sent: X-BT-UID:the rest is checked by the phone"},
-    // Without the exact prefix it is a handle.
-    {"x-bt-uid:" + std::string(32, 'A'), kInvalidHandle},
-    {"X-BT-UID", kInvalidHandle},
-    {"X-BT-UID " + std::string(32, 'A'), kInvalidHandle},
-    {" " + UniqueId(32), kInvalidHandle},
-};
-
-TEST(VcardHandleTest, IsSentOrRefused) {
-    for (const Row& row : kRows)
-        EXPECT_EQ(Outcome(row.typed), row.outcome) << testing::PrintToString(row.typed);
+TEST(VcardHandleTest, SendsUniqueIdsOfTheirLengthWithTheirPrefix) {
+    for (const std::string& typed : {UniqueId(32), "X-BT-UID:the rest is checked by the phone"s})
+        EXPECT_EQ(Outcome(typed), "sent: " + typed);
+    for (const std::size_t length : {0U, 31U, 33U})
+        EXPECT_EQ(Outcome(UniqueId(length)), kInvalidUniqueId) << length;
+    for (const std::string& typed : {"x-bt-uid:" + std::string(32, 'A'), "X-BT-UID"s,
+                                     "X-BT-UID " + std::string(32, 'A'), " " + UniqueId(32)})
+        EXPECT_EQ(Outcome(typed), kInvalidHandle) << typed;
     EXPECT_EQ(kMaxVcardHandleLength, UniqueId(32).size());
 }
 

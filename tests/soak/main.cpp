@@ -3,10 +3,10 @@
 
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
-#include "soak/footprint.h"
 #include "support/console.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
+#include "support/process_files.h"
 #include "support/temporary_directory.h"
 #include "support/text_form.h"
 
@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
 namespace morvane_test {
@@ -58,6 +59,32 @@ constexpr std::array kAnnouncements = {
                  [](std::size_t number) { return g_variant_new_uint64(number); }},
     Announcement{Announcement::Object::kPhone, simulator::kDeviceInterface, "Alias", Text},
 };
+
+/// What a process holds.
+struct Footprint {
+    std::size_t resident_kib;  ///< of memory, shared pages included
+    std::size_t descriptors;
+    std::size_t match_rules;  ///< with the bus
+
+    std::string Describe() const {
+        return std::to_string(resident_kib) + " KiB resident, " + std::to_string(descriptors) +
+               " descriptors, " + std::to_string(match_rules) + " match rules";
+    }
+};
+
+// The bus keeps count of what it does on behalf of each connection.
+std::size_t CountMatchRules(GDBusConnection* bus, const std::string& unique_name) {
+    morvane::ErrorPtr error;
+    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
+        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Debug.Stats",
+        "GetAllMatchRules", nullptr, G_VARIANT_TYPE("(a{sas})"), G_DBUS_CALL_FLAGS_NONE, -1,
+        nullptr, morvane::Out(error)));
+    if (!reply) throw std::runtime_error(error->message);
+    const morvane::VariantPtr all(g_variant_get_child_value(reply.get(), 0));
+    const morvane::VariantPtr rules(
+        g_variant_lookup_value(all.get(), unique_name.c_str(), G_VARIANT_TYPE_STRING_ARRAY));
+    return rules ? g_variant_n_children(rules.get()) : 0;
+}
 
 /// How a session ends that stands at its transfer's menu.
 struct Ending {
@@ -114,8 +141,9 @@ class Soak : public testing::Test {
         // What the tool has told the bus before a call has arrived when the call has.
         console_->TypeBytes("u\nsomebody\n");
         console_->Await(Prompt());
-        return MeasureFootprint(console_->ProcessId(), connection_.get(),
-                                daemon_.Calls().back().sender);
+        return {ReadProcessNumber(console_->ProcessId(), "status", "VmRSS:"),
+                CountDescriptors(console_->ProcessId()),
+                CountMatchRules(connection_.get(), daemon_.Calls().back().sender)};
     }
 
   private:
