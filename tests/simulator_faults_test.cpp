@@ -201,17 +201,6 @@ TEST_F(SimulatorFaults, NonsenseIsRefused) {
 
 class SimulatorOnTheBus : public SimulatorTest {};
 
-TEST_F(SimulatorOnTheBus, InstanceIsPartOfTheName) {
-    Options options = ByHand();
-    options.instance = "second";
-    Start(options);
-    EXPECT_EQ(daemon().BusName(), "com.veltrisonix.second");
-    EXPECT_EQ(client().Call("/", "org.freedesktop.DBus.Peer.Ping", "()", "com.veltrisonix.second"),
-              "()");
-    EXPECT_NE(client().Call("/", "org.freedesktop.DBus.Peer.Ping").find("ServiceUnknown"),
-              string::npos);
-}
-
 TEST_F(SimulatorOnTheBus, ReportsInOneLineWhyItCannotStart) {
     Start(ByHand());
     const auto failure = [](const string& address, const Options& options) -> string {

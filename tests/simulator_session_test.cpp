@@ -1,6 +1,7 @@
 #include "support/simulator_test.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace simulator {
 namespace {
@@ -11,23 +12,13 @@ constexpr char kArguments[] = "com.veltrisonix.Error.InvalidArguments: ";
 
 class SimulatorSession : public SimulatorTest {};
 
-TEST_F(SimulatorSession, DaemonShowsClientAndPhones) {
+TEST_F(SimulatorSession, IsCreatedAndRemovedWithAPhoneOfTheDaemons) {
     Start(Quick());
     const string objects =
         client().Call("/", "org.freedesktop.DBus.ObjectManager.GetManagedObjects");
     for (const string& path : {string("/com/veltrisonix/obex'"), string(kPhonePath)}) {
         EXPECT_NE(objects.find(path), string::npos) << objects;
     }
-    EXPECT_EQ(client().Get(kPhonePath, "Device1", "Address"), "(<'02:00:5E:10:00:01'>,)");
-    const std::vector<PhoneInfo> phones = daemon().Phones();
-    ASSERT_EQ(phones.size(), 3U);
-    EXPECT_EQ(phones[0].path, kPhonePath);
-    EXPECT_FALSE(phones[1].demands_authentication);
-    EXPECT_TRUE(phones[2].demands_authentication);
-}
-
-TEST_F(SimulatorSession, IsCreatedAndRemoved) {
-    Start(Quick());
     EXPECT_EQ(CreateSession(), "(objectpath '/com/veltrisonix/obex/client/session0',)");
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "ConnectionState"), "(<byte 0x05>,)");
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "Destination"), "(<'02:00:5E:10:00:01'>,)");
@@ -60,12 +51,18 @@ TEST_F(SimulatorSession, IsRefusedToStrangersAndForOtherServices) {
 
 TEST_F(SimulatorSession, OnePhoneDemandsUserIdAndPassword) {
     Start(Quick());
+    const std::vector<PhoneInfo> phones = daemon().Phones();
+    ASSERT_EQ(phones.size(), 3U);
+    EXPECT_EQ(phones[0].path, kPhonePath);
+    EXPECT_FALSE(phones[1].demands_authentication);
+    EXPECT_TRUE(phones[2].demands_authentication);
+    const string address = phones[2].address;
     const string refusal = "com.veltrisonix.Error.NotAuthorized: Wrong OBEX user id or password";
-    EXPECT_EQ(CreateSession("02:00:5E:10:00:03"), refusal);
+    EXPECT_EQ(CreateSession(address), refusal);
     client().Call(kClientPath, "obex.Client1.SetUserId", "('engineer',)");
-    EXPECT_EQ(CreateSession("02:00:5E:10:00:03"), refusal);
+    EXPECT_EQ(CreateSession(address), refusal);
     client().Call(kClientPath, "obex.Client1.SetPassword", "('1234',)");
-    EXPECT_EQ(CreateSession("02:00:5E:10:00:03"), "(objectpath '" + string(kSession) + "',)");
+    EXPECT_EQ(CreateSession(address), "(objectpath '" + string(kSession) + "',)");
 }
 
 TEST_F(SimulatorSession, SelectsWhatThereIsAndKeepsTheSelectionOtherwise) {
@@ -213,19 +210,20 @@ TEST_F(SimulatorSession, ScriptedDeviceHasExactlyItsProperties) {
 TEST_F(SimulatorSession, DeviceAnswersItsMethods) {
     Start(ByHand());
     CreateSession();
-    client().TakeSignals();
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.Disconnect"),
-              "com.veltrisonix.Error.NotConnected: Device is not connected");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.Connect"), "()");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.SetSniffModeTimer",
-                            "(uint16 9, uint16 5, uint16 1, uint16 1, uint32 77)"),
-              "()");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.GetSniffModeTimer"), "(uint32 77,)");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.ClearSniffModeTimer"), "()");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.GetSniffModeTimer"), "(uint32 0,)");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.ConnectProfile", "('1234',)"),
-              "com.veltrisonix.Error.NotSupported: No such service: 1234");
-    EXPECT_EQ(client().Call(kPhonePath, "Device1.Disconnect"), "()");
+    const std::tuple<const char*, const char*, const char*> calls[] = {
+        {"Disconnect", "()", "com.veltrisonix.Error.NotConnected: Device is not connected"},
+        {"Connect", "()", "()"},
+        {"SetSniffModeTimer", "(uint16 9, uint16 5, uint16 1, uint16 1, uint32 77)", "()"},
+        {"GetSniffModeTimer", "()", "(uint32 77,)"},
+        {"ClearSniffModeTimer", "()", "()"},
+        {"GetSniffModeTimer", "()", "(uint32 0,)"},
+        {"ConnectProfile", "('1234',)",
+         "com.veltrisonix.Error.NotSupported: No such service: 1234"},
+        {"Disconnect", "()", "()"},
+    };
+    for (const auto& [method, arguments, reply] : calls) {
+        EXPECT_EQ(client().Call(kPhonePath, string("Device1.") + method, arguments), reply);
+    }
     EXPECT_TRUE(daemon().Sessions().empty());
 }
 
