@@ -62,7 +62,7 @@ target_link_libraries(morvane-hardening INTERFACE morvane-size)
 add_library(morvane-static-runtime INTERFACE)
 if(MORVANE_STATIC_RUNTIME AND NOT MORVANE_SANITIZER)
     include(CheckCXXSourceCompiles)
-    set(CMAKE_REQUIRED_LINK_OPTIONS -static-libstdc++ -static-libgcc)
+    set(CMAKE_REQUIRED_LINK_OPTIONS -static-libstdc++ -static-libgcc -pthread)
     check_cxx_source_compiles("#include <thread>\nint main() { std::thread([] { throw 1; }).join(); }"
                               MORVANE_HAS_STATIC_RUNTIME)
     unset(CMAKE_REQUIRED_LINK_OPTIONS)
