@@ -191,7 +191,7 @@ struct Menu {
     const char* name;
     const char* item;  ///< in the man page
     const char* row;   ///< in the README
-    std::string (*text)();
+    PromptId id;
     bool shows_some;  ///< the documents name but a few of its keys
 };
 
@@ -202,7 +202,7 @@ void PrintTo(const Menu& menu, std::ostream* stream) {
 class Menus : public testing::TestWithParam<Menu> {
   protected:
     void ExpectKeys(const Names& named) const {
-        const Names keys = FindNames(AsSeen(GetParam().text()), "\n (\\w)\\) ");
+        const Names keys = FindNames(AsSeen(MenuOf(GetParam().id)), "\n (\\w)\\) ");
         ASSERT_FALSE(named.empty());
         const bool fits = GetParam().shows_some
                               ? std::includes(keys.begin(), keys.end(), named.begin(), named.end())
@@ -231,10 +231,11 @@ TEST_P(Menus, HaveTheKeysOfTheReadme) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, Menus,
-    testing::Values(Menu{"Main", "Main menu", "main", MainMenu, false},
-                    Menu{"Phonebook", "Phonebook menu", "phonebook", PhonebookMenu, false},
-                    Menu{"Filter", "Filter menu", "filter", PullAllFilterMenu, true},
-                    Menu{"Transfer", "Transfer menu", "transfer", TransferMenu, false}),
+    testing::Values(Menu{"Main", "Main menu", "main", PromptId::kMain, false},
+                    Menu{"Phonebook", "Phonebook menu", "phonebook", PromptId::kPhonebookMenu,
+                         false},
+                    Menu{"Filter", "Filter menu", "filter", PromptId::kPullAllFilters, true},
+                    Menu{"Transfer", "Transfer menu", "transfer", PromptId::kTransfer, false}),
     [](const auto& menu) { return menu.param.name; });
 
 // The rules of a distribution's system bus that matter here, and those of a daemon's package:

@@ -83,7 +83,7 @@ class FaultMatrix : public PlaceTest, public testing::WithParamInterface<Cell> {
 
   protected:
     const Place& At() const { return *GetParam().place; }
-    std::string Line() const { return GetParam().fault->in_a_call ? At().call.line : At().line; }
+    std::string Line() const { return GetParam().fault->in_a_call ? At().call.line : At().answer; }
     std::string Removed(const std::string& path) const;
     std::string Found(const std::string& text) const;
     void ExpectLossOfTheDaemon();
@@ -161,7 +161,7 @@ void FaultMatrix::UseEmptyTransferPath() {
 
 // At the choice of a device it is still held: its session could not be removed.
 void FaultMatrix::HoldATransfer() {
-    const bool held = At().base == Base::kMainMenu;
+    const bool held = !InSession(At().id);
     if (held) {
         OpenSelectedSession();
         daemon().Refuse("RemoveSession", kFailed, "no", 1);
@@ -170,13 +170,13 @@ void FaultMatrix::HoldATransfer() {
     PullAll(std::string(1000, 'x'));
     if (!held) {
         Type("x");
-        Await(Prompt("/Phonebook Menu"));
-        if (!At().call.answer.empty()) daemon().Reply(At().call.method, Value(At().call.answer));
+        Await(Prompt(kPhonebookMenu));
+        if (!At().call.reply.empty()) daemon().Reply(At().call.method, Value(At().call.reply));
         return;
     }
     daemon().Refuse("RemoveSession", kFailed, "no", 1);
     daemon().SetConnectionState(kFirstSession, 3);
-    ExpectQuiet("/Transfer Menu");
+    ExpectQuiet(kTransferMenu);
     Type("s");
     Await(Red("Remove Session failed " + kRefusedCall + "\n") + Prompt());
 }
@@ -275,7 +275,7 @@ void FaultMatrix::FloodWithNotices() {
     daemon().Flood(kPhonePath, simulator::kDeviceInterface, "Alias", kFlood, [&](std::size_t i) {
         return g_variant_new_string(i + 1 == kFlood ? last.c_str() : "another");
     });
-    if (At().InSession()) {
+    if (InSession(At().id)) {
         std::string notices;
         for (std::size_t i = 0; i < kFlood; ++i)
             notices +=
@@ -306,7 +306,7 @@ std::string Lost(const Place& place) {
 }
 
 std::string Failure(const Place& place, const std::string& message) {
-    return Red(place.call.failure + message + "\n") + Prompt(place.call.segment);
+    return Red(place.call.failure + message + "\n") + Prompt(place.call.next);
 }
 
 std::string Refused(const Place& place) {
@@ -319,7 +319,7 @@ std::string TimedOut(const Place& place) {
 
 std::string WrongReply(const Place& place) {
     return Failure(place, "Method “" + place.call.method + "” returned type “(u)”, but expected “" +
-                              place.call.reply + "”");
+                              place.call.reply_type + "”");
 }
 
 std::string NoClient(const Place& /*place*/) {
@@ -365,7 +365,7 @@ std::string NamelessDevice(const Place& /*place*/) {
 }
 
 std::string BareSession(const Place& /*place*/) {
-    return UnknownSession("Connected") + Prompt("/Phonebook Menu");
+    return UnknownSession("Connected") + Prompt(kPhonebookMenu);
 }
 
 std::string NoStatus(const Place& place) {
@@ -373,7 +373,7 @@ std::string NoStatus(const Place& place) {
 }
 
 std::string BareTransfer(const Place& /*place*/) {
-    return Prompt("/Transfer Menu");
+    return Prompt(kTransferMenu);
 }
 
 void FaultMatrix::ExpectAbort() {
@@ -386,17 +386,13 @@ void FaultMatrix::ExpectAbort() {
 void FaultMatrix::ExpectReplacementInAFlood() {
     Await(Normal("Session Connected\n"));
     Await(Normal("Removing: " + PulledPhonebook() + "\n"));
-    Await(Prompt("/Phonebook Menu"));
+    Await(Prompt(kPhonebookMenu));
     flood_.get();
-    ExpectQuiet("/Phonebook Menu");
+    ExpectQuiet(kPhonebookMenu);
 }
 
 const Names kCredentials = {"UserId", "Password"};
 const Names kOutsideSessions = {"MainMenu", "DeviceChoice", "UserId", "Password"};
-const Names kInSessions = {"ProfileMenu", "Location",    "PhoneBook",   "Handle", "PullAllFilters",
-                           "PullFilters", "ListFilters", "SizeFilters", "Format", "Order",
-                           "Field",       "Selector",    "MaxCount",    "Offset", "SearchField",
-                           "SearchValue", "TransferMenu"};
 const Names kWithoutCalls = {"Location", "Format",   "Order",  "Field",
                              "Selector", "MaxCount", "Offset", "SearchField"};
 const Names kPulls = {"PullAllFilters", "PullFilters"};
@@ -407,7 +403,7 @@ const Expectation kExpectations[] = {
     {{"DaemonLeaves", "ClientRemoved"}, {"MainMenu"}, NoClient},
     {{"DaemonLeaves", "ClientRemoved"}, kAllPlaces, Lost},
     {{"DaemonRestarts", "ClientReplaced"}, kOutsideSessions, AsEver, Sends::kItsCall},
-    {{"DaemonRestarts", "ClientReplaced"}, kInSessions, Lost},
+    {{"DaemonRestarts", "ClientReplaced"}, kAllPlaces, Lost},
 
     {{"DeviceRemoved"}, {"MainMenu"}, NoDevices},
     {{"DeviceRemoved"}, {"DeviceChoice"}, InvalidDevice},
@@ -422,10 +418,10 @@ const Expectation kExpectations[] = {
      {"PullFilters"},
      LostInTheCallWithTheSession,
      Sends::kItsCall},
-    {{"DeviceRemoved", "SessionGone"}, kInSessions, LostWithTheSession},
+    {{"DeviceRemoved", "SessionGone"}, kAllPlaces, LostWithTheSession},
     {{"ConnectionLost"}, {"PullFilters"}, LostInTheCall, Sends::kItsCall},
     {{"ConnectionLost"}, {"TransferMenu"}, LostAndFileRemoved},
-    {{"ConnectionLost"}, kInSessions, Lost},
+    {{"ConnectionLost"}, kAllPlaces, Lost},
 
     {{"CallRefused", "CallHangs", "ReplyOfWrongType"},
      kWithoutCalls,
@@ -452,7 +448,7 @@ const Expectation kExpectations[] = {
      &FaultMatrix::ExpectAbort},
     {{"PropertyInvalidated"}, {"TransferMenu"}, NoStatus},
     {{"PropertyInvalidated"}, {"PullFilters"}, LostInTheCall, Sends::kItsCall},
-    {{"PropertyInvalidated"}, kInSessions, Lost},
+    {{"PropertyInvalidated"}, kAllPlaces, Lost},
     {{"PropertyOfWrongType"}, kAllPlaces, AsEver, Sends::kItsCall},
     {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, {"MainMenu"}, NamelessDevice},
     {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"},

@@ -293,7 +293,7 @@ TEST_F(FilterDictionaries, AreFilledWithoutAWord) {
                                 ValuePrompt("/Select vCard Selector Filter");
     OpenPhonebook(kPullAll);
     Type("a");
-    Expect(PullAllFilterMenu() + kFilterPrompt);
+    Expect(Asking(PromptId::kPullAllFilters));
     for (const std::string key : {"m", "a", "r", "i", "j", "u"}) {
         SCOPED_TRACE(key);
         Type(key);

@@ -18,29 +18,6 @@ const std::string kFilterPrompt = Prompt("/Filter Menu");
 const std::string kRefused =
     Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Failed: enough\n");
 
-// An operation and the filter menu in front of it.
-struct Operation {
-    std::string method;
-    std::vector<std::string> opening;  // typed from the phone book menu's prompt on
-    std::string keys;                  // offered
-    std::string (*menu)();
-    std::string without_filters;  // its arguments
-};
-
-const std::string kPullAllKeys = "fcomarsijklud";
-const std::string kListKeys = "rcomijklud";
-const std::string kSizeKeys = "mijklud";
-const std::string kNoFilters = "(@a{sv} {},)";
-
-const Operation kOperations[] = {
-    {"PullAll", {"a"}, kPullAllKeys, PullAllFilterMenu, "('/tmp/phonebook.vcf', @a{sv} {})"},
-    {"Pull", {"p", "1"}, "farsd", PullFilterMenu, "('1.vcf', '/tmp/card.vcf', @a{sv} {})"},
-    {"List", {"l"}, kListKeys, ListFilterMenu, kNoFilters},
-    {"Search", {"o", "0", ""}, kListKeys, ListFilterMenu, "('name', '', @a{sv} {})"},
-    {"GetSizePhonebook", {"m"}, kSizeKeys, SizeFilterMenu, kNoFilters},
-    {"GetSizeListing", {"n"}, kSizeKeys, SizeFilterMenu, kNoFilters},
-};
-
 class FilterMenu : public ConversationTest, public testing::WithParamInterface<Operation> {
   protected:
     // In every operation's way stands a daemon that refuses it, which costs the least time.
@@ -52,21 +29,21 @@ class FilterMenu : public ConversationTest, public testing::WithParamInterface<O
 
     // The menu is about to be drawn, or what stands in its way.
     void Begin(Here here = Here::Now()) {
-        for (const std::string& line : GetParam().opening) {
-            if (&line != &GetParam().opening.front()) Await(Red(" ? "), here);
+        for (const std::string& line : GetParam().lines) {
+            if (&line != &GetParam().lines.front()) Await(Red(" ? "), here);
             Type(line, here);
         }
     }
 
     void OpenMenu(Here here = Here::Now()) {
         Begin(here);
-        Expect(GetParam().menu() + kFilterPrompt, here);
+        Expect(Asking(*GetParam().filters), here);
     }
 
     void FinishWithoutFilters(Here here = Here::Now()) {
         Type("d", here);
         Expect(kRefused + kPhonebookPrompt, here);
-        ExpectCall(GetParam().method, GetParam().without_filters, here);
+        ExpectCall(GetParam().method, GetParam().arguments, here);
     }
 };
 
@@ -76,7 +53,7 @@ TEST_P(FilterMenu, ShowsItsKeysAtOnceAndOnHelp) {
     for (const std::string word : {"h", "help", "  h please"}) {
         SCOPED_TRACE(word);
         Type(word);
-        Expect(GetParam().menu() + kFilterPrompt);
+        Expect(Asking(*GetParam().filters));
     }
     FinishWithoutFilters();
 }
@@ -101,9 +78,11 @@ TEST_P(FilterMenu, ShowsWhatHappensMeanwhile) {
 }
 
 TEST_P(FilterMenu, OffersNoOtherKey) {
+    const std::vector<KeyRow> keys = KeysOf(*GetParam().filters);
     std::string others = "QX0?%";
-    for (const char key : std::string("abcdefgijklmnopqrstuvwxyz")) {
-        const bool offered = GetParam().keys.find(key) != std::string::npos;
+    for (const char key : std::string("abcdefghijklmnopqrstuvwxyz")) {
+        const bool offered = std::any_of(keys.begin(), keys.end(),
+                                         [key](const KeyRow& row) { return row.key == key; });
         others += offered ? static_cast<char>(std::toupper(key)) : key;
     }
     OpenPhonebook();
@@ -122,7 +101,7 @@ TEST_P(FilterMenu, TakesAKeyOfAMegabyte) {
     Type(std::string(1 << 20, 'z'));
     Expect(Red("Invalid Selection\n") + kFilterPrompt);
     Type(std::string(1 << 20, ' ') + "h");
-    Expect(GetParam().menu() + kFilterPrompt);
+    Expect(Asking(*GetParam().filters));
     EXPECT_LT(console().CpuTime(), Stretched(milliseconds(5000)));
 }
 
@@ -162,7 +141,7 @@ TEST_P(FilterMenu, IsNotShownWhenTheFieldsAreRefused) {
     FinishWithoutFilters();
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations, FilterMenu, testing::ValuesIn(kOperations),
+INSTANTIATE_TEST_SUITE_P(Operations, FilterMenu, testing::ValuesIn(FilteredOperations()),
                          [](const auto& row) { return row.param.method; });
 
 }  // namespace

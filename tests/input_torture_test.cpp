@@ -134,7 +134,7 @@ TEST_P(InputTorture, HangUpUnderNohup) {
 TEST_P(InputTorture, ClosedOutput) {
     ReachPlace(Pipes());
     console().CloseOutput();
-    Type(GetParam().line);
+    Type(GetParam().answer);
     Type("");
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
@@ -147,7 +147,7 @@ TEST_P(InputTorture, ControlC) {
     EXPECT_FALSE(console().HasEnded());
     if (!GetParam().call.method.empty())
         daemon().Refuse(GetParam().call.method, "com.veltrisonix.Error.Failed", "no", 1);
-    Type(GetParam().line);
+    Type(GetParam().answer);
     ExpectOutput(OutputAfterControlC());
     ExpectEnd();
 }
@@ -159,7 +159,7 @@ TEST_P(InputTorture, BlankLineAfterControlC) {
     PressControlC();
     Type("");
     if (place.asks != Asks::kText) {
-        Expect(place.StandingPrompt());
+        Expect(Prompt(place.id));
         if (place.asks == Asks::kNumber) {
             Type("z");
             ExpectOutput(place.nonsense);
@@ -182,7 +182,7 @@ TEST_P(InputTorture, ControlCTwice) {
 TEST_P(InputTorture, LineTypedWhileStopped) {
     ReachPlace();
     console().Signal(SIGSTOP);
-    Type(GetParam().line);
+    Type(GetParam().answer);
     console().Signal(SIGCONT);
     ExpectOutput(GetParam().output);
     ExpectLittleWork();
@@ -200,7 +200,7 @@ TEST_P(InputTorture, LineOfFourMegabytes) {
 
 TEST_P(InputTorture, NonBlockingTerminal) {
     ReachPlace(NonBlocking({}));
-    Type(GetParam().line);
+    Type(GetParam().answer);
     ExpectOutput(GetParam().output);
     ExpectLittleWork();
 }
@@ -232,11 +232,11 @@ TEST_P(InputTorture, LineWithoutEnd) {
 TEST_P(InputTorture, TypedAhead) {
     StartPlaceDaemon(GetParam());
     Start(Pipes());
-    std::string lines = GetParam().base == Base::kMainMenu ? "" : "c\n0\n";
-    if (GetParam().base == Base::kSelected) lines += "s\n0\n0\n";
-    for (const Step& step : GetParam().opening) lines += step.line + "\n";
-    console().TypeBytes(lines + GetParam().line + "\n");
-    Await(GetParam().StandingPrompt() + GetParam().output);
+    std::string lines = InSession(GetParam().id) ? "c\n0\n" : "";
+    if (NeedsSelection(GetParam().id)) lines += "s\n0\n0\n";
+    for (const Answer& answer : GetParam().opening) lines += answer.line + "\n";
+    console().TypeBytes(lines + GetParam().answer + "\n");
+    Await(Prompt(GetParam().id) + GetParam().output);
 }
 
 INSTANTIATE_TEST_SUITE_P(, InputTorture, testing::ValuesIn(Places()),

@@ -40,7 +40,7 @@ TEST_F(MainMenuTest, HelpShowsTheKeys) {
     StartWithoutDevices();
     for (const std::string word : {"h", "help", " h", "h please"}) {
         Type(word);
-        Expect(MainMenu() + Prompt());
+        Expect(MenuOf(PromptId::kMain) + Prompt());
     }
 }
 
@@ -48,7 +48,7 @@ TEST_F(MainMenuTest, ReadsAsAConversationOnAPersonsTerminal) {
     StartDaemon();
     Start(Wired(Wiring::kPersonsTerminal));
     Type("help");
-    Expect("help\n" + MainMenu() + Prompt());
+    Expect("help\n" + MenuOf(PromptId::kMain) + Prompt());
     Type("z");
     Expect("z\n" + kInvalidSelection + Prompt());
 }
@@ -96,7 +96,7 @@ TEST_F(MainMenuTest, ClientThatLeftIsNotAvailable) {
     Expect(kNoClient + Prompt());
     ReturnClient();
     Type("h");
-    Expect(MainMenu() + Prompt());
+    Expect(MenuOf(PromptId::kMain) + Prompt());
 }
 
 TEST_F(MainMenuTest, ListWithoutDevicesIsTheFrameAlone) {

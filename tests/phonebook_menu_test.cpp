@@ -34,7 +34,7 @@ TEST_F(PhonebookMenuTest, IsShownOnlyWhenAskedFor) {
     OpenSession();
     for (const char* const line : {"h", "help", "  \thx"}) {
         Type(line);
-        Expect(PhonebookMenu() + Prompt(kMenu));
+        Expect(MenuOf(PromptId::kPhonebookMenu) + Prompt(kMenu));
     }
 }
 
@@ -107,7 +107,7 @@ TEST_F(PhonebookMenuTest, ExitClosesTheSession) {
     Expect(Prompt());
     ExpectCall("RemoveSession", "(objectpath '" + session + "',)");
     Type("h");
-    Expect(MainMenu() + Prompt());
+    Expect(MenuOf(PromptId::kMain) + Prompt());
     EXPECT_EQ(CountCalls("RemoveSession"), 1U);
 }
 

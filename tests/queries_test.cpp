@@ -238,7 +238,7 @@ TEST_F(PhonebookQuery, FilterFieldsBelongToTheSession) {
     OpenSelectedSession();
     daemon().Reply("ListFilterFields", Value("(['EMAIL'],)"));
     Type("m");
-    Expect(SizeFilterMenu() + Prompt("/Filter Menu"));
+    Expect(Asking(PromptId::kSizeFilters));
     Type("k");
     Expect(Heading("Select a Filter Field") + Choices({"EMAIL"}) +
            ValuePrompt("/Select Filter Field"));

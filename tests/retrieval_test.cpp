@@ -44,9 +44,9 @@ class RetrievalTest : public ConversationTest {
 
     // From the phone book menu to the filter menu of the pull that `key` starts.
     void AskForFilters(const std::string& key, Here here = Here::Now()) {
-        if (key == "a") return Answer("a", PullAllFilterMenu() + Prompt(kFilters), here);
+        if (key == "a") return Answer("a", Asking(PromptId::kPullAllFilters), here);
         AskForHandle(here);
-        Answer("1A", PullFilterMenu() + Prompt(kFilters), here);
+        Answer("1A", Asking(PromptId::kPullFilters), here);
     }
 
     // Replies that fix every byte; there is no object behind the transfer.
@@ -74,7 +74,7 @@ TEST_F(RetrievalTest, PullsTheWholePhonebook) {
     ExpectCall("com.veltrisonix.obex.PhonebookAccess1.PullAll",
                "('/tmp/phonebook.vcf', @a{sv} {})");
     EXPECT_EQ(daemon().Calls().back().path, Session());
-    Answer("h", TransferMenu() + Prompt(kTransfers));
+    Answer("h", MenuOf(PromptId::kTransfer) + Prompt(kTransfers));
     Answer("x", kLeftTransfer);
 }
 
@@ -86,7 +86,7 @@ TEST_F(RetrievalTest, PullsOneCard) {
     ExpectCall("com.veltrisonix.obex.PhonebookAccess1.Pull",
                "('1A.vcf', '/tmp/card.vcf', @a{sv} {})");
     EXPECT_EQ(daemon().Calls().back().path, Session());
-    Answer("h", TransferMenu() + Prompt(kTransfers));
+    Answer("h", MenuOf(PromptId::kTransfer) + Prompt(kTransfers));
     Answer("x", kLeftTransfer);
 }
 
@@ -151,7 +151,7 @@ TEST_F(RetrievalTest, SendsTheHandleAsItWasTyped) {
          "'X-BT-UID:?Thirty-one more characters,ä?\?'"}};
     for (const auto& [typed, sent] : handles) {
         AskForHandle();
-        Answer(typed, PullFilterMenu() + Prompt(kFilters));
+        Answer(typed, Asking(PromptId::kPullFilters));
         Answer("d", Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
                         "No such card\n") +
                         Prompt(kMenu));
@@ -240,7 +240,7 @@ TEST_F(RetrievalTest, LeavesTheRegistryFreeWhileItAsks) {
     OpenSelected();
     AskForHandle();
     ExpectQuiet(kHandle);
-    Answer("1", PullFilterMenu() + Prompt(kFilters));
+    Answer("1", Asking(PromptId::kPullFilters));
     ExpectQuiet(kFilters);
 }
 
@@ -339,7 +339,7 @@ TEST_F(RetrievalTest, TakesAnUnterminatedHandle) {
     AskForHandle();
     console().TypeBytes("1A");
     console().CloseInput();
-    Expect(PullFilterMenu() + Prompt(kFilters) + Red("Invalid Selection\n") + Prompt(kMenu));
+    Expect(Asking(PromptId::kPullFilters) + Red("Invalid Selection\n") + Prompt(kMenu));
     ExpectExit(0);
     EXPECT_EQ(CountPulls(), 0U);
 }

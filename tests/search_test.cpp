@@ -19,7 +19,7 @@ const std::string kSessionLost = Red("Phonebook Access Proxy is invalid\n");
 const std::string kResult = Heading("vCard Listing") + Lines({" 1.vcf\tAda"});
 
 std::string FilterQuestion() {
-    return ListFilterMenu() + Prompt("/Filter Menu");
+    return Asking(PromptId::kListFilters);
 }
 
 class Search : public ConversationTest {

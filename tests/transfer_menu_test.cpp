@@ -152,8 +152,8 @@ TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
 TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
     console().TypeBytes("s\nS\nh\nx\nx\nl\n");
     Expect(Normal("Transfer Status: queued\n") + Prompt(kMenu) + Red("Invalid Selection\n") +
-           Prompt(kMenu) + TransferMenu() + Prompt(kMenu) + Removing() + Prompt(kProfileMenu) +
-           Prompt() + Stars());
+           Prompt(kMenu) + MenuOf(PromptId::kTransfer) + Prompt(kMenu) + Removing() +
+           Prompt(kProfileMenu) + Prompt() + Stars());
 }
 
 class TransferMenuQuitTest : public TransferMenuTest,

@@ -1,43 +1,13 @@
 #pragma once
 
 #include "sessions/dice.h"
+#include "support/menus.h"
 
 #include <set>
 #include <string>
 #include <vector>
 
 namespace morvane_test {
-
-/// Where the tool asks for something.
-enum class Place {
-    kMain,
-    kDevice,
-    kUserId,
-    kPassword,
-    kProfile,
-    kLocation,
-    kPhonebook,
-    kSearchField,
-    kSearchValue,
-    kHandle,
-    kPullAllFilter,
-    kPullFilter,
-    kListFilter,
-    kSizeFilter,
-    kFormat,
-    kOrder,
-    kMaxCount,
-    kOffset,
-    kField,
-    kSelectorFilter,
-    kTransfer,
-    kCancelled,
-};
-
-/// What follows the title in the place's prompt.
-const char* SegmentOf(Place place);
-/// All that can follow it.
-std::vector<std::string> AllSegments();
 
 /// An operator who draws lines that lead deep into the menus, and others. Where the tool will be
 /// after a line is forecast and not looked up, so that the lines depend on the dice alone; a
@@ -66,9 +36,9 @@ class Operator {
     void ExpectNoFailures() { failing_.clear(); }
 
   private:
-    Place Now() const { return places_.back(); }
-    unsigned PastOf(Place place) const;
-    bool Fails(Place place) const;
+    PromptId Now() const { return prompts_.back(); }
+    unsigned PastOf(PromptId prompt) const;
+    bool Fails(PromptId prompt) const;
     std::string DrawApt();
     std::string DrawKey();
     std::string DrawNumber();
@@ -79,12 +49,12 @@ class Operator {
     void Forecast(const std::string& line);
     void ForecastKey(char key);
     void ForecastNumber(const std::string& line);
-    void Finish(Place next, bool goes_back);
+    void Finish(PromptId next, bool goes_back);
 
     Dice& dice_;
     bool on_terminal_;
     unsigned phones_;
-    std::vector<Place> places_ = {Place::kMain};
+    std::vector<PromptId> prompts_ = {PromptId::kMain};
     bool selected_ = false;
     bool session_lost_ = false;
     bool client_is_there_ = true;

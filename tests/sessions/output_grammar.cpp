@@ -1,6 +1,6 @@
 #include "sessions/output_grammar.h"
 
-#include "sessions/operator_lines.h"
+#include "support/menus.h"
 #include "support/messages.h"
 #include "support/text_form.h"
 
@@ -73,10 +73,10 @@ class Reader {
     }
 
     static bool IsPath(std::string_view text) {
-        static const std::vector<std::string> segments = AllSegments();
         return text.substr(0, kTitle.size()) == kTitle &&
-               std::find(segments.begin(), segments.end(), text.substr(kTitle.size())) !=
-                   segments.end();
+               std::any_of(Prompts().begin(), Prompts().end(), [text](const PromptRow& row) {
+                   return row.segment == text.substr(kTitle.size());
+               });
     }
 
     bool StartsMarker() const {

@@ -12,6 +12,7 @@
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
 #include "support/console.h"
+#include "support/menus.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
 #include "support/temporary_directory.h"

@@ -1,7 +1,6 @@
 #include "support/messages.h"
 
 #include <cstddef>
-#include <iterator>
 
 namespace morvane_test {
 namespace {
@@ -11,28 +10,6 @@ constexpr std::size_t kFrameWidth = 53;
 
 std::string Message(const char* colour, const std::string& text) {
     return colour + text + kResetSequence;
-}
-
-// A menu is groups of lines between dashes, framed by stars.
-std::string Menu(const std::vector<std::vector<std::string>>& groups) {
-    std::string menu;
-    for (const auto& group : groups) menu += (menu.empty() ? Stars() : Dashes()) + Lines(group);
-    return menu + Stars();
-}
-
-std::string FilterMenu(const std::string& title, std::vector<std::string> keys) {
-    keys.emplace_back(" d) Done");
-    return Menu({{" " + title}, keys, {" h) Help"}});
-}
-
-constexpr const char* kSelectorKeys[] = {
-    " i) Add all vCard Selector Fields", " j) Remove all vCard Selector Fields",
-    " k) Set Single vCard Selector Field", " l) Set vCard Selector Filter",
-    " u) Unset vCard Selector Filters"};
-
-std::vector<std::string> WithSelectorKeys(std::vector<std::string> keys) {
-    keys.insert(keys.end(), std::begin(kSelectorKeys), std::end(kSelectorKeys));
-    return keys;
 }
 
 }  // namespace
@@ -92,53 +69,6 @@ std::string Banner() {
     return Green("\n") + Stars() + Green("********************** Vantor **********************\n") +
            Stars() + Green("* Type 'help' for Menu Options, or 'quit' to Exit   *\n") + Stars() +
            Green("\n");
-}
-
-std::string MainMenu() {
-    return Menu({{" c) Create Session", " r) Remove Session", " l) List Devices",
-                  " u) Set OBEX User Id", " p) Set OBEX Password", " h) Help"},
-                 {" q) Quit"}});
-}
-
-std::string PhonebookMenu() {
-    return Menu({{" s) Select Phonebook", " a) Pull Phonebook", " p) Pull Phonebook Entry",
-                  " l) List vCards in Phonebook", " o) Search Phonebook",
-                  " g) Get Phonebook Size (No Filters)", " m) Get Size Phonebook",
-                  " n) Get Size Listing", " u) Update Version", " f) List Filter Fields"},
-                 {" h) Help"},
-                 {" x) Exit this Menu", " q) Quit"}});
-}
-
-std::string TransferMenu() {
-    return Menu({{" c) Cancel Download", " d) Display download file", " s) Show Status",
-                  " p) Suspend transfer", " r) Resume transfer"},
-                 {" h) Help"},
-                 {" x) Exit this Menu", " q) Quit"}});
-}
-
-std::string PullAllFilterMenu() {
-    return FilterMenu(
-        "Select Optional PullAll Filters",
-        WithSelectorKeys({" f) Format", " c) MaxCount", " o) Offset", " m) Reset New Missed Calls",
-                          " a) Add all Filter Fields", " r) Remove all Filter Fields",
-                          " s) Select Single Filter Field"}));
-}
-
-std::string PullFilterMenu() {
-    return FilterMenu("Select Optional Pull Filters",
-                      {" f) Format", " a) Add all Filter Fields", " r) Remove all Filter Fields",
-                       " s) Select Single Filter Field"});
-}
-
-std::string ListFilterMenu() {
-    return FilterMenu("Select Optional List Filters",
-                      WithSelectorKeys({" r) Order", " c) MaxCount", " o) Offset",
-                                        " m) Reset New Missed Calls"}));
-}
-
-std::string SizeFilterMenu() {
-    return FilterMenu("Select Optional Size Filters",
-                      WithSelectorKeys({" m) Reset New Missed Calls"}));
 }
 
 std::string DeviceList(const std::vector<std::string>& devices) {

@@ -42,15 +42,8 @@ std::string Lines(const std::vector<std::string>& texts);
 /// What stands above the prompt of a text.
 std::string TextBox(const std::string& title);
 
-// Whole blocks.
-std::string Banner();         ///< the first thing that the main menu prints
-std::string MainMenu();       ///< what "h" prints there
-std::string PhonebookMenu();  ///< what "h" prints in a session
-std::string TransferMenu();   ///< what "h" prints while a transfer is followed
-std::string PullAllFilterMenu();
-std::string PullFilterMenu();
-std::string ListFilterMenu();  ///< of listings and searches
-std::string SizeFilterMenu();
+// Whole blocks; the menus are in support/menus.h.
+std::string Banner();  ///< the first thing that the main menu prints
 
 // Devices are given as "address | alias".
 std::string DeviceList(const std::vector<std::string>& devices);  ///< what "l" prints

@@ -1,11 +1,11 @@
 #include "support/places.h"
 
+#include <algorithm>
+
 namespace morvane_test {
 namespace {
 
-constexpr char kProfile[] = "/Phonebook Menu";
-constexpr char kFilters[] = "/Filter Menu";
-constexpr char kTransfers[] = "/Transfer Menu";
+using Id = PromptId;
 
 const std::string kClientLost = Red("Client Proxy is invalid\n");
 const std::string kSessionLost = Red("Phonebook Access Proxy is invalid\n");
@@ -16,259 +16,125 @@ const std::string kInvalidHandle =
 const std::string kRemoving = Normal("Removing: <directory>/phonebook.vcf\n");
 const std::string kCallFailed = "Remote Call failed: ";
 
-const PlaceProperty kNoProperty = {};
-const PlaceProperty kState = {kFirstSession, simulator::kSessionInterface, "ConnectionState", "",
-                              ""};
-const PlaceCall kNoCall = {};
-
-PlaceProperty OfThePhone(const std::string& name) {
-    return {kPhonePath, simulator::kDeviceInterface, name, "", ""};
-}
-
-std::string ChoicesOf(const std::string& title, const std::vector<std::string>& choices,
-                      const std::string& segment) {
-    return Heading(title) + Choices(choices) + ValuePrompt(segment);
-}
-
-Place MainMenuPlace() {
-    return {"MainMenu",
-            Base::kMainMenu,
-            {{"c", ValuePrompt("/Select Device")}, {"0", Prompt(kProfile)}, {"x", Prompt()}},
-            "",
-            Asks::kKey,
-            "l",
-            DeviceList({"00:1B:DC:07:31:9A | Workbench Phone"}) + Prompt(),
-            "",
-            kInvalidSelection + Prompt(),
-            "",
-            {"r", "RemoveSession", "()", "Remove Session failed ", "", ""},
-            OfThePhone("Alias")};
-}
-
-Place DeviceChoice() {
-    return {"DeviceChoice",
-            Base::kMainMenu,
-            {{"c", ValuePrompt("/Select Device")}},
-            "/Select Device",
-            Asks::kNumber,
-            "0",
-            OpenedSession(kPhoneAddress) + Prompt(kProfile),
-            kClientLost,
-            kInvalidValue + ValuePrompt("/Select Device"),
-            Red("Invalid Client selected\n") + Prompt(),
-            {"0", "CreateSession", "(o)", "Create Session failed ", "", ""},
-            OfThePhone("Address")};
-}
-
-// A prompt of the main menu for a text that is set on the client object.
-Place CredentialPlace(const std::string& name, const std::string& key, const std::string& segment,
-                      const PlaceCall& call) {
-    return {name,
-            Base::kMainMenu,
-            {{key, ValuePrompt(segment)}},
-            segment,
-            Asks::kText,
-            call.line,
-            Prompt(),
-            kClientLost,
-            Prompt(),
-            Prompt(),
-            call,
-            kNoProperty};
-}
-
-Place ProfileMenu() {
-    return {"ProfileMenu",
-            Base::kSession,
-            {},
-            kProfile,
-            Asks::kKey,
-            "u",
-            Normal("Counters updated\n") + Prompt(kProfile),
-            kClientLost,
-            kInvalidSelection + Prompt(kProfile),
-            "",
-            {"u", "UpdateVersion", "()", kCallFailed, kProfile, ""},
-            kState};
-}
-
-Place Location() {
-    return {"Location",
-            Base::kSession,
-            {{"s", ValuePrompt("/Select Location")}},
-            "/Select Location",
-            Asks::kNumber,
-            "0",
-            ChoicesOf("Select a Phonebook", {"pb", "cch", "ich", "och", "mch", "spd", "fav"},
-                      "/Select Phonebook"),
-            kSessionLost,
-            kInvalidValue + ValuePrompt("/Select Location"),
-            Red("Invalid location selected\n") + Prompt(kProfile),
-            kNoCall,
-            kState};
-}
-
-Place PhoneBook() {
-    return {"PhoneBook",
-            Base::kSession,
-            {{"s", ValuePrompt("/Select Location")}, {"0", ValuePrompt("/Select Phonebook")}},
-            "/Select Phonebook",
-            Asks::kNumber,
-            "0",
-            Normal("Phonebook selected successfully\n") + Prompt(kProfile),
-            kSessionLost,
-            kInvalidValue + ValuePrompt("/Select Phonebook"),
-            Red("Invalid phone book selected\n") + Prompt(kProfile),
-            {"0", "Select", "()", kCallFailed, kProfile, ""},
-            kState};
-}
-
-Place Handle() {
-    return {"Handle",
-            Base::kSelected,
-            {{"p", ValuePrompt("/vCard Handle")}},
-            "/vCard Handle",
-            Asks::kText,
-            "1",
-            PullFilterMenu() + Prompt(kFilters),
-            kSessionLost,
-            kInvalidHandle + Prompt(kProfile),
-            kInvalidHandle + Prompt(kProfile),
-            {"1", "ListFilterFields", "(as)", kCallFailed, kProfile, ""},
-            kState};
-}
-
-// One of the filter menus: which call it stands before, and what its answer brings.
-Place FilterMenuPlace(const std::string& name, const std::vector<Step>& opening,
-                      const std::string& output, const PlaceCall& call) {
-    std::vector<Step> steps = opening;
-    steps.back().prompt = Prompt(kFilters);
-    return {name,
-            Base::kSelected,
-            steps,
-            kFilters,
-            Asks::kKey,
-            "d",
-            output,
-            kSessionLost,
-            kInvalidSelection + Prompt(kFilters),
-            kInvalidSelection + Prompt(kProfile),
-            call,
-            kState};
-}
-
-// A pull whose answer is a transfer that the daemon says little of.
-Place PullPlace(const std::string& method, const std::vector<Step>& opening) {
-    return FilterMenuPlace(method + "Filters", opening,
-                           Lines({"Status: queued", "Size: 5"}) + Prompt(kTransfers),
-                           {"d", method, "(oa{sv})", kCallFailed, kProfile,
-                            "(objectpath '/t/1', {'Status': <'queued'>, 'Size': <uint64 5>})"});
-}
-
-// One of the filter menus' prompts: the menu's key, then the prompt's key and an answer.
-struct FilterPromptRow {
-    std::string name;
-    std::string menu_key;
-    std::string key;
-    std::string segment;
-    std::string line;
-    std::string error;
+// The calls besides those in front of which there is a filter menu.
+struct CallRow {
+    Id id;
+    PlaceCall call;
 };
 
-Place FilterPromptPlace(const FilterPromptRow& row) {
-    const std::string prompt = ValuePrompt(row.segment);
-    return {row.name,
-            Base::kSelected,
-            {{row.menu_key, Prompt(kFilters)}, {row.key, prompt}},
-            row.segment,
-            Asks::kNumber,
-            row.line,
-            Prompt(kFilters),
-            kSessionLost,
-            kInvalidValue + prompt,
-            Red(row.error + "\n") + Prompt(kFilters) + kInvalidSelection + Prompt(kProfile),
-            kNoCall,
-            kState};
-}
-
-const FilterPromptRow kFilterPrompts[] = {
-    {"Format", "a", "f", "/Select Format", "1", "Invalid format selected"},
-    {"Order", "l", "r", "/Select Order", "1", "Invalid order selected"},
-    {"Field", "a", "s", "/Select Filter Field", "0", "Invalid filter selected"},
-    {"Selector", "m", "l", "/Select vCard Selector Filter", "1", "Invalid vCard selector selected"},
-    {"MaxCount", "l", "c", "/MaxCount", "5", "Invalid MaxCount entered"},
-    {"Offset", "a", "o", "/Offset", "5", "Invalid Offset entered"},
+const CallRow kCalls[] = {
+    {Id::kMain, {"r", "RemoveSession", "()", "Remove Session failed ", Id::kMain}},
+    {Id::kDevice, {"0", "CreateSession", "(o)", "Create Session failed ", Id::kMain}},
+    {Id::kUserId, {"me", "SetUserId", "()", "Set User Id failed ", Id::kMain}},
+    {Id::kPassword, {"secret", "SetPassword", "()", "Set Password failed ", Id::kMain}},
+    {Id::kPhonebookMenu, {"u", "UpdateVersion", "()", kCallFailed, Id::kPhonebookMenu}},
+    {Id::kPhonebook, {"0", "Select", "()", kCallFailed, Id::kPhonebookMenu}},
+    {Id::kHandle, {"1", "ListFilterFields", "(as)", kCallFailed, Id::kPhonebookMenu}},
+    {Id::kSearchValue, {"Ada", "ListFilterFields", "(as)", kCallFailed, Id::kPhonebookMenu}},
+    {Id::kTransfer, {"p", "Suspend", "()", "Remote Call failed ", Id::kTransfer}},
 };
 
-Place SearchField() {
-    return {"SearchField",
-            Base::kSelected,
-            {{"o", ValuePrompt("/Select Search Field")}},
-            "/Select Search Field",
-            Asks::kNumber,
-            "0",
-            TextBox("Enter search value string") + ValuePrompt("/Search Value"),
-            kSessionLost,
-            kInvalidValue + ValuePrompt("/Select Search Field"),
-            Red("Invalid search field selected\n") + Prompt(kProfile),
-            kNoCall,
-            kState};
+PlaceCall CallAt(Id id) {
+    for (const CallRow& row : kCalls)
+        if (row.id == id) return row.call;
+    for (const Operation& operation : FilteredOperations())
+        if (operation.filters == id)
+            return {"d",         operation.method,   operation.reply_type,
+                    kCallFailed, Id::kPhonebookMenu, operation.reply};
+    return {};
 }
 
-Place SearchValue() {
-    return {"SearchValue",
-            Base::kSelected,
-            {{"o", ValuePrompt("/Select Search Field")}, {"0", ValuePrompt("/Search Value")}},
-            "/Search Value",
-            Asks::kText,
-            "Ada",
-            ListFilterMenu() + Prompt(kFilters),
-            kSessionLost,
-            ListFilterMenu() + Prompt(kFilters),
-            ListFilterMenu() + Prompt(kFilters) + kInvalidSelection + Prompt(kProfile),
-            {"Ada", "ListFilterFields", "(as)", kCallFailed, kProfile, ""},
-            kState};
+PlaceProperty PropertyAt(Id id) {
+    if (id == Id::kMain) return {kPhonePath, simulator::kDeviceInterface, "Alias", "", ""};
+    if (id == Id::kDevice) return {kPhonePath, simulator::kDeviceInterface, "Address", "", ""};
+    if (id == Id::kTransfer)
+        return {kFirstTransfer, simulator::kTransferInterface, "Status",
+                Notice(kTransferMenu, "Status Attribute Received: Unknown\n"),
+                Notice(kTransferMenu, "Status Attribute Received: queued\n")};
+    if (!InSession(id)) return {};
+    return {kFirstSession, simulator::kSessionInterface, "ConnectionState", "", ""};
 }
 
-Place TransferMenuPlace() {
-    return {"TransferMenu",
-            Base::kSelected,
-            {{"a", Prompt(kFilters)}, {"d", Prompt(kTransfers)}},
-            kTransfers,
-            Asks::kKey,
-            "s",
-            Normal("Transfer Status: queued\n") + Prompt(kTransfers),
-            kSessionLost,
-            kInvalidSelection + Prompt(kTransfers),
-            kRemoving,
-            {"p", "Suspend", "()", "Remote Call failed ", kTransfers, ""},
-            {kFirstTransfer, simulator::kTransferInterface, "Status",
-             Notice(kTransfers, "Status Attribute Received: Unknown\n"),
-             Notice(kTransfers, "Status Attribute Received: queued\n")}};
+// What is printed for the accepted answer, up to the next prompt's question.
+std::string ResultAt(Id id) {
+    if (id == Id::kMain) return DeviceList(RowOf(Id::kDevice).choices);
+    if (id == Id::kDevice) return OpenedSession(kPhoneAddress);
+    if (id == Id::kTransfer) return Normal("Transfer Status: queued\n");
+    for (const Operation& operation : Operations())
+        if (operation.method == CallAt(id).method && operation.method != "ListFilterFields")
+            return operation.result;
+    return "";
+}
+
+std::string LostAt(Id id) {
+    if (id == Id::kMain) return "";
+    return InSession(id) && id != Id::kPhonebookMenu ? kSessionLost : kClientLost;
+}
+
+// The menu that asks when the prompt has been left.
+Id MenuAbove(const std::vector<Answer>& way) {
+    const auto from_menu = std::find_if(way.rbegin(), way.rend(), [](const Answer& answer) {
+        return RowOf(answer.at).asks == Asks::kKey;
+    });
+    return from_menu->at;
+}
+
+Id NextAfter(const PromptRow& row, const std::string& answer) {
+    if (row.asks != Asks::kKey) return row.move == Move::kGo ? row.next : MenuAbove(WayTo(row.id));
+    for (const KeyRow& key : KeysOf(row.id)) {
+        if (answer[0] != key.key) continue;
+        if (key.move == Move::kLeave) return MenuAbove(WayTo(row.id));
+        return key.move == Move::kStay ? row.id : key.next;
+    }
+    return row.id;
+}
+
+// From each menu the next key is read, which quits or, in a filter menu, is refused.
+std::string EndOfInputAt(Id id) {
+    const PromptRow& row = RowOf(id);
+    if (id == Id::kTransfer) return kRemoving;
+    if (row.segment == kFilterMenu) return kInvalidSelection + Prompt(kPhonebookMenu);
+    if (row.asks == Asks::kKey) return "";
+    const Id above = MenuAbove(WayTo(id));
+    if (id == Id::kHandle) return kInvalidHandle + Prompt(above);
+    if (row.asks == Asks::kNumber)
+        return Red(row.error + "\n") + Prompt(above) + EndOfInputAt(above);
+    const Id next = NextAfter(row, row.answer);
+    return Asking(next) + EndOfInputAt(next);
+}
+
+std::string NonsenseAt(Id id) {
+    const PromptRow& row = RowOf(id);
+    if (row.asks == Asks::kKey) return kInvalidSelection + Prompt(id);
+    if (row.asks == Asks::kNumber) return kInvalidValue + Prompt(id);
+    if (id == Id::kHandle) return EndOfInputAt(id);
+    return Asking(NextAfter(row, row.answer));
+}
+
+Place MakePlace(const PromptRow& row) {
+    const Id next = NextAfter(row, row.answer);
+    const bool enters = row.move == Move::kGo;
+    Place place = {row,
+                   WayTo(row.id),
+                   ResultAt(row.id) + (enters ? Asking(next) : Prompt(next)),
+                   LostAt(row.id),
+                   NonsenseAt(row.id),
+                   EndOfInputAt(row.id),
+                   CallAt(row.id),
+                   PropertyAt(row.id)};
+    place.leaves_loss_to_its_call = row.id == Id::kPullFilters;
+    // There is a session to remove.
+    if (row.id == Id::kMain)
+        place.opening = {{Id::kMain, "c", Id::kDevice},
+                         {Id::kDevice, "0", Id::kPhonebookMenu},
+                         {Id::kPhonebookMenu, "x", Id::kMain}};
+    return place;
 }
 
 std::vector<Place> MakePlaces() {
-    std::vector<Place> places = {MainMenuPlace(), DeviceChoice()};
-    places.push_back(CredentialPlace("UserId", "u", "/User Id",
-                                     {"me", "SetUserId", "()", "Set User Id failed ", "", ""}));
-    places.push_back(
-        CredentialPlace("Password", "p", "/Password",
-                        {"secret", "SetPassword", "()", "Set Password failed ", "", ""}));
-    for (const Place& place : {ProfileMenu(), Location(), PhoneBook(), Handle()})
-        places.push_back(place);
-    places.push_back(PullPlace("PullAll", {{"a", ""}}));
-    places.push_back(PullPlace("Pull", {{"p", ValuePrompt("/vCard Handle")}, {"1", ""}}));
-    places.back().leaves_loss_to_its_call = true;
-    places.push_back(
-        FilterMenuPlace("ListFilters", {{"l", ""}},
-                        Heading("vCard Listing") + Lines({" 1.vcf\tAda"}) + Prompt(kProfile),
-                        {"d", "List", "(a(ss))", kCallFailed, kProfile, "([('1.vcf', 'Ada')],)"}));
-    places.push_back(FilterMenuPlace(
-        "SizeFilters", {{"m", ""}}, Normal("Phone Book Size 7\n") + Prompt(kProfile),
-        {"d", "GetSizePhonebook", "(q)", kCallFailed, kProfile, "(uint16 7,)"}));
-    for (const FilterPromptRow& row : kFilterPrompts) places.push_back(FilterPromptPlace(row));
-    for (const Place& place : {SearchField(), SearchValue(), TransferMenuPlace()})
-        places.push_back(place);
+    std::vector<Place> places;
+    for (const PromptRow& row : Prompts())
+        if (row.id != Id::kCancelledTransfer) places.push_back(MakePlace(row));
     return places;
 }
 
@@ -282,19 +148,19 @@ const std::vector<Place>& Places() {
 void PlaceTest::StartPlaceDaemon(const Place& place) {
     StartDaemon().AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
     daemon().SetPullContent(std::string(1000, 'x'));
-    daemon().Reply("ListFilterFields", Value("(['N', 'TEL'],)"));
-    if (!place.call.answer.empty()) daemon().Reply(place.call.method, Value(place.call.answer));
+    daemon().Reply("ListFilterFields", Value(FilterFieldsReply()));
+    if (!place.call.reply.empty()) daemon().Reply(place.call.method, Value(place.call.reply));
 }
 
 void PlaceTest::ReachBase(const Place& place, Here here) {
-    if (place.base != Base::kMainMenu) OpenSession(0, here);
-    if (place.base == Base::kSelected) SelectPhonebook(0, 0, here);
+    if (InSession(place.id)) OpenSession(0, here);
+    if (NeedsSelection(place.id)) SelectPhonebook(0, 0, here);
 }
 
 void PlaceTest::Open(const Place& place, Here here) {
-    for (const Step& step : place.opening) {
-        Type(step.line, here);
-        Await(step.prompt, here);
+    for (const Answer& answer : place.opening) {
+        Type(answer.line, here);
+        Await(Prompt(answer.next), here);
     }
 }
 

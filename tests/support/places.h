@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "support/conversation_test.h"
+#include "support/menus.h"
 
 namespace morvane_test {
 
@@ -11,32 +12,17 @@ namespace morvane_test {
 inline constexpr char kFirstSession[] = "/com/veltrisonix/obex/client/session0";
 inline constexpr char kFirstTransfer[] = "/com/veltrisonix/obex/client/session0/transfer0";
 
-/// Where a conversation stands before it is led to a place.
-enum class Base {
-    kMainMenu,
-    kSession,   ///< the phone book menu
-    kSelected,  ///< the phone book menu, with a phone book selected
-};
-
-/// What the operator is asked for there.
-enum class Asks { kKey, kNumber, kText };
-
-struct Step {
-    std::string line;
-    std::string prompt;  ///< what then stands
-};
-
 /// The call that an answer makes.
 struct PlaceCall {
-    std::string line;     ///< the answer
-    std::string method;   ///< empty: no answer makes any
-    std::string reply;    ///< the type of its reply
-    std::string failure;  ///< what the tool says before the bus's message if it fails
-    std::string segment;  ///< of the prompt at which it ends then
-    std::string answer;   ///< what the daemon shall answer; empty: it finds one by itself
+    std::string line;        ///< the answer
+    std::string method;      ///< empty: no answer makes any
+    std::string reply_type;  ///< of its reply
+    std::string failure;     ///< what the tool prints before the bus's message if it fails
+    PromptId next = {};      ///< where it ends then
+    std::string reply = {};  ///< what the daemon shall reply; empty: it finds one by itself
 };
 
-/// What the place rests on, and what the tool prints when that changes.
+/// What the prompt depends on, and what the tool prints when that changes.
 struct PlaceProperty {
     std::string path;
     std::string interface;
@@ -45,29 +31,20 @@ struct PlaceProperty {
     std::string notice_of_wrong_type;
 };
 
-/// A place where the operator is asked something. Outputs end with the prompt that stands then;
-/// "<directory>" in them stands for the directory of the pulled files.
-struct Place {
-    std::string name;
-    Base base;
-    std::vector<Step> opening;  ///< leads from the base here
-    std::string segment;        ///< of its prompt
-    Asks asks;
-    std::string line;          ///< an answer
-    std::string output;        ///< what it brings if all is well
-    std::string lost;          ///< said if what it needs has gone; empty: it needs nothing
-    std::string nonsense;      ///< what comes of a line that means nothing here
-    std::string end_of_input;  ///< what comes of the end of input, up to the last prompt
+/// A prompt, and what comes of its answers. Outputs end with the prompt that is displayed then;
+/// "<directory>" in them is replaced by the directory of the pulled files.
+struct Place : PromptRow {
+    std::vector<Answer> opening;  ///< leads here from the main menu or the phone book menu
+    std::string output;           ///< of `answer`
+    std::string lost;             ///< printed if what it needs has gone; empty: it needs nothing
+    std::string nonsense;         ///< printed for a line that means nothing here
+    std::string end_of_input;     ///< printed at the end of input, up to the last prompt
     PlaceCall call;
     PlaceProperty property;
-    /// Says nothing when the session is lost: the call is made and fails.
+    /// Prints nothing when the session is lost: the call is made and fails.
     bool leaves_loss_to_its_call = false;
 
-    [[nodiscard]] std::string StandingPrompt() const {
-        return asks == Asks::kKey ? Prompt(segment) : ValuePrompt(segment);
-    }
     [[nodiscard]] bool HasTransfer() const { return property.path == kFirstTransfer; }
-    [[nodiscard]] bool InSession() const { return base != Base::kMainMenu; }
 };
 
 /// All of them.
