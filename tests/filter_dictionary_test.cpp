@@ -11,24 +11,9 @@
 namespace morvane_test {
 namespace {
 
-const std::string kPhonebookPrompt = Prompt("/Phonebook Menu");
-const std::string kFilterPrompt = Prompt("/Filter Menu");
+const std::string kPhonebookPrompt = Prompt(kPhonebookMenu);
 const std::string kRefused =
     Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Failed: enough\n");
-
-// A filter menu and the call that carries its dictionary.
-struct Menu {
-    std::string name;
-    std::string opening;  // words typed from the phone book menu's prompt on
-    std::string method;
-};
-
-const Menu kPullAll = {"PullAll", "a", "PullAll"};
-const Menu kPull = {"Pull", "p 1", "Pull"};
-const Menu kList = {"List", "l", "List"};
-const Menu kSearch = {"Search", "o 0 Ada", "Search"};
-const Menu kSizePhonebook = {"SizePhonebook", "m", "GetSizePhonebook"};
-const Menu kSizeListing = {"SizeListing", "n", "GetSizeListing"};
 
 // Words typed in a filter menu before "d", and what is sent then. The fields are N, TEL and EMAIL.
 struct Choice {
@@ -58,10 +43,13 @@ const Theme kOrders = {"Order",
                         {"r 1 r 3 r x", "{'Order': <'alphanumeric'>}"}}};
 
 const Theme kNumbers = {"Numbers",
-                        {{"c 5", "{'MaxCount': <uint16 5>}"},
-                         {"o 5", "{'Offset': <uint16 5>}"},
+                        {{"c 1", "{'MaxCount': <uint16 1>}"},
+                         {"c 65535", "{'MaxCount': <uint16 65535>}"},
+                         {"c 0x10", kNothing},
+                         {"o 65535", "{'Offset': <uint16 65535>}"},
                          {"c 5 o 6 c 7 o 8", "{'MaxCount': <uint16 7>, 'Offset': <uint16 8>}"},
                          {"c 5 c 0 c 65536 c x", "{'MaxCount': <uint16 5>}"},
+                         {"o 0x10", "{'Offset': <uint16 0>}"},
                          {"o 5 o 65536 o x o 0", "{'Offset': <uint16 0>}"}}};
 
 const Theme kReset = {"Reset",
@@ -197,11 +185,12 @@ std::vector<std::string> SentFilters(const simulator::Call& call) {
 
 class FilterDictionaries : public ConversationTest {
   protected:
-    void OpenPhonebook(const Menu& menu, const std::string& fields = "(['N', 'TEL', 'EMAIL'],)",
+    void OpenPhonebook(const Operation& operation,
+                       const std::string& fields = "(['N', 'TEL', 'EMAIL'],)",
                        Here here = Here::Now()) {
         OpenSelectedSession(here);
         daemon().Reply("ListFilterFields", Value(fields));
-        daemon().Refuse(menu.method, "com.veltrisonix.Error.Failed", "enough");
+        daemon().Refuse(operation.method, "com.veltrisonix.Error.Failed", "enough");
     }
 
     void TypeWords(const std::string& words, Here here = Here::Now()) {
@@ -210,107 +199,86 @@ class FilterDictionaries : public ConversationTest {
     }
 
     // From the phone book menu, and back to it.
-    void ExpectFilters(const Menu& menu, const Choice& choice, Here here = Here::Now()) {
+    void ExpectFilters(const Operation& operation, const Choice& choice, Here here = Here::Now()) {
         SCOPED_TRACE("typed: " + choice.words);
-        TypeWords(menu.opening + " " + choice.words + " d", here);
-        const auto call = daemon().AwaitCall(menu.method, Patience());
-        ASSERT_TRUE(call) << "nobody called " << menu.method;
+        for (const std::string& line : operation.lines) Type(line, here);
+        TypeWords(choice.words + " d", here);
+        const auto call = daemon().AwaitCall(operation.method, Patience());
+        ASSERT_TRUE(call) << "nobody called " << operation.method;
         EXPECT_EQ(SentFilters(*call), Entries(Value(choice.filters)));
         Await(kRefused + kPhonebookPrompt, here);
     }
 };
 
 class FilterDictionary : public FilterDictionaries,
-                         public testing::WithParamInterface<std::tuple<Menu, Theme>> {};
+                         public testing::WithParamInterface<std::tuple<Operation, Theme>> {};
 
 TEST_P(FilterDictionary, HoldsWhatWasChosen) {
-    const auto& [menu, theme] = GetParam();
-    OpenPhonebook(menu);
-    for (const Choice& choice : theme.choices) ExpectFilters(menu, choice);
+    const auto& [operation, theme] = GetParam();
+    OpenPhonebook(operation);
+    for (const Choice& choice : theme.choices) ExpectFilters(operation, choice);
 }
 
 const auto kNames = [](const auto& row) {
-    return std::get<Menu>(row.param).name + std::get<Theme>(row.param).name;
+    return std::get<Operation>(row.param).method + std::get<Theme>(row.param).name;
 };
 
 INSTANTIATE_TEST_SUITE_P(Fields, FilterDictionary,
-                         testing::Combine(testing::Values(kPullAll, kPull),
+                         testing::Combine(testing::Values(OperationOf("PullAll"),
+                                                          OperationOf("Pull")),
                                           testing::Values(kFormats, kFields, kFieldsReplaced,
                                                           kFieldsRemoved, kFreshFields)),
                          kNames);
-INSTANTIATE_TEST_SUITE_P(Selectors, FilterDictionary,
-                         testing::Combine(testing::Values(kPullAll, kList, kSizePhonebook),
-                                          testing::Values(kReset, kSelectors, kSelectorsChosen,
-                                                          kSelectorsRemoved, kFiltersSet,
-                                                          kFiltersUnset, kFreshLists)),
-                         kNames);
+INSTANTIATE_TEST_SUITE_P(
+    Selectors, FilterDictionary,
+    testing::Combine(testing::Values(OperationOf("PullAll"), OperationOf("List"),
+                                     OperationOf("GetSizePhonebook")),
+                     testing::Values(kReset, kSelectors, kSelectorsChosen, kSelectorsRemoved,
+                                     kFiltersSet, kFiltersUnset, kFreshLists)),
+    kNames);
 INSTANTIATE_TEST_SUITE_P(Numbers, FilterDictionary,
-                         testing::Combine(testing::Values(kPullAll, kList),
+                         testing::Combine(testing::Values(OperationOf("PullAll"),
+                                                          OperationOf("List")),
                                           testing::Values(kNumbers)),
                          kNames);
 INSTANTIATE_TEST_SUITE_P(Orders, FilterDictionary,
-                         testing::Combine(testing::Values(kList), testing::Values(kOrders)),
+                         testing::Combine(testing::Values(OperationOf("List")),
+                                          testing::Values(kOrders)),
                          kNames);
 INSTANTIATE_TEST_SUITE_P(PullAll, FilterDictionary,
-                         testing::Combine(testing::Values(kPullAll),
+                         testing::Combine(testing::Values(OperationOf("PullAll")),
                                           testing::Values(kBothLists, kEveryKeyOfPullAll)),
                          kNames);
 INSTANTIATE_TEST_SUITE_P(Pull, FilterDictionary,
-                         testing::Combine(testing::Values(kPull), testing::Values(kEveryKeyOfPull)),
+                         testing::Combine(testing::Values(OperationOf("Pull")),
+                                          testing::Values(kEveryKeyOfPull)),
                          kNames);
 INSTANTIATE_TEST_SUITE_P(Lists, FilterDictionary,
-                         testing::Combine(testing::Values(kList, kSearch),
+                         testing::Combine(testing::Values(OperationOf("List"),
+                                                          OperationOf("Search")),
                                           testing::Values(kEveryKeyOfLists)),
                          kNames);
 INSTANTIATE_TEST_SUITE_P(Sizes, FilterDictionary,
-                         testing::Combine(testing::Values(kSizePhonebook, kSizeListing),
+                         testing::Combine(testing::Values(OperationOf("GetSizePhonebook"),
+                                                          OperationOf("GetSizeListing")),
                                           testing::Values(kEveryKeyOfSizes)),
                          kNames);
 
 TEST_F(FilterDictionaries, WithoutFieldsHoldEmptyLists) {
-    OpenPhonebook(kPullAll, "(@as [],)");
-    ExpectFilters(kPullAll, {"a", "{'Fields': <@as []>}"});
-    ExpectFilters(kPullAll, {"i l 0", "{'FilterAll': <@as []>}"});
-    ExpectFilters(kPullAll, {"s 0 k 0 l 1", "{'FilterAny': <@as []>}"});
+    OpenPhonebook(OperationOf("PullAll"), "(@as [],)");
+    ExpectFilters(OperationOf("PullAll"), {"a", "{'Fields': <@as []>}"});
+    ExpectFilters(OperationOf("PullAll"), {"i l 0", "{'FilterAll': <@as []>}"});
+    ExpectFilters(OperationOf("PullAll"), {"s 0 k 0 l 1", "{'FilterAny': <@as []>}"});
 }
 
 TEST_F(FilterDictionaries, HoldTheFieldsThatWereListedLast) {
-    OpenPhonebook(kPull);
-    ExpectFilters(kPull, {"a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"});
+    OpenPhonebook(OperationOf("Pull"));
+    ExpectFilters(OperationOf("Pull"), {"a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"});
     daemon().Reply("ListFilterFields", Value("(['URL', 'N', 'URL'],)"));
     Type("f");
     Await(kPhonebookPrompt);
-    ExpectFilters(kPull, {"a", "{'Fields': <['URL', 'N', 'URL']>}"});
-    ExpectFilters(kPull, {"s 2 s 1", "{'Fields': <['URL', 'N']>}"});
-}
-
-// One conversation with everything that is printed on the way.
-TEST_F(FilterDictionaries, AreFilledWithoutAWord) {
-    const std::string fields = Heading("Select a Filter Field") + Choices({"N", "TEL", "EMAIL"}) +
-                               ValuePrompt("/Select Filter Field");
-    const std::string filters = Heading("Select a vCard Selector Filter") +
-                                Choices({"FilterAll", "FilterAny"}) +
-                                ValuePrompt("/Select vCard Selector Filter");
-    OpenPhonebook(kPullAll);
-    Type("a");
-    Expect(Asking(PromptId::kPullAllFilters));
-    for (const std::string key : {"m", "a", "r", "i", "j", "u"}) {
-        SCOPED_TRACE(key);
-        Type(key);
-        Expect(kFilterPrompt);
-    }
-    for (const std::string key : {"s", "k"}) {
-        Type(key);
-        Expect(fields);
-        Type("1");
-        Expect(kFilterPrompt);
-    }
-    Type("l");
-    Expect(filters);
-    Type("0");
-    Expect(kFilterPrompt);
-    Type("d");
-    Expect(kRefused + kPhonebookPrompt);
+    ExpectFilters(OperationOf("Pull"), {"a", "{'Fields': <['URL', 'N', 'URL']>}"});
+    ExpectFilters(OperationOf("Pull"), {"s 2 s 1", "{'Fields': <['URL', 'N']>}"});
 }
 
 }  // namespace

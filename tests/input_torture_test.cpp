@@ -69,6 +69,7 @@ class InputTorture : public PlaceTest, public testing::WithParamInterface<Place>
     void ReachPlace(const ConsoleOptions& options = {}) {
         Reach(GetParam(), options);
         cpu_time_ = console().CpuTime();
+        calls_ = CountCalls(GetParam().call.method);
         if (kMemoryIsTheTools) memory_ = PeakMemory(console().ProcessId());
     }
 
@@ -88,6 +89,11 @@ class InputTorture : public PlaceTest, public testing::WithParamInterface<Place>
         EXPECT_TRUE(daemon().Sessions().empty());
     }
 
+    // As the end of input is one.
+    static bool AcceptsAnEmptyText() {
+        return GetParam().asks == Asks::kText && GetParam().id != PromptId::kHandle;
+    }
+
     // What comes of a line after Ctrl-C, if the daemon refuses what is still called.
     std::string OutputAfterControlC() const {
         const Place& place = GetParam();
@@ -96,8 +102,14 @@ class InputTorture : public PlaceTest, public testing::WithParamInterface<Place>
         return place.HasTransfer() ? place.lost + place.end_of_input : place.lost;
     }
 
+    // The call that an answer makes has been made so often.
+    void ExpectCalls(std::size_t count) {
+        EXPECT_EQ(CountCalls(GetParam().call.method), calls_ + count);
+    }
+
   private:
     std::chrono::microseconds cpu_time_{0};
+    std::size_t calls_ = 0;
     std::size_t memory_ = 0;
 };
 
@@ -107,6 +119,7 @@ TEST_P(InputTorture, EndOfInput) {
     console().CloseInput();
     ExpectOutput(GetParam().end_of_input);
     ExpectEnd();
+    ExpectCalls(AcceptsAnEmptyText() ? 1 : 0);
 }
 
 TEST_P(InputTorture, EndOfInputThroughAPipe) {
@@ -115,6 +128,18 @@ TEST_P(InputTorture, EndOfInputThroughAPipe) {
     console().CloseInput();
     ExpectOutput(GetParam().end_of_input);
     ExpectEnd();
+}
+
+// Keys and numbers need their end of line, a text does not.
+TEST_P(InputTorture, AnswerWithoutItsEnd) {
+    const Place& place = GetParam();
+    ReachPlace(Pipes());
+    EndTransfer(place);
+    console().TypeBytes(place.asks == Asks::kKey ? place.call.line : place.answer);
+    console().CloseInput();
+    ExpectOutput(place.unterminated);
+    ExpectEnd();
+    ExpectCalls(place.asks == Asks::kText ? 1 : 0);
 }
 
 TEST_P(InputTorture, HangUp) {

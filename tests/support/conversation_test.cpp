@@ -72,7 +72,7 @@ void ConversationTest::Start(ConsoleOptions options, Here here) {
 void ConversationTest::OpenSession(unsigned device, Here here) {
     if (consoles_.empty()) Start({}, here);
     ChooseDevice(device, here);
-    Await(Prompt("/Phonebook Menu"), here);
+    Await(Prompt(kPhonebookMenu), here);
 }
 
 void ConversationTest::ChooseDevice(unsigned device, Here here) {
@@ -99,15 +99,15 @@ void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, He
     Type(std::to_string(location), here);
     Await(ValuePrompt("/Select Phonebook"), here);
     Type(std::to_string(phonebook), here);
-    Expect(Normal("Phonebook selected successfully\n") + Prompt("/Phonebook Menu"), here);
+    Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu), here);
 }
 
 void ConversationTest::PullAll(const std::string& content, Here here) {
     daemon_->SetPullContent(content);
     Type("a", here);
-    Await(Prompt("/Filter Menu"), here);
+    Await(Prompt(kFilterMenu), here);
     Type("d", here);
-    Await(Prompt("/Transfer Menu"), here);
+    Await(Prompt(kTransferMenu), here);
 }
 
 void ConversationTest::Pull(const std::string& handle, const std::string& content, Here here) {
@@ -115,9 +115,9 @@ void ConversationTest::Pull(const std::string& handle, const std::string& conten
     Type("p", here);
     Await(ValuePrompt("/vCard Handle"), here);
     Type(handle, here);
-    Await(Prompt("/Filter Menu"), here);
+    Await(Prompt(kFilterMenu), here);
     Type("d", here);
-    Await(Prompt("/Transfer Menu"), here);
+    Await(Prompt(kTransferMenu), here);
 }
 
 std::string ConversationTest::Session() const {

@@ -248,14 +248,6 @@ std::vector<Operation> MakeOperations() {
     };
 }
 
-template <typename Condition>
-std::vector<Operation> OperationsThat(Condition condition) {
-    std::vector<Operation> operations;
-    std::copy_if(Operations().begin(), Operations().end(), std::back_inserter(operations),
-                 condition);
-    return operations;
-}
-
 }  // namespace
 
 const std::vector<PromptRow>& Prompts() {
@@ -305,6 +297,14 @@ std::vector<Answer> WayTo(PromptId id) {
     return way;
 }
 
+PromptId MenuAbove(PromptId id) {
+    const std::vector<Answer> way = WayTo(id);
+    const auto from_menu = std::find_if(way.rbegin(), way.rend(), [](const Answer& answer) {
+        return RowOf(answer.at).asks == Asks::kKey;
+    });
+    return from_menu->at;
+}
+
 bool InSession(PromptId id) {
     const std::vector<Answer> way = WayTo(id);
     return way.empty() ? id == Id::kPhonebookMenu : way.front().at == Id::kPhonebookMenu;
@@ -331,14 +331,16 @@ const std::vector<Operation>& Operations() {
     return operations;
 }
 
-std::vector<Operation> FilteredOperations() {
-    return OperationsThat([](const Operation& operation) { return operation.filters.has_value(); });
+const Operation& OperationOf(const std::string& method) {
+    return *std::find_if(Operations().begin(), Operations().end(),
+                         [&](const Operation& operation) { return operation.method == method; });
 }
 
-std::vector<Operation> Queries() {
-    return OperationsThat([](const Operation& operation) {
-        return operation.reply_type != "(oa{sv})" && operation.method != "Select";
-    });
+std::vector<Operation> FilteredOperations() {
+    std::vector<Operation> filtered;
+    std::copy_if(Operations().begin(), Operations().end(), std::back_inserter(filtered),
+                 [](const Operation& operation) { return operation.filters.has_value(); });
+    return filtered;
 }
 
 const std::vector<std::string>& FilterFields() {

@@ -87,7 +87,7 @@ std::string MenuOf(PromptId menu);
 
 std::string Prompt(PromptId id);
 /// What is displayed when the tool gets to this prompt, up to and including it. The field of a
-/// filter is chosen from `kFilterFields`.
+/// filter is chosen from FilterFields().
 std::string Asking(PromptId id);
 
 struct Answer {
@@ -98,6 +98,8 @@ struct Answer {
 
 /// The shortest way to a prompt: in a session from the phone book menu, else from the main menu.
 std::vector<Answer> WayTo(PromptId id);
+/// The menu from which that way opens the prompt, and which asks again after it.
+PromptId MenuAbove(PromptId id);
 bool InSession(PromptId id);
 /// Of a prompt in a session.
 bool NeedsSelection(PromptId id);
@@ -117,10 +119,9 @@ struct Operation {
 };
 
 const std::vector<Operation>& Operations();
+const Operation& OperationOf(const std::string& method);
 /// Those with a filter menu.
 std::vector<Operation> FilteredOperations();
-/// Those that display their reply: no transfers, no selection.
-std::vector<Operation> Queries();
 
 /// What `ListFilterFields` replies, and the reply.
 const std::vector<std::string>& FilterFields();

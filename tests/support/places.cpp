@@ -1,7 +1,5 @@
 #include "support/places.h"
 
-#include <algorithm>
-
 namespace morvane_test {
 namespace {
 
@@ -71,19 +69,11 @@ std::string LostAt(Id id) {
     return InSession(id) && id != Id::kPhonebookMenu ? kSessionLost : kClientLost;
 }
 
-// The menu that asks when the prompt has been left.
-Id MenuAbove(const std::vector<Answer>& way) {
-    const auto from_menu = std::find_if(way.rbegin(), way.rend(), [](const Answer& answer) {
-        return RowOf(answer.at).asks == Asks::kKey;
-    });
-    return from_menu->at;
-}
-
 Id NextAfter(const PromptRow& row, const std::string& answer) {
-    if (row.asks != Asks::kKey) return row.move == Move::kGo ? row.next : MenuAbove(WayTo(row.id));
+    if (row.asks != Asks::kKey) return row.move == Move::kGo ? row.next : MenuAbove(row.id);
     for (const KeyRow& key : KeysOf(row.id)) {
         if (answer[0] != key.key) continue;
-        if (key.move == Move::kLeave) return MenuAbove(WayTo(row.id));
+        if (key.move == Move::kLeave) return MenuAbove(row.id);
         return key.move == Move::kStay ? row.id : key.next;
     }
     return row.id;
@@ -95,7 +85,7 @@ std::string EndOfInputAt(Id id) {
     if (id == Id::kTransfer) return kRemoving;
     if (row.segment == kFilterMenu) return kInvalidSelection + Prompt(kPhonebookMenu);
     if (row.asks == Asks::kKey) return "";
-    const Id above = MenuAbove(WayTo(id));
+    const Id above = MenuAbove(id);
     if (id == Id::kHandle) return kInvalidHandle + Prompt(above);
     if (row.asks == Asks::kNumber)
         return Red(row.error + "\n") + Prompt(above) + EndOfInputAt(above);
@@ -114,14 +104,16 @@ std::string NonsenseAt(Id id) {
 Place MakePlace(const PromptRow& row) {
     const Id next = NextAfter(row, row.answer);
     const bool enters = row.move == Move::kGo;
-    Place place = {row,
-                   WayTo(row.id),
-                   ResultAt(row.id) + (enters ? Asking(next) : Prompt(next)),
-                   LostAt(row.id),
-                   NonsenseAt(row.id),
-                   EndOfInputAt(row.id),
-                   CallAt(row.id),
-                   PropertyAt(row.id)};
+    Place place = {
+        row,
+        WayTo(row.id),
+        ResultAt(row.id) + (enters ? Asking(next) : Prompt(next)),
+        LostAt(row.id),
+        NonsenseAt(row.id),
+        EndOfInputAt(row.id),
+        row.asks == Asks::kText ? Asking(next) + EndOfInputAt(next) : EndOfInputAt(row.id),
+        CallAt(row.id),
+        PropertyAt(row.id)};
     place.leaves_loss_to_its_call = row.id == Id::kPullFilters;
     // There is a session to remove.
     if (row.id == Id::kMain)

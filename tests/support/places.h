@@ -39,6 +39,7 @@ struct Place : PromptRow {
     std::string lost;             ///< printed if what it needs has gone; empty: it needs nothing
     std::string nonsense;         ///< printed for a line that means nothing here
     std::string end_of_input;     ///< printed at the end of input, up to the last prompt
+    std::string unterminated;     ///< as `end_of_input`, after `answer` without an end of line
     PlaceCall call;
     PlaceProperty property;
     /// Prints nothing when the session is lost: the call is made and fails.
