@@ -41,7 +41,7 @@ class ClientTest : public ConversationTest {
 TEST_F(ClientTest, OpensAndRemovesASession) {
     Start();
     ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + Prompt("/Phonebook Menu"));
+    Expect(OpenedSession(kPhoneAddress) + Prompt(kPhonebookMenu));
     ExpectCreateSession();
     EXPECT_EQ(daemon().Calls().front().path, kClient);
     EXPECT_EQ(CountCalls("CreateSession"), 1U);
@@ -147,7 +147,7 @@ TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
     PullAll("one");
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
     daemon().SetConnectionState(kFirstSession, 3);
-    ExpectQuiet("/Transfer Menu");
+    ExpectQuiet(kTransferMenu);
     Type("s");
     Await(Red("Phonebook Access Proxy is invalid\n"));
     Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
@@ -156,10 +156,10 @@ TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
     ChooseDevice();
     Expect(Normal("Session Connected\n"));
     Await(Normal("Fixed Image Size: Supported\n"));
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt("/Phonebook Menu"));
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
     Announce(kFirstSession, "Somewhere");
-    ExpectQuiet("/Phonebook Menu");
+    ExpectQuiet(kPhonebookMenu);
     Type("x");
     Expect(Prompt());
     ExpectRemoveSession(kFirstSession);
@@ -171,8 +171,8 @@ TEST_F(ClientTest, TakesItsSessionAlongWhenItGoes) {
     OpenSelectedSession();
     PullAll("one");
     daemon().RemoveClient();
-    Expect(Notice("/Transfer Menu", "Removing: " + PulledPhonebook() + "\n") +
-           Notice("/Transfer Menu", "Removed " + kClient + "\n", kRedSequence));
+    Expect(Notice(kTransferMenu, "Removing: " + PulledPhonebook() + "\n") +
+           Notice(kTransferMenu, "Removed " + kClient + "\n", kRedSequence));
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
     Type("s");
     Expect(Red("Phonebook Access Proxy is invalid\n") + Prompt());
@@ -211,11 +211,9 @@ TEST_F(ClientTest, ReportsADaemonThatDiesWhileItRemovesTheSession) {
 struct Credential {
     std::string name;
     std::string key;
-    std::string segment;
-    std::string title;
     std::string method;
     std::string operation;
-    std::size_t limit;
+    PromptId prompt;
 };
 
 void PrintTo(const Credential& credential, std::ostream* stream) {
@@ -223,19 +221,17 @@ void PrintTo(const Credential& credential, std::ostream* stream) {
 }
 
 const Credential kCredentials[] = {
-    {"UserId", "u", "/User Id", "Enter OBEX User Id (Max 20 chars)", "SetUserId", "Set User Id",
-     20},
-    {"Password", "p", "/Password", "Enter OBEX Password (Max 10 chars)", "SetPassword",
-     "Set Password", 10},
+    {"UserId", "u", "SetUserId", "Set User Id", PromptId::kUserId},
+    {"Password", "p", "SetPassword", "Set Password", PromptId::kPassword},
 };
 
 class CredentialTest : public ClientTest, public testing::WithParamInterface<Credential> {
   protected:
-    const std::string& Segment() const { return GetParam().segment; }
+    std::size_t Limit() const { return RowOf(GetParam().prompt).past; }
 
     void Ask() {
         Type(GetParam().key);
-        Expect(TextBox(GetParam().title) + ValuePrompt(Segment()));
+        Expect(Asking(GetParam().prompt));
     }
 
     void ExpectSent(const std::string& text) {
@@ -256,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(, CredentialTest, testing::ValuesIn(kCredentials),
 
 TEST_P(CredentialTest, SendsAtMostTheLimit) {
     Start();
-    const std::size_t limit = GetParam().limit;
+    const std::size_t limit = Limit();
     for (const std::size_t length : {limit + 5, limit + 1, limit, limit - 1}) {
         Ask();
         Type(Fill(length));
@@ -281,7 +277,7 @@ TEST_P(CredentialTest, SendsWhatWasTyped) {
 // none are replaced.
 TEST_P(CredentialTest, SendsValidTextOnly) {
     Start();
-    const std::string fill = Fill(GetParam().limit - 1);
+    const std::string fill = Fill(Limit() - 1);
     Ask();
     Type(fill + "ü");
     Expect(Prompt());
@@ -319,84 +315,6 @@ TEST_P(CredentialTest, ReportsARefusal) {
     Expect(Prompt());
 }
 
-TEST_P(CredentialTest, SendsNothingWhenTheClientWentMeanwhile) {
-    Start();
-    for (const char* const answer : {"secret", ""}) {
-        SCOPED_TRACE(answer);
-        Ask();
-        RemoveClient(Segment());
-        Type(answer);
-        Expect(kInvalidClient + Prompt());
-        EXPECT_TRUE(daemon().Calls().empty());
-        Type(GetParam().key);
-        Expect(Red("No Client available, start daemon.\n") + Prompt());
-        ReturnClient();
-    }
-}
-
-TEST_P(CredentialTest, SendsToTheClientThatIsThereByThen) {
-    Start();
-    Ask();
-    RemoveClient(Segment());
-    ReturnClient(Segment());
-    Type("secret");
-    Expect(Prompt());
-    ExpectSent(Fill(0) + "secret");
-}
-
-TEST_P(CredentialTest, SendsNothingAfterAnInterrupt) {
-    Start();
-    Ask();
-    Interrupt();
-    Type("secret");
-    Expect(kInvalidClient);
-    ExpectExit(0);
-    EXPECT_TRUE(daemon().Calls().empty());
-}
-
-// The end of the input is an answer like an empty line; the menu's next read quits.
-TEST_P(CredentialTest, SendsAnEmptyTextAtTheEndOfInput) {
-    Start();
-    Ask();
-    console().CloseInput();
-    Expect(Prompt());
-    ExpectExit(0);
-    ExpectSent("");
-}
-
-TEST_P(CredentialTest, SendsALastLineThatIsNotTerminated) {
-    Start(Wired(Wiring::kPipes));
-    Ask();
-    console().TypeBytes("last");
-    console().CloseInput();
-    Expect(Prompt());
-    ExpectExit(0);
-    ExpectSent("last");
-}
-
-TEST_P(CredentialTest, LetsDevicesComeAndGoMeanwhile) {
-    Start();
-    Ask();
-    RemoveDevice(kPhonePath, Segment());
-    ExpectQuiet(Segment());
-    Type("a");
-    Expect(Prompt());
-}
-
-TEST_P(CredentialTest, ReportsADaemonThatDiesInTheCall) {
-    StartDaemon();
-    Start();
-    daemon().Hang(GetParam().method);
-    Ask();
-    Type("a");
-    ExpectSent("a");
-    daemon().Crash();
-    Expect(
-        Failure("GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
-                "Message recipient disconnected from message bus without replying"));
-    AwaitAll({"Removed " + kClient + "\n", Prompt()});
-}
-
 // A removal waits for the end of the call, and so its line comes after the call's.
 TEST_P(CredentialTest, LetsNothingBeRemovedDuringTheCall) {
     Start();
@@ -410,18 +328,6 @@ TEST_P(CredentialTest, LetsNothingBeRemovedDuringTheCall) {
         Failure("GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
                 "Message recipient disconnected from message bus without replying"));
     AwaitAll({"Removed " + kClient + "\n", std::string("Removed ") + kPhonePath + "\n", Prompt()});
-}
-
-// The bus library's own limit, 25 s.
-TEST_P(CredentialTest, GivesUpACallWithoutAnswer) {
-    Start();
-    daemon().Hang(GetParam().method);
-    Ask();
-    console().SetPatience(Stretched(Duration(60000)));
-    const auto begin = std::chrono::steady_clock::now();
-    Type("a");
-    Expect(Failure("Timeout was reached") + Prompt());
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(25));
 }
 
 }  // namespace

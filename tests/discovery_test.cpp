@@ -204,7 +204,7 @@ TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
     daemon().RemoveDevice("/dev_2");
     daemon().Release();
     Expect(OpenedSession(kPhoneAddress));
-    AwaitAll({kRedSequence + std::string("Removed /dev_2\n"), Prompt("/Phonebook Menu")});
+    AwaitAll({kRedSequence + std::string("Removed /dev_2\n"), Prompt(kPhonebookMenu)});
 }
 
 // A removal that waits gets its turn at the next prompt, however little time that leaves.
@@ -233,7 +233,7 @@ TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
             Expect(Prompt());
         }
         daemon().LeaveBus();
-        const std::string segment = session_is_open ? "/Phonebook Menu" : "";
+        const std::string segment = session_is_open ? kPhonebookMenu : "";
         const std::string removed = Notice(segment, "Removed " + kClient + "\n", kRedSequence);
         AwaitAll({removed, Notice(segment, "Removed " + kDevice + "\n", kRedSequence)});
         daemon().ReturnToBus();

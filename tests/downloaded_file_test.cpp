@@ -14,7 +14,6 @@ namespace {
 
 using simulator::kTransferInterface;
 
-constexpr char kMenu[] = "/Transfer Menu";
 constexpr std::size_t kPiece = 512;
 
 void WriteFile(const std::string& name, const std::string& content) {
@@ -32,17 +31,17 @@ class DownloadedFileTest : public ConversationTest {
     void Announce(const std::string& file) {
         daemon().Notify(Transfer(), kTransferInterface, "Filename",
                         g_variant_new_string(file.c_str()));
-        Expect(Notice(kMenu, "Filename Attribute Received: " + file + "\n"));
+        Expect(Notice(kTransferMenu, "Filename Attribute Received: " + file + "\n"));
     }
 
     void ForgetName() {
         daemon().Invalidate(Transfer(), kTransferInterface, "Filename");
-        Expect(Notice(kMenu, "Filename Attribute Received: Unknown\n"));
+        Expect(Notice(kTransferMenu, "Filename Attribute Received: Unknown\n"));
     }
 
     void ExpectDisplay(const std::string& messages, Here here = Here::Now()) {
         Type("d", here);
-        Expect(messages + Prompt(kMenu), here);
+        Expect(messages + Prompt(kTransferMenu), here);
     }
 
     /// The file with this name is announced and shown, in these pieces.
@@ -62,7 +61,7 @@ class DownloadedFileTest : public ConversationTest {
     /// Leaves the menu, and enters it again with the next pull.
     void ExpectRemoval(const std::string& messages, Here here = Here::Now()) {
         Type("x", here);
-        Expect(messages + Prompt("/Phonebook Menu"), here);
+        Expect(messages + Prompt(kPhonebookMenu), here);
         PullAll("", here);
     }
 };
@@ -138,14 +137,14 @@ TEST_F(DownloadedFileTest, IsDeletedOnLeaving) {
     WriteFile(PulledPhonebook(), content);
     WriteFile(PulledCard(), content);
     Type("x");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt("/Phonebook Menu"));
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
     EXPECT_TRUE(std::filesystem::exists(PulledCard()));
 
     Pull("0", content);
     EXPECT_TRUE(std::filesystem::exists(PulledCard()));
     Type("x");
-    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt("/Phonebook Menu"));
+    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
     EXPECT_FALSE(std::filesystem::exists(PulledCard()));
 }
 
@@ -191,7 +190,7 @@ TEST_F(DownloadedFileTest, HasNoNameWhenTheDaemonGivesNone) {
     ExpectDisplay(Red("Filename property not set!"));
     Type("c");
     Await(Red("Filename property not set!"));
-    Await(Prompt(kMenu));
+    Await(Prompt(kTransferMenu));
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
 }
 

@@ -3,6 +3,7 @@
 #include "console/console_output.h"
 #include "support/bench.h"
 #include "support/captured_run.h"
+#include "support/menus.h"
 #include "support/messages.h"
 #include "support/system_calls.h"
 
@@ -19,42 +20,44 @@
 namespace morvane {
 namespace {
 
+using morvane_test::Answer;
 using morvane_test::Bench;
 using morvane_test::HearNotices;
 using morvane_test::Normal;
 using morvane_test::OutputOf;
 using morvane_test::Prompt;
+using morvane_test::PromptId;
 using morvane_test::RealWrite;
 using morvane_test::Red;
+using morvane_test::RowOf;
 using morvane_test::sleep_substitute;
+using morvane_test::WayTo;
 using morvane_test::write_substitute;
 
 const std::string kPause = Normal("[200 ms]");
 const std::string kInvalidSelection = Red("Invalid Selection\n");
-const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n");
+const std::string kClientLost = Red("Client Proxy is invalid\n");
+const std::string kPhonebookLost = Red("Phonebook Access Proxy is invalid\n");
 
 struct Menu {
-    std::string name;
-    std::string opening;  // typed from the phone book menu's prompt on
-    std::string segment;
+    PromptId id;
     std::vector<std::size_t> pauses;  // before each of its prompts, if one more line is typed
-    std::string lost;
 };
 
 const Menu kMenus[] = {
-    {"Phonebook", "", "/Phonebook Menu", {1, 1, 1}, Red("Client Proxy is invalid\n")},
-    {"PullAllFilters", "a\n", "/Filter Menu", {1, 1}, kPhonebookGone},
-    {"PullFilters", "p\n1\n", "/Filter Menu", {2, 1}, kPhonebookGone},
-    {"ListFilters", "l\n", "/Filter Menu", {2, 1}, kPhonebookGone},
-    {"SearchFilters", "o\n0\n\n", "/Filter Menu", {2, 1}, kPhonebookGone},
-    {"SizePhonebookFilters", "m\n", "/Filter Menu", {2, 1}, kPhonebookGone},
-    {"SizeListingFilters", "n\n", "/Filter Menu", {2, 1}, kPhonebookGone},
+    {PromptId::kPhonebookMenu, {1, 1, 1}},
+    {PromptId::kPullAllFilters, {1, 1}},
+    {PromptId::kPullFilters, {2, 1}},
+    {PromptId::kListFilters, {2, 1}},
+    {PromptId::kSearchFilters, {2, 1}},
+    {PromptId::kSizeFilters, {2, 1}},
+    {PromptId::kListSizeFilters, {2, 1}},
     // The first of them is time for the transfer's first notices.
-    {"Transfer", "a\nd\n", "/Transfer Menu", {2, 1}, kPhonebookGone},
+    {PromptId::kTransfer, {2, 1}},
 };
 
 void PrintTo(const Menu& menu, std::ostream* stream) {
-    *stream << menu.name;
+    *stream << RowOf(menu.id).name;
 }
 
 // What is printed while the menu is opened and gets one invalid key.
@@ -67,7 +70,9 @@ std::string OutputIn(const Menu& menu, const std::function<void(Bench&)>& prepar
         prepare(bench);
         obexProxy.MenuThread();
     };
-    return OutputOf(run, "c\n0\ns\n0\n0\n" + menu.opening + "Z\n");
+    std::string lines = "c\n0\ns\n0\n0\n";
+    for (const Answer& answer : WayTo(menu.id)) lines += answer.line + "\n";
+    return OutputOf(run, lines + "Z\n");
 }
 
 std::size_t Count(std::string_view text, std::string_view part) {
@@ -84,7 +89,7 @@ std::vector<std::size_t> PausesBeforePrompts(const std::string& output, const Me
     for (std::size_t end; (end = output.find(" \x1b[0m", begin)) != output.npos; begin = end) {
         end += std::string(" \x1b[0m").size();
         const std::string_view part = std::string_view(output).substr(begin, end - begin);
-        const std::string prompt = Prompt(menu.segment);
+        const std::string prompt = Prompt(menu.id);
         if (part.size() >= prompt.size() && part.substr(part.size() - prompt.size()) == prompt)
             pauses.push_back(Count(part, kPause));
     }
@@ -116,11 +121,13 @@ TEST_P(MenuPauses, EndWithALookAtTheSession) {
             HearNotices();
         };
     });
-    EXPECT_NE(output.find(kInvalidSelection + GetParam().lost), output.npos) << output;
+    const bool is_first = GetParam().id == PromptId::kPhonebookMenu;
+    const std::string lost = is_first ? kClientLost : kPhonebookLost;
+    EXPECT_NE(output.find(kInvalidSelection + lost), output.npos) << output;
 }
 
 INSTANTIATE_TEST_SUITE_P(, MenuPauses, testing::ValuesIn(kMenus),
-                         [](const auto& row) { return row.param.name; });
+                         [](const auto& row) { return RowOf(row.param.id).name; });
 
 }  // namespace
 }  // namespace morvane

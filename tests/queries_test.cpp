@@ -9,60 +9,14 @@
 namespace morvane_test {
 namespace {
 
-const std::string kMenuPrompt = Prompt("/Phonebook Menu");
-const std::string kNoFilters = "(@a{sv} {},)";
-
-// What the phone book can be asked without transferring it.
-struct Query {
-    std::string method;
-    std::vector<std::string> lines;  // typed from the phone book menu's prompt on
-    std::string arguments;
-    std::string reply;
-    std::string reply_type;
-    std::string result;
-};
-
-const Query kQueries[] = {
-    {"List",
-     {"l", "d"},
-     kNoFilters,
-     "([('1.vcf', 'Ada')],)",
-     "(a(ss))",
-     Heading("vCard Listing") + Lines({" 1.vcf\tAda"})},
-    {"Search",
-     {"o", "1", "Ada", "d"},
-     "('number', 'Ada', @a{sv} {})",
-     "([('1.vcf', 'Ada')],)",
-     "(a(ss))",
-     Heading("vCard Listing") + Lines({" 1.vcf\tAda"})},
-    {"GetSize", {"g"}, "()", "(uint16 42,)", "(q)", Lines({"Phonebook Size 42"})},
-    {"GetSizePhonebook",
-     {"m", "d"},
-     kNoFilters,
-     "(uint16 42,)",
-     "(q)",
-     Lines({"Phone Book Size 42"})},
-    {"GetSizeListing",
-     {"n", "d"},
-     kNoFilters,
-     "(uint16 42,)",
-     "(q)",
-     Lines({"vCard List Size 42"})},
-    {"UpdateVersion", {"u"}, "()", "()", "()", Lines({"Counters updated"})},
-    {"ListFilterFields",
-     {"f"},
-     "()",
-     "(['TEL', 'N', 'TEL'],)",
-     "(as)",
-     Heading("Filter Fields") + Lines({" TEL", " N", " TEL"})},
-};
+const std::string kMenuPrompt = Prompt(kPhonebookMenu);
 
 class PhonebookQuery : public ConversationTest {
   protected:
     // Types the lines; the next output is the result.
     void Ask(const std::vector<std::string>& lines, Here here = Here::Now()) {
         for (const std::string& line : lines) Type(line, here);
-        if (lines.size() > 1) Await(Prompt("/Filter Menu"), here);
+        if (lines.size() > 1) Await(Prompt(kFilterMenu), here);
     }
 
     void ExpectListing(const std::string& reply, const std::vector<std::string>& lines,
@@ -83,76 +37,92 @@ class PhonebookQuery : public ConversationTest {
     void ExpectStoredFields(const std::vector<std::string>& fields, Here here = Here::Now()) {
         const std::size_t calls = CountCalls("ListFilterFields");
         Type("m", here);
-        Await(Prompt("/Filter Menu"), here);
+        Await(Prompt(kFilterMenu), here);
         EXPECT_EQ(CountCalls("ListFilterFields"), calls);
         Type("k", here);
-        Expect(Heading("Select a Filter Field") + Choices(fields) +
-                   ValuePrompt("/Select Filter Field"),
-               here);
+        Expect(Heading("Select a Filter Field") + Choices(fields) + Prompt(PromptId::kField), here);
     }
 };
 
-class EveryQuery : public PhonebookQuery, public testing::WithParamInterface<Query> {
+class EveryOperation : public PhonebookQuery, public testing::WithParamInterface<Operation> {
   protected:
-    void ExpectFailure(const std::string& message, Here here = Here::Now()) {
-        Ask(GetParam().lines, here);
-        Expect(Red("Remote Call failed: " + message + "\n"), here);
+    const std::string& Method() const { return GetParam().method; }
+    bool Pulls() const { return GetParam().reply_type == "(oa{sv})"; }
+
+    void OpenPhonebook(Here here = Here::Now()) {
+        OpenSelectedSession(here);
+        daemon().ForgetCalls();
+    }
+
+    // The next output is the result.
+    void Perform(Here here = Here::Now()) {
+        for (const std::string& line : GetParam().lines) {
+            if (&line != &GetParam().lines.front()) Await(Red(" ? "), here);
+            Type(line, here);
+        }
+        if (!GetParam().filters) return;
+        Await(Prompt(kFilterMenu), here);
+        Type("d", here);
+    }
+
+    void HangInItsCall(Here here = Here::Now()) {
+        daemon().Hang(Method());
+        Perform(here);
+        ExpectCall(Method(), GetParam().arguments, here);
     }
 };
 
-TEST_P(EveryQuery, AsksTheSessionAndPrintsItsAnswer) {
-    OpenSelectedSession();
-    daemon().Reply(GetParam().method, Value(GetParam().reply));
-    Ask(GetParam().lines);
-    Expect(GetParam().result + kMenuPrompt);
-    ExpectCall(GetParam().method, GetParam().arguments);
+TEST_P(EveryOperation, AsksTheSessionAndPrintsItsAnswer) {
+    OpenPhonebook();
+    daemon().Reply(Method(), Value(GetParam().reply));
+    Perform();
+    Expect(GetParam().result + Prompt(Pulls() ? kTransferMenu : kPhonebookMenu));
+    ExpectCall(Method(), GetParam().arguments);
     const simulator::Call call = daemon().Calls().back();
-    EXPECT_EQ(call.method, GetParam().method);
+    EXPECT_EQ(call.method, Method());
     EXPECT_EQ(call.path, Session());
     EXPECT_EQ(call.interface, "com.veltrisonix.obex.PhonebookAccess1");
 }
 
-TEST_P(EveryQuery, ReportsARefusalAndChangesNothing) {
-    OpenSelectedSession();
-    daemon().Refuse(GetParam().method, "com.veltrisonix.Error.Failed", "100%s busy");
-    ExpectFailure("GDBus.Error:com.veltrisonix.Error.Failed: 100%s busy");
-    Expect(kMenuPrompt);
-    daemon().Reply(GetParam().method, Value(GetParam().reply));
-    Ask(GetParam().lines);
-    Expect(GetParam().result + kMenuPrompt);
+TEST_P(EveryOperation, SurvivesItsRefusal) {
+    OpenPhonebook();
+    daemon().Refuse(Method(), "com.veltrisonix.Error.Failed", "100%s busy", 1);
+    Perform();
+    Expect(Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Failed: 100%s busy\n") +
+           kMenuPrompt);
+    EXPECT_EQ(CountCalls(Method()), 1U);
+    daemon().Reply(Method(), Value(GetParam().reply));
+    Perform();
+    Expect(GetParam().result);
 }
 
-TEST_P(EveryQuery, ReportsAnAnswerOfAWrongType) {
-    OpenSelectedSession();
-    daemon().Reply(GetParam().method, Value("(true,)"));
-    ExpectFailure("Method \u201c" + GetParam().method +
-                  "\u201d returned type \u201c(b)\u201d, but expected \u201c" +
-                  GetParam().reply_type + "\u201d");
-    Expect(kMenuPrompt);
+TEST_P(EveryOperation, ReportsAnAnswerOfAWrongType) {
+    OpenPhonebook();
+    daemon().Reply(Method(), Value("(true,)"));
+    Perform();
+    Expect(Red("Remote Call failed: Method “" + Method() + "” returned type “(b)”, but expected “" +
+               GetParam().reply_type + "”\n") +
+           kMenuPrompt);
 }
 
-TEST_P(EveryQuery, ReportsADaemonThatDiesInTheCall) {
-    OpenSelectedSession();
-    daemon().Hang(GetParam().method);
-    for (const std::string& line : GetParam().lines) Type(line);
-    ExpectCall(GetParam().method, GetParam().arguments);
+TEST_P(EveryOperation, ReportsADaemonThatDiesInTheCall) {
+    OpenPhonebook();
+    HangInItsCall();
     daemon().Crash();
     Await(
         Red("Remote Call failed: GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
             "Message recipient disconnected from message bus without replying\n"));
 }
 
-TEST_P(EveryQuery, HoldsBackRemovals) {
+TEST_P(EveryOperation, HoldsBackRemovals) {
     const std::string device = "/com/veltrisonix/hci0/dev_2";
-    OpenSelectedSession();
-    AddDevice(device, "00:00:00:00:00:02", "second", "/Phonebook Menu");
-    daemon().Hang(GetParam().method);
-    Ask(GetParam().lines);
-    ExpectCall(GetParam().method, GetParam().arguments);
+    OpenPhonebook();
+    AddDevice(device, "00:00:00:00:00:02", "second", kPhonebookMenu);
+    HangInItsCall();
     ExpectRemovalAfterTheCall(device);
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, EveryQuery, testing::ValuesIn(kQueries),
+INSTANTIATE_TEST_SUITE_P(Methods, EveryOperation, testing::ValuesIn(Operations()),
                          [](const auto& row) { return row.param.method; });
 
 TEST_F(PhonebookQuery, ListingShowsEveryEntryInTheDaemonsOrder) {
@@ -240,8 +210,7 @@ TEST_F(PhonebookQuery, FilterFieldsBelongToTheSession) {
     Type("m");
     Expect(Asking(PromptId::kSizeFilters));
     Type("k");
-    Expect(Heading("Select a Filter Field") + Choices({"EMAIL"}) +
-           ValuePrompt("/Select Filter Field"));
+    Expect(Heading("Select a Filter Field") + Choices({"EMAIL"}) + Prompt(PromptId::kField));
 }
 
 // The bus gives up after 25 s. Until then objects that come are reported at once, and objects that

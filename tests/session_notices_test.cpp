@@ -9,8 +9,6 @@ namespace {
 using simulator::kPhonebookInterface;
 using simulator::kSessionInterface;
 
-constexpr char kMenu[] = "/Phonebook Menu";
-
 struct Change {
     const char* interface;
     const char* property;
@@ -27,7 +25,7 @@ class SessionNotices : public ConversationTest {
     }
 
     void ExpectLine(const std::string& line, Here here = Here::Now()) {
-        Expect(Notice(kMenu, line + "\n"), here);
+        Expect(Notice(kPhonebookMenu, line + "\n"), here);
     }
 
     void ExpectLines(const std::vector<Change>& changes, Here here = Here::Now()) {
@@ -84,7 +82,7 @@ TEST_F(SessionNotices, NameSupportedPhonebooksInAFixedOrder) {
     }
     for (const char* const none : {"byte 0", "byte 0xf0"}) {
         Notify(kPhonebookInterface, "SupportedPhonebooks", none);
-        ExpectQuiet(kMenu);
+        ExpectQuiet(kPhonebookMenu);
     }
 }
 
@@ -128,7 +126,7 @@ TEST_F(SessionNotices, ComeForInvalidatedPropertiesToo) {
         ExpectLine(change.line);
     }
     daemon().Invalidate(Session(), kPhonebookInterface, "SupportedPhonebooks");
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kPhonebookMenu);
 }
 
 // Such a value never reaches the tool, only that there is one.
@@ -157,9 +155,9 @@ TEST_F(SessionNotices, DoNotComeForAnythingElse) {
     Notify(kSessionInterface, "Folder", "'a phone book property'");
     daemon().Notify("/com/veltrisonix/obex/client/session1", kSessionInterface, "Source",
                     Value("'another session'"));
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kPhonebookMenu);
     Type("u");
-    Expect(Normal("Counters updated\n") + Prompt(kMenu));
+    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
 }
 
 TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
@@ -172,7 +170,7 @@ TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
     Notify(kSessionInterface, "Source", "'s'");
     Expect(Notice("/Select Phonebook", "Source Attribute Received: s\n"));
     Type("0");
-    Expect(Normal("Phonebook selected successfully\n") + Prompt(kMenu));
+    Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu));
 }
 
 // The menu thread waits for the daemon with the registry locked; notices need no lock.
@@ -185,7 +183,7 @@ TEST_F(SessionNotices, ComeWhileACallHangs) {
     Notify(kSessionInterface, "Target", "'t'");
     Expect(Normal("Target Attribute Received: t\n"));
     daemon().Release();
-    Expect(Normal("Counters updated\n") + Prompt(kMenu));
+    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
 }
 
 TEST_F(SessionNotices, EndWithTheSession) {
@@ -209,7 +207,8 @@ TEST_F(SessionNotices, LoseNothingInAFlood) {
 
 // Each notice stands whole in the output: at a prompt, which is drawn again, or between messages.
 void ExpectWholeNotices(const std::string& output, std::size_t count) {
-    const std::string redrawn = std::string(kGreenSequence) + "Vantor" + kMenu + Red(" > ");
+    const std::string redrawn =
+        std::string(kGreenSequence) + "Vantor" + kPhonebookMenu + Red(" > ");
     std::size_t end = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const std::string notice = kResetSequence + ("Folder: f" + std::to_string(i) + "\n");
@@ -228,7 +227,7 @@ TEST_F(SessionNotices, AreNotTornByTheMenusOwnOutput) {
     daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
     Await("Folder: f" + std::to_string(kCount - 1) + "\n");
     Type("?");
-    Await(Red("Invalid Selection\n") + Prompt(kMenu));
+    Await(Red("Invalid Selection\n") + Prompt(kPhonebookMenu));
     ExpectWholeNotices(console().Output(), kCount);
 }
 
@@ -242,7 +241,7 @@ TEST_F(SessionNotices, MayComeWhileASessionOpens) {
         daemon().Flood(path, kSessionInterface, "Source", 1000, NumberedFolder);
         AwaitAll({"Fixed Image Size: Supported\n", Green("Vantor/Phonebook Menu")});
         daemon().Notify(path, kSessionInterface, "Source", Value("'last'"));
-        Await(Notice(kMenu, "Source Attribute Received: last\n"));
+        Await(Notice(kPhonebookMenu, "Source Attribute Received: last\n"));
         Type("x");
         Expect(Prompt());
     }

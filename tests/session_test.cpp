@@ -13,9 +13,6 @@ using simulator::kAnyPath;
 using simulator::kPhonebookInterface;
 using simulator::kSessionInterface;
 
-constexpr char kMenu[] = "/Phonebook Menu";
-constexpr char kTransferMenu[] = "/Transfer Menu";
-
 const std::string kClientGone = Red("Client Proxy is invalid\n") + Prompt();
 const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n") + Prompt();
 
@@ -41,7 +38,7 @@ class SessionTest : public ConversationTest {
 TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     Start();
     ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
+    Expect(OpenedSession(kPhoneAddress) + Prompt(kPhonebookMenu));
     Type("x");
     Expect(Prompt());
 
@@ -53,7 +50,7 @@ TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     ChooseDevice();
     Expect(Lines({"Session Connected", "Source Address: source %s%n", "Destination Address: ",
                   "Target UUID: target", "Channel: 65535", "Fixed Image Size: Not Supported"}) +
-           Prompt(kMenu));
+           Prompt(kPhonebookMenu));
 }
 
 TEST_F(SessionTest, NamesAbsentPropertiesUnknown) {
@@ -62,7 +59,7 @@ TEST_F(SessionTest, NamesAbsentPropertiesUnknown) {
         daemon().HideProperty(kAnyPath, kSessionInterface, property);
     daemon().HideProperty(kAnyPath, kPhonebookInterface, "FixedImageSize");
     ChooseDevice();
-    Expect(UnknownSession("Connected") + Prompt(kMenu));
+    Expect(UnknownSession("Connected") + Prompt(kPhonebookMenu));
 }
 
 TEST_F(SessionTest, TreatsPropertiesOfAnotherTypeAsAbsent) {
@@ -108,7 +105,7 @@ TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
 TEST_F(SessionTest, BelongsToTheInstance) {
     StartInstance("bench");
     ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + Prompt(kMenu));
+    Expect(OpenedSession(kPhoneAddress) + Prompt(kPhonebookMenu));
     SelectPhonebook();
     Type("x");
     ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
@@ -118,7 +115,7 @@ TEST_F(SessionTest, BelongsToTheInstance) {
 TEST_F(SessionTest, SaysNothingOfALostConnectionUntilTheNextKey) {
     OpenSelectedSession();
     daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kPhonebookMenu);
     Type("g");
     Expect(kClientGone);
     EXPECT_EQ(CountCalls("GetSize"), 0U);
@@ -129,11 +126,11 @@ TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
     OpenSession();
     daemon().SetConnectionState(Session(), 0);
     daemon().SetConnectionState(Session(), 5);
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kPhonebookMenu);
     Type("u");
-    Expect(Normal("Counters updated\n") + Prompt(kMenu));
+    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
     daemon().Invalidate(Session(), kSessionInterface, "ConnectionState");
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kPhonebookMenu);
     Type("u");
     Expect(kClientGone);
 }
@@ -141,13 +138,13 @@ TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
 TEST_F(SessionTest, StartsWithoutSelectionEachTime) {
     OpenSession();
     Type("g");
-    Expect(Red("No Phonebook selected\n") + Prompt(kMenu));
+    Expect(Red("No Phonebook selected\n") + Prompt(kPhonebookMenu));
     SelectPhonebook();
     Type("x");
     Expect(Prompt());
     OpenSession();
     Type("g");
-    Expect(Red("No Phonebook selected\n") + Prompt(kMenu));
+    Expect(Red("No Phonebook selected\n") + Prompt(kPhonebookMenu));
 }
 
 TEST_F(SessionTest, DeletesTheHeldFileWhenItIsRemoved) {
@@ -248,17 +245,17 @@ TEST_F(UnreachableObjectTest, TransferIsReportedByThePhonebookMenu) {
     RefuseProxies();
     daemon().SetPullContent("BEGIN:VCARD");
     Type("a");
-    Await(Prompt("/Filter Menu"));
+    Await(Prompt(kFilterMenu));
     Type("d");
-    ExpectFailure("Transfer", Prompt(kMenu));
+    ExpectFailure("Transfer", Prompt(kPhonebookMenu));
     Type("p");
     Await(ValuePrompt("/vCard Handle"));
     Type("1");
-    Await(Prompt("/Filter Menu"));
+    Await(Prompt(kFilterMenu));
     Type("d");
-    ExpectFailure("Transfer", Prompt(kMenu));
+    ExpectFailure("Transfer", Prompt(kPhonebookMenu));
     Type("u");
-    Expect(Normal("Counters updated\n") + Prompt(kMenu));
+    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
 }
 
 }  // namespace

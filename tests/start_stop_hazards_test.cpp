@@ -176,8 +176,8 @@ TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
 TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
     OpenSelectedSession();
     Type("a");
-    Await(Prompt("/Filter Menu"));
-    RemoveClient("/Filter Menu");
+    Await(Prompt(kFilterMenu));
+    RemoveClient(kFilterMenu);
     Interrupt();
     console().CloseInput();
     ExpectExit(0, Console::Rest::kIgnored);
@@ -196,9 +196,9 @@ TEST_F(StartStopTest, ReportsChangesWhileTheMenuThreadIsInACall) {
     Expect(Normal("Folder: telecom/pb\n"));
     daemon().ClearFaults();
     daemon().Release();
-    Await(Prompt("/Phonebook Menu"));
+    Await(Prompt(kPhonebookMenu));
     daemon().Notify(kSession, simulator::kSessionInterface, "Channel", Value("uint16 3"));
-    Expect(Notice("/Phonebook Menu", "Channel Attribute Received: 3\n"));
+    Expect(Notice(kPhonebookMenu, "Channel Attribute Received: 3\n"));
 }
 
 // A notification being delivered outlives the context that asked for it.
@@ -213,7 +213,7 @@ TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
         Await("Transferred Percent: ");
         Type("x");
         Await("Removing: " + PulledPhonebook());
-        Await(Prompt("/Phonebook Menu"));
+        Await(Prompt(kPhonebookMenu));
     }
     const auto flood = std::async(std::launch::async, [this] {
         daemon().Flood(kSession, simulator::kSessionInterface, "Channel", 5000,

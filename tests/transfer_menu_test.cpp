@@ -8,8 +8,6 @@ namespace {
 
 using simulator::kTransferInterface;
 
-constexpr char kMenu[] = "/Transfer Menu";
-constexpr char kProfileMenu[] = "/Phonebook Menu";
 constexpr char kRefusal[] = "com.veltrisonix.Error.NotInProgress";
 
 class TransferMenuTest : public ConversationTest {
@@ -24,7 +22,7 @@ class TransferMenuTest : public ConversationTest {
     void ExpectAnswer(const std::string& line, const std::string& messages,
                       Here here = Here::Now()) {
         Type(line, here);
-        Expect(messages + Prompt(kMenu), here);
+        Expect(messages + Prompt(kTransferMenu), here);
     }
 
     std::string Removing() const { return Normal("Removing: " + PulledPhonebook() + "\n"); }
@@ -56,17 +54,8 @@ class TransferMenuTest : public ConversationTest {
 };
 
 TEST_F(TransferMenuTest, ShowsItsKeysOnHelp) {
-    const std::string menu = Green("*****************************************************\n") +
-                             Normal(" c) Cancel Download\n") +
-                             Normal(" d) Display download file\n") + Normal(" s) Show Status\n") +
-                             Normal(" p) Suspend transfer\n") + Normal(" r) Resume transfer\n") +
-                             Green("-----------------------------------------------------\n") +
-                             Normal(" h) Help\n") +
-                             Green("-----------------------------------------------------\n") +
-                             Normal(" x) Exit this Menu\n") + Normal(" q) Quit\n") +
-                             Green("*****************************************************\n");
-    ExpectAnswer("h", menu);
-    ExpectAnswer("  help me", menu);
+    ExpectAnswer("h", MenuOf(PromptId::kTransfer));
+    ExpectAnswer("  help me", MenuOf(PromptId::kTransfer));
 }
 
 TEST_F(TransferMenuTest, KnowsNoOtherKeys) {
@@ -81,10 +70,10 @@ TEST_F(TransferMenuTest, KnowsNoOtherKeys) {
 TEST_F(TransferMenuTest, ShowsTheStatusAnnouncedLast) {
     ExpectAnswer("s", Normal("Transfer Status: queued\n"));
     daemon().Notify(Transfer(), kTransferInterface, "Status", Value("'100%s'"));
-    Expect(Notice(kMenu, "Status Attribute Received: 100%s\n"));
+    Expect(Notice(kTransferMenu, "Status Attribute Received: 100%s\n"));
     ExpectAnswer("status", Normal("Transfer Status: 100%s\n"));
     daemon().Invalidate(Transfer(), kTransferInterface, "Status");
-    Expect(Notice(kMenu, "Status Attribute Received: Unknown\n"));
+    Expect(Notice(kTransferMenu, "Status Attribute Received: Unknown\n"));
     ExpectAnswer("s", Normal("Transfer Status: \n"));
 }
 
@@ -115,7 +104,7 @@ TEST_F(TransferMenuTest, CancelDropsTheTransferAndTheNextKeyOnlyLeaves) {
         EXPECT_FALSE(FileExists());
         ExpectAnswer("", "");
         Type(line);
-        Expect(Prompt(kProfileMenu));
+        Expect(Prompt(kPhonebookMenu));
         PullAll("BEGIN:VCARD\n");
     }
     EXPECT_EQ(CountCalls("Cancel"), 6U);
@@ -129,12 +118,12 @@ TEST_F(TransferMenuTest, CancelDropsTheTransferEvenIfRefused) {
     ExpectCall("Cancel", "()");
     EXPECT_FALSE(FileExists());
     Type("h");
-    Expect(Prompt(kProfileMenu));
+    Expect(Prompt(kPhonebookMenu));
 }
 
 TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
     Type("x");
-    Expect(Removing() + Prompt(kProfileMenu));
+    Expect(Removing() + Prompt(kPhonebookMenu));
     EXPECT_FALSE(FileExists());
     EXPECT_EQ(TransferCalls(), 0U);
     Pull("0", "BEGIN:VCARD\n");
@@ -142,18 +131,18 @@ TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
     ExpectAnswer("p", "");
     EXPECT_EQ(daemon().Calls().back().path, Transfer());
     Type("exit");
-    Expect(Red("Invalid Selection\n") + Prompt(kMenu));
+    Expect(Red("Invalid Selection\n") + Prompt(kTransferMenu));
     Type("x");
-    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kProfileMenu));
+    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
     Type("x");
     Expect(Prompt());
 }
 
 TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
     console().TypeBytes("s\nS\nh\nx\nx\nl\n");
-    Expect(Normal("Transfer Status: queued\n") + Prompt(kMenu) + Red("Invalid Selection\n") +
-           Prompt(kMenu) + MenuOf(PromptId::kTransfer) + Prompt(kMenu) + Removing() +
-           Prompt(kProfileMenu) + Prompt() + Stars());
+    Expect(Normal("Transfer Status: queued\n") + Prompt(kTransferMenu) +
+           Red("Invalid Selection\n") + Prompt(kTransferMenu) + MenuOf(PromptId::kTransfer) +
+           Prompt(kTransferMenu) + Removing() + Prompt(kPhonebookMenu) + Prompt() + Stars());
 }
 
 class TransferMenuQuitTest : public TransferMenuTest,
@@ -161,7 +150,7 @@ class TransferMenuQuitTest : public TransferMenuTest,
 
 TEST_P(TransferMenuQuitTest, LeavesTheFileToTheEndOfTheSession) {
     daemon().AbortTransfer(Transfer());
-    Expect(Notice(kMenu, "Status Attribute Received: error\n"));
+    Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"));
     daemon().Hang("RemoveSession");
     Type(GetParam());
     ExpectCall("RemoveSession", "(objectpath '" + Session() + "',)");
@@ -175,21 +164,6 @@ TEST_P(TransferMenuQuitTest, LeavesTheFileToTheEndOfTheSession) {
 
 INSTANTIATE_TEST_SUITE_P(Keys, TransferMenuQuitTest, testing::Values("q", "Q", "  quit"));
 
-TEST_F(TransferMenuTest, EndOfInputQuits) {
-    console().CloseInput();
-    Expect(Removing());
-    ExpectExit(0);
-    EXPECT_FALSE(FileExists());
-}
-
-TEST_F(TransferMenuTest, InterruptMakesTheNextKeyEndEverything) {
-    Interrupt();
-    Type("p");
-    Expect(invalid_ + Removing());
-    ExpectExit(0);
-    EXPECT_EQ(TransferCalls(), 0U);
-}
-
 TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
     Hang();
     daemon().AbortTransfer(Transfer());
@@ -198,32 +172,6 @@ TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
     daemon().Release();
     Expect(refused_ + Removing());
     ExpectExit(0);
-}
-
-TEST_F(TransferMenuTest, ActsOnNoKeyWhenTheSessionIsLost) {
-    daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kMenu);
-    Type("c");
-    Expect(invalid_ + Removing() + Prompt());
-    EXPECT_EQ(TransferCalls(), 0U);
-}
-
-TEST_F(TransferMenuTest, ActsOnNoKeyWhenTheClientIsGone) {
-    daemon().RemoveClient();
-    Expect(Notice(kMenu, "Removing: " + PulledPhonebook() + "\n") +
-           Notice(kMenu, "Removed /com/veltrisonix/obex\n", kRedSequence));
-    EXPECT_FALSE(FileExists());
-    Type("q");
-    Expect(invalid_ + Prompt());
-    EXPECT_EQ(TransferCalls(), 0U);
-}
-
-TEST_F(TransferMenuTest, ActsOnNoKeyOfAnotherClient) {
-    daemon().RemoveClient();
-    daemon().AddClient();
-    Await(Notice(kMenu, "Found Client /com/veltrisonix/obex\n"));
-    Type("d");
-    Expect(invalid_ + Prompt());
 }
 
 TEST_F(TransferMenuTest, AsksForNoKeyWhenTheSessionWasLostInACall) {
@@ -237,11 +185,11 @@ TEST_F(TransferMenuTest, RemovalsWaitForACallButNotForTheOperator) {
     const std::string other = "/com/veltrisonix/hci0/dev_other";
     for (const auto& [key, method] :
          {std::pair{"p", "Suspend"}, {"r", "Resume"}, {"c", "Cancel"}}) {
-        AddDevice(other, "00:00:00:00:00:01", "Other", kMenu);
+        AddDevice(other, "00:00:00:00:00:01", "Other", kTransferMenu);
         Hang(key, method);
         ExpectRemovalAfterTheCall(other);
         Await(Red(" > "));  // the next prompt's, or drawn again
-        ExpectQuiet(kMenu);
+        ExpectQuiet(kTransferMenu);
     }
 }
 
@@ -249,7 +197,7 @@ TEST_F(TransferMenuTest, LooksForTheSessionBeforeItLeavesACancelledTransfer) {
     daemon().Reply("Cancel", Value("()"));
     ExpectAnswer("c", Removing());
     daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
     Type("s");
     Expect(invalid_ + Prompt());
 }

@@ -8,8 +8,6 @@ namespace {
 
 using simulator::kTransferInterface;
 
-constexpr char kMenu[] = "/Transfer Menu";
-
 /// How a running transfer is heard of while the operator is asked.
 class TransferProgressTest : public ConversationTest {
   protected:
@@ -24,7 +22,7 @@ class TransferProgressTest : public ConversationTest {
     }
 
     void ExpectNotice(const std::string& text, Here here = Here::Now()) {
-        Expect(Notice(kMenu, text + "\n"), here);
+        Expect(Notice(kTransferMenu, text + "\n"), here);
     }
 };
 
@@ -52,7 +50,7 @@ TEST_F(TransferProgressTest, EveryChangeIsPrintedUnderThePromptWhichIsDrawnAgain
     Announce("Status", "'on its way'");
     ExpectNotice("Status Attribute Received: on its way");
     Type("atus");
-    Expect(Normal("Transfer Status: on its way\n") + Prompt(kMenu));
+    Expect(Normal("Transfer Status: on its way\n") + Prompt(kTransferMenu));
 }
 
 TEST_F(TransferProgressTest, UnchangedAndInvalidatedPropertiesArePrintedToo) {
@@ -70,7 +68,7 @@ TEST_F(TransferProgressTest, UnchangedAndInvalidatedPropertiesArePrintedToo) {
     }
     daemon().Invalidate(Transfer(), kTransferInterface, "Transferred");
     Announce("Transferred", "uint64 1000");
-    ExpectQuiet(kMenu);  // nothing to count it against any more
+    ExpectQuiet(kTransferMenu);  // nothing to count it against any more
 }
 
 TEST_F(TransferProgressTest, PropertiesOfAWrongTypeKeepTheirValue) {
@@ -98,7 +96,7 @@ TEST_F(TransferProgressTest, EachPercentageIsPrintedOnceAndOnlyUpwards) {
     ExpectNotice("Transferred Percent: 100%");
     Announce("Transferred", "uint64 999");
     Announce("Transferred", "uint64 1000");
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
 }
 
 TEST_F(TransferProgressTest, CountsOnlyAgainstASizeThatWasTold) {
@@ -107,7 +105,7 @@ TEST_F(TransferProgressTest, CountsOnlyAgainstASizeThatWasTold) {
     StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
     FollowTransfer();
     Announce("Transferred", "uint64 500");
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
     daemon().AdvanceTransfer(Transfer(), 500);
     ExpectNotice("Status Attribute Received: active");
     ExpectNotice("Size Attribute Received: 1000");
@@ -131,14 +129,14 @@ TEST_F(TransferProgressTest, IsPrintedOnALineOfItsOwnWhenNothingIsAsked) {
     Expect(Normal("Transferred Percent: 1%\n") + Normal("Status Attribute Received: active\n"));
     daemon().Reply("Suspend", Value("()"));
     daemon().Release();
-    Await(Prompt(kMenu));
+    Await(Prompt(kTransferMenu));
 }
 
 TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannotBeRemoved) {
     FollowTransfer();
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
     daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
     Type("s");
     Expect(Red("Phonebook Access Proxy is invalid\n") +
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
@@ -166,7 +164,7 @@ TEST_F(TransferProgressTest, AFloodLeavesEveryPercentageInItsPlace) {
     });
     for (int percent = 1; percent <= 100; ++percent)
         ExpectNotice("Transferred Percent: " + std::to_string(percent) + "%");
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
 }
 
 TEST_F(TransferProgressTest, LeavingInAFloodEndsIt) {
@@ -181,32 +179,32 @@ TEST_F(TransferProgressTest, LeavingInAFloodEndsIt) {
         Await("Name Attribute Received: 50\n");
         Type("x");
         Await(Normal("Removing: " + PulledPhonebook() + "\n"));
-        Await(Prompt("/Phonebook Menu"));
+        Await(Prompt(kPhonebookMenu));
     };
     EXPECT_NO_THROW(leave());
     flood.join();
-    ExpectQuiet("/Phonebook Menu");
+    ExpectQuiet(kPhonebookMenu);
 }
 
 TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
     FollowTransfer();
     daemon().Reply("Cancel", Value("()"));
     Type("c");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kMenu));
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kTransferMenu));
     const std::string cancelled = Transfer();
     daemon().Notify(cancelled, kTransferInterface, "Status", Value("'late'"));
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
     Type("h");
-    Expect(Prompt("/Phonebook Menu"));
+    Expect(Prompt(kPhonebookMenu));
     PullAll("again");
     daemon().Notify(cancelled, kTransferInterface, "Status", Value("'later'"));
     Announce("Status", "'active'");
     ExpectNotice("Status Attribute Received: active");
     const std::string left = Transfer();
     Type("x");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt("/Phonebook Menu"));
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     daemon().Notify(left, kTransferInterface, "Status", Value("'late'"));
-    ExpectQuiet("/Phonebook Menu");
+    ExpectQuiet(kPhonebookMenu);
 }
 
 TEST_F(TransferProgressTest, FollowsAPhonesTransferFromBeginningToEnd) {
@@ -220,14 +218,14 @@ TEST_F(TransferProgressTest, FollowsAPhonesTransferFromBeginningToEnd) {
     Type("p");
     Await("Status Attribute Received: suspended\n");
     Type("s");
-    Await(Normal("Transfer Status: suspended\n") + Prompt(kMenu));
+    Await(Normal("Transfer Status: suspended\n") + Prompt(kTransferMenu));
     Type("r");
     Await("Status Attribute Received: active\n");
-    Await(Notice(kMenu, "Transferred Percent: 100%\n") +
-          Notice(kMenu, "Status Attribute Received: complete\n"));
+    Await(Notice(kTransferMenu, "Transferred Percent: 100%\n") +
+          Notice(kTransferMenu, "Status Attribute Received: complete\n"));
     Type("d");
     Expect(Normal("Displaying: " + PulledPhonebook() + "\n") + Normal(std::string(512, 'v')) +
-           Normal(std::string(488, 'v')) + Normal("\n") + Prompt(kMenu));
+           Normal(std::string(488, 'v')) + Normal("\n") + Prompt(kTransferMenu));
 }
 
 }  // namespace

@@ -10,38 +10,35 @@ namespace {
 
 using simulator::kTransferInterface;
 
-constexpr char kMenu[] = "/Transfer Menu";
-constexpr char kProfileMenu[] = "/Phonebook Menu";
-
 /// A pull's transfer as the tool and the daemon see it on the bus.
 class TransferTest : public ConversationTest {
   protected:
     /// From the phone book menu to the transfer menu, which prints these lines first.
     void ExpectPullToPrint(const std::string& messages, Here here = Here::Now()) {
         Type("a", here);
-        Await(Prompt("/Filter Menu"), here);
+        Await(Prompt(kFilterMenu), here);
         Type("d", here);
-        Expect(messages + Prompt(kMenu), here);
+        Expect(messages + Prompt(kTransferMenu), here);
     }
 
     /// As above; the daemon chooses the order.
     void ExpectPullToPrintThePhonesWords(Here here = Here::Now()) {
         daemon().SetPullContent("vcard");
         Type("a", here);
-        Await(Prompt("/Filter Menu"), here);
+        Await(Prompt(kFilterMenu), here);
         Type("d", here);
         AwaitAll({Normal("Status: queued\n"), Normal("Object Name: pb.vcf\n"),
                   Normal("Filename: " + PulledPhonebook() + "\n"), Normal("Size: 5\n"),
                   Normal("Bytes Transferred: 0\n"), Normal("Session: " + Session() + "\n"),
                   Normal("MIME type: text/x-vcard\n")},
                  here);
-        Expect(Prompt(kMenu), here);
+        Expect(Prompt(kTransferMenu), here);
     }
 
     void ExpectAnswer(const std::string& line, const std::string& messages,
                       Here here = Here::Now()) {
         Type(line, here);
-        Expect(messages + Prompt(kMenu), here);
+        Expect(messages + Prompt(kTransferMenu), here);
     }
 
     void ExpectTransferCall(const std::string& method, Here here = Here::Now()) {
@@ -69,15 +66,15 @@ TEST_F(TransferTest, PrintsTheReplysEntriesInTheirOrder) {
     // The daemon's object knows none of this.
     ExpectAnswer("s", Normal("Transfer Status: \n"));
     Type("x");
-    Expect(Red("Filename property not set!") + Prompt(kProfileMenu));
+    Expect(Red("Filename property not set!") + Prompt(kPhonebookMenu));
 
     daemon().Reply("PullAll", Value("(objectpath '/t/2', @a{sv} {})"));
     ExpectPullToPrint("");
     daemon().Notify("/t/2", kTransferInterface, "Transferred", Value("uint64 1000"));
     daemon().Notify("/t/2", kTransferInterface, "Size", Value("uint64 1000"));
-    Expect(Notice(kMenu, "Size Attribute Received: 1000\n"));
+    Expect(Notice(kTransferMenu, "Size Attribute Received: 1000\n"));
     daemon().Notify("/t/2", kTransferInterface, "Transferred", Value("uint64 1000"));
-    Expect(Notice(kMenu, "Transferred Percent: 100%\n"));
+    Expect(Notice(kTransferMenu, "Transferred Percent: 100%\n"));
 }
 
 TEST_F(TransferTest, DoesNotMisreadEntriesOfAWrongType) {
@@ -90,7 +87,7 @@ TEST_F(TransferTest, DoesNotMisreadEntriesOfAWrongType) {
         Lines({"Status: Unknown", "Object Name: Unknown", "Filename: Unknown", "Size: 0",
                "Bytes Transferred: 0", "Session: Unknown", "MIME type: Unknown"}));
     daemon().Notify("/t/1", kTransferInterface, "Transferred", Value("uint64 1000"));
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
 }
 
 TEST_F(TransferTest, IsAbsentWhereTheDaemonsPropertiesHaveAWrongType) {
@@ -104,14 +101,14 @@ TEST_F(TransferTest, IsAbsentWhereTheDaemonsPropertiesHaveAWrongType) {
     ExpectAnswer("s", Normal("Transfer Status: \n"));
     ExpectAnswer("d", Red("Filename property not set!"));
     Type("x");
-    Expect(Red("Filename property not set!") + Prompt(kProfileMenu));
+    Expect(Red("Filename property not set!") + Prompt(kPhonebookMenu));
 }
 
 TEST_F(TransferTest, CallsTheTransfersObject) {
     OpenSelectedSession();
     PullAll("first");
     Type("x");
-    Await(Prompt(kProfileMenu));
+    Await(Prompt(kPhonebookMenu));
     PullAll("second");
     for (const char* const method : {"Suspend", "Resume", "Cancel"})
         daemon().Reply(method, Value("()"));
@@ -142,27 +139,6 @@ TEST_F(TransferTest, ShowsTheBusErrorsAsTheyAre) {
               std::string("Removed ") + kPhonePath + "\n"});
 }
 
-TEST_F(TransferTest, GivesUpACallAfterItsTime) {
-    OpenSelectedSession();
-    PullAll("");
-    daemon().Hang("Cancel");
-    console().SetPatience(Stretched(std::chrono::seconds(45)));
-    ExpectAnswer("c", Red("Remote Call failed Timeout was reached\n") +
-                          Normal("Removing: " + PulledPhonebook() + "\n"));
-}
-
-TEST_F(TransferTest, LosesItsFileWhenTheDaemonGoes) {
-    OpenSelectedSession();
-    PullAll("vcard");
-    daemon().LeaveBus();
-    AwaitAll({Notice(kMenu, "Removing: " + PulledPhonebook() + "\n"),
-              Notice(kMenu, "Removed /com/veltrisonix/obex\n", kRedSequence),
-              Notice(kMenu, std::string("Removed ") + kPhonePath + "\n", kRedSequence)});
-    EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
-    Type("s");
-    Expect(Red("Phonebook Access Proxy is invalid\n") + Prompt());
-}
-
 class TransferOfAnInstanceTest : public TransferTest {
   protected:
     void SetUp() override {
@@ -181,7 +157,7 @@ TEST_F(TransferOfAnInstanceTest, IsSoughtUnderTheDefaultNameAndNotFound) {
     ExpectAnswer("p", failed);
     ExpectAnswer("r", failed);
     daemon().CompleteTransfer(Transfer());
-    ExpectQuiet(kMenu);
+    ExpectQuiet(kTransferMenu);
     ExpectAnswer("c", failed + Red("Filename property not set!"));
     EXPECT_EQ(CountCalls("Suspend") + CountCalls("Resume") + CountCalls("Cancel"), 0U);
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
@@ -199,7 +175,7 @@ TEST_F(TransferOfAnInstanceTest, IsSoughtAtTheDaemonWithTheDefaultName) {
     EXPECT_EQ(call->path, Transfer());
     EXPECT_EQ(CountCalls("Suspend"), 0U);
     other.Notify(Transfer(), kTransferInterface, "Transferred", Value("uint64 5"));
-    Expect(Notice(kMenu, "Transferred Percent: 100%\n"));
+    Expect(Notice(kTransferMenu, "Transferred Percent: 100%\n"));
 }
 
 }  // namespace

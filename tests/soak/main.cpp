@@ -4,6 +4,7 @@
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
 #include "support/console.h"
+#include "support/menus.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
 #include "support/process_files.h"
@@ -124,7 +125,7 @@ class Soak : public testing::Test {
 
     void RunSession(std::size_t number, std::size_t notifications) {
         console_->TypeBytes("c\n0\ns\n0\n0\na\nd\n");
-        console_->Await(Prompt("/Transfer Menu"));
+        console_->Await(Prompt(kTransferMenu));
         ToggleVisitor(number % kVisitors);
         Announce(notifications);
         daemon_.CompleteTransfer(daemon_.Transfers().back());
