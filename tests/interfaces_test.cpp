@@ -140,16 +140,5 @@ TEST(InterfacesTest, AreThoseOfTheDaemon) {
     EXPECT_EQ(Describe(device1_interface_info()), kDevice);
 }
 
-// The bytes of an advertisement are no text, as which an `ay` is read unless its annotation says
-// so.
-TEST(InterfacesTest, AdvertisementIsReadAsAValue) {
-    g_type_class_unref(g_type_class_ref(G_TYPE_OBJECT));  // before it GLib knows no properties
-    const gpointer interface = g_type_default_interface_ref(TYPE_DEVICE1);
-    GParamSpec* const property = g_object_interface_find_property(interface, "advert-data");
-    ASSERT_NE(property, nullptr);
-    EXPECT_STREQ(g_type_name(property->value_type), "GVariant");
-    g_type_default_interface_unref(interface);
-}
-
 }  // namespace
 }  // namespace morvane_test
