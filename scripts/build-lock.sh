@@ -1,10 +1,10 @@
 # shellcheck shell=bash
 # Sourced by the scripts that build.
 
-# with_build_lock FOLDER COMMAND...: runs the command while nothing else has the lock of this build
-# folder, and waits for that if need be. A subshell owns the lock, so that it outlives a script that
-# is killed while its compiler goes on. Programs do not inherit it: one that stays in the background,
-# such as the server of a compiler cache, would keep it.
+# with_build_lock FOLDER COMMAND...: runs the command with the lock of this build folder, for which
+# it waits if need be. A subshell owns the lock, so that it is not released if the script is killed
+# and its compiler keeps running. Programs do not inherit it: one that stays in the background, such
+# as the server of a compiler cache, would keep it.
 with_build_lock() {
     local folder=$1
     shift

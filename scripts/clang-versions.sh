@@ -26,7 +26,8 @@ find_clang() {
     return 1
 }
 
-# find_clang_for WHAT PROGRAM: the same, but reports on standard error that WHAT is skipped without
+# find_clang_for WHAT PROGRAM: the same; if there is none, reports on standard error that WHAT is
+# skipped
 find_clang_for() {
     find_clang "$2" && return
     local earlier installed
