@@ -230,7 +230,7 @@ TEST(InputStringTest, DoesNothingWithoutPromptBufferOrRoom) {
     EXPECT_EQ(Ask(ask, "text\n"), (Answer{"", "0!"}));
 }
 
-TEST(StandingPromptTest, IsTakenAwayByTheLine) {
+TEST(StandingPromptTest, IsNotRedrawnOnceALineWasRead) {
     char buffer[8];
     for (const std::function<void()>& input : std::vector<std::function<void()>>{
              AskKey, kNumberReaders[0], kNumberReaders[1],

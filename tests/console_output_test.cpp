@@ -73,7 +73,7 @@ TEST(PrintTest, RedrawsAPromptBelowEachMessageWithAMenusMarker) {
                   (Writes{"\n\x1b[0mone\n" + kRedrawn, "\n\x1b[1;31mtwo\n" + kRedrawn}));
 }
 
-TEST(PrintTest, RedrawsThePromptDrawnLastUnlessItWasTakenAway) {
+TEST(PrintTest, RedrawsThePromptDrawnLastUnlessItWasCleared) {
     const Writes writes = WritesOf([] {
         PROXY_Prompt("a long prompt", 1);
         PROXY_Prompt("", 0);

@@ -16,7 +16,7 @@ namespace {
 
 using morvane_test::Red;
 
-// A runtime error of which all others are no base; each class is its own base.
+// Whether it is a runtime error and none of the others is a base of it: only it is its own base.
 template <typename Error, typename... All>
 constexpr bool IsUnrelated() {
     return std::is_convertible_v<Error*, std::runtime_error*> &&
@@ -33,7 +33,7 @@ TEST(ErrorTypesTest, AreRuntimeErrorsAndNoneIsAnother) {
                               IapiException, SapiException>()));
 }
 
-// What a menu prints when its guard runs an action that throws `error`, or that the error goes up.
+// What a menu prints when its guard runs an action that throws `error`, or "propagates".
 template <typename Guard, typename Error>
 std::string Outcome(const Guard& guard, const Error& error) {
     const auto run = morvane_test::Capture([&] {
@@ -44,13 +44,13 @@ std::string Outcome(const Guard& guard, const Error& error) {
             return 1;
         }
     });
-    return run.Output() + (run.status == 0 ? "" : "goes up");
+    return run.Output() + (run.status == 0 ? "" : "propagates");
 }
 
 // The errors that a guard must not catch.
 template <typename Guard, typename... Errors>
-void ExpectToGoUp(const Guard& guard, const Errors&... errors) {
-    for (const std::string& outcome : {Outcome(guard, errors)...}) EXPECT_EQ(outcome, "goes up");
+void ExpectToPropagate(const Guard& guard, const Errors&... errors) {
+    for (const std::string& outcome : {Outcome(guard, errors)...}) EXPECT_EQ(outcome, "propagates");
 }
 
 TEST(ReportErrorsTest, PrintsTheTypesThatAreNamedAndNoOthers) {
@@ -60,9 +60,9 @@ TEST(ReportErrorsTest, PrintsTheTypesThatAreNamedAndNoOthers) {
     EXPECT_EQ(Outcome(report_three, ProxyException("100%s")), Red("100%s\n"));
     EXPECT_EQ(Outcome(report_three, SapiException("text only", 5)), Red("text only\n"));
     EXPECT_EQ(Outcome(report_three, IapiException("refused")), Red("refused\n"));
-    ExpectToGoUp([](const auto& action) { ReportErrors<IapiException>(action); },
-                 ProxyException("other"), InvalidObjectException("other"),
-                 std::runtime_error("other"), InputEnded{});
+    ExpectToPropagate([](const auto& action) { ReportErrors<IapiException>(action); },
+                      ProxyException("other"), InvalidObjectException("other"),
+                      std::runtime_error("other"), InputEnded{});
 }
 
 TEST(ReportProfileErrorsTest, PrintsWhatEndsOnlyTheActionAndNoOthers) {
@@ -71,8 +71,8 @@ TEST(ReportProfileErrorsTest, PrintsWhatEndsOnlyTheActionAndNoOthers) {
     EXPECT_EQ(Outcome(report, IapiException("call")), Red("call\n"));
     EXPECT_EQ(Outcome(report, SapiException("service 100%s", -7)), Red("service 100%s -7\n"));
     EXPECT_EQ(Outcome(report, InputEnded{}), "");
-    ExpectToGoUp(report, ProxyException("other"), InvalidObjectException("other"),
-                 std::runtime_error("other"));
+    ExpectToPropagate(report, ProxyException("other"), InvalidObjectException("other"),
+                      std::runtime_error("other"));
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ const Menu kMenus[] = {
     {PromptId::kSearchFilters, {2, 1}},
     {PromptId::kSizeFilters, {2, 1}},
     {PromptId::kListSizeFilters, {2, 1}},
-    // The first of them is time for the transfer's first notices.
+    // The first pause is for the first property-change notifications of the transfer.
     {PromptId::kTransfer, {2, 1}},
 };
 
@@ -107,7 +107,7 @@ TEST_P(MenuPauses, AreMadeBeforeEachPrompt) {
     EXPECT_EQ(PausesBeforePrompts(output, GetParam()), GetParam().pauses) << output;
 }
 
-TEST_P(MenuPauses, EndWithALookAtTheSession) {
+TEST_P(MenuPauses, AreFollowedByACheckOfTheSession) {
     const std::string output = OutputIn(GetParam(), [](Bench& bench) {
         static bool answered = false;
         write_substitute = [](const void* bytes, std::size_t count) {

@@ -28,9 +28,8 @@ using morvane_test::Red;
 using morvane_test::Rival;
 using morvane_test::Say;
 
-// Blank lines are asked again by the input itself.
-TEST(MenuThreadTest,
-     PausesBeforeTheBannerAndEachPromptForTheMainThreadsMessagesNotAfterABlankLine) {
+// The pauses are for messages of the main thread. After a blank line the input itself asks again.
+TEST(MenuThreadTest, PausesBeforeTheBannerAndEachPromptButNotAfterABlankLine) {
     const auto run = [] {
         morvane_test::sleep_substitute = [](useconds_t microseconds) {
             PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
@@ -94,7 +93,7 @@ TEST(MenuThreadTest, LetsAWaitingRemovalPassBeforeItAsks) {
         Rival removal([] { obexProxy.FreeClient(); });
         // The session's file is deleted during the removal's turn.
         morvane_test::remove_substitute = [menu_thread = gettid()](const char* /*name*/) {
-            Say(morvane_test::AwaitSleep(menu_thread) ? "file deleted" : "the menu goes on");
+            Say(morvane_test::AwaitSleep(menu_thread) ? "file deleted" : "the menu does not wait");
         };
         morvane_test::sleep_substitute = [&](useconds_t time) {
             if (time != 500000) removal.GoAsFarAsPossible();
