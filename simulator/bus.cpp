@@ -151,7 +151,7 @@ void Bus::DropName() {
     has_name_ = false;
     try {
         AskForName("ReleaseName", g_variant_new("(s)", name_.c_str()));
-        // NOLINTNEXTLINE(bugprone-empty-catch): a bus that is gone has taken the name with it
+        // NOLINTNEXTLINE(bugprone-empty-catch): a lost connection owns no name
     } catch (const std::runtime_error&) {
     }
 }

@@ -23,7 +23,7 @@ constexpr char kWaiting[] = "Waiting for another build in ";
 constexpr char kFilename[] = "Filename: ";
 
 // Fails if another build runs at the same time, or if the lock was inherited. Builds until a line
-// comes through the pipe "go", if there is one, or the test ends.
+// arrives through the pipe "go", if there is one, or the test ends.
 constexpr char kCmake[] = R"(
 mkdir build/busy || exit
 ! readlink /proc/$$/fd/* | grep build/demo/lock || exit

@@ -49,8 +49,7 @@ TEST_P(Documents, LinkToWhatIsThere) {
 TEST_P(Documents, NameFilesThatAreThere) {
     const std::string folders =
         "app|client|cmake|console|docs|examples|interfaces|packaging|phonebook|scripts|simulator|"
-        "support|"
-        "tests|transfer|uuid";
+        "support|tests|transfer|uuid";
     for (const std::string& path :
          FindAll(text_, "(?:^|[^-\\w./~$>])((?:" + folders + ")/[-\\w./]*\\w)"))
         EXPECT_TRUE(IsFile(path) || IsFile(folder_ + path)) << path;
@@ -238,8 +237,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Menu{"Transfer", "Transfer menu", "transfer", PromptId::kTransfer, false}),
     [](const auto& menu) { return menu.param.name; });
 
-// The rules of a distribution's system bus that matter here, and those of a daemon's package:
-// nobody but the daemon is mentioned.
+// The rules of a distribution's system bus that matter here, and those of a daemon's package, which
+// admit no client.
 std::string SystemBusPolicies() {
     return R"(<policy context="default">
   <allow user="*"/>

@@ -1,11 +1,10 @@
 // scripts/install-dependencies where nothing that it asks for is installed. What would change the
 // machine is replaced by scripts that print how they were called.
 
+#include "interfaces/glib_ptr.h"
 #include "support/console.h"
 #include "support/document.h"
 #include "support/temporary_directory.h"
-
-#include "interfaces/glib_ptr.h"
 
 #include <gtest/gtest.h>
 
@@ -75,7 +74,7 @@ class InstallDependencies : public testing::Test {
         return console_.emplace(options);
     }
 
-    // How the scripts were called that change the machine.
+    // The calls of the replaced commands that would change the machine.
     std::string Calls() const {
         std::ifstream file(directory_.File("calls"));
         return {std::istreambuf_iterator<char>(file), {}};

@@ -68,9 +68,9 @@ std::string FormatSession(const PlayedSession& session) {
     return text + session.rest;
 }
 
-// Output as documents show it: without colours and trailing blanks, without the prompts under
-// which a message came and that were therefore drawn again, and with X for the random letters in
-// the name of the demo's directory.
+// Output as documents show it: without colours and trailing blanks, without the prompts that
+// were redrawn below a message, and with X for the random letters in the name of the demo's
+// directory.
 std::string AsDocumented(std::string_view bytes) {
     std::string text = AsSeen(bytes);
     text = Replace(text, " /[^\\n]*/morvane-demo\\.[A-Za-z0-9]{6}", " /tmp/morvane-demo.XXXXXX");

@@ -17,7 +17,7 @@ bool IsUtf8(const std::string& text) {
     return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
 }
 
-// The parser wants UTF-8 of whoever calls it.
+// g_variant_parse() requires valid UTF-8.
 VariantPtr FromText(const std::string& text, const GVariantType* type) {
     if (!IsUtf8(text)) return nullptr;
     return VariantPtr(
@@ -35,7 +35,7 @@ VariantPtr FromBytes(const std::string& bytes, const GVariantType* type) {
 
 // A value of `type` from the rest of the input, which begins with a letter for its form:
 //   t  GVariant's text format
-//   n  serialised bytes, brought to normal form: what comes from a bus
+//   n  serialised bytes, brought to normal form, as values from a bus are
 //   any other: serialised bytes as they are
 // Null if there is no such value.
 VariantPtr ReadVariant(Input& input, const std::string& type_text) {
@@ -50,7 +50,7 @@ VariantPtr ReadVariant(Input& input, const std::string& type_text) {
     }
 }
 
-// A value of the type that a line of the input names; null if that is none.
+// A value of the type that a line of the input names; null if that is not a definite type.
 VariantPtr ReadVariantOfAnyType(Input& input) {
     const std::string type = input.Line();
     const bool usable = type.find('\0') == std::string::npos &&

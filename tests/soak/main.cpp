@@ -61,7 +61,7 @@ constexpr std::array kAnnouncements = {
     Announcement{Announcement::Object::kPhone, simulator::kDeviceInterface, "Alias", Text},
 };
 
-/// What a process holds.
+/// What a process uses.
 struct Footprint {
     std::size_t resident_kib;  ///< of memory, shared pages included
     std::size_t descriptors;

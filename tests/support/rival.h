@@ -10,7 +10,7 @@ namespace morvane_test {
 
 /// Whether a thread of this process waits for something.
 bool IsAsleep(pid_t thread);
-/// Awaits that it does. Returns false if it goes on working for `Patience()`.
+/// Waits until it does. Returns false if it still runs after `Patience()`.
 bool AwaitSleep(pid_t thread);
 
 /// A second thread beside the test's own, which does one thing. Shows a missing lock every time: if

@@ -33,7 +33,7 @@ int __wrap_usleep(useconds_t microseconds) {
     return 0;
 }
 
-// Replaces that of the C library in the whole program.
+// Replaces that of the C library in the whole program, and does the same without a substitute.
 int remove(const char* name) noexcept {
     if (morvane_test::remove_substitute) {
         morvane_test::remove_substitute(name);

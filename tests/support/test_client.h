@@ -65,8 +65,8 @@ class TestClient {
         return taken;
     }
 
-    /// Waits for a signal, which comes with those before it out of what `TakeSignals` gives. Fails
-    /// the test after `Patience()`.
+    /// Waits for a signal, and removes it and those before it from what `TakeSignals` returns.
+    /// Fails the test after `Patience()`.
     void AwaitSignal(const std::string& signal,
                      morvane_test::Here here = morvane_test::Here::Now()) {
         bool is_late = false;
