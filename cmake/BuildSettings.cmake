@@ -1,4 +1,5 @@
-# What every target of ours is built with, gathered in the target morvane-settings.
+# What every target of ours is built with, gathered in the target morvane-settings; that of test code
+# is morvane-test-settings.
 
 option(MORVANE_STRICT "Treat every warning as an error; demand the test dependencies" OFF)
 set(MORVANE_SANITIZER "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
@@ -21,16 +22,16 @@ include(CheckPIESupported)
 check_pie_supported()
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
-add_library(morvane-settings INTERFACE)
+add_library(morvane-language INTERFACE)
 target_compile_definitions(
     # Files are 64-bit everywhere: a 32-bit target would refuse those with large inode numbers.
-    morvane-settings INTERFACE MORVANE_VERSION="${PROJECT_VERSION}" _FILE_OFFSET_BITS=64
+    morvane-language INTERFACE MORVANE_VERSION="${PROJECT_VERSION}" _FILE_OFFSET_BITS=64
                                GLIB_VERSION_MIN_REQUIRED=GLIB_VERSION_2_64
                                GLIB_VERSION_MAX_ALLOWED=GLIB_VERSION_2_64)
 
 if(MORVANE_STRICT)
     target_compile_options(
-        morvane-settings
+        morvane-language
         INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                   -Wcast-align -Wcast-qual -Wformat=2 -Wmissing-declarations -Wnon-virtual-dtor
                   -Woverloaded-virtual -Wnull-dereference -Wundef -Wunused -Werror
@@ -79,7 +80,14 @@ target_compile_options(
     INTERFACE $<${optimised}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
               $<${optimised}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 target_link_libraries(morvane-hardening INTERFACE morvane-reproducible)
-target_link_libraries(morvane-settings INTERFACE morvane-hardening)
+add_library(morvane-settings INTERFACE)
+target_link_libraries(morvane-settings INTERFACE morvane-language morvane-hardening)
+
+# Test code is compiled more often than it is run. Position-independent code as in an executable,
+# also in its static libraries, so that all of it can share one precompiled header.
+add_library(morvane-test-settings INTERFACE)
+target_compile_options(morvane-test-settings INTERFACE $<${optimised}:-O0> -fPIE)
+target_link_libraries(morvane-test-settings INTERFACE morvane-language)
 
 # Sanitizers and coverage must reach the generated code and the tests too.
 if(MORVANE_SANITIZER)

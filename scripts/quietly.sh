@@ -1,37 +1,89 @@
 # shellcheck shell=bash
-# Sourced by the other scripts.
+# Sourced by the other scripts: runs steps. What a step prints goes to a file in build/logs; shown is
+# how far it is, and if it fails what scripts/failures finds in that file.
+#
+# How far a step is: the last "N/M" that begins a line of its output. On a terminal one line shows it
+# for all steps that run and is rewritten every second; elsewhere a line is added every half minute.
 
-# quietly WHAT COMMAND...: says what is going on, and shows the command's output only if it fails,
-# or else only what it skipped.
-# The command gets no standard input, which may be somebody's answers to something else.
+declare -A step_process=() step_start=()
+progress_is_shown=false
+
+# quietly WHAT COMMAND...: runs a step. The command gets no standard input, which may be somebody's
+# answers to something else. In a step of another script its output is part of that step's.
 quietly() {
-    announce "$1"
-    silently "$@"
+    if [ -n "${MORVANE_STEP-}" ]; then
+        printf '%s ...\n' "$1"
+        "${@:2}" </dev/null
+    else
+        begin "$@"
+        finish "$1"
+    fi
 }
 
-announce() {
+# begin WHAT COMMAND...: starts a step, which runs beside others until finish WHAT.
+begin() {
+    hide_progress
     printf '%s ...\n' "$1" >&2
+    mkdir -p "$(dirname "$(log_of "$1")")"
+    # A background process ignores Ctrl-C unless told otherwise.
+    (
+        trap - INT
+        export MORVANE_STEP=$1
+        "${@:2}"
+    ) </dev/null >"$(log_of "$1")" 2>&1 &
+    step_process[$1]=$!
+    step_start[$1]=$SECONDS
 }
 
-# silently WHAT COMMAND...: the same without saying what is going on
-silently() {
-    local what=$1 output
-    shift
-    output=$("$@" </dev/null 2>&1) || {
-        printf '%s\n%s failed.\n' "$output" "$what" >&2
-        return 1
-    }
-    grep '^Skipping ' <<<"$output" >&2 || true
+# finish WHAT: waits for the step and returns its status.
+finish() {
+    local status=0 tenths
+    for ((tenths = 1; ; ++tenths)); do
+        kill -0 "${step_process[$1]}" 2>/dev/null || break
+        sleep 0.1
+        if [ -t 2 ]; then
+            [ $((tenths % 10)) -ne 0 ] || rewrite_progress
+        elif [ $((tenths % 300)) -eq 0 ]; then
+            printf '%s\n' "$(progress)" >&2
+        fi
+    done
+    wait "${step_process[$1]}" || status=$?
+    unset "step_process[$1]"
+    hide_progress
+    [ "$status" -ne 0 ] || grep '^Skipping ' "$(log_of "$1")" >&2 || true
+    [ "$status" -eq 0 ] || {
+        printf '%s failed:\n' "$1"
+        "$(dirname "${BASH_SOURCE[0]}")/failures" "$(log_of "$1")"
+    } >&2
+    return "$status"
 }
 
-# test_quietly WHAT STEM OPTION...: as quietly, for ctest with these options. Leaves STEM.log and
-# STEM.xml, and shows only tests that failed.
-test_quietly() {
-    local what=$1 stem=$2
-    shift 2
-    announce "Testing $what"
-    ctest "$@" --quiet --output-log "$stem.log" --output-junit "$stem.xml" && return
-    grep --invert-match --extended-regexp '^ *(Start +[0-9]+:|[0-9]+/[0-9]+ Test .* Passed )' \
-        "$stem.log" >&2 || true
-    return 1
+log_of() {
+    local name=${1,,}
+    realpath --canonicalize-missing --relative-to=. \
+        "$(dirname "${BASH_SOURCE[0]}")/../build/logs/${name//[^a-z0-9]/-}.log"
+}
+
+# progress: of all steps that run
+progress() {
+    local what counter text=
+    for what in "${!step_process[@]}"; do
+        counter=$(tail --bytes=4000 "$(log_of "$what")" |
+            grep --only-matching --extended-regexp '^(\[| +)[0-9]+/[0-9]+' | tail --lines=1 | tr --delete '[ ')
+        text+="${text:+, }$what${counter:+ $counter} ($((SECONDS - step_start[$what])) s)"
+    done
+    echo "$text"
+}
+
+rewrite_progress() {
+    local columns
+    read -r _ columns < <(stty size <&2)
+    [ "$columns" -gt 0 ] || columns=80
+    printf '\r\e[K%.*s' $((columns - 1)) "$(progress)" >&2
+    progress_is_shown=true
+}
+
+hide_progress() {
+    ! "$progress_is_shown" || printf '\r\e[K' >&2
+    progress_is_shown=false
 }

@@ -75,6 +75,7 @@ TEST(TranscriptTest, FindsAllOfSeveralTextsOrTheFirst) {
 TEST(TextFormTest, MakesEveryByteVisible) {
     EXPECT_EQ(Escaped("\x1b[0m\t\x01 \xff"), "\\e[0m\\t\\x01 \\xff");
     EXPECT_EQ(AsSeen("\x1b[1;31mred \x01\x1b[0m\r\n"), "red \n");
+    EXPECT_EQ(AsSeen("above\nerased \r\x1b[Kwritten"), "above\nwritten");
 }
 
 TEST_F(ShellTest, ReportsOtherOutputAtOnceWithTheLineOfTheTest) {

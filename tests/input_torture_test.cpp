@@ -1,5 +1,6 @@
 #include "support/places.h"
 #include "support/process_files.h"
+#include "support/programs.h"
 
 #include <gtest/gtest.h>
 
@@ -20,13 +21,14 @@ constexpr Duration kLittleWork(5000);
 constexpr std::size_t kMegabyte = 1 << 20;
 constexpr char kControlC[] = "\x03";
 
-// Sanitizers and emulators have memory of their own, and the tool's cannot be told from it.
+// Sanitizers, which another build's tool may have, and emulators use memory of their own.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kSanitizer = true;
 #else
 constexpr bool kSanitizer = false;
 #endif
-const bool kMemoryIsTheTools = !kSanitizer && std::getenv("MORVANE_TEST_LAUNCHER") == nullptr;
+const bool kMemoryIsTheTools =
+    !kSanitizer && !IsOtherTool() && std::getenv("MORVANE_TEST_LAUNCHER") == nullptr;
 
 // The most memory that the process has ever had, in bytes.
 std::size_t PeakMemory(pid_t process) {

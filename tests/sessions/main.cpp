@@ -44,7 +44,8 @@ void Print(const char* title, const Counts& counts) {
 // What a sanitizer's findings depend on, as it is written before a command.
 std::string Environment() {
     std::string settings;
-    for (const char* const name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "MORVANE_TEST_LAUNCHER"})
+    for (const char* const name :
+         {"ASAN_OPTIONS", "LSAN_OPTIONS", "MORVANE_TEST_BINARY", "MORVANE_TEST_LAUNCHER"})
         if (const char* const value = std::getenv(name))
             settings += std::string(name) + "='" + value + "' ";
     return settings;

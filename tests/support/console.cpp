@@ -1,5 +1,6 @@
 #include "support/console.h"
 
+#include "support/programs.h"
 #include "support/text_form.h"
 
 #include <gtest/gtest.h>
@@ -17,8 +18,10 @@ constexpr std::array kPassedOn = {
     "GCOV_PREFIX",  "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH", "QEMU_LD_PREFIX",
     "QEMU_SET_ENV", "QEMU_CPU"};
 
+// G_SLICE is for sanitizers and valgrind, which see no leak in a slice of GLib's.
 std::vector<std::string> Environment(const ConsoleOptions& options) {
-    std::vector<std::string> environment = {"LC_ALL=C", "TERM=xterm", "HOME=" + options.directory,
+    std::vector<std::string> environment = {"LC_ALL=C", "TERM=xterm", "G_SLICE=always-malloc",
+                                            "HOME=" + options.directory,
                                             "DBUS_SYSTEM_BUS_ADDRESS=" + options.bus_address};
     for (const char* const name : kPassedOn)
         if (const char* const value = std::getenv(name))
@@ -32,8 +35,7 @@ std::vector<std::string> ToolWithLauncher() {
     std::istringstream words(launcher ? launcher : "");
     std::vector<std::string> command;
     for (std::string word; words >> word;) command.push_back(word);
-    const char* const binary = std::getenv("MORVANE_TEST_BINARY");
-    command.emplace_back(binary ? binary : MORVANE_BINARY);
+    command.push_back(ToolPath());
     return command;
 }
 

@@ -39,7 +39,7 @@ ConsoleOptions UnderNohup();
 ///
 /// The environment is bare: LC_ALL=C, PATH, TERM, the bus, and what sanitizers, coverage and
 /// emulators need. MORVANE_TEST_LAUNCHER, split at blanks, goes before the tool's path, as in
-/// "valgrind -q" or "qemu-arm -L /usr/arm-linux-gnueabihf"; MORVANE_TEST_BINARY names another tool.
+/// "valgrind -q" or "qemu-arm -L /usr/arm-linux-gnueabihf"; see also `ToolPath`.
 ///
 /// Everything that awaits does so for `Patience()` unless `SetPatience` was called, and leaves the
 /// test body with a failure if it waited in vain.

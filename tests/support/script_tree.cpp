@@ -1,6 +1,7 @@
 #include "support/script_tree.h"
 
 #include "support/document.h"
+#include "support/programs.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -9,29 +10,32 @@
 namespace morvane_test {
 namespace {
 
-// CTest's results of one test that passed, in the folder of the preset that comes second.
-constexpr char kCtest[] = "echo '<testcase name=\"a\" status=\"run\"/>' >\"build/$2/tests.xml\"\n";
+constexpr char kCtest[] =
+    "for word; do\n"
+    "    [ \"$option\" != --output-junit ] || results=$word\n"
+    "    option=$word\n"
+    "done\n"
+    "echo '<testcase name=\"FaultMatrix.Cell/A_AtB\" status=\"run\"/>' >\"$results\"\n";
 
 }  // namespace
 
 ScriptTree::ScriptTree() {
-    for (const char* const name : {"bin", "scripts", "build/demo", "build/debug", "build/asan"})
+    for (const char* const name : {"bin", "scripts", "build/demo", "build/release", "build/asan"})
         std::filesystem::create_directories(directory_.File(name));
-    for (const char* const name :
-         {"scripts/build-lock.sh", "scripts/demo", "scripts/quietly.sh", "scripts/test"})
-        std::filesystem::create_symlink(SourcePath(name), directory_.File(name));
-    for (const char* const name :
-         {"bin/cmake", "scripts/install-dependencies", "scripts/check-format",
-          "scripts/fault-matrix", "scripts/lint", "scripts/picture"})
+    for (const char* const name : {"scripts/build-lock.sh", "scripts/demo", "scripts/failures",
+                                   "scripts/fault-matrix", "scripts/quietly.sh", "scripts/test"})
+        std::filesystem::create_symlink(SourcePath(name), File(name));
+    for (const char* const name : {"bin/cmake", "scripts/install-dependencies",
+                                   "scripts/check-format", "scripts/lint", "scripts/picture"})
         Write(name, "");
     Write("bin/ctest", kCtest);
-    WriteProgram("build/demo/morvane", MORVANE_BINARY);
-    WriteProgram("build/demo/morvane-simulator", MORVANE_SIMULATOR_BINARY);
+    WriteProgram("build/demo/morvane", ToolPath());
+    WriteProgram("build/demo/morvane-simulator", SimulatorPath());
 }
 
 void ScriptTree::Write(const std::string& name, const std::string& script) const {
-    std::ofstream(directory_.File(name)) << "#!/bin/sh\n" << script;
-    std::filesystem::permissions(directory_.File(name), std::filesystem::perms::owner_all);
+    std::ofstream(File(name)) << "#!/bin/sh\n" << script;
+    std::filesystem::permissions(File(name), std::filesystem::perms::owner_all);
 }
 
 void ScriptTree::WriteProgram(const std::string& name, const std::string& path) const {

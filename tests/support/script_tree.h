@@ -9,19 +9,19 @@
 namespace morvane_test {
 
 /// A folder in which scripts/demo and scripts/test run as they are, but build, install and check
-/// nothing: the programs are those of this build, and what would do the work does nothing.
+/// nothing: the programs are those of this build, and what would do the work does nothing. CTest
+/// reports that one cell of the fault matrix has passed.
 class ScriptTree {
   public:
     ScriptTree();
 
+    std::string File(const std::string& name) const { return directory_.File(name); }
+    /// Puts a shell script there, also in the place of another.
+    void Write(const std::string& name, const std::string& script) const;
+
     /// How to run a command line there, with standard error on standard output. What it leaves in
     /// the temporary directory goes with this object.
     ConsoleOptions Running(const std::string& command, Wiring wiring) const;
-
-    /// Replaces a script of the tree by one for /bin/sh.
-    void Write(const std::string& name, const std::string& script) const;
-
-    std::string File(const std::string& name) const { return directory_.File(name); }
 
   private:
     void WriteProgram(const std::string& name, const std::string& path) const;

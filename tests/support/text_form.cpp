@@ -40,7 +40,9 @@ std::string Escaped(std::string_view bytes) {
 
 std::string AsSeen(std::string_view bytes) {
     static const std::regex colours("\x1b\\[[0-9;]*m");
+    static const std::regex erased_lines("[^\n]*\r\x1b\\[K");
     std::string text = std::regex_replace(std::string(bytes), colours, "");
+    text = std::regex_replace(text, erased_lines, "");
     const auto is_unseen = [](char byte) {
         return std::iscntrl(static_cast<unsigned char>(byte)) && byte != '\n' && byte != '\t';
     };
