@@ -70,6 +70,15 @@ TEST_F(Demo, DoesNotWaitForAnotherDemoThatRuns) {
     Run().Expect("Building the tool and its simulator ...\n");
 }
 
+TEST_F(Demo, PrintsTheOptionsOfTheSimulatorWithoutABus) {
+    for (const char* const arguments : {"-h", "--help", "--phones=1 --help"}) {
+        Console& console = Run(arguments);
+        console.Await("Usage:\n");
+        console.Await("--phones=N");
+        console.ExpectExit(0, Console::Rest::kIgnored);
+    }
+}
+
 TEST_F(Demo, EndsIfDependenciesAreMissing) {
     tree().Write("scripts/install-dependencies", "echo refused; exit 1");
     Console& console = Run();

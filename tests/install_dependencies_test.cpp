@@ -25,7 +25,8 @@ const std::string kInstalling =
     std::string("Updating the list of packages ...\nInstalling ") + kPackages + " ...\n";
 const std::string kPrompt = std::string("To install ") + kPackages + ":\nPassword: ";
 const std::string kRefusal =
-    "Packages are missing that this user may not install. Ask an administrator to run:\n" +
+    "Packages are missing that this user may not install. Ask an administrator to run:\n"
+    "apt-get update && " +
     kInstall;
 
 constexpr char kSudoWithoutPassword[] = R"(
