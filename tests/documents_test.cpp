@@ -7,6 +7,7 @@
 #include "support/document.h"
 #include "support/messages.h"
 #include "support/private_bus.h"
+#include "support/programs.h"
 #include "support/script_tree.h"
 #include "support/temporary_directory.h"
 #include "support/text_form.h"
@@ -307,7 +308,7 @@ class PipeThroughCat : public ConversationTest {
         options.program = "/bin/sh";
         // Unlike an interactive shell, this one is in the terminal's foreground process group.
         options.arguments = {"-c", "trap : INT; " + std::string(launcher ? launcher : "") + " '" +
-                                       MORVANE_BINARY + "'" + pipes[0]};
+                                       ToolPath() + "'" + pipes[0]};
         Launch(options);
     }
     static std::string Visible(const std::string& text) {
