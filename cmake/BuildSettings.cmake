@@ -26,8 +26,8 @@ add_library(morvane-language INTERFACE)
 target_compile_definitions(
     # Files are 64-bit everywhere: a 32-bit target would refuse those with large inode numbers.
     morvane-language INTERFACE MORVANE_VERSION="${PROJECT_VERSION}" _FILE_OFFSET_BITS=64
-                               GLIB_VERSION_MIN_REQUIRED=GLIB_VERSION_2_64
-                               GLIB_VERSION_MAX_ALLOWED=GLIB_VERSION_2_64)
+                               GLIB_VERSION_MIN_REQUIRED=GLIB_VERSION_2_66
+                               GLIB_VERSION_MAX_ALLOWED=GLIB_VERSION_2_66)
 
 if(MORVANE_STRICT)
     target_compile_options(

@@ -50,7 +50,8 @@ class InstallDependencies : public testing::Test {
   protected:
     InstallDependencies() {
         std::filesystem::create_directory(directory_.File("bin"));
-        for (const char* const name : {"bash", "cat", "dirname", "env", "grep", "tr", "true"}) {
+        for (const char* const name : {"bash", "cat", "dirname", "env", "grep", "mkdir", "realpath",
+                                       "sleep", "tail", "tr", "true"}) {
             const morvane::TextPtr path(g_find_program_in_path(name));
             std::filesystem::create_symlink(path.get(), directory_.File("bin/") + name);
         }
