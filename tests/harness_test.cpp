@@ -148,8 +148,8 @@ TEST_F(ShellTest, FailsAtItsEndUnlessAllIsDeclaredOrConsumed) {
         "undeclared: (x:1): GLib-CRITICAL");
     expect_failure(
         "exit 66", [this] { console().Finish(); }, "exit status 66; awaited: exit status 0");
-    expect_failure(
-        "echo more", [this] { console().ExpectExit(0); }, "more\\n");
+    const auto expect_exit = [this] { console().ExpectExit(0); };
+    expect_failure("echo more", expect_exit, "more\\n");
     Run("echo one >&2; echo two 2 >&2");
     console().ExpectError("one\n");
     console().AllowStderr("^two [0-9]$");

@@ -46,7 +46,7 @@ TEST(RemovalTurnsTest, LetPassReturnsAtOnceWithoutARemoval) {
         Mutex registry_mutex;
         turns.LetPass();
         Say("before");
-        { const RemovalTurns::Removal removal(turns, registry_mutex); }
+        static_cast<void>(RemovalTurns::Removal(turns, registry_mutex));  // made and ended
         turns.LetPass();
         Say("after");
     });
