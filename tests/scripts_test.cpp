@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -181,18 +180,6 @@ TEST_F(Scripts, ShortStepsShowNoProgress) {
               Wiring::kPipes));
     console.Expect("First ...\nSecond ...\n");
     console.ExpectExit(0);
-}
-
-TEST_F(Scripts, ControlCEndsAStep) {
-    Console console(
-        Steps("quietly Endless perl -e '\n"
-              "    $SIG{INT} = sub { open STDOUT, \">/dev/tty\"; print \"ends\"; exit };\n"
-              "    $| = 1; print \"[1/1]\\n\"; sleep'\n",
-              Wiring::kTerminal));
-    console.Await("Endless 1/1 (");
-    console.TypeBytes("\x03");
-    console.Await("ends");
-    console.ExpectEndBySignal(SIGINT);
 }
 
 }  // namespace
