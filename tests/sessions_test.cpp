@@ -137,10 +137,12 @@ TEST(CallRules, AcceptWhatTheToolSendsOnly) {
     for (const auto& call : refused) EXPECT_NE(MistakeOf(call), "none") << call[1] << call[2];
 }
 
-TEST_F(Verdict, AcceptsTheFileOfAReplacedTransferOnly) {
+TEST_F(Verdict, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnowItsFileOnly) {
     const std::string output = played_.output;
     played_.files = {"phonebook.vcf"};
     EXPECT_EQ(Mistakes(), 1U);
+    played_.output = output + Red("Filename property not set!");
+    EXPECT_EQ(Mistakes(), 0U);
     played_.output = output + Normal("Removing: /a/phonebook.vcf\n");
     EXPECT_EQ(Mistakes(), 1U);
     played_.output = output + Normal("Filename: /a/card.vcf\n") + Normal("Removing: /a/card.vcf\n");

@@ -81,13 +81,15 @@ void CheckCalls(const Played& played, Mistakes& mistakes) {
                 mistakes.push_back("on a lost session: " + Describe(played.calls[call]));
 }
 
-/// The names of files that a transfer gave up without deleting them, as another took its place.
+/// The names of files that a transfer gave up without deleting them: another took its place, or the
+/// daemon had gone before the transfer's own properties were read.
 class Files {
   public:
     explicit Files(const std::vector<std::string>& messages) {
         for (const std::string& message : messages) {
             if (const auto begun = TextAfter(message, "Filename: ")) Begin(*begun);
             if (const auto removed = TextAfter(message, "Removing: ")) Remove(*removed);
+            if (TextAfter(message, "Filename property not set!")) Begin("");
         }
     }
 
