@@ -31,6 +31,11 @@ using ErrorPtr = GlibPtr<GError>;
 using VariantPtr = GlibPtr<GVariant>;
 using DateTimePtr = GlibPtr<GDateTime>;
 
+/// For a new variant: sinks its floating reference.
+inline VariantPtr Own(GVariant* value) {
+    return VariantPtr(g_variant_ref_sink(value));
+}
+
 /// Lets a C function fill a `GlibPtr` through its out parameter: `f(..., Out(error))`.
 /// The pointer takes ownership when the full expression ends.
 template <typename T>

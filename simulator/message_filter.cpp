@@ -7,6 +7,7 @@ namespace {
 
 using morvane::ErrorPtr;
 using morvane::Out;
+using morvane::Own;
 using morvane::TextPtr;
 using morvane::VariantPtr;
 
@@ -50,10 +51,6 @@ bool IsOurs(const Call& call) {
 bool IsReleased(GDBusConnection* connection, GDBusMessage* call) {
     return TextOrEmpty(g_dbus_message_get_sender(call)) ==
            TextOrEmpty(g_dbus_connection_get_unique_name(connection));
-}
-
-VariantPtr Own(GVariant* value) {
-    return VariantPtr(g_variant_ref_sink(value));
 }
 
 MessagePtr CopyWithBody(const MessagePtr& message, const VariantPtr& body) {

@@ -10,6 +10,7 @@
 namespace simulator {
 namespace {
 
+using morvane::Own;
 using morvane::VariantPtr;
 
 constexpr char kVcardType[] = "text/x-vcard";
@@ -18,10 +19,6 @@ constexpr std::array<const char*, 3> kLocations = {"int", "sim1", "sim2"};
 constexpr guint16 kProfileVersion = 0x0102;
 constexpr guchar kAllPhonebooks = 0x0f;
 constexpr guint32 kAllFeatures = 0x3ff;
-
-VariantPtr Own(GVariant* value) {
-    return VariantPtr(g_variant_ref_sink(value));
-}
 
 VariantPtr Size(std::size_t size) {
     return Own(g_variant_new("(q)", std::min<std::size_t>(size, G_MAXUINT16)));
