@@ -69,7 +69,7 @@ progress() {
     local what counter text=
     for what in "${!step_process[@]}"; do
         counter=$(tail --bytes=4000 "$(log_of "$what")" |
-            grep --text --only-matching --extended-regexp '^(\[| +)[0-9]+/[0-9]+' |
+            grep --text --only-matching --extended-regexp '^(\[| *)[0-9]+/[0-9]+' |
             tail --lines=1 | tr --delete '[ ')
         text+="${text:+, }$what${counter:+ $counter} ($((SECONDS - step_start[$what])) s)"
     done

@@ -159,14 +159,14 @@ TEST_F(Scripts, QuickTestRunsWhatMatchesWithoutTheSlow) {
 TEST_F(Scripts, StepsBesideEachOtherShowTheirProgressOnATerminal) {
     Console console(
         Steps("mkfifo gate\n"
-              "count() { echo \"[$1/7] file\"; cat gate; }\n"
-              "begin First count 3\n"
-              "quietly Second count 4\n"
+              "count() { echo \"$1\"; cat gate; }\n"
+              "begin First count '[3/7] Building CXX object'\n"
+              "quietly Second count '1004/1726 Test #5: A'\n"
               "finish First\n"
               "echo Done\n",
               Wiring::kTerminal));
     console.Await("First ...\nSecond ...\n\r\x1b[K");
-    console.AwaitAll({"First 3/7 (", "Second 4/7 ("});
+    console.AwaitAll({"First 3/7 (", "Second 1004/1726 ("});
     WriteText("gate", "");
     console.Await("\r\x1b[KDone\n");
     console.ExpectExit(0);
