@@ -74,7 +74,7 @@ struct KeyRow {
     std::vector<PromptId> menus;
     char key;
     std::string text;
-    unsigned weight;  ///< in random sessions
+    unsigned weight;  ///< in random conversations
     Move move = Move::kStay;
     PromptId next = {};
     bool needs_selection = false;  ///< refused unless a phone book is selected

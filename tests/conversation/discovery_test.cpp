@@ -1,0 +1,258 @@
+#include "simulator/daemon.h"
+#include "support/bus_monitor.h"
+#include "support/conversation.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+const std::string kDevice = "/com/veltrisonix/hci0/dev_1";
+
+// The line of an object that was found, whether or not a prompt stands already.
+std::string FoundLine(const std::string& kind, const std::string& path) {
+    return kResetSequence + ("Found " + kind + " " + path + "\n");
+}
+
+std::string FoundNotice(const std::string& kind, const std::string& path) {
+    return Notice("", "Found " + kind + " " + path + "\n");
+}
+
+std::string RemovedNotice(const std::string& path) {
+    return Notice("", "Removed " + path + "\n", kRedSequence);
+}
+
+class DiscoveryTest : public ConversationTest {
+  protected:
+    /// Does not await that the tool notices.
+    void Publish(const std::string& path, const std::string& alias = "Phone") {
+        daemon().AddDevice(path, kPhoneAddress, alias);
+    }
+
+    /// The tool stands at the main prompt; nothing else has happened.
+    void LaunchAlone(ConsoleOptions options = {}) {
+        Launch(std::move(options));
+        Expect(Red("Run menu\n") + Banner() + Prompt());
+    }
+};
+
+TEST_F(DiscoveryTest, ReportsWhatIsThereAtTheStart) {
+    StartDaemon();
+    Publish(kDevice);
+    Publish("/com/veltrisonix/hci0/dev");
+    Launch();
+    AwaitAll({FoundLine("Client", kClient), FoundLine("Device", kDevice), Banner()});
+    Await(Red(" > "));
+    const std::string output = console().Output();
+    EXPECT_EQ(output.find("Found", output.rfind("Found Client")), output.rfind("Found Client"));
+    Type("l");
+    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+}
+
+TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
+    StartDaemon().RemoveClient();
+    LaunchAlone();
+    AddDevice(kDevice, kPhoneAddress, "Phone");
+    Type("l");
+    Expect(kNoClient + Prompt());
+    ReturnClient();
+    Type("l");
+    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+    RemoveDevice(kDevice);
+    Type("l");
+    Expect(DeviceList({}) + Prompt());
+    RemoveClient();
+    Type("h");
+    Expect(kNoClient + Prompt());
+    ReturnClient();
+    Type("l");
+    Expect(DeviceList({}) + Prompt());
+}
+
+TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
+    StartDaemon();
+    Start();
+    for (const char* const path : {"/dev_c", "/dev_a", "/dev_b"})
+        AddDevice(path, "00:00:00:00:00:01", path);
+    Type("l");
+    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_a",
+                       "00:00:00:00:00:01 | /dev_b"}) +
+           Prompt());
+    RemoveDevice("/dev_a");
+    Type("l");
+    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b"}) + Prompt());
+    AddDevice("/dev_a", "00:00:00:00:00:02", "/dev_a");
+    Type("l");
+    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b",
+                       "00:00:00:00:00:02 | /dev_a"}) +
+           Prompt());
+}
+
+TEST_F(DiscoveryTest, TellsDevicesByTheBeginningOfTheLastElement) {
+    StartDaemon();
+    Start();
+    for (const char* const path : {"/com/veltrisonix/obex/dev_00_11", "/dev_", "/dev_dev_",
+                                   "/com/veltrisonix/obexx/dev_1"}) {
+        AddDevice(path, kPhoneAddress, "Phone");
+        RemoveDevice(path);
+    }
+}
+
+TEST_F(DiscoveryTest, IgnoresOtherObjects) {
+    StartDaemon();
+    Start();
+    for (const char* const path :
+         {"/dev", "/com/veltrisonix/hci0/dev", "/com/veltrisonix/hci0/devx1",
+          "/com/veltrisonix/hci0/xdev_1", "/com/veltrisonix/hci0/Dev_1",
+          "/com/veltrisonix/dev_1/session0", "/com/veltrisonix/obex/session0",
+          "/com/veltrisonix/obe", "/com/veltrisonix/obex1", "/com/veltrisonix/Obex"}) {
+        Publish(path);
+        ExpectQuiet();
+        daemon().RemoveDevice(path);
+        ExpectQuiet();
+    }
+    Type("l");
+    Expect(DeviceList({}) + Prompt());
+}
+
+TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
+    auto options = simulator::Options::Scripted();
+    options.instance = "bench.b2";
+    StartDaemon(options);
+    Publish(kDevice);
+    simulator::Daemon other(bus().Address(), simulator::Options::Scripted());
+    other.AddDevice("/dev_other", kPhoneAddress, "Other Phone");
+    Start(WithArguments({"-bus:bench.b2"}));
+    EXPECT_EQ(console().Output().find("dev_other"), std::string::npos);
+    Type("l");
+    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+    other.AddDevice("/dev_another", kPhoneAddress, "Another Phone");
+    ExpectQuiet();
+    Type("u");
+    Await(ValuePrompt("/User Id"));
+    Type("me");
+    ExpectCall("SetUserId", "('me',)");
+    EXPECT_TRUE(other.Calls().empty());
+}
+
+// No owner of the name is no failure.
+TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
+    LaunchAlone();
+    Type("c");
+    Expect(kNoClient + Prompt());
+    StartDaemon();
+    Expect(FoundNotice("Client", kClient));
+    AddDevice(kDevice, kPhoneAddress, "Phone");
+    for (const bool crash : {false, true}) {
+        crash ? daemon().Crash() : daemon().LeaveBus();
+        AwaitAll({RemovedNotice(kClient), RemovedNotice(kDevice)});
+        Type("l");
+        Expect(kNoClient + Prompt());
+        daemon().ReturnToBus();
+        AwaitAll({FoundNotice("Client", kClient), FoundNotice("Device", kDevice)});
+        ExpectQuiet();
+        Type("l");
+        Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+    }
+}
+
+// A bus that knows how to start the daemon does so.
+TEST_F(DiscoveryTest, AsksTheBusToStartTheDaemon) {
+    for (const std::string instance : {"", "bench"}) {
+        ConsoleOptions options;
+        if (!instance.empty()) options.arguments = {"-bus:" + instance};
+        BusMonitor monitor(bus().Address(), "StartServiceByName",
+                           instance.empty() ? "com.veltrisonix" : "com.veltrisonix." + instance);
+        Launch(options);
+        monitor.AwaitCall();
+        Await(Prompt());
+    }
+}
+
+// Additions wait for nobody; removals wait until the operator is asked. The line of a removal may
+// come before or under that prompt.
+TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
+    StartDaemon();
+    Publish(kDevice);
+    Start();
+    HangInCall();
+    for (const char* const path : {"/dev_2", "/dev_3"}) {
+        Publish(path, path);
+        Expect(Normal("Found Device " + std::string(path) + "\n"));
+    }
+    daemon().RemoveDevice(kDevice);
+    daemon().Release();
+    AwaitAll({kRedSequence + ("Removed " + kDevice + "\n"), Prompt()});
+    Type("l");
+    Await(DeviceList({"00:1B:DC:07:31:9A | /dev_2", "00:1B:DC:07:31:9A | /dev_3"}) + Prompt());
+}
+
+TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
+    StartDaemon();
+    Publish(kDevice);
+    Start();
+    daemon().Hang("CreateSession");
+    ChooseDevice();
+    ASSERT_TRUE(daemon().AwaitCall("CreateSession", Patience()));
+    Publish("/dev_2");
+    Expect(Normal("Found Device /dev_2\n"));
+    daemon().RemoveDevice("/dev_2");
+    daemon().Release();
+    Expect(OpenedSession(kPhoneAddress));
+    AwaitAll({kRedSequence + std::string("Removed /dev_2\n"), Prompt(kPhonebookMenu)});
+}
+
+// A removal that waits gets its turn at the next prompt, however little time that leaves.
+TEST_F(DiscoveryTest, RemovesBeforeTheLinesThatWereTypedAhead) {
+    StartDaemon();
+    Publish(kDevice);
+    Start();
+    HangInCall();
+    for (int line = 0; line < 5; ++line) Type("l");
+    Type("x");
+    daemon().RemoveDevice(kDevice);
+    daemon().Release();
+    AwaitAll({"Removed " + kDevice + "\n", Red("Invalid Selection\n")});
+    EXPECT_EQ(console().Output().find("| Phone"), std::string::npos);
+}
+
+// Proxies that went with their session do not see the daemon go.
+TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
+    for (const bool session_is_open : {false, true}) {
+        StartDaemon();
+        Publish(kDevice);
+        Start();
+        OpenSession();
+        if (!session_is_open) {
+            Type("x");
+            Expect(Prompt());
+        }
+        daemon().LeaveBus();
+        const std::string segment = session_is_open ? kPhonebookMenu : "";
+        const std::string removed = Notice(segment, "Removed " + kClient + "\n", kRedSequence);
+        AwaitAll({removed, Notice(segment, "Removed " + kDevice + "\n", kRedSequence)});
+        daemon().ReturnToBus();
+        AwaitAll({Notice(segment, "Found Client " + kClient + "\n"),
+                  Notice(segment, "Found Device " + kDevice + "\n")});
+        EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
+        EXPECT_EQ(console().Output().find("Received"), std::string::npos);
+        console().CloseInput();
+        ExpectExit(0, Console::Rest::kIgnored);
+        StopDaemon();
+    }
+}
+
+TEST_F(DiscoveryTest, EndsWhenTheDaemonDoesNotTellItsObjects) {
+    StartDaemon().Refuse("GetManagedObjects", "com.veltrisonix.Error.Failed", "Not today");
+    Launch();
+    console().ExpectError(
+        "Error getting object manager client: "
+        "GDBus.Error:com.veltrisonix.Error.Failed: Not today\n");
+    Expect(Red("Run menu\n") + Banner());
+    ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,127 @@
+#include "support/conversation.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const Texts& kLocations = RowOf(PromptId::kLocation).choices;
+const Texts kSimPhonebooks = {"pb", "cch", "ich", "och", "mch"};
+const Texts& kInternalPhonebooks = RowOf(PromptId::kPhonebook).choices;
+
+const std::string kSelected = Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu);
+const std::string kInvalidLocation = Red("Invalid location selected\n") + Prompt(kPhonebookMenu);
+const std::string kInvalidPhonebook = Red("Invalid phone book selected\n") + Prompt(kPhonebookMenu);
+const std::string kNothingSelected = Red("No Phonebook selected\n") + Prompt(kPhonebookMenu);
+const std::string kSize = Normal("Phonebook Size 7\n") + Prompt(kPhonebookMenu);
+
+class SelectionTest : public ConversationTest {
+  protected:
+    void OpenSession(Here here = Here::Now()) {
+        ConversationTest::OpenSession(0, here);
+        daemon().Reply("GetSize", Value("(uint16 7,)"));
+    }
+
+    void AskForLocation(Here here = Here::Now()) {
+        Type("s", here);
+        Expect(Asking(PromptId::kLocation), here);
+    }
+
+    // Answers the question for the location; the one for the phone book follows.
+    void ChooseLocation(const std::string& answer, const Texts& phonebooks,
+                        Here here = Here::Now()) {
+        Type(answer, here);
+        Expect(Heading("Select a Phonebook") + Choices(phonebooks) + Prompt(PromptId::kPhonebook),
+               here);
+    }
+
+    void Answer(const std::string& answer, const std::string& result, Here here = Here::Now()) {
+        Type(answer, here);
+        Expect(result, here);
+    }
+
+    void SelectEach(unsigned location, const Texts& phonebooks, Here here = Here::Now()) {
+        for (std::size_t index = 0; index < phonebooks.size(); ++index) {
+            AskForLocation(here);
+            ChooseLocation(std::to_string(location), phonebooks, here);
+            Answer(std::to_string(index), kSelected, here);
+            ExpectCall("com.veltrisonix.obex.PhonebookAccess1.Select",
+                       "('" + kLocations[location] + "', '" + phonebooks[index] + "')", here);
+        }
+    }
+};
+
+TEST_F(SelectionTest, OffersSevenPhonebooksInInternalMemory) {
+    OpenSession();
+    SelectEach(0, kInternalPhonebooks);
+    EXPECT_EQ(daemon().Calls().back().path, Session());
+}
+
+TEST_F(SelectionTest, OffersFivePhonebooksOnEachSim) {
+    OpenSession();
+    SelectEach(1, kSimPhonebooks);
+    SelectEach(2, kSimPhonebooks);
+}
+
+TEST_F(SelectionTest, RefusesThePhonebooksThatNoSimHas) {
+    OpenSession();
+    for (const char* const answer : {"5", "6"}) {
+        AskForLocation();
+        ChooseLocation("2", kSimPhonebooks);
+        Answer(answer, kInvalidPhonebook);
+    }
+    Answer("g", kNothingSelected);
+    EXPECT_EQ(CountCalls("Select"), 0U);
+}
+
+TEST_F(SelectionTest, IsKeptWhenALaterChoiceIsRefused) {
+    OpenSession();
+    SelectPhonebook();
+    AskForLocation();
+    Answer("3", kInvalidLocation);
+    Answer("g", kSize);
+    AskForLocation();
+    ChooseLocation("1", kSimPhonebooks);
+    Answer("5", kInvalidPhonebook);
+    Answer("g", kSize);
+}
+
+TEST_F(SelectionTest, IsLostWhenTheDaemonRefuses) {
+    OpenSession();
+    SelectPhonebook();
+    Answer("g", kSize);
+    daemon().Refuse("Select", "com.veltrisonix.Error.Forbidden", "Phone is locked", 1);
+    AskForLocation();
+    ChooseLocation("1", kSimPhonebooks);
+    Answer("0", Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Forbidden: "
+                    "Phone is locked\n") +
+                    Prompt(kPhonebookMenu));
+    Answer("g", kNothingSelected);
+    for (const char* const key : {"a", "p"}) Answer(key, kNothingSelected);
+    SelectPhonebook();
+    Answer("g", kSize);
+}
+
+// The tool's texts are English; GLib's must not be translated among them.
+TEST_F(SelectionTest, KeepsErrorsInEnglish) {
+    if (!std::filesystem::exists("/usr/share/locale/de/LC_MESSAGES/glib20.mo"))
+        GTEST_SKIP() << "there is no translation that could be shown";
+    const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
+    const std::string german = "/usr/bin/env LC_ALL=C.UTF-8 LANGUAGE=de ";
+    setenv("MORVANE_TEST_LAUNCHER", (german + (launcher ? launcher : "")).c_str(), 1);
+    OpenSession();
+    daemon().Reply("Select", Value("('done',)"));
+    AskForLocation();
+    ChooseLocation("0", kInternalPhonebooks);
+    Answer("0",
+           Red("Remote Call failed: Method “Select” returned type “(s)”, but expected “()”\n") +
+               Prompt(kPhonebookMenu));
+}
+
+}  // namespace
+}  // namespace morvane_test

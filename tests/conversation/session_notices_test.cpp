@@ -1,0 +1,251 @@
+#include "support/conversation.h"
+
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+using simulator::kPhonebookInterface;
+using simulator::kSessionInterface;
+
+struct Change {
+    const char* interface;
+    const char* property;
+    const char* value;
+    const char* line;
+};
+
+class SessionNotices : public ConversationTest {
+  protected:
+    void SetUp() override { OpenSession(); }
+
+    void Notify(const char* interface, const char* property, const std::string& value) {
+        daemon().Notify(Session(), interface, property, Value(value));
+    }
+
+    void ExpectLine(const std::string& line, Here here = Here::Now()) {
+        Expect(Notice(kPhonebookMenu, line + "\n"), here);
+    }
+
+    void ExpectLines(const std::vector<Change>& changes, Here here = Here::Now()) {
+        for (const Change& change : changes) {
+            Notify(change.interface, change.property, change.value);
+            ExpectLine(change.line, here);
+        }
+    }
+};
+
+TEST_F(SessionNotices, TellWhatChangesInTheSession) {
+    ExpectLines({
+        {kSessionInterface, "Source", "'11:22'", "Source Attribute Received: 11:22"},
+        {kSessionInterface, "Source", "''", "Source Attribute Received: "},
+        {kSessionInterface, "Destination", "'33:44'", "Destination Attribute Received: 33:44"},
+        {kSessionInterface, "Channel", "uint16 0", "Channel Attribute Received: 0"},
+        {kSessionInterface, "Channel", "uint16 65535", "Channel Attribute Received: 65535"},
+        {kSessionInterface, "Target", "'uuid'", "Target Attribute Received: uuid"},
+    });
+}
+
+TEST_F(SessionNotices, TellWhatChangesInThePhonebook) {
+    ExpectLines({
+        {kPhonebookInterface, "DatabaseIdentifier", "'ABC'", "Database Identifier: ABC"},
+        {kPhonebookInterface, "PrimaryCounter", "'12'", "Primary Counter: 12"},
+        {kPhonebookInterface, "SecondaryCounter", "'13'", "Secondary Counter: 13"},
+        {kPhonebookInterface, "NewMissedCalls", "byte 255", "New Missed Calls: 255"},
+        {kPhonebookInterface, "NewMissedCalls", "byte 0", "New Missed Calls: 0"},
+        {kPhonebookInterface, "Folder", "'telecom/pb'", "Folder: telecom/pb"},
+        {kPhonebookInterface, "Folder", "'100 %s %n Ä'", "Folder: 100 %s %n Ä"},
+        {kPhonebookInterface, "FixedImageSize", "true", "Fixed Image Size: Supported"},
+        {kPhonebookInterface, "FixedImageSize", "false", "Fixed Image Size: Not Supported"},
+        {kPhonebookInterface, "ProfileVersion", "uint16 0x0102", "Profile Version: 1.2"},
+        {kPhonebookInterface, "ProfileVersion", "uint16 0x010a", "Profile Version: 1.a"},
+        {kPhonebookInterface, "ProfileVersion", "uint16 0xfe0d", "Profile Version: fe.d"},
+        {kPhonebookInterface, "ProfileVersion", "uint16 0x1012", "Profile Version: 10.12"},
+        {kPhonebookInterface, "SupportedFeatures", "uint32 0x3ff", "Supported Features: 3ff"},
+        {kPhonebookInterface, "SupportedFeatures", "uint32 0xfedcba98",
+         "Supported Features: fedcba98"},
+    });
+}
+
+TEST_F(SessionNotices, NameSupportedPhonebooksInAFixedOrder) {
+    const std::vector<std::string> names = {
+        "Server supports Local Phonebook", "Server supports SIM Phonebook",
+        "Server supports Speed Dial Phonebook", "Server supports Favorites Phonebook"};
+    for (std::size_t bit = 0; bit < names.size(); ++bit) {
+        Notify(kPhonebookInterface, "SupportedPhonebooks", "byte " + std::to_string(1 << bit));
+        ExpectLine(names[bit]);
+    }
+    for (const char* const all : {"byte 0x0f", "byte 0xff"}) {
+        Notify(kPhonebookInterface, "SupportedPhonebooks", all);
+        for (const std::string& name : names) ExpectLine(name);
+    }
+    for (const char* const none : {"byte 0", "byte 0xf0"}) {
+        Notify(kPhonebookInterface, "SupportedPhonebooks", none);
+        ExpectQuiet(kPhonebookMenu);
+    }
+}
+
+TEST_F(SessionNotices, TellOfEveryPropertyInOneAnnouncement) {
+    daemon().NotifyAll(
+        Session(), kPhonebookInterface,
+        Value("{'Folder': <'f'>, 'SupportedPhonebooks': <byte 2>, 'PrimaryCounter': <'1'>}"));
+    ExpectLine("Folder: f");
+    ExpectLine("Server supports SIM Phonebook");
+    ExpectLine("Primary Counter: 1");
+}
+
+TEST_F(SessionNotices, ComeForUnchangedValuesToo) {
+    for (int i = 0; i < 2; ++i) {
+        Notify(kPhonebookInterface, "Folder", "'same'");
+        ExpectLine("Folder: same");
+        Notify(kSessionInterface, "Channel", "uint16 19");
+        ExpectLine("Channel Attribute Received: 19");
+    }
+}
+
+// A value of another type, and what is printed for a property that has no value any more.
+const std::vector<Change> kAbsent = {
+    {kSessionInterface, "Source", "uint32 1", "Source Attribute Received: Unknown"},
+    {kSessionInterface, "Destination", "uint32 1", "Destination Attribute Received: Unknown"},
+    {kSessionInterface, "Channel", "'1'", "Channel Attribute Received: 0"},
+    {kSessionInterface, "Target", "uint32 1", "Target Attribute Received: Unknown"},
+    {kPhonebookInterface, "DatabaseIdentifier", "uint32 1", "Database Identifier: Unknown"},
+    {kPhonebookInterface, "PrimaryCounter", "uint32 1", "Primary Counter: Unknown"},
+    {kPhonebookInterface, "SecondaryCounter", "uint32 1", "Secondary Counter: Unknown"},
+    {kPhonebookInterface, "NewMissedCalls", "uint32 1", "New Missed Calls: 0"},
+    {kPhonebookInterface, "Folder", "uint32 1", "Folder: Unknown"},
+    {kPhonebookInterface, "FixedImageSize", "uint32 1", "Fixed Image Size: Not Supported"},
+    {kPhonebookInterface, "ProfileVersion", "uint32 1", "Profile Version: 0.0"},
+    {kPhonebookInterface, "SupportedFeatures", "'1'", "Supported Features: 0"},
+};
+
+TEST_F(SessionNotices, ComeForInvalidatedPropertiesToo) {
+    for (const Change& change : kAbsent) {
+        daemon().Invalidate(Session(), change.interface, change.property);
+        ExpectLine(change.line);
+    }
+    daemon().Invalidate(Session(), kPhonebookInterface, "SupportedPhonebooks");
+    ExpectQuiet(kPhonebookMenu);
+}
+
+// Such a value never reaches the tool, only that there is one.
+TEST_F(SessionNotices, IgnoreValuesOfAnotherType) {
+    console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
+    Notify(kPhonebookInterface, "SupportedPhonebooks", "uint32 2");
+    for (const char* const name : {"Local", "SIM", "Speed Dial", "Favorites"})
+        ExpectLine(std::string("Server supports ") + name + " Phonebook");
+    Notify(kSessionInterface, "Channel", "int16 3");
+    ExpectLine("Channel Attribute Received: 19");
+    for (const Change& change : kAbsent) {
+        daemon().Invalidate(Session(), change.interface, change.property);
+        ExpectLine(change.line);
+        Notify(change.interface, change.property, change.value);
+        ExpectLine(change.line);
+    }
+}
+
+TEST_F(SessionNotices, DoNotComeForAnythingElse) {
+    Notify(kSessionInterface, "Root", "'/new'");
+    Notify(kSessionInterface, "ConnectionState", "byte 5");
+    // A property of this name is listened for, but sessions have none.
+    Notify(kSessionInterface, "Connected", "true");
+    Notify(kPhonebookInterface, "Unheard", "'of'");
+    Notify(kPhonebookInterface, "Source", "'a session property'");
+    Notify(kSessionInterface, "Folder", "'a phone book property'");
+    daemon().Notify("/com/veltrisonix/obex/client/session1", kSessionInterface, "Source",
+                    Value("'another session'"));
+    ExpectQuiet(kPhonebookMenu);
+    Type("u");
+    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
+}
+
+TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
+    Type("s");
+    Await(ValuePrompt("/Select Location"));
+    Notify(kPhonebookInterface, "Folder", "'f'");
+    Expect(Notice("/Select Location", "Folder: f\n"));
+    Type("0");
+    Await(ValuePrompt("/Select Phonebook"));
+    Notify(kSessionInterface, "Source", "'s'");
+    Expect(Notice("/Select Phonebook", "Source Attribute Received: s\n"));
+    Type("0");
+    Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu));
+}
+
+// The menu thread waits for the daemon with the registry locked; notices need no lock.
+TEST_F(SessionNotices, ComeWhileACallHangs) {
+    daemon().Hang("UpdateVersion");
+    Type("u");
+    ExpectCall("UpdateVersion", "()");
+    Notify(kPhonebookInterface, "PrimaryCounter", "'2'");
+    Expect(Normal("Primary Counter: 2\n"));
+    Notify(kSessionInterface, "Target", "'t'");
+    Expect(Normal("Target Attribute Received: t\n"));
+    daemon().Release();
+    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
+}
+
+TEST_F(SessionNotices, EndWithTheSession) {
+    const std::string session = Session();
+    Type("x");
+    Expect(Prompt());
+    daemon().Notify(session, kPhonebookInterface, "Folder", Value("'f'"));
+    daemon().Notify(session, kSessionInterface, "Source", Value("'s'"));
+    ExpectQuiet();
+}
+
+GVariant* NumberedFolder(std::size_t number) {
+    return g_variant_new_string(("f" + std::to_string(number)).c_str());
+}
+
+TEST_F(SessionNotices, LoseNothingInAFlood) {
+    constexpr std::size_t kCount = 2000;
+    daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
+    for (std::size_t i = 0; i < kCount; ++i) ExpectLine("Folder: f" + std::to_string(i));
+}
+
+// Each notice stands whole in the output: at a prompt, which is drawn again, or between messages.
+void ExpectWholeNotices(const std::string& output, std::size_t count) {
+    const std::string redrawn =
+        std::string(kGreenSequence) + "Vantor" + kPhonebookMenu + Red(" > ");
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string notice = kResetSequence + ("Folder: f" + std::to_string(i) + "\n");
+        const std::size_t begin = output.find(notice, end);
+        ASSERT_NE(begin, output.npos) << notice;
+        end = begin + notice.size();
+        const bool at_prompt = output[begin - 1] == '\n';
+        const std::string rest = at_prompt ? redrawn : kResetSequence;
+        ASSERT_EQ(output.substr(end, rest.size()), rest) << notice;
+    }
+}
+
+TEST_F(SessionNotices, AreNotTornByTheMenusOwnOutput) {
+    constexpr std::size_t kCount = 5000;
+    for (const char* const key : {"h", "h", "h", "h"}) Type(key);
+    daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
+    Await("Folder: f" + std::to_string(kCount - 1) + "\n");
+    Type("?");
+    Await(Red("Invalid Selection\n") + Prompt(kPhonebookMenu));
+    ExpectWholeNotices(console().Output(), kCount);
+}
+
+// The menu thread prints the properties of new sessions while the main thread changes them.
+TEST_F(SessionNotices, MayComeWhileASessionOpens) {
+    Type("x");
+    Await(Prompt());
+    for (int session = 1; session <= 3; ++session) {
+        const std::string path = "/com/veltrisonix/obex/client/session" + std::to_string(session);
+        ChooseDevice();
+        daemon().Flood(path, kSessionInterface, "Source", 1000, NumberedFolder);
+        AwaitAll({"Fixed Image Size: Supported\n", Green("Vantor/Phonebook Menu")});
+        daemon().Notify(path, kSessionInterface, "Source", Value("'last'"));
+        Await(Notice(kPhonebookMenu, "Source Attribute Received: last\n"));
+        Type("x");
+        Expect(Prompt());
+    }
+}
+
+}  // namespace
+}  // namespace morvane_test

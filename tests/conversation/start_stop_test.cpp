@@ -1,0 +1,228 @@
+#include "simulator/daemon.h"
+#include "support/bus_monitor.h"
+#include "support/conversation.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+const std::string kOpenedSession = kClient + "/client/session0";
+
+class StartStopTest : public ConversationTest {
+  protected:
+    void LaunchUntilPrompt() {
+        Launch();
+        Expect(Red("Run menu\n") + Banner() + Prompt());
+    }
+
+    /// The main prompt stands, but the main thread is still asking for the daemon's objects.
+    void LaunchWithoutAnswer() {
+        StartDaemon().Hang("GetManagedObjects");
+        BusMonitor monitor(bus().Address(), "GetManagedObjects");
+        LaunchUntilPrompt();
+        monitor.AwaitCall();
+    }
+
+    std::ptrdiff_t Threads() {
+        const std::filesystem::directory_iterator threads(
+            "/proc/" + std::to_string(console().ProcessId()) + "/task");
+        return std::distance(begin(threads), end(threads));
+    }
+
+    void AwaitThreads(std::ptrdiff_t count) {
+        const auto deadline = std::chrono::steady_clock::now() + Patience();
+        while (Threads() > count) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << Threads() << " threads";
+            std::this_thread::yield();
+        }
+    }
+};
+
+struct Farewell {
+    const char* name;
+    const char* bytes;
+};
+
+class LateDiscoveryTest : public StartStopTest, public testing::WithParamInterface<Farewell> {};
+
+INSTANTIATE_TEST_SUITE_P(, LateDiscoveryTest,
+                         testing::Values(Farewell{"AtQuit", "q\n"},
+                                         Farewell{"AtTheEndOfInput", "\x04"}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_P(LateDiscoveryTest, Ends) {
+    LaunchWithoutAnswer();
+    const std::ptrdiff_t threads = Threads();
+    console().TypeBytes(GetParam().bytes);
+    AwaitThreads(threads - 1);
+    daemon().Release();
+    Expect(Normal("Found Client " + kClient + "\n"));
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, TellsNothingMoreAfterAQuitBeforeTheMainLoop) {
+    StartDaemon().Hang("GetAll");
+    BusMonitor monitor(bus().Address(), "GetAll");
+    Launch();
+    monitor.AwaitCall();
+    Await(Prompt());
+    daemon().AddDevice("/dev_late", kPhoneAddress, kPhoneAlias);
+    const std::ptrdiff_t threads = Threads();
+    console().TypeBytes("q\n");
+    AwaitThreads(threads - 1);
+    daemon().Release();
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, KeepsAControlCThatCameBeforeTheMainLoop) {
+    LaunchWithoutAnswer();
+    AwaitEndOfMainLoop([this] {
+        console().Interrupt();
+        daemon().Release();
+        Expect(Notice("", "Found Client " + kClient + "\n"));
+    });
+    Type("l");
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, EndsWhenTheObjectManagerFailsLate) {
+    LaunchWithoutAnswer();
+    daemon().Crash();
+    console().ExpectError(
+        "Error getting object manager client: GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
+        "Message recipient disconnected from message bus without replying\n");
+    EXPECT_FALSE(console().HasEnded());
+    console().TypeBytes("h\nh\n");  // the first may come before the error has been dealt with
+    ExpectExit(0, Console::Rest::kIgnored);
+}
+
+// With the main loop the handler of Ctrl-C has gone, and the menu still waits for a line.
+TEST_F(StartStopTest, ControlCEndsAtOnceWhenTheObjectManagerHasFailed) {
+    LaunchWithoutAnswer();
+    daemon().Crash();
+    console().ExpectError("Error getting object manager client: ");
+    // The first may come while the handler is on its way out.
+    const auto deadline = std::chrono::steady_clock::now() + Patience();
+    while (!console().HasEnded() && std::chrono::steady_clock::now() < deadline) {
+        console().Interrupt();
+        std::this_thread::yield();
+    }
+    console().ExpectEndBySignal(SIGINT);
+}
+
+TEST_F(StartStopTest, EndsWithTheLineAfterAControlC) {
+    StartDaemon();
+    Start();
+    Interrupt();
+    EXPECT_FALSE(console().HasEnded());
+    Type("");
+    Expect(Prompt());
+    Type("h");
+    ExpectExit(0);
+}
+
+TEST_F(StartStopTest, EndsFromTheInnermostMenuWithTheLineAfterAControlC) {
+    OpenSelectedSession();
+    PullAll("one");
+    Interrupt();
+    Type("h");
+    Expect(Red("Phonebook Access Proxy is invalid\n") +
+           Normal("Removing: " + PulledPhonebook() + "\n"));
+    ExpectExit(0);
+    ExpectCall("RemoveSession", "(objectpath '" + kOpenedSession + "',)");
+}
+
+TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
+    StartDaemon();
+    Start();
+    HangInCall();
+    Interrupt();
+    EXPECT_FALSE(console().HasEnded());
+    console().Interrupt();
+    console().ExpectEndBySignal(SIGINT);
+}
+
+TEST_F(StartStopTest, LossOfTheBusEndsAHangingCall) {
+    StartDaemon();
+    Start();
+    HangInCall();
+    bus().Kill();
+    console().ExpectEndBySignal(SIGTERM);
+}
+
+// The session that the daemon would not remove lives until the process ends.
+TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
+    OpenSelectedSession();
+    PullAll("one");
+    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy");
+    Type("q");
+    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
+           Normal("Removing: " + PulledPhonebook() + "\n"));
+    ExpectExit(0);
+    EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
+}
+
+// The menus return normally although the client has gone.
+TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
+    OpenSelectedSession();
+    Type("a");
+    Await(Prompt(kFilterMenu));
+    RemoveClient(kFilterMenu);
+    Interrupt();
+    console().CloseInput();
+    ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_EQ(CountCalls("RemoveSession"), 0U);
+}
+
+// Proxies made on the menu thread notify on the main thread, also while the menu thread waits.
+TEST_F(StartStopTest, ReportsChangesWhileTheMenuThreadIsInACall) {
+    OpenSession();
+    daemon().Hang("UpdateVersion");
+    Type("u");
+    ExpectCall("UpdateVersion", "()");
+    daemon().Notify(kOpenedSession, simulator::kSessionInterface, "Source", Value("'Here'"));
+    Expect(Normal("Source Attribute Received: Here\n"));
+    daemon().Notify(kOpenedSession, simulator::kPhonebookInterface, "Folder",
+                    Value("'telecom/pb'"));
+    Expect(Normal("Folder: telecom/pb\n"));
+    daemon().ClearFaults();
+    daemon().Release();
+    Await(Prompt(kPhonebookMenu));
+    daemon().Notify(kOpenedSession, simulator::kSessionInterface, "Channel", Value("uint16 3"));
+    Expect(Notice(kPhonebookMenu, "Channel Attribute Received: 3\n"));
+}
+
+// A notification being delivered outlives the context that asked for it.
+TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
+    OpenSelectedSession();
+    for (int round = 0; round < 3; ++round) {
+        PullAll(std::string(1000, 'x'));
+        const auto flood = std::async(std::launch::async, [this, transfer = Transfer()] {
+            daemon().Flood(transfer, simulator::kTransferInterface, "Transferred", 5000,
+                           [](std::size_t i) { return g_variant_new_uint64(i % 1001); });
+        });
+        Await("Transferred Percent: ");
+        Type("x");
+        Await("Removing: " + PulledPhonebook());
+        Await(Prompt(kPhonebookMenu));
+    }
+    const auto flood = std::async(std::launch::async, [this] {
+        daemon().Flood(kOpenedSession, simulator::kSessionInterface, "Channel", 5000,
+                       [](std::size_t i) { return g_variant_new_uint16(static_cast<guint16>(i)); });
+    });
+    Await("Channel Attribute Received: ");
+    Type("x");
+    Await(Prompt());
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,149 @@
+#include "support/bus_monitor.h"
+#include "support/conversation.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+const std::string kRunMenu = Red("Run menu\n");
+
+#ifdef __SANITIZE_THREAD__
+constexpr bool kThreadSanitizer = true;
+#else
+constexpr bool kThreadSanitizer = false;
+#endif
+
+const bool kLauncher = std::getenv("MORVANE_TEST_LAUNCHER") != nullptr;
+
+class StartUp : public ConversationTest {
+  protected:
+    void LaunchWithoutBus() {
+        ConsoleOptions options;
+        options.bus_address = SocketAddress(directory().File("nothing"));
+        Launch(options);
+    }
+};
+
+TEST_F(StartUp, AnnouncesTheMenuThenDrawsItsBanner) {
+    Launch();
+    Expect(kRunMenu + Banner() + Prompt());
+}
+
+TEST_F(StartUp, GoesThroughPipesToTheByte) {
+    Launch(Wired(Wiring::kPipes));
+    Expect(kRunMenu + Banner() + Prompt());
+}
+
+TEST_F(StartUp, PausesBeforeTheBannerAndThePrompt) {
+    const auto begin = std::chrono::steady_clock::now();
+    Launch();
+    Await(Banner());
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
+    Expect(Prompt());
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(700));
+}
+
+TEST_F(StartUp, ReportsWhatIsThereAlready) {
+    Start();
+    const std::string output = console().Output();
+    EXPECT_NE(output.find("\x1b[0mFound Client /com/veltrisonix/obex\n"), output.npos);
+    EXPECT_NE(output.find("\x1b[0mFound Device " + std::string(kPhonePath) + "\n"), output.npos);
+}
+
+TEST_F(StartUp, WaitsForADaemonThatStartsLater) {
+    Launch();
+    Await(Prompt());
+    StartDaemon();
+    Expect(Notice("", "Found Client /com/veltrisonix/obex\n"));
+}
+
+TEST_F(StartUp, IgnoresADaemonWithAnInstanceThatWasNotAskedFor) {
+    Launch();
+    Await(Prompt());
+    simulator::Options options = simulator::Options::Scripted();
+    options.instance = "two";
+    StartDaemon(options);
+    StopDaemon();
+    StartDaemon();
+    Expect(Notice("", "Found Client /com/veltrisonix/obex\n"));
+}
+
+TEST_F(StartUp, EndsWithoutABus) {
+    LaunchWithoutBus();
+    console().ExpectError(
+        "Error getting object manager client: Could not connect: No such file or directory\n");
+    Expect(kRunMenu + Banner());
+    // Under a launcher the first prompt may be there before the bus is missed.
+    if (kLauncher) console().CloseInput();
+    ExpectExit(0, kLauncher ? Console::Rest::kIgnored : Console::Rest::kNone);
+}
+
+TEST_F(StartUp, TakesNoInputWithoutABus) {
+    if (kLauncher) GTEST_SKIP() << "may take a line before the bus is missed";
+    LaunchWithoutBus();
+    Type("h");
+    console().ExpectError("Error getting object manager client: ");
+    Expect(kRunMenu + Banner());
+    ExpectExit(0);
+}
+
+TEST_F(StartUp, ReportsThatNoThreadCanBeStarted) {
+    if (kThreadSanitizer) GTEST_SKIP() << "ThreadSanitizer sets its own limits";
+    if (kLauncher) GTEST_SKIP() << "launchers keep no such limit";
+    ConsoleOptions options;
+    // Stacks of 200 TiB do not fit into any address space.
+    options.prefix = {"/bin/sh", "-c", "ulimit -s 214748364800; exec \"$@\"", "sh"};
+    Launch(options);
+    Expect(Red("Resource temporarily unavailable\n"));
+    ExpectExit(1);
+}
+
+// The tool is started with the descriptors closed that the shell words `closing` name.
+class ClosedStreams : public ConversationTest {
+  protected:
+    void SetUp() override {
+        if (kLauncher) GTEST_SKIP() << "a launcher's own files take the places";
+    }
+
+    void LaunchClosing(const std::string& closing) {
+        ConsoleOptions options;
+        options.prefix = {"/bin/sh", "-c", "exec \"$@\" " + closing, "sh"};
+        Launch(options);
+    }
+
+    std::string OpenedAs(int descriptor) {
+        return std::filesystem::read_symlink("/proc/" + std::to_string(console().ProcessId()) +
+                                             "/fd/" + std::to_string(descriptor));
+    }
+};
+
+TEST_F(ClosedStreams, InputIsAtItsEnd) {
+    LaunchClosing("<&-");
+    Expect(kRunMenu + Banner() + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(ClosedStreams, InputAndOutputAreAtTheirEnd) {
+    LaunchClosing("<&- >&- 2>&-");
+    ExpectExit(0);
+}
+
+TEST_F(ClosedStreams, OutputGoesNowhere) {
+    StartDaemon();
+    BusMonitor monitor(bus().Address(), "GetManagedObjects");
+    LaunchClosing(">&- 2>&-");
+    monitor.AwaitCall();
+    EXPECT_EQ(OpenedAs(1), "/dev/null");
+    EXPECT_EQ(OpenedAs(2), "/dev/null");
+    Type("q");
+    ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace morvane_test

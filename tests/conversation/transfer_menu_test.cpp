@@ -1,0 +1,206 @@
+#include "support/conversation.h"
+
+#include <filesystem>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+using simulator::kTransferInterface;
+
+constexpr char kRefusal[] = "com.veltrisonix.Error.NotInProgress";
+
+class TransferMenuTest : public ConversationTest {
+  protected:
+    void SetUp() override {
+        OpenSelectedSession();
+        PullAll("BEGIN:VCARD\n");
+        // Otherwise the transfer ends with its session, and says so at a moment of its own.
+        daemon().Reply("RemoveSession", Value("()"));
+    }
+
+    void ExpectAnswer(const std::string& line, const std::string& messages,
+                      Here here = Here::Now()) {
+        Type(line, here);
+        Expect(messages + Prompt(kTransferMenu), here);
+    }
+
+    std::string Removing() const { return Normal("Removing: " + PulledPhonebook() + "\n"); }
+    bool FileExists() const { return std::filesystem::exists(PulledPhonebook()); }
+
+    std::size_t TransferCalls() const {
+        return CountCalls("Cancel") + CountCalls("Suspend") + CountCalls("Resume");
+    }
+
+    /// The tool is in a call, and holds the registry.
+    void Hang(const std::string& key = "p", const std::string& method = "Suspend",
+              Here here = Here::Now()) {
+        daemon().Hang(method);
+        Type(key, here);
+        ExpectCall(method, "()", here);
+    }
+
+    /// The call ends, refused.
+    void ReleaseRefused() {
+        daemon().AbortTransfer(Transfer());
+        Expect(Normal("Status Attribute Received: error\n"));
+        daemon().Release();
+    }
+
+    const std::string refused_ =
+        Red("Remote Call failed GDBus.Error:com.veltrisonix.Error.NotInProgress: Transfer is not "
+            "active\n");
+    const std::string invalid_ = Red("Phonebook Access Proxy is invalid\n");
+};
+
+TEST_F(TransferMenuTest, ShowsItsKeysOnHelp) {
+    ExpectAnswer("h", MenuOf(PromptId::kTransfer));
+    ExpectAnswer("  help me", MenuOf(PromptId::kTransfer));
+}
+
+TEST_F(TransferMenuTest, KnowsNoOtherKeys) {
+    for (const char* const line :
+         {"C", "D", "S", "P", "R", "H", "X", "a", "1", "?", "\xc3\xa9", "  Cancel", "-x"})
+        ExpectAnswer(line, Red("Invalid Selection\n"));
+    for (const char* const line : {"", "   ", "\t"}) ExpectAnswer(line, "");
+    EXPECT_EQ(TransferCalls(), 0U);
+    EXPECT_TRUE(FileExists());
+}
+
+TEST_F(TransferMenuTest, ShowsTheStatusAnnouncedLast) {
+    ExpectAnswer("s", Normal("Transfer Status: queued\n"));
+    daemon().Notify(Transfer(), kTransferInterface, "Status", Value("'100%s'"));
+    Expect(Notice(kTransferMenu, "Status Attribute Received: 100%s\n"));
+    ExpectAnswer("status", Normal("Transfer Status: 100%s\n"));
+    daemon().Invalidate(Transfer(), kTransferInterface, "Status");
+    Expect(Notice(kTransferMenu, "Status Attribute Received: Unknown\n"));
+    ExpectAnswer("s", Normal("Transfer Status: \n"));
+}
+
+TEST_F(TransferMenuTest, SuspendsAndResumes) {
+    daemon().Reply("Suspend", Value("()"));
+    daemon().Reply("Resume", Value("()"));
+    ExpectAnswer("p", "");
+    ExpectCall("Suspend", "()");
+    EXPECT_EQ(CountCalls("Resume"), 0U);
+    ExpectAnswer("resume", "");
+    ExpectCall("Resume", "()");
+    daemon().Refuse("Suspend", kRefusal, "100%s");
+    daemon().Refuse("Resume", kRefusal, "no");
+    const std::string failed = "Remote Call failed GDBus.Error:";
+    ExpectAnswer("p", Red(failed + kRefusal + ": 100%s\n"));
+    ExpectAnswer("r", Red(failed + kRefusal + ": no\n"));
+    EXPECT_EQ(CountCalls("Cancel"), 0U);
+    EXPECT_EQ(CountCalls("Suspend"), 2U);
+    EXPECT_EQ(CountCalls("Resume"), 2U);
+    EXPECT_TRUE(FileExists());
+}
+
+TEST_F(TransferMenuTest, CancelDropsTheTransferAndTheNextKeyOnlyLeaves) {
+    daemon().Reply("Cancel", Value("()"));
+    for (const char* const line : {"s", "x", "q", "Q", "c", "?"}) {
+        EXPECT_TRUE(FileExists());
+        ExpectAnswer("c", Removing());
+        EXPECT_FALSE(FileExists());
+        ExpectAnswer("", "");
+        Type(line);
+        Expect(Prompt(kPhonebookMenu));
+        PullAll("BEGIN:VCARD\n");
+    }
+    EXPECT_EQ(CountCalls("Cancel"), 6U);
+}
+
+TEST_F(TransferMenuTest, CancelDropsTheTransferEvenIfRefused) {
+    daemon().Refuse("Cancel", kRefusal, "too late");
+    ExpectAnswer("c",
+                 Red(std::string("Remote Call failed GDBus.Error:") + kRefusal + ": too late\n") +
+                     Removing());
+    ExpectCall("Cancel", "()");
+    EXPECT_FALSE(FileExists());
+    Type("h");
+    Expect(Prompt(kPhonebookMenu));
+}
+
+TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
+    Type("x");
+    Expect(Removing() + Prompt(kPhonebookMenu));
+    EXPECT_FALSE(FileExists());
+    EXPECT_EQ(TransferCalls(), 0U);
+    Pull("0", "BEGIN:VCARD\n");
+    daemon().Reply("Suspend", Value("()"));
+    ExpectAnswer("p", "");
+    EXPECT_EQ(daemon().Calls().back().path, Transfer());
+    Type("exit");
+    Expect(Red("Invalid Selection\n") + Prompt(kTransferMenu));
+    Type("x");
+    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
+    Type("x");
+    Expect(Prompt());
+}
+
+TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
+    console().TypeBytes("s\nS\nh\nx\nx\nl\n");
+    Expect(Normal("Transfer Status: queued\n") + Prompt(kTransferMenu) +
+           Red("Invalid Selection\n") + Prompt(kTransferMenu) + MenuOf(PromptId::kTransfer) +
+           Prompt(kTransferMenu) + Removing() + Prompt(kPhonebookMenu) + Prompt() + Stars());
+}
+
+class TransferMenuQuitTest : public TransferMenuTest,
+                             public testing::WithParamInterface<const char*> {};
+
+TEST_P(TransferMenuQuitTest, LeavesTheFileToTheEndOfTheSession) {
+    daemon().AbortTransfer(Transfer());
+    Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"));
+    daemon().Hang("RemoveSession");
+    Type(GetParam());
+    ExpectCall("RemoveSession", "(objectpath '" + Session() + "',)");
+    EXPECT_TRUE(FileExists());
+    EXPECT_EQ(TransferCalls(), 0U);
+    daemon().Release();
+    Expect(Removing());
+    ExpectExit(0);
+    EXPECT_FALSE(FileExists());
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, TransferMenuQuitTest, testing::Values("q", "Q", "  quit"));
+
+TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
+    Hang();
+    daemon().AbortTransfer(Transfer());
+    Expect(Normal("Status Attribute Received: error\n"));
+    Interrupt();
+    daemon().Release();
+    Expect(refused_ + Removing());
+    ExpectExit(0);
+}
+
+TEST_F(TransferMenuTest, AsksForNoKeyWhenTheSessionWasLostInACall) {
+    Hang();
+    daemon().SetConnectionState(Session(), 4);
+    ReleaseRefused();
+    Expect(refused_ + invalid_ + Removing() + Prompt());
+}
+
+TEST_F(TransferMenuTest, RemovalsWaitForACallButNotForTheOperator) {
+    const std::string other = "/com/veltrisonix/hci0/dev_other";
+    for (const auto& [key, method] :
+         {std::pair{"p", "Suspend"}, {"r", "Resume"}, {"c", "Cancel"}}) {
+        AddDevice(other, "00:00:00:00:00:01", "Other", kTransferMenu);
+        Hang(key, method);
+        ExpectRemovalAfterTheCall(other);
+        Await(Red(" > "));  // the next prompt's, or drawn again
+        ExpectQuiet(kTransferMenu);
+    }
+}
+
+TEST_F(TransferMenuTest, LooksForTheSessionBeforeItLeavesACancelledTransfer) {
+    daemon().Reply("Cancel", Value("()"));
+    ExpectAnswer("c", Removing());
+    daemon().SetConnectionState(Session(), 4);
+    ExpectQuiet(kTransferMenu);
+    Type("s");
+    Expect(invalid_ + Prompt());
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,232 @@
+#include "support/conversation.h"
+
+#include <string>
+#include <thread>
+
+namespace morvane_test {
+namespace {
+
+using simulator::kTransferInterface;
+
+/// How a running transfer is heard of while the operator is asked.
+class TransferProgressTest : public ConversationTest {
+  protected:
+    /// Ends at the prompt of the transfer menu.
+    void FollowTransfer(const std::string& content = std::string(1000, 'v')) {
+        OpenSelectedSession();
+        PullAll(content);
+    }
+
+    void Announce(const std::string& name, const std::string& value) {
+        daemon().Notify(Transfer(), kTransferInterface, name, Value(value));
+    }
+
+    void ExpectNotice(const std::string& text, Here here = Here::Now()) {
+        Expect(Notice(kTransferMenu, text + "\n"), here);
+    }
+};
+
+TEST_F(TransferProgressTest, EveryChangeIsPrintedUnderThePromptWhichIsDrawnAgain) {
+    FollowTransfer();
+    Announce("Status", "'active'");
+    ExpectNotice("Status Attribute Received: active");
+    Announce("Session", "objectpath '/other/session'");
+    ExpectNotice("Session Attribute Received: /other/session");
+    Announce("Name", "'100%s.vcf'");
+    ExpectNotice("Name Attribute Received: 100%s.vcf");
+    Announce("Type", "'text/plain'");
+    ExpectNotice("Type Attribute Received: text/plain");
+    Announce("Size", "uint64 4294967295");
+    ExpectNotice("Size Attribute Received: -1");
+    Announce("Size", "uint64 2000");
+    ExpectNotice("Size Attribute Received: 2000");
+    Announce("Transferred", "uint64 1000");
+    ExpectNotice("Transferred Percent: 50%");
+    Announce("Filename", "'/nowhere/file'");
+    ExpectNotice("Filename Attribute Received: /nowhere/file");
+
+    // A half-typed line is not lost.
+    console().TypeBytes("st");
+    Announce("Status", "'on its way'");
+    ExpectNotice("Status Attribute Received: on its way");
+    Type("atus");
+    Expect(Normal("Transfer Status: on its way\n") + Prompt(kTransferMenu));
+}
+
+TEST_F(TransferProgressTest, UnchangedAndInvalidatedPropertiesArePrintedToo) {
+    FollowTransfer();
+    Announce("Status", "'queued'");
+    ExpectNotice("Status Attribute Received: queued");
+    for (const auto& [property, label, absent] : {std::array{"Status", "Status", "Unknown"},
+                                                  {"Session", "Session", "Unknown"},
+                                                  {"Name", "Name", "Unknown"},
+                                                  {"Type", "Type", "Unknown"},
+                                                  {"Filename", "Filename", "Unknown"},
+                                                  {"Size", "Size", "0"}}) {
+        daemon().Invalidate(Transfer(), kTransferInterface, property);
+        ExpectNotice(std::string(label) + " Attribute Received: " + absent);
+    }
+    daemon().Invalidate(Transfer(), kTransferInterface, "Transferred");
+    Announce("Transferred", "uint64 1000");
+    ExpectQuiet(kTransferMenu);  // nothing to count it against any more
+}
+
+TEST_F(TransferProgressTest, PropertiesOfAWrongTypeKeepTheirValue) {
+    FollowTransfer();
+    console().AllowStderr(
+        "GLib-GIO-WARNING.*Received property (Status|Size|Transferred) with type "
+        "[ust] does not match expected type [st] in the expected interface");
+    Announce("Status", "uint32 5");
+    ExpectNotice("Status Attribute Received: queued");
+    Announce("Size", "uint32 5");
+    ExpectNotice("Size Attribute Received: 1000");
+    Announce("Transferred", "'all'");
+    Announce("Transferred", "uint64 10");
+    ExpectNotice("Transferred Percent: 1%");
+}
+
+TEST_F(TransferProgressTest, EachPercentageIsPrintedOnceAndOnlyUpwards) {
+    FollowTransfer();
+    for (const char* const transferred : {"5", "9", "10", "15", "19", "3", "0"})
+        Announce("Transferred", "uint64 " + std::string(transferred));
+    Expect(
+        "\n\x1b[0mTransferred Percent: 1%\n"
+        "\x1b[1;32mVantor/Transfer Menu\x1b[1;31m > \x1b[0m");
+    Announce("Transferred", "uint64 1000");
+    ExpectNotice("Transferred Percent: 100%");
+    Announce("Transferred", "uint64 999");
+    Announce("Transferred", "uint64 1000");
+    ExpectQuiet(kTransferMenu);
+}
+
+TEST_F(TransferProgressTest, CountsOnlyAgainstASizeThatWasTold) {
+    simulator::Options options = simulator::Options::Scripted();
+    options.size_in_reply = false;
+    StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    FollowTransfer();
+    Announce("Transferred", "uint64 500");
+    ExpectQuiet(kTransferMenu);
+    daemon().AdvanceTransfer(Transfer(), 500);
+    ExpectNotice("Status Attribute Received: active");
+    ExpectNotice("Size Attribute Received: 1000");
+    ExpectNotice("Transferred Percent: 50%");
+    daemon().NotifyAll(Transfer(), kTransferInterface,
+                       Value("{'Transferred': <uint64 600>, 'Size': <uint64 600>}"));
+    ExpectNotice("Transferred Percent: 60%");
+    ExpectNotice("Size Attribute Received: 600");
+    daemon().CompleteTransfer(Transfer());
+    ExpectNotice("Transferred Percent: 166%");
+    ExpectNotice("Status Attribute Received: complete");
+}
+
+TEST_F(TransferProgressTest, IsPrintedOnALineOfItsOwnWhenNothingIsAsked) {
+    FollowTransfer();
+    daemon().Hang("Suspend");
+    Type("p");
+    ExpectCall("Suspend", "()");
+    Announce("Transferred", "uint64 10");
+    Announce("Status", "'active'");
+    Expect(Normal("Transferred Percent: 1%\n") + Normal("Status Attribute Received: active\n"));
+    daemon().Reply("Suspend", Value("()"));
+    daemon().Release();
+    Await(Prompt(kTransferMenu));
+}
+
+TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannotBeRemoved) {
+    FollowTransfer();
+    daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
+    daemon().SetConnectionState(Session(), 4);
+    ExpectQuiet(kTransferMenu);
+    Type("s");
+    Expect(Red("Phonebook Access Proxy is invalid\n") +
+           Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
+           Prompt());
+    Announce("Transferred", "uint64 500");
+    Expect(Notice("", "Transferred Percent: 50%\n"));
+    Type("u");
+    Await(ValuePrompt("/User Id"));
+    Announce("Transferred", "uint64 510");
+    Expect(Notice("/User Id", "Transferred Percent: 51%\n"));
+    Type("me");
+    Expect(Prompt());
+    const std::string transfer = Transfer();
+    daemon().Reply("RemoveSession", Value("()"));
+    Type("r");
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt());
+    daemon().Notify(transfer, kTransferInterface, "Status", Value("'late'"));
+    ExpectQuiet();
+}
+
+TEST_F(TransferProgressTest, AFloodLeavesEveryPercentageInItsPlace) {
+    FollowTransfer();
+    daemon().Flood(Transfer(), kTransferInterface, "Transferred", 2001, [](std::size_t index) {
+        return g_variant_new_uint64(index < 1001 ? index : 2000 - index);
+    });
+    for (int percent = 1; percent <= 100; ++percent)
+        ExpectNotice("Transferred Percent: " + std::to_string(percent) + "%");
+    ExpectQuiet(kTransferMenu);
+}
+
+TEST_F(TransferProgressTest, LeavingInAFloodEndsIt) {
+    FollowTransfer();
+    const std::string transfer = Transfer();
+    std::thread flood([&] {
+        daemon().Flood(transfer, kTransferInterface, "Name", 5000, [](std::size_t index) {
+            return g_variant_new_string(std::to_string(index).c_str());
+        });
+    });
+    const auto leave = [&] {
+        Await("Name Attribute Received: 50\n");
+        Type("x");
+        Await(Normal("Removing: " + PulledPhonebook() + "\n"));
+        Await(Prompt(kPhonebookMenu));
+    };
+    EXPECT_NO_THROW(leave());
+    flood.join();
+    ExpectQuiet(kPhonebookMenu);
+}
+
+TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
+    FollowTransfer();
+    daemon().Reply("Cancel", Value("()"));
+    Type("c");
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kTransferMenu));
+    const std::string cancelled = Transfer();
+    daemon().Notify(cancelled, kTransferInterface, "Status", Value("'late'"));
+    ExpectQuiet(kTransferMenu);
+    Type("h");
+    Expect(Prompt(kPhonebookMenu));
+    PullAll("again");
+    daemon().Notify(cancelled, kTransferInterface, "Status", Value("'later'"));
+    Announce("Status", "'active'");
+    ExpectNotice("Status Attribute Received: active");
+    const std::string left = Transfer();
+    Type("x");
+    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
+    daemon().Notify(left, kTransferInterface, "Status", Value("'late'"));
+    ExpectQuiet(kPhonebookMenu);
+}
+
+TEST_F(TransferProgressTest, FollowsAPhonesTransferFromBeginningToEnd) {
+    simulator::Options options = simulator::Options::Scripted();
+    options.pace = simulator::TransferPace::kByRate;
+    options.rate = 400;
+    options.start_delay = std::chrono::milliseconds(1000);
+    StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    FollowTransfer();
+    ExpectNotice("Status Attribute Received: active");
+    Type("p");
+    Await("Status Attribute Received: suspended\n");
+    Type("s");
+    Await(Normal("Transfer Status: suspended\n") + Prompt(kTransferMenu));
+    Type("r");
+    Await("Status Attribute Received: active\n");
+    Await(Notice(kTransferMenu, "Transferred Percent: 100%\n") +
+          Notice(kTransferMenu, "Status Attribute Received: complete\n"));
+    Type("d");
+    Expect(Normal("Displaying: " + PulledPhonebook() + "\n") + Normal(std::string(512, 'v')) +
+           Normal(std::string(488, 'v')) + Normal("\n") + Prompt(kTransferMenu));
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,122 @@
+// scripts/demo, with the programs of this build.
+
+#include "documents/script_tree.h"
+#include "support/file_descriptor.h"
+#include "support/messages.h"
+#include "support/odd_directories.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <deque>
+#include <filesystem>
+#include <iostream>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kWaiting[] = "Waiting for another build in ";
+constexpr char kFilename[] = "Filename: ";
+
+// Fails if another build runs at the same time, or if the lock was inherited. Builds until a line
+// arrives through the pipe "go", if there is one, or the test ends.
+constexpr char kCmake[] = R"(
+mkdir build/busy || exit
+! readlink /proc/$$/fd/* | grep build/demo/lock || exit
+if [ -p go ]; then read line <go; rm -f go; fi
+rmdir build/busy
+)";
+
+class Demo : public testing::Test {
+  protected:
+    Console& Run(const std::string& arguments = "") {
+        return consoles_.emplace_back(tree_.Running("scripts/demo " + arguments, Wiring::kPipes));
+    }
+    const ScriptTree& tree() const { return tree_; }
+
+    void TearDown() override {
+        for (Console& console : consoles_) {
+            if (HasFailure()) std::cout << console.Story();
+            console.Finish();
+        }
+    }
+
+  private:
+    ScriptTree tree_;
+    std::deque<Console> consoles_;
+};
+
+TEST_F(Demo, WaitsForAnotherBuildInItsFolder) {
+    tree().Write("bin/cmake", kCmake);
+    const std::string path = tree().File("go");
+    Checked(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), "mkfifo");
+    const FileDescriptor go(Checked(open(path.c_str(), O_RDWR | O_CLOEXEC), "open"));
+    Console& first = Run();
+    first.Expect("Building the tool and its simulator ...\n");
+    Console& second = Run();
+    second.Expect(kWaiting + tree().File("build/demo") + " ...\n");
+
+    ASSERT_EQ(write(go.Number(), "\n", 1), 1);
+    second.Expect("Building the tool and its simulator ...\n");
+    for (Console* console : {&first, &second}) console->Await(Prompt());
+}
+
+TEST_F(Demo, DoesNotWaitForAnotherDemoThatRuns) {
+    Run().Await(Prompt());
+    Run().Expect("Building the tool and its simulator ...\n");
+}
+
+TEST_F(Demo, PrintsTheOptionsOfTheSimulatorWithoutABus) {
+    for (const char* const arguments : {"-h", "--help", "--phones=1 --help"}) {
+        Console& console = Run(arguments);
+        console.Await("Usage:\n");
+        console.Await("--phones=N");
+        console.ExpectExit(0, Console::Rest::kIgnored);
+    }
+}
+
+TEST_F(Demo, EndsIfDependenciesAreMissing) {
+    tree().Write("scripts/install-dependencies", "echo refused; exit 1");
+    Console& console = Run();
+    console.Expect("refused\n");
+    console.ExpectExit(1);
+}
+
+TEST_F(Demo, PassesTheInstanceOnToTheTool) {
+    for (const char* const arguments :
+         {"--instance=second", "--instance second", "--phones=1 --instance x --instance=second"}) {
+        Console& console = Run(arguments);
+        console.Await("Found Client /com/veltrisonix/obex\n");
+        console.Await(Prompt());
+    }
+}
+
+class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
+
+TEST_P(DemoInDirectory, PlaysASessionAndLeavesNothing) {
+    const std::string directory = tree().File(GetParam().name);
+    std::filesystem::create_directory(directory);
+    ConsoleOptions options = tree().Running("scripts/demo", Wiring::kPipes);
+    options.environment = {"TMPDIR=" + directory};
+    Console console(options);
+    for (const char* const key : {"c", "0", "s", "0", "0", "a", "d"}) console.Type(key);
+    console.Await(kFilename);
+    console.Await("/phonebook.vcf\n");
+    const std::string output = console.Consumed();
+    const std::size_t begin = output.rfind(kFilename) + std::strlen(kFilename);
+    const std::string folder = output.substr(begin, output.rfind('/') - begin);
+    console.CloseInput();
+    console.ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_FALSE(std::filesystem::exists(folder)) << folder;
+    EXPECT_TRUE(std::filesystem::is_empty(directory));
+}
+
+INSTANTIATE_TEST_SUITE_P(Odd, DemoInDirectory, testing::ValuesIn(kOddDirectories),
+                         [](const auto& directory) { return directory.param.test; });
+
+}  // namespace
+}  // namespace morvane_test

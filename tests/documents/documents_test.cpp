@@ -1,0 +1,345 @@
+// What the documents say must be so: what they name exists, and what lists the same things as a
+// program does lists all of them.
+
+#include "documents/document.h"
+#include "documents/script_tree.h"
+#include "simulator/daemon.h"
+#include "support/console.h"
+#include "support/conversation.h"
+#include "support/messages.h"
+#include "support/private_bus.h"
+#include "support/programs.h"
+#include "support/temporary_directory.h"
+#include "support/text_form.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <sstream>
+#include <string_view>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kAnyDocument[] = "\\.(md|1)$";
+
+bool IsFile(const std::string& name) {
+    return std::filesystem::exists(SourcePath(name));
+}
+
+/// A document, and the folder that its links start from.
+class Documents : public testing::TestWithParam<std::string> {
+  protected:
+    std::string text_ = ReadSource(GetParam());
+    std::string folder_ = GetParam().substr(0, GetParam().rfind('/') + 1);
+};
+
+TEST_P(Documents, LinkToWhatIsThere) {
+    for (const std::string& target : FindAll(text_, "\\]\\(([^)#:]+)\\)"))
+        EXPECT_TRUE(IsFile(folder_ + target)) << target;
+}
+
+TEST_P(Documents, NameFilesThatAreThere) {
+    const std::string folders =
+        "app|client|cmake|console|docs|examples|interfaces|packaging|phonebook|scripts|simulator|"
+        "support|tests|transfer|uuid";
+    for (const std::string& path :
+         FindAll(text_, "(?:^|[^-\\w./~$>])((?:" + folders + ")/[-\\w./]*\\w)"))
+        EXPECT_TRUE(IsFile(path) || IsFile(folder_ + path)) << path;
+    for (const std::string& name : FindAll(text_, "`([-\\w]+\\.(?:cpp|h|supp|keys))`"))
+        EXPECT_FALSE(FindSources("/" + name + "$").empty()) << name;
+}
+
+// The commands of a document, each block of them as one text.
+std::vector<std::string> CommandBlocks(const std::string& text) {
+    constexpr std::string_view kIndent = "    ";
+    std::vector<std::string> blocks(1);
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.compare(0, kIndent.size(), kIndent) == 0) {
+            blocks.back() += line + "\n";
+        } else {
+            blocks.emplace_back();
+        }
+    }
+    return blocks;
+}
+
+// Without a preset CMake would generate for Make, which is not installed.
+TEST_P(Documents, BuildWithPresetsThatExistAndAreConfiguredBefore) {
+    const Names presets = FindNames(ReadSource("CMakePresets.json"), "\"name\": \"(\\w+)\"");
+    for (const std::string& preset : FindAll(text_, "--preset[ =](\\w+)"))
+        EXPECT_EQ(presets.count(preset), 1U) << preset;
+    for (const std::string& block : CommandBlocks(text_)) {
+        const Names configured = FindNames(block, "cmake --preset (\\w+)");
+        for (const std::string& preset : FindAll(block, "(?:--build|ctest) --preset (\\w+)"))
+            EXPECT_EQ(configured.count(preset), 1U) << block;
+        EXPECT_TRUE(FindAll(block, "(cmake (?:-[BSDG]|[./]))").empty()) << block;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Documents, testing::ValuesIn(FindSources(kAnyDocument)),
+                         [](const auto& document) { return AsTestName(document.param); });
+
+TEST(ExamplesReadme, NamesEveryExample) {
+    Names examples;
+    for (const std::string& file : FindSources("^examples/.*\\.(keys|session)$"))
+        examples.insert(file.substr(file.find('/') + 1, file.rfind('.') - file.find('/') - 1));
+    EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
+}
+
+// What a person gets who runs `command` in a tree where nothing is built or installed.
+std::string OutputOf(const std::string& command, int status) {
+    const ScriptTree tree;
+    Console console(tree.Running(command, Wiring::kPipes));
+    console.ExpectExit(status, Console::Rest::kIgnored);
+    return console.Output();
+}
+
+TEST(Readme, ShowsWhatTheTestScriptSays) {
+    const std::string said = OutputOf("scripts/test", 0);
+    EXPECT_EQ(std::regex_replace(said, std::regex("\\d+ (?=passed|hold)"), "N "),
+              FencedBlock(ReadSource("README.md"), "text"));
+}
+
+// Each mutant in the list: where it is, what was changed, and the lines before and after.
+std::vector<std::string> ListedMutants(const std::string& list) {
+    return FindAll(list,
+                   "\n([a-z]+/\\w+\\.(?:cpp|h):\\d+: [a-z ]+\n--- .*\n\\+\\+\\+ .*\n@@ (?:.+\n)+)");
+}
+
+std::string ListMutants(const std::string& arguments, int status) {
+    return OutputOf("'" + SourcePath("scripts/mutants") + "' --list " + arguments, status) + "\n";
+}
+
+TEST(Mutants, AreListedWithTheirDiffs) {
+    const std::vector<std::string> mutants = ListedMutants(ListMutants("--count 50", 0));
+    EXPECT_EQ(mutants.size(), 50U);
+    EXPECT_EQ(Names(mutants.begin(), mutants.end()).size(), 50U);
+    for (const std::string& mutant : mutants) {
+        EXPECT_FALSE(FindAll(mutant, "\n([-+][^-+].*)").empty()) << mutant;
+        EXPECT_TRUE(IsFile(mutant.substr(0, mutant.find(':')))) << mutant;
+    }
+}
+
+TEST(Mutants, DependOnTheSeedOnly) {
+    const std::string list = ListMutants("--seed 1 --count 5", 0);
+    EXPECT_EQ(ListMutants("--seed 1 --count 5", 0), list);
+    EXPECT_NE(ListMutants("--seed 2 --count 5", 0), list);
+}
+
+TEST(Mutants, AreTakenFromTheFilesNamed) {
+    const std::vector<std::string> mutants = ListedMutants(ListMutants("--count 5 uuid", 0));
+    EXPECT_EQ(mutants.size(), 5U);
+    for (const std::string& mutant : mutants) EXPECT_EQ(mutant.rfind("uuid/", 0), 0U) << mutant;
+    ListMutants("no_such_file.cpp", 2);
+}
+
+// Options as --help lists them, at the start of a line: "  -h, --help" or "  --phones=N".
+Names OptionsInHelp(const std::string& help) {
+    Names options = FindNames(help, "\n\\s+(--?[a-z][-a-z]*)");
+    const Names further = FindNames(help, "\n\\s+-[a-z], (--[a-z][-a-z]*)");
+    options.insert(further.begin(), further.end());
+    return options;
+}
+
+// Options on the lines of a man page that begin with one of `macros`.
+Names OptionsInManual(const std::string& manual, const std::string& macros) {
+    Names options;
+    for (const std::string& line : FindAll(manual, "\n(\\.(?:" + macros + ") [^\n]*)"))
+        for (const std::string& option : FindAll(line, "Fl ((?:\\\\-)?[a-z][-a-z]*)"))
+            options.insert("-" + std::regex_replace(option, std::regex("\\\\"), ""));
+    return options;
+}
+
+struct Program {
+    const char* name;
+    int status_of_help;
+};
+
+class Manuals : public testing::TestWithParam<Program> {
+  protected:
+    Names listed_ = OptionsInHelp(OutputOf(std::string("build/demo/") + GetParam().name + " --help",
+                                           GetParam().status_of_help));
+    std::string manual_ = ReadSource(std::string("docs/") + GetParam().name + ".1");
+};
+
+TEST_P(Manuals, DescribeTheOptionsThatHelpLists) {
+    EXPECT_FALSE(listed_.empty());
+    EXPECT_EQ(OptionsInManual(manual_, "It"), listed_);
+}
+
+TEST_P(Manuals, HaveThemInTheSynopsis) {
+    listed_.erase("-h");
+    EXPECT_EQ(OptionsInManual(manual_.substr(0, manual_.find(".Sh DESCRIPTION")), "Op|Fl"),
+              listed_);
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, Manuals,
+                         testing::Values(Program{"morvane", 255}, Program{"morvane-simulator", 0}),
+                         [](const auto& program) { return AsTestName(program.param.name); });
+
+struct Menu {
+    const char* name;
+    const char* item;  ///< in the man page
+    const char* row;   ///< in the README
+    PromptId id;
+    bool shows_some;  ///< the documents name but a few of its keys
+};
+
+void PrintTo(const Menu& menu, std::ostream* stream) {
+    *stream << menu.name;
+}
+
+class Menus : public testing::TestWithParam<Menu> {
+  protected:
+    void ExpectKeys(const Names& named) const {
+        const Names keys = FindNames(AsSeen(MenuOf(GetParam().id)), "\n (\\w)\\) ");
+        ASSERT_FALSE(named.empty());
+        const bool fits = GetParam().shows_some
+                              ? std::includes(keys.begin(), keys.end(), named.begin(), named.end())
+                              : keys == named;
+        EXPECT_TRUE(fits) << testing::PrintToString(named) << "\nare not the keys\n"
+                          << testing::PrintToString(keys);
+    }
+};
+
+TEST_P(Menus, HaveTheKeysOfTheManual) {
+    const std::string manual = ReadSource("docs/morvane.1");
+    const std::string from = manual.substr(manual.find(std::string(".It ") + GetParam().item));
+    ExpectKeys(FindNames(from.substr(0, from.find("\n.It")).substr(0, from.find("\n.El")),
+                         "\n\\.Ic (\\w)\n"));
+}
+
+TEST_P(Menus, HaveTheKeysOfTheReadme) {
+    const std::vector<std::string> rows = FindAll(
+        ReadSource("README.md"), std::string("\n\\| ") + GetParam().row + "[^|]*\\|([^|]*)");
+    ASSERT_EQ(rows.size(), 1U);
+    Names named = FindNames(rows.front(), "`(\\w)`");
+    named.insert("h");                              // it says so of all menus
+    if (!GetParam().shows_some) named.insert("q");  // and that of all but these
+    ExpectKeys(named);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Menus,
+    testing::Values(Menu{"Main", "Main menu", "main", PromptId::kMain, false},
+                    Menu{"Phonebook", "Phonebook menu", "phonebook", PromptId::kPhonebookMenu,
+                         false},
+                    Menu{"Filter", "Filter menu", "filter", PromptId::kPullAllFilters, true},
+                    Menu{"Transfer", "Transfer menu", "transfer", PromptId::kTransfer, false}),
+    [](const auto& menu) { return menu.param.name; });
+
+// The rules of a distribution's system bus that matter here, and those of a daemon's package, which
+// admit no client.
+std::string SystemBusPolicies() {
+    return R"(<policy context="default">
+  <allow user="*"/>
+  <deny own="*"/>
+  <deny send_type="method_call"/>
+  <allow send_type="signal"/>
+  <allow send_requested_reply="true" send_type="method_return"/>
+  <allow send_requested_reply="true" send_type="error"/>
+  <allow receive_type="method_call"/>
+  <allow receive_type="method_return"/>
+  <allow receive_type="error"/>
+  <allow receive_type="signal"/>
+  <allow send_destination="org.freedesktop.DBus"/>
+</policy>
+<policy user=")" +
+           std::to_string(geteuid()) + R"(">
+  <allow own="com.veltrisonix"/>
+</policy>
+)";
+}
+
+class PolicyExample : public testing::Test {
+  protected:
+    void Launch(const std::string& policies) {
+        bus_.emplace(policies);
+        daemon_.emplace(bus_->Address(), simulator::Options::Scripted());
+        ConsoleOptions options;
+        options.bus_address = bus_->Address();
+        options.directory = directory_.Path();
+        console_.emplace(options);
+    }
+    void TearDown() override { console_->Finish(); }
+
+    TemporaryDirectory directory_;
+    std::optional<PrivateBus> bus_;
+    std::optional<simulator::Daemon> daemon_;
+    std::optional<Console> console_;
+};
+
+TEST_F(PolicyExample, IsNeededOnASystemBus) {
+    Launch(SystemBusPolicies());
+    console_->ExpectError("AccessDenied");
+    console_->ExpectExit(0, Console::Rest::kIgnored);
+}
+
+TEST_F(PolicyExample, AdmitsItsGroup) {
+    const std::string policy = ReadSource("packaging/morvane.conf");
+    const std::regex group("group=\"bluetooth\"");
+    ASSERT_TRUE(std::regex_search(policy, group));
+    std::ofstream(directory_.File("morvane.conf"))
+        << std::regex_replace(policy, group, "group=\"" + std::to_string(getegid()) + "\"");
+    Launch(SystemBusPolicies() + "<include>" + directory_.File("morvane.conf") + "</include>\n");
+    console_->Await("Found Client ");
+    console_->Await(Prompt());
+}
+
+/// The manual's command for phones that are not trusted.
+class PipeThroughCat : public ConversationTest {
+  protected:
+    void LaunchAsTheManualSays() {
+        const std::vector<std::string> pipes =
+            FindAll(ReadSource("docs/morvane.1"), "\n\\.Dl \\$ morvane( \\| [^\n]*)");
+        ASSERT_EQ(pipes.size(), 1U);
+        const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
+        ConsoleOptions options;
+        options.program = "/bin/sh";
+        // Unlike an interactive shell, this one is in the terminal's foreground process group.
+        options.arguments = {"-c", "trap : INT; " + std::string(launcher ? launcher : "") + " '" +
+                                       ToolPath() + "'" + pipes[0]};
+        Launch(options);
+    }
+    static std::string Visible(const std::string& text) {
+        return std::regex_replace(text, std::regex("\x1b"), "^[");
+    }
+};
+
+TEST_F(PipeThroughCat, ShowsPromptsAndControlCharacters) {
+    StartDaemon();
+    daemon().AddDevice(kPhonePath, kPhoneAddress, "a\x1b[5n");
+    LaunchAsTheManualSays();
+    Await(Visible(Red(" > ")));
+    Type("l");
+    Await(" | a^[[5n\n");
+    Await(Visible(Prompt()));
+    Type("u");
+    Await(Visible(ValuePrompt("/User Id")));
+    Type("engineer");
+    Await(Visible(Prompt()));
+    PressControlC();
+    Type("h");
+    ExpectExit(0);
+    EXPECT_EQ(console().Output().find('\x1b'), std::string::npos);
+}
+
+TEST(Changelog, BeginsWithTheVersionOfTheProject) {
+    const std::vector<std::string> versions =
+        FindAll(ReadSource("CMakeLists.txt"), "project\\(morvane VERSION ([0-9.]+)");
+    ASSERT_EQ(versions.size(), 1U);
+    EXPECT_EQ(ReadSource("packaging/changelog").find("morvane (" + versions.front() + ") "), 0U);
+}
+
+}  // namespace
+}  // namespace morvane_test

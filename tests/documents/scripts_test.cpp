@@ -1,0 +1,186 @@
+// What scripts/test shows: how far its steps are, and why one has failed.
+
+#include "documents/script_tree.h"
+#include "support/console.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kLogOfTests[] = R"(      Start 12: StartUp.Greets
+ 1/4 Test  #12: StartUp.Greets ...............   Passed    0.71 sec
+      Start 13: StartUp.AsksForAKey
+ 2/4 Test  #13: StartUp.AsksForAKey ..........***Failed    1.20 sec
+Running main() from ./googletest/src/gtest_main.cc
+Note: Google Test filter = StartUp.AsksForAKey
+[==========] Running 1 test from 1 test suite.
+[ RUN      ] StartUp.AsksForAKey
+startup_test.cpp:7: Failure
+other output came.
+Awaited:
+one
+Not yet consumed:
+two
+
+Command line: build/morvane
+(exit status 0)
+---- Output
+[  FAILED  ] StartUp.AsksForAKey (1190 ms)
+
+ 3/4 Test  #14: Fuzz.uuid ....................***Timeout 120.01 sec
+ 4/4 Test  #15: StartUp.IsQuick ..............***Skipped   0.01 sec
+startup_test.cpp:9: Skipped
+)";
+
+constexpr char kFailuresOfTests[] = R"(  StartUp.AsksForAKey ***Failed    1.20 sec
+      startup_test.cpp:7: Failure
+      other output came.
+      Awaited:
+      one
+      Not yet consumed:
+      two
+      Command line: build/morvane
+      (exit status 0)
+  Fuzz.uuid ***Timeout 120.01 sec
+All of it is in log
+)";
+
+constexpr char kLogOfBuild[] = R"([1/3] Building CXX object uuid.cpp.o
+FAILED: uuid.cpp.o
+/usr/bin/c++ -Werror -c uuid.cpp
+uuid.cpp: In function 'int main()':
+uuid.cpp:3:5: error: 'x' was not declared in this scope
+    3 |     x = 1;
+ninja: build stopped: subcommand failed.
+)";
+
+class Scripts : public testing::Test {
+  protected:
+    ScriptTree& tree() { return tree_; }
+
+    void WriteText(const std::string& name, const std::string& text) {
+        std::ofstream(tree_.File(name)) << text;
+    }
+
+    /// Runs these lines of bash with the functions of scripts/quietly.sh.
+    ConsoleOptions Steps(const std::string& lines, Wiring wiring) {
+        WriteText("steps", "source scripts/quietly.sh\n" + lines);
+        return tree_.Running("bash steps", wiring);
+    }
+
+    std::string OutputOf(const std::string& command, int status) {
+        Console console(tree_.Running(command, Wiring::kPipes));
+        console.ExpectExit(status, Console::Rest::kIgnored);
+        return console.Output();
+    }
+
+    std::string FailuresIn(const std::string& log) {
+        WriteText("log", log);
+        return OutputOf("scripts/failures log", 0);
+    }
+
+  private:
+    ScriptTree tree_;
+};
+
+TEST_F(Scripts, FailuresNameFailedTestsAndTheirFirstLines) {
+    EXPECT_EQ(FailuresIn(kLogOfTests), kFailuresOfTests);
+}
+
+TEST_F(Scripts, FailuresShowTenTests) {
+    std::string log;
+    for (int number = 1; number <= 12; ++number)
+        log += " 1/12 Test #" + std::to_string(number) + ": A ...***Failed  1 sec\nreason\n";
+    const std::string failures = FailuresIn(log);
+    std::string expected;
+    for (int number = 1; number <= 10; ++number) expected += "  A ***Failed  1 sec\n      reason\n";
+    EXPECT_EQ(failures, expected + "  and 2 more\nAll of it is in log\n");
+}
+
+TEST_F(Scripts, FailuresShowTheErrorsOfABuild) {
+    EXPECT_EQ(FailuresIn(kLogOfBuild),
+              "  FAILED: uuid.cpp.o\n"
+              "  uuid.cpp:3:5: error: 'x' was not declared in this scope\n"
+              "All of it is in log\n");
+}
+
+TEST_F(Scripts, FailuresShowTheLastLinesOfAnythingElse) {
+    std::string log;
+    std::string expected;
+    for (int number = 1; number <= 20; ++number) {
+        log += std::to_string(number) + "\n";
+        if (number > 5) expected += "  " + std::to_string(number) + "\n";
+    }
+    EXPECT_EQ(FailuresIn(log), expected + "All of it is in log\n");
+}
+
+TEST_F(Scripts, TestReportsAFailedStepAndChecksTheRest) {
+    tree().Write("scripts/lint", "echo 'x.cpp:1:1: error: no'; exit 1");
+    const std::string output = OutputOf("scripts/test", 1);
+    EXPECT_NE(output.find("Checking for likely mistakes failed:\n"
+                          "  x.cpp:1:1: error: no\n"
+                          "All of it is in build/logs/checking-for-likely-mistakes.log\n"),
+              output.npos)
+        << output;
+    EXPECT_NE(output.find("\nFailed: Checking for likely mistakes\n3 passed, 0 failed\n"),
+              output.npos)
+        << output;
+}
+
+TEST_F(Scripts, TestEndsWhereTheReleaseCannotBeBuilt) {
+    tree().Write("bin/cmake", "exit 1");
+    EXPECT_EQ(OutputOf("scripts/test", 1),
+              "Checking the format ...\n"
+              "Building the release ...\n"
+              "Building the release failed:\n"
+              "All of it is in build/logs/building-the-release.log\n"
+              "Failed: Building the release\n"
+              "0 passed, 0 failed\n");
+}
+
+TEST_F(Scripts, QuickTestRunsWhatMatchesWithoutTheSlow) {
+    tree().Write("bin/ctest", "echo \"$@\" >arguments");
+    EXPECT_EQ(OutputOf("scripts/test --quick Filter", 0),
+              "Building the release ...\n"
+              "Testing the release ...\n"
+              "0 passed, 0 failed\n");
+    std::ifstream arguments(tree().File("arguments"));
+    EXPECT_NE(std::string(std::istreambuf_iterator<char>(arguments), {})
+                  .find("--tests-regex Filter --exclude-regex GivesUp|"),
+              std::string::npos);
+}
+
+// Both counters appear in one line, in any order.
+TEST_F(Scripts, StepsBesideEachOtherShowTheirProgressOnATerminal) {
+    Console console(
+        Steps("mkfifo gate\n"
+              "count() { echo \"$1\"; cat gate; }\n"
+              "begin First count '[3/7] Building CXX object'\n"
+              "quietly Second count '1004/1726 Test #5: A'\n"
+              "finish First\n"
+              "echo Done\n",
+              Wiring::kTerminal));
+    console.Await("First ...\nSecond ...\n\r\x1b[K");
+    console.AwaitAll({"First 3/7 (", "Second 1004/1726 ("});
+    WriteText("gate", "");
+    console.Await("\r\x1b[KDone\n");
+    console.ExpectExit(0);
+}
+
+TEST_F(Scripts, ShortStepsShowNoProgress) {
+    Console console(
+        Steps("begin First true\n"
+              "quietly Second true\n"
+              "finish First\n",
+              Wiring::kPipes));
+    console.Expect("First ...\nSecond ...\n");
+    console.ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace morvane_test

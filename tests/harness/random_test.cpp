@@ -1,0 +1,201 @@
+#include "random/call_rules.h"
+#include "random/output_grammar.h"
+#include "random/plan.h"
+#include "random/verdict.h"
+#include "support/messages.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+namespace {
+
+std::string MistakeIn(const std::string& output, bool cut = false,
+                      std::optional<std::size_t> gap = {}) {
+    return ReadOutput(output, cut, gap).mistake.value_or("none");
+}
+
+std::string MistakeOf(const std::vector<std::string>& call) {
+    return FindMistake({":1.1", "/", "com.veltrisonix.obex." + call[0], call[1], call[2]})
+        .value_or("none");
+}
+
+/// A session that went well, to be spoilt.
+class Verdict : public testing::Test {
+  protected:
+    Verdict() {
+        played_.ending = Ending{0, std::nullopt};
+        played_.output = Normal("Filename: /a/phonebook.vcf\n");
+    }
+
+    std::size_t Mistakes() const {
+        return FindMistakes(plan_, played_, ReadOutput(played_.output, false)).size();
+    }
+
+    void Hear(DaemonTrait trait) {
+        plan_.steps.emplace_back();
+        plan_.steps.back().event.*trait = true;
+    }
+
+    Plan plan_ = {};
+    Played played_;
+};
+
+TEST(Plans, IsTheSameForTheSameSeed) {
+    std::set<std::string> plans;
+    for (std::uint64_t seed = 1; seed <= 100; ++seed) {
+        plans.insert(Describe(DrawPlan(seed)));
+        EXPECT_EQ(Describe(DrawPlan(seed)), Describe(DrawPlan(seed)));
+    }
+    EXPECT_EQ(plans.size(), 100U);
+}
+
+TEST(Plans, HoldsEveryKindOfStepAndFarewell) {
+    std::set<Step::Kind> kinds;
+    std::set<Farewell> farewells;
+    std::set<std::string> verbs;
+    for (std::uint64_t seed = 1; seed <= 1000; ++seed) {
+        const Plan plan = DrawPlan(seed);
+        farewells.insert(plan.farewell);
+        for (const Step& step : plan.steps) {
+            kinds.insert(step.kind);
+            verbs.insert(step.event.command.substr(0, step.event.command.find(' ')));
+        }
+    }
+    EXPECT_EQ(kinds.size(), 5U);
+    EXPECT_EQ(farewells.size(), 5U);
+    EXPECT_EQ(verbs.size(), 31U);  // one of them is empty: no event
+}
+
+TEST(OutputGrammar, ReadsMessagesAndPrompts) {
+    const OutputReading reading =
+        ReadOutput(Banner() + Prompt() + Notice("", "Found\n") + Heading("Title") +
+                       ValuePrompt("/MaxCount") + Notice("/MaxCount", "100%\n") + Red("Bad\n"),
+                   false);
+    EXPECT_EQ(reading.mistake.value_or("none"), "none");
+    ASSERT_EQ(reading.prompts.size(), 2U);
+    EXPECT_FALSE(reading.prompts[0].asks_value);
+    EXPECT_EQ(reading.prompts[1].segment, "/MaxCount");
+    EXPECT_TRUE(reading.prompts[1].asks_value);
+    EXPECT_EQ(reading.messages.back(), "Bad\n");
+}
+
+TEST(OutputGrammar, ReportsWhatIsOutsideMessages) {
+    const std::string green = kGreenSequence;
+    for (const std::string& output : std::vector<std::string>{
+             Prompt() + "x", green + "no reset\n", green + "no reset\n" + Normal("next\n"),
+             "\n" + Normal("no prompt stands\n"), Prompt() + "\n" + Normal("not drawn again\n"),
+             Prompt() + Notice("/MaxCount", "another prompt\n"),
+             Prompt() + Normal("dealt with\n") + Notice("", "too late\n"),
+             Normal(std::string(1000, 'x')), Green("Vantor/MaxCount") + Red(" >"),
+             "\x1b[1;33myellow" + Normal("")})
+        EXPECT_NE(MistakeIn(output), "none") << output;
+    EXPECT_EQ(MistakeIn(Normal(std::string(999, 'x'))), "none");
+}
+
+TEST(OutputGrammar, AcceptsATruncatedEndAndOneGapAfterControlC) {
+    const std::string cut = Prompt() + kGreenSequence + "no res";
+    EXPECT_NE(MistakeIn(cut), "none");
+    EXPECT_EQ(MistakeIn(cut, true), "none");
+    const std::string line = Lines({std::string(990, 'x')});
+    EXPECT_NE(MistakeIn("x" + Normal(std::string(999, 'x')) + line + line, true), "none");
+    const std::string gap = Prompt() + "[0m lost" + Normal("next\n") + Prompt();
+    EXPECT_NE(MistakeIn(gap), "none");
+    EXPECT_EQ(MistakeIn(gap, false, Prompt().size()), "none");
+    EXPECT_NE(MistakeIn(gap + "x", false, Prompt().size()), "none");
+}
+
+TEST(CallRules, AcceptWhatTheToolSendsOnly) {
+    const std::vector<std::vector<std::string>> accepted = {
+        {"Client1", "CreateSession", "('a', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})"},
+        {"PhonebookAccess1", "GetSize", "()"},
+        {"PhonebookAccess1", "Pull", "('1A.vcf', '/tmp/card.vcf', @a{sv} {})"},
+        {"PhonebookAccess1", "PullAll",
+         "('/tmp/phonebook.vcf', {'MaxCount': <uint16 1>, 'Format': <'vcard30'>,"
+         " 'Fields': <@as []>, 'FilterAny': <['N', 'FN']>})"},
+    };
+    for (const auto& call : accepted) EXPECT_EQ(MistakeOf(call), "none");
+    const std::vector<std::vector<std::string>> refused = {
+        {"Client2", "SetUserId", "('a',)"},
+        {"Client1", "SetUser", "('a',)"},
+        {"Client1", "SetUserId", "(1,)"},
+        {"Client1", "SetUserId", "('123456789012345678901',)"},
+        {"Client1", "SetUserId", "('\xff',)"},
+        {"PhonebookAccess1", "Select", "('int', 'other')"},
+        {"PhonebookAccess1", "Pull", "('1G.vcf', '/tmp/card.vcf', @a{sv} {})"},
+        {"PhonebookAccess1", "Pull", "('1.vcf', '/tmp/other', @a{sv} {})"},
+        {"PhonebookAccess1", "List", "({'MaxCount': <uint16 0>},)"},
+        {"PhonebookAccess1", "List", "({'MaxCount': <uint32 1>},)"},
+        {"PhonebookAccess1", "List", "({'Format': <'vcard21'>},)"},
+        {"PhonebookAccess1", "List", "({'Unheard': <'of'>},)"},
+        {"PhonebookAccess1", "GetSizeListing", "({'Order': <'indexed'>},)"},
+    };
+    for (const auto& call : refused) EXPECT_NE(MistakeOf(call), "none") << call[1] << call[2];
+}
+
+TEST_F(Verdict, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnowItsFileOnly) {
+    const std::string output = played_.output;
+    played_.files = {"phonebook.vcf"};
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.output = output + Red("Filename property not set!");
+    EXPECT_EQ(Mistakes(), 0U);
+    played_.output = output + Normal("Removing: /a/phonebook.vcf\n");
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.output = output + Normal("Filename: /a/card.vcf\n") + Normal("Removing: /a/card.vcf\n");
+    EXPECT_EQ(Mistakes(), 0U);
+    played_.files.emplace_back("core");
+    EXPECT_EQ(Mistakes(), 1U);
+}
+
+TEST_F(Verdict, AcceptsEachEndingForItsReasonOnly) {
+    played_.ending = Ending{1, std::nullopt};
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.ending = Ending{std::nullopt, SIGINT};
+    played_.interrupts = 1;
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.interrupts = 2;
+    EXPECT_EQ(Mistakes(), 0U);
+    played_.ending = Ending{std::nullopt, SIGTERM};
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.bus_died = true;
+    EXPECT_EQ(Mistakes(), 0U);
+    played_.ending.reset();
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.ending = Ending{std::nullopt, SIGABRT};
+    played_.errors =
+        "terminate called after throwing an instance of 'std::logic_error'\n"
+        "  what():  basic_string: construction from null is not valid\n";
+    EXPECT_EQ(Mistakes(), 3U);
+    Hear(&DaemonEvent::hides_address);
+    EXPECT_EQ(Mistakes(), 0U);
+}
+
+TEST_F(Verdict, ReportsErrorsOrphansAndAToolThatIsStuck) {
+    played_.errors = "(p:1): GLib-GIO-WARNING **: x does not match expected type y\n";
+    EXPECT_EQ(Mistakes(), 1U);
+    Hear(&DaemonEvent::lies_about_types);
+    EXPECT_EQ(Mistakes(), 0U);
+    played_.orphans = {"12345"};
+    played_.stuck = "type";
+    played_.not_redrawn = "type";
+    EXPECT_EQ(Mistakes(), 3U);
+}
+
+TEST_F(Verdict, ReportsCallsOnALostSession) {
+    const std::string phonebook = "com.veltrisonix.obex.PhonebookAccess1";
+    played_.calls = {{":1.1", "/s", phonebook, "GetSize", "()"},
+                     {":1.1", "/s", phonebook, "GetSize", "()"}};
+    played_.lost_sessions = {{"/s", 2, static_cast<std::size_t>(-1)}};
+    EXPECT_EQ(Mistakes(), 0U);
+    played_.lost_sessions[0].from = 1;
+    EXPECT_EQ(Mistakes(), 1U);
+    played_.lost_sessions[0].to = 1;
+    EXPECT_EQ(Mistakes(), 0U);
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,251 @@
+#include "random/daemon_events.h"
+
+#include "simulator/names.h"
+
+namespace morvane_test {
+
+/// A property that the tool looks at.
+struct PropertyRow {
+    const char* object;
+    const char* interface;
+    const char* name;
+    const char* values[4];  ///< of the right type, in the text form of GVariant
+};
+
+namespace {
+
+constexpr const char* kDevice = simulator::kDeviceInterface;
+constexpr const char* kSession = simulator::kSessionInterface;
+constexpr const char* kPhonebook = simulator::kPhonebookInterface;
+constexpr const char* kTransfer = simulator::kTransferInterface;
+
+// Not the connection's state, whose loss has an event of its own.
+constexpr PropertyRow kProperties[] = {
+    {"{phone}", kDevice, "Address", {"'02:00:5E:10:00:01'", "''", "'%s%n'", "'\\n'"}},
+    {"{phone}", kDevice, "Alias", {"'New alias'", "''", "'%s%d %'", "'☎ Ærø'"}},
+    {"{phone}", kDevice, "RSSI", {"int16 -1", "int16 -32768", "int16 0", "int16 32767"}},
+    {"{session}", kSession, "Source", {"'02:00:5E:00:00:02'", "''", "'%s'", "'\\n'"}},
+    {"{session}", kSession, "Destination", {"'02:00:5E:00:00:03'", "''", "'%n'", "'☎'"}},
+    {"{session}", kSession, "Channel", {"uint16 0", "uint16 1", "uint16 19", "uint16 65535"}},
+    {"{session}", kSession, "Target", {"'0000112f'", "''", "'%s'", "'☎'"}},
+    {"{session}", kPhonebook, "Folder", {"'telecom/pb'", "''", "'%s%n'", "'☎'"}},
+    {"{session}", kPhonebook, "DatabaseIdentifier", {"'1'", "''", "'%x'", "'☎'"}},
+    {"{session}", kPhonebook, "PrimaryCounter", {"'1'", "''", "'%x'", "'☎'"}},
+    {"{session}", kPhonebook, "SecondaryCounter", {"'1'", "''", "'%x'", "'☎'"}},
+    {"{session}", kPhonebook, "FixedImageSize", {"true", "false", "true", "false"}},
+    {"{session}", kPhonebook, "NewMissedCalls", {"byte 0", "byte 1", "byte 127", "byte 255"}},
+    {"{session}",
+     kPhonebook,
+     "ProfileVersion",
+     {"uint16 0", "uint16 258", "uint16 266", "uint16 65535"}},
+    {"{session}", kPhonebook, "SupportedPhonebooks", {"byte 0", "byte 1", "byte 15", "byte 255"}},
+    {"{session}",
+     kPhonebook,
+     "SupportedFeatures",
+     {"uint32 0", "uint32 1", "uint32 1023", "uint32 4294967295"}},
+    {"{transfer}", kTransfer, "Status", {"'active'", "''", "'%s'", "'☎'"}},
+    {"{transfer}", kTransfer, "Name", {"'pb.vcf'", "''", "'%s'", "'☎'"}},
+    {"{transfer}",
+     kTransfer,
+     "Size",
+     {"uint64 0", "uint64 1", "uint64 1000", "uint64 18446744073709551615"}},
+    {"{transfer}",
+     kTransfer,
+     "Transferred",
+     {"uint64 0", "uint64 1", "uint64 999", "uint64 18446744073709551615"}},
+    {"{transfer}", kTransfer, "Filename", {"'/nowhere/at/all.vcf'", "''", "'/'", "'%s'"}},
+    {"{transfer}",
+     kTransfer,
+     "Session",
+     {"objectpath '/'", "objectpath '/a'", "objectpath '/b'", "objectpath '/c'"}},
+    {"{transfer}", kTransfer, "Type", {"'text/x-vcard'", "''", "'%s'", "'☎'"}},
+};
+
+constexpr const char* kValues[] = {
+    "'text'",     "''",         "byte 5",    "true",       "int16 -1",       "uint16 7",
+    "uint32 7",   "uint64 7",   "int64 -1",  "1.5",        "objectpath '/'", "@as []",
+    "['a', 'b']", "{'a': <1>}", "<'boxed'>", "@ay [1, 2]", "('a', 1)",       "signature 'a{sv}'"};
+
+// As a method's whole answer: most are wrong for most methods.
+constexpr const char* kReplies[] = {
+    "()",
+    "('text',)",
+    "(uint16 42,)",
+    "(uint16 65535,)",
+    "(uint32 42,)",
+    "(['a', 'b'],)",
+    "(@as [],)",
+    "(['FN', '%s%n', '', '☎'],)",
+    "([('1.vcf', 'One'), ('%s', '%n')],)",
+    "(@a(ss) [],)",
+    "([('1.vcf',)],)",
+    "(objectpath '/nowhere',)",
+    "(objectpath '/nowhere', {'Size': <uint64 5>})",
+    "(objectpath '/nowhere', {'Size': <'big'>, 'Status': <7>, 'Filename': <@as []>, 'X': <1>})",
+    "(objectpath '/', @a{sv} {})",
+    "('/nowhere', @a{sv} {})",
+    "(objectpath '/nowhere', {'Status': <<'boxed'>>, 'Name': <'%s%n'>, 'Session': <'/'>})",
+};
+
+// To a pull: what the tool reads without the help of a described type.
+constexpr const char* kTransferReplies[] = {
+    "(objectpath '/nowhere', {'Size': <'big'>, 'Status': <7>, 'Filename': <@as []>, 'X': <1>})",
+    "(objectpath '/nowhere', {'Size': <uint32 5>, 'Transferred': <true>, 'Type': <byte 1>})",
+    "(objectpath '/nowhere', {'Status': <<'boxed'>>, 'Name': <'%s%n'>, 'Session': <uint64 1>})",
+    "(objectpath '/nowhere', @a{sv} {})",
+    "(objectpath '/', {'Size': <uint64 0>, 'Filename': <''>})",
+};
+
+constexpr const char* kMethods[] = {"CreateSession",
+                                    "RemoveSession",
+                                    "SetUserId",
+                                    "SetPassword",
+                                    "Select",
+                                    "PullAll",
+                                    "Pull",
+                                    "List",
+                                    "Search",
+                                    "GetSize",
+                                    "ListFilterFields",
+                                    "UpdateVersion",
+                                    "GetSizePhonebook",
+                                    "GetSizeListing",
+                                    "Suspend",
+                                    "Resume",
+                                    "Cancel",
+                                    "GetAll"};
+
+constexpr const char* kErrors[] = {
+    "com.veltrisonix.Error.Failed Not today", "com.veltrisonix.Error.Failed 100 %s %n",
+    "org.freedesktop.DBus.Error.UnknownMethod ☎", "org.freedesktop.DBus.Error.ServiceUnknown gone"};
+
+constexpr const char* kPaths[] = {"/com/veltrisonix/hci0/dev_02_00_5E_20_00_01",
+                                  "/com/veltrisonix/hci0/dev_02_00_5E_20_00_02",
+                                  "/com/veltrisonix/obex/dev_",
+                                  "/dev_x",
+                                  "/com/veltrisonix/hci0/dev",
+                                  "/com/veltrisonix/hci1/device_1"};
+
+struct EventRow {
+    unsigned weight;
+    const char* pattern;
+    Loss loss = Loss::kNone;
+    const char* amends = nullptr;
+};
+
+constexpr EventRow kEvents[] = {
+    {10, "add {path} {address} {alias}"},
+    {4, "remove {path}"},
+    {2, "remove {phone}", Loss::kSession, "return {phone}"},
+    {2, "return {phone}"},
+    {3, "remove-client", Loss::kClient, "add-client"},
+    {2, "leave", Loss::kClient, "come-back"},
+    {2, "crash", Loss::kClient, "come-back"},
+    {3, "close {session}", Loss::kSession},
+    {3, "state {session} {state}", Loss::kSession, "state {session} 5"},
+    {6, "start {transfer}"},
+    {10, "advance {transfer} {bytes}"},
+    {6, "complete {transfer}"},
+    {4, "abort {transfer}"},
+    {1, "stall on", Loss::kNone, "stall off"},
+    {1, "empty-transfer-path on", Loss::kNone, "empty-transfer-path off"},
+    {3, "miss-call {phone} 555"},
+    {3, "add-contact {phone} 555 Somebody %s New"},
+    {2, "restore-content"},
+    {6, "refuse {method} {error}", Loss::kNone, "clear-faults"},
+    {5, "reply {method} {reply}", Loss::kNone, "clear-faults"},
+    {5, "reply {pull} {transfer_reply}", Loss::kNone, "clear-faults"},
+    {5, "hang {method}", Loss::kNone, "release"},
+    {2, "release"},
+    {2, "clear-faults"},
+    {3, "override {anywhere} {value}", Loss::kNone, "clear-property-faults"},
+    {3, "hide {anywhere}", Loss::kNone, "clear-property-faults"},
+    {12, "notify {property} {value}"},
+    {3, "invalidate {property}"},
+    {4, "flood {property} {count} {value}"},
+};
+
+bool Begins(const std::string& text, const std::string& beginning) {
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+}  // namespace
+
+DaemonEvent DaemonMoods::Draw() {
+    // With nobody on the bus little can happen.
+    if (amends_.empty() || dice_.Chance(amends_.back().brings_client_back ? 20 : 60))
+        return DrawFresh();
+    DaemonEvent event = amends_.back();
+    amends_.pop_back();
+    return event;
+}
+
+DaemonEvent DaemonMoods::DrawFresh() {
+    const EventRow& row =
+        dice_.PickWeighted(kEvents, [](const EventRow& event) { return event.weight; });
+    DaemonEvent event;
+    event.loss = row.loss;
+    event.command = Fill(row.pattern, event);
+    event.makes_calls_hang = Begins(event.command, "hang ");
+    // What the tool knows of objects that come later it has read with this method.
+    const bool blinds = event.spoiled_method == "GetAll";
+    event.hides_address = event.hides_address || blinds;
+    event.renames_files = event.renames_files || blinds;
+    if (event.makes_calls_hang) event.spoiled_method.clear();
+    event.fakes_transfers =
+        Begins(event.command, "reply Pull") || Begins(event.command, "empty-transfer-path");
+    if (row.amends) {
+        DaemonEvent amend;
+        amend.command = row.amends;
+        amend.brings_client_back = row.loss == Loss::kClient;
+        amends_.push_back(amend);
+    }
+    return event;
+}
+
+std::string DaemonMoods::Fill(const std::string& pattern, DaemonEvent& event) {
+    std::string filled;
+    std::size_t end = 0;
+    for (std::size_t open = pattern.find('{'); open != pattern.npos;
+         open = pattern.find('{', end)) {
+        filled += pattern.substr(end, open - end);
+        end = pattern.find('}', open) + 1;
+        filled += DrawPart(pattern.substr(open, end - open), event);
+    }
+    return filled + pattern.substr(end);
+}
+
+std::string DaemonMoods::DrawPart(const std::string& part, DaemonEvent& event) {
+    if (part == "{path}") return dice_.Pick(kPaths);
+    if (part == "{address}") return "02:00:5E:20:00:0" + std::to_string(dice_.Below(3));
+    if (part == "{alias}") return dice_.Chance(50) ? "Some Alias" : "%s %n ☎";
+    if (part == "{state}") return std::to_string(dice_.Below(5));
+    if (part == "{bytes}") return std::to_string(dice_.Below(3000));
+    if (part == "{count}") return std::to_string(dice_.Below(1000));
+    if (part == "{method}") return event.spoiled_method = dice_.Pick(kMethods);
+    if (part == "{pull}") return dice_.Chance(50) ? "PullAll" : "Pull";
+    if (part == "{transfer_reply}") return dice_.Pick(kTransferReplies);
+    if (part == "{error}") return dice_.Pick(kErrors);
+    if (part == "{reply}") return dice_.Pick(kReplies);
+    if (part == "{property}") return DrawProperty(event, false);
+    if (part == "{anywhere}") return DrawProperty(event, true);
+    if (part == "{value}") return DrawValue(event);
+    return part;
+}
+
+std::string DaemonMoods::DrawProperty(DaemonEvent& event, bool anywhere) {
+    property_ = &dice_.Pick(kProperties);
+    const std::string name = property_->name;
+    event.hides_address = name == "Address";
+    event.renames_files = name == "Filename";
+    const std::string object = anywhere && dice_.Chance(70) ? "*" : property_->object;
+    return object + " " + property_->interface + " " + name;
+}
+
+std::string DaemonMoods::DrawValue(DaemonEvent& event) {
+    if (dice_.Chance(65)) return dice_.Pick(property_->values);
+    event.lies_about_types = true;
+    return dice_.Pick(kValues);
+}
+
+}  // namespace morvane_test

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "random/dice.h"
+
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+
+/// What an event takes away from the operator.
+enum class Loss { kNone, kSession, kClient };
+
+/// Something that the daemon does by itself, or how it answers from now on.
+struct DaemonEvent {
+    /// A command of the simulator. Where it speaks of what exists only then, it holds "{session}"
+    /// and "{transfer}", the newest ones, and "{phone}", one of the phones.
+    std::string command;
+    Loss loss = Loss::kNone;
+    bool brings_client_back = false;
+    bool lies_about_types = false;  ///< a property may come with a value of another type
+    bool hides_address = false;     ///< a device may have no address
+    bool renames_files = false;     ///< a transfer may not tell where its file is
+    bool fakes_transfers = false;   ///< a pull may come to nothing although it was accepted
+    bool makes_calls_hang = false;
+    std::string spoiled_method;  ///< that will be refused or answered wrongly
+};
+
+using DaemonTrait = bool DaemonEvent::*;
+
+/// Draws what a daemon does in one session. What was taken away is often given back later.
+class DaemonMoods {
+  public:
+    explicit DaemonMoods(Dice& dice) : dice_(dice) {}
+
+    DaemonEvent Draw();
+
+  private:
+    DaemonEvent DrawFresh();
+    std::string Fill(const std::string& pattern, DaemonEvent& event);
+    std::string DrawPart(const std::string& part, DaemonEvent& event);
+    std::string DrawProperty(DaemonEvent& event, bool anywhere);
+    std::string DrawValue(DaemonEvent& event);
+
+    Dice& dice_;
+    std::vector<DaemonEvent> amends_;
+    const struct PropertyRow* property_ = nullptr;  // that the event speaks of
+};
+
+}  // namespace morvane_test

@@ -1,0 +1,217 @@
+#include "random/operator_lines.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+
+namespace morvane_test {
+namespace {
+
+constexpr unsigned kFields = 32;          // that the simulator lists
+constexpr unsigned kPhonebooksOfSim = 5;  // fewer than in internal memory
+
+// What the number prompts have rules for, right or wrong.
+constexpr const char* kOddNumbers[] = {
+    "x",    "x5",    " x",         "-1",         "65535", "65536", "4294967295",
+    "0x10", "12abc", "4294967296", "1000000000", "   ",   "",      "99999999999999999999",
+    "1e3",  "+1",    "-0",         "\t2"};
+
+// Texts that some prompt treats in its own way.
+constexpr const char* kTexts[] = {
+    "",
+    "engineer",
+    "1234",
+    "1",
+    "0",
+    "1A",
+    "0000001A",
+    "000000001",
+    "0x1",
+    " 1",
+    "-1",
+    "1G",
+    "a",
+    "555",
+    "X-BT-UID:0123456789abcdef0123456789ABCDEF",
+    "X-BT-UID:0123456789abcdef0123456789ABCDE",
+    "X-BT-UID:0123456789abcdef0123456789ABCDEF0",
+    "x-bt-uid:0123456789abcdef0123456789ABCDEF",
+    "%s%n%d %",
+    "J\xc3\xb8rgen \xe2\x82\xac \xf0\x9f\x93\x9e",
+    "cut \xe2\x82",
+    "\xff\xfe\x80",
+};
+
+constexpr const char* kOddLines[] = {
+    "",    " ", "\t", "X",      "H",        "C", "help", "  h", "!",
+    "zzz", "0", "9",  "%s%s%n", "\xc3\xa9", "-", "d",    "x",
+};
+
+// What a prompt's valid answer makes the tool call, if much depends on it.
+struct CallRow {
+    PromptId prompt;
+    const char* method;
+};
+
+constexpr CallRow kCalls[] = {{PromptId::kDevice, "CreateSession"},
+                              {PromptId::kPhonebook, "Select"},
+                              {PromptId::kPullAllFilters, "PullAll"},
+                              {PromptId::kPullFilters, "Pull"}};
+
+constexpr std::size_t kMegabyte = std::size_t{1} << 20U;
+constexpr std::size_t kBytesOnTerminal = 300;
+
+}  // namespace
+
+std::string Operator::DrawLine() {
+    std::string line = dice_.Chance(88) ? DrawApt() : DrawOdd();
+    Forecast(line);
+    return line;
+}
+
+std::string Operator::DrawUnterminated() {
+    return dice_.Chance(60) ? DrawApt() : DrawOdd();
+}
+
+std::string Operator::GiveCredentials() const {
+    return "u\nengineer\np\n1234\n";
+}
+
+std::string Operator::GoHome() {
+    prompts_ = {PromptId::kMain};
+    session_lost_ = false;
+    return "d\nx\nx\nx\n";
+}
+
+void Operator::LoseSession() {
+    session_lost_ =
+        session_lost_ || (prompts_.size() > 1 && prompts_[1] == PromptId::kPhonebookMenu);
+}
+
+void Operator::LoseClient() {
+    session_lost_ = prompts_.size() > 1;
+    client_is_there_ = false;
+}
+
+std::string Operator::DrawApt() {
+    switch (RowOf(Now()).asks) {
+        case Asks::kKey:
+            return DrawKey();
+        case Asks::kNumber:
+            return DrawNumber();
+        case Asks::kText:
+            return DrawText();
+    }
+    return "";
+}
+
+unsigned Operator::PastOf(PromptId prompt) const {
+    if (prompt == PromptId::kDevice) return phones_;
+    if (prompt == PromptId::kField) return kFields;
+    if (prompt == PromptId::kPhonebook) return kPhonebooksOfSim;
+    return RowOf(prompt).past;
+}
+
+// Whether what a valid answer leads to is going to be refused.
+bool Operator::Fails(PromptId prompt) const {
+    return std::any_of(std::begin(kCalls), std::end(kCalls), [&](const CallRow& row) {
+        return row.prompt == prompt && failing_.count(row.method) > 0;
+    });
+}
+
+std::string Operator::DrawKey() {
+    // What needs a selected phone book without one is worth a try, but rarely.
+    const bool anything = selected_ || dice_.Chance(5);
+    const std::vector<KeyRow> keys = KeysOf(Now());
+    const KeyRow& row = dice_.PickWeighted(keys, [&](const KeyRow& key) -> std::size_t {
+        if (key.needs_selection && !anything) return 0;
+        return key.key == 's' && !selected_ ? 10 * key.weight : key.weight;
+    });
+    return {row.key};
+}
+
+std::string Operator::DrawNumber() {
+    // Little can be reached without a device.
+    const bool gate = Now() == PromptId::kDevice || dice_.Chance(50);
+    if (dice_.Chance(gate ? 5 : 20)) return dice_.Pick(kOddNumbers);
+    const std::size_t smallest = RowOf(Now()).smallest;
+    const std::size_t past = PastOf(Now());
+    const std::array<std::size_t, 5> numbers = {smallest, past - 1, 0,
+                                                smallest + dice_.Below(past - smallest),
+                                                dice_.Chance(gate ? 5 : 40) ? past : past - 1};
+    return std::to_string(dice_.Pick(numbers));
+}
+
+std::string Operator::DrawText() {
+    // Most handles that are well formed lead nowhere; the first cards exist.
+    if (Now() == PromptId::kHandle && dice_.Chance(60)) return std::to_string(dice_.Below(20));
+    if (dice_.Chance(70)) return dice_.Pick(kTexts);
+    return DrawBytes(RowOf(Now()).past - 2 + dice_.Below(5));
+}
+
+std::string Operator::DrawOdd() {
+    if (dice_.Chance(70)) return dice_.Pick(kOddLines);
+    if (on_terminal_) return DrawBytes(dice_.Below(kBytesOnTerminal));
+    if (dice_.Chance(80)) return DrawBytes(dice_.Below(5000));
+    return std::string(kMegabyte / 2 + dice_.Below(kMegabyte), dice_.Pick("hx1 \xe2q\0"));
+}
+
+// A terminal takes control bytes for itself: Ctrl-C, Ctrl-D, Ctrl-Z, line editing.
+std::string Operator::DrawBytes(std::size_t length) {
+    std::string bytes;
+    while (bytes.size() < length) {
+        const auto byte = static_cast<unsigned char>(dice_.Below(256));
+        const bool is_taken = on_terminal_ ? std::iscntrl(byte) != 0 : byte == '\n';
+        if (!is_taken) bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+void Operator::Forecast(const std::string& line) {
+    const std::size_t first = line.find_first_not_of(" \t\v\f\r");
+    const PromptRow& row = RowOf(Now());
+    if (row.asks != Asks::kText && first == std::string::npos) return;
+    if (session_lost_ && Now() != PromptId::kMain) {
+        prompts_ = {PromptId::kMain};
+        session_lost_ = false;
+        return;
+    }
+    if (row.asks == Asks::kText) Finish(row.next, row.move == Move::kLeave);
+    if (row.asks == Asks::kNumber) ForecastNumber(line);
+    if (row.asks == Asks::kKey) ForecastKey(line[first]);
+}
+
+void Operator::ForecastKey(char key) {
+    if (Now() == PromptId::kMain && !client_is_there_) return;
+    if (Now() == PromptId::kCancelledTransfer) return Finish({}, true);
+    const std::vector<KeyRow> keys = KeysOf(Now());
+    const auto row = std::find_if(keys.begin(), keys.end(),
+                                  [&](const KeyRow& candidate) { return candidate.key == key; });
+    if (row == keys.end() || (row->needs_selection && !selected_)) return;
+    if (row->move == Move::kEnter) prompts_.push_back(row->next);
+    if (row->move == Move::kGo) Finish(row->next, Fails(Now()));
+    if (row->move == Move::kLeave) Finish({}, true);
+}
+
+void Operator::ForecastNumber(const std::string& line) {
+    char* end = nullptr;
+    const unsigned long long number = std::strtoull(line.c_str(), &end, 10);
+    if (end == line.c_str() && line[0] != 'x') return;  // asked again
+    const PromptRow& row = RowOf(Now());
+    const bool valid = line[0] != 'x' && number >= row.smallest && number < PastOf(Now());
+    const bool fails = Fails(Now());
+    if (valid && Now() == PromptId::kPhonebook) selected_ = !fails;
+    if (valid && Now() == PromptId::kDevice) selected_ = session_lost_ = false;
+    Finish(row.next, !valid || fails || row.move == Move::kLeave);
+}
+
+void Operator::Finish(PromptId next, bool goes_back) {
+    if (goes_back) {
+        prompts_.pop_back();
+    } else {
+        prompts_.back() = next;
+    }
+}
+
+}  // namespace morvane_test

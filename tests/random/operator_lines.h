@@ -1,0 +1,64 @@
+#pragma once
+
+#include "random/dice.h"
+#include "support/menus.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+
+/// An operator who draws lines that lead deep into the menus, and others. Where the tool will be
+/// after a line is forecast and not looked up, so that the lines depend on the dice alone; a
+/// forecast that fails only makes the lines less apt until the two meet again.
+class Operator {
+  public:
+    /// `on_terminal`: no bytes that a terminal takes for itself, and no long lines. There
+    /// are so many `phones` to make a session to.
+    Operator(Dice& dice, bool on_terminal, unsigned phones)
+        : dice_(dice), on_terminal_(on_terminal), phones_(phones) {}
+
+    /// Without its newline.
+    std::string DrawLine();
+    /// Lines at the main menu without which one of several phones admits nobody.
+    std::string GiveCredentials() const;
+    /// Lines that lead to the main menu from nearly anywhere.
+    std::string GoHome();
+    /// What happens to be typed when the input ends.
+    std::string DrawUnterminated();
+
+    // What the operator has heard of.
+    void LoseSession();
+    void LoseClient();
+    void ReturnClient() { client_is_there_ = true; }
+    void ExpectFailure(const std::string& method) { failing_.insert(method); }
+    void ExpectNoFailures() { failing_.clear(); }
+
+  private:
+    PromptId Now() const { return prompts_.back(); }
+    unsigned PastOf(PromptId prompt) const;
+    bool Fails(PromptId prompt) const;
+    std::string DrawApt();
+    std::string DrawKey();
+    std::string DrawNumber();
+    std::string DrawText();
+    std::string DrawOdd();
+    std::string DrawBytes(std::size_t length);
+
+    void Forecast(const std::string& line);
+    void ForecastKey(char key);
+    void ForecastNumber(const std::string& line);
+    void Finish(PromptId next, bool goes_back);
+
+    Dice& dice_;
+    bool on_terminal_;
+    unsigned phones_;
+    std::vector<PromptId> prompts_ = {PromptId::kMain};
+    bool selected_ = false;
+    bool session_lost_ = false;
+    bool client_is_there_ = true;
+    std::set<std::string> failing_;  // methods
+};
+
+}  // namespace morvane_test

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "random/daemon_events.h"
+#include "simulator/options.h"
+#include "support/terminal.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+
+/// One thing that happens in a session.
+struct Step {
+    enum class Kind {
+        kType,       ///< the operator types `bytes`
+        kCommand,    ///< the daemon carries out `event`
+        kContent,    ///< the daemon's next pulls download `bytes`
+        kInterrupt,  ///< SIGINT to the tool
+        kControlC,   ///< Ctrl-C on the terminal
+    };
+    Kind kind;
+    std::string bytes;
+    DaemonEvent event;
+    /// Whether the next step comes only when the tool has dealt with this one.
+    bool awaited = true;
+};
+
+/// How a session ends.
+enum class Farewell { kEndOfInput, kUnterminatedLine, kQuit, kHangUp, kBusDies };
+
+/// a whole conversation, drawn before it begins.
+struct Plan {
+    std::uint64_t seed;
+    Wiring wiring;
+    simulator::Options daemon;
+    bool waits_for_first_prompt;
+    std::vector<Step> steps;
+    Farewell farewell;
+    std::string last_words;  ///< of kUnterminatedLine and kQuit
+
+    bool Has(DaemonTrait trait) const;
+};
+
+/// The same plan for the same seed.
+Plan DrawPlan(std::uint64_t seed);
+
+/// All of it, one line for each step.
+std::string Describe(const Plan& plan);
+std::string Describe(const Step& step);
+
+}  // namespace morvane_test

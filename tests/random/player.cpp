@@ -1,0 +1,286 @@
+#include "random/player.h"
+
+#include "simulator/commands.h"
+#include "support/console.h"
+#include "support/messages.h"
+#include "support/temporary_directory.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kSettledPath[] = "/com/veltrisonix/hci0/dev_settled";
+constexpr std::size_t kNotRedrawn = 1;  // which of two awaited texts
+constexpr Duration kHangingCall{300};
+constexpr Duration kBriefly{1000};
+
+// The ends of prompts that were drawn for an input. Those that are drawn again beneath a message
+// have no reset before the marker.
+const std::vector<std::string>& PromptEnds() {
+    static const std::vector<std::string> ends = {Normal("").substr(4) + Red(" > "),
+                                                  Normal("").substr(4) + Red(" ? ")};
+    return ends;
+}
+
+bool BelongsTo(const std::filesystem::path& process, const std::string& session) {
+    std::ifstream stream(process / "stat");
+    std::string line;
+    std::getline(stream, line);
+    std::istringstream fields(line.substr(std::min(line.rfind(')') + 1, line.size())));
+    std::string state;
+    std::string parent;
+    std::string group;
+    std::string field;
+    fields >> state >> parent >> group >> field;
+    return field == session;
+}
+
+// The tool leads a session of processes; whoever is left in it was its child.
+std::vector<std::string> ProcessesOfSession(pid_t leader) {
+    std::vector<std::string> processes;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        const std::string name = entry.path().filename();
+        if (std::isdigit(static_cast<unsigned char>(name[0])) != 0 &&
+            BelongsTo(entry.path(), std::to_string(leader)))
+            processes.push_back(name);
+    }
+    return processes;
+}
+
+std::vector<std::string> FilesIn(const std::string& directory) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+        files.push_back(entry.path().filename());
+    return files;
+}
+
+void ReplaceAll(std::string& text, const std::string& old, const std::string& replacement) {
+    for (std::size_t at = text.find(old); at != text.npos;
+         at = text.find(old, at + replacement.size()))
+        text.replace(at, old.size(), replacement);
+}
+
+class Player {
+  public:
+    Player(const Plan& plan, PrivateBus& bus, const std::string& program)
+        : plan_(plan),
+          bus_(bus),
+          daemon_(bus.Address(), InDirectory(plan.daemon, directory_.Path())),
+          commands_(daemon_),
+          console_(Options(plan, bus, directory_.Path(), program)) {}
+
+    Played Play() {
+        if (plan_.waits_for_first_prompt) Settle("the start");
+        for (const Step& step : plan_.steps) {
+            PlayStep(step);
+            if (console_.HasEnded()) break;
+        }
+        SayFarewell();
+        AwaitEnd();
+        return Gather();
+    }
+
+  private:
+    static simulator::Options InDirectory(simulator::Options options,
+                                          const std::string& directory) {
+        options.directory = directory;
+        return options;
+    }
+
+    static ConsoleOptions Options(const Plan& plan, const PrivateBus& bus,
+                                  const std::string& directory, const std::string& program) {
+        ConsoleOptions options;
+        options.wiring = plan.wiring;
+        options.bus_address = bus.Address();
+        options.directory = directory;
+        options.program = program;
+        return options;
+    }
+
+    void PlayStep(const Step& step) {
+        std::string outcome;
+        switch (step.kind) {
+            case Step::Kind::kType:
+                outcome = Type(step.bytes);
+                break;
+            case Step::Kind::kCommand:
+                outcome = Command(step.event);
+                break;
+            case Step::Kind::kContent:
+                daemon_.SetPullContent(step.bytes);
+                break;
+            case Step::Kind::kInterrupt:
+            case Step::Kind::kControlC:
+                Interrupt(step.kind == Step::Kind::kControlC);
+                break;
+        }
+        if (step.awaited) Settle(Describe(step));
+        log_ += "  " + Describe(step) + outcome + "\n";
+        NoteLoss(step);
+    }
+
+    std::string Type(const std::string& bytes) {
+        const auto lines = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+        owed_ += lines;
+        played_.lines += lines;
+        if (console_.Offer(bytes, hanging_ ? kBriefly : Patience())) return "";
+        owed_is_known_ = false;
+        return " (not taken)";
+    }
+
+    std::string Command(const DaemonEvent& event) {
+        ++played_.events[event.command.substr(0, event.command.find(' '))];
+        calls_before_ = daemon_.Calls().size();
+        try {
+            command_ = Resolved(event.command);
+            commands_.Execute(command_);
+        } catch (const std::exception& failure) {
+            command_.clear();
+            return std::string(" (") + failure.what() + ")";
+        }
+        hanging_ = (hanging_ || event.makes_calls_hang) && command_ != "release";
+        away_ = (away_ || command_ == "leave" || command_ == "crash") && command_ != "come-back";
+        return command_ == event.command ? "" : " (" + command_ + ")";
+    }
+
+    // Throws std::runtime_error if what it speaks of does not exist.
+    std::string Resolved(std::string command) const {
+        const auto newest = [](const char* what, const std::vector<std::string>& paths) {
+            if (paths.empty()) throw std::runtime_error(std::string("no ") + what);
+            return paths.back();
+        };
+        if (command.find("{session}") != command.npos)
+            ReplaceAll(command, "{session}", newest("session", daemon_.Sessions()));
+        if (command.find("{transfer}") != command.npos)
+            ReplaceAll(command, "{transfer}", newest("transfer", daemon_.Transfers()));
+        if (command.find("{phone}") != command.npos)
+            ReplaceAll(command, "{phone}", daemon_.Phones().front().path);
+        return command;
+    }
+
+    void Interrupt(bool typed) {
+        AwaitPrompts("an interrupt");  // before its first prompt the tool may not be prepared
+        ++played_.interrupts;
+        if (!typed || owed_ > 0) return console_.Interrupt();
+        if (!played_.control_c) played_.control_c = console_.Output().size();
+        console_.Offer("\x03", Patience());
+    }
+
+    /// Awaits a prompt for each line that was typed.
+    void AwaitPrompts(const std::string& what) {
+        while (owed_ > 0) {
+            const bool excused = hanging_ || !owed_is_known_;
+            const Duration limit = excused ? kHangingCall : 3 * Patience();
+            if (console_.SkipPastAny(PromptEnds(), limit)) {
+                --owed_;
+            } else {
+                if (!excused && !console_.AwaitEnd(kBriefly)) played_.stuck = what;
+                return;
+            }
+        }
+    }
+
+    /// Awaits also that the tool has heard of all that the daemon has announced so far.
+    void Settle(const std::string& what) {
+        AwaitPrompts(what);
+        settled_ = false;
+        if (owed_ > 0 || !owed_is_known_ || hanging_ || away_ || played_.interrupts > 0) return;
+        // It must be gone before it can be chosen: it has no address for whoever comes too late.
+        const std::string path = kSettledPath;
+        daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
+        const std::string found_line = "Found Device " + path + "\n";
+        const std::optional<std::size_t> found = console_.SkipPastAny(
+            {found_line + kGreenSequence, found_line + kResetSequence}, Patience());
+        if (found == kNotRedrawn) played_.not_redrawn = what;
+        daemon_.RemoveDevice(path);
+        settled_ = found && console_.SkipPastAny({"Removed " + path + "\n"}, Patience());
+    }
+
+    void NoteLoss(const Step& step) {
+        if (step.kind != Step::Kind::kCommand || command_.empty()) return;
+        const std::string verb = command_.substr(0, command_.find(' '));
+        if (verb != "state" && verb != "close") return;
+        std::istringstream words(command_.substr(verb.size()));
+        std::string path;
+        std::string state;
+        words >> path >> state;
+        for (LostSession& lost : played_.lost_sessions)
+            if (lost.path == path) lost.to = std::min(lost.to, calls_before_);
+        if (state != "5" && step.awaited && settled_)
+            played_.lost_sessions.push_back(
+                {path, daemon_.Calls().size(), static_cast<std::size_t>(-1)});
+    }
+
+    void SayFarewell() {
+        if (plan_.farewell == Farewell::kHangUp) {
+            played_.hung_up = true;
+            return console_.HangUp();
+        }
+        if (plan_.farewell == Farewell::kBusDies) {
+            played_.bus_died = true;
+            bus_.Kill();
+            if (console_.AwaitEnd(kBriefly)) return;
+        }
+        console_.Offer(plan_.last_words, kBriefly);
+        CloseInput();
+    }
+
+    // On a terminal Ctrl-D within a line only hands the line over.
+    void CloseInput() {
+        constexpr char kControlD[] = "\x04";
+        if (plan_.wiring == Wiring::kPipes) return console_.CloseInput();
+        console_.Offer(kControlD, kBriefly);
+        console_.Offer(kControlD, kBriefly);
+    }
+
+    void AwaitEnd() {
+        if (!console_.AwaitEnd(kBriefly) && hanging_) {
+            log_ += "  (what hangs is released)\n";
+            daemon_.Release();
+        }
+        played_.ending = console_.AwaitEnd(3 * Patience());
+        if (!played_.ending) console_.Kill();
+        console_.AwaitEndOfOutput();
+    }
+
+    Played Gather() {
+        played_.orphans = ProcessesOfSession(console_.ProcessId());
+        played_.output = console_.Output();
+        played_.errors = console_.Errors();
+        played_.calls = daemon_.Calls();
+        played_.files = FilesIn(directory_.Path());
+        played_.story = "---- Played\n" + log_ + console_.Story() + "---- Calls\n";
+        for (const simulator::Call& call : played_.calls)
+            played_.story += simulator::Describe(call) + "\n";
+        return played_;
+    }
+
+    const Plan& plan_;
+    PrivateBus& bus_;
+    TemporaryDirectory directory_;
+    simulator::Daemon daemon_;
+    simulator::Commands commands_;
+    Console console_;
+    Played played_;
+    std::string log_;
+    std::string command_;           // the last one as it was carried out; empty if it was not
+    std::size_t calls_before_ = 0;  // the last command
+    std::size_t owed_ = 1;          // prompts: the first, and one for each line
+    bool owed_is_known_ = true;     // until input was taken in part only
+    bool hanging_ = false;          // calls may get no answer
+    bool away_ = false;             // the daemon is not on the bus
+    bool settled_ = false;
+};
+
+}  // namespace
+
+Played Play(const Plan& plan, PrivateBus& bus, const std::string& program) {
+    return Player(plan, bus, program).Play();
+}
+
+}  // namespace morvane_test

@@ -1,0 +1,559 @@
+#include "robustness/places.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <future>
+#include <iostream>
+#include <set>
+#include <string>
+#include <vector>
+
+// Every fault at every place where the operator is asked something. Three tables: the places
+// (robustness/places.cpp), the faults, and what must come of each fault at each place.
+
+namespace morvane_test {
+namespace {
+
+using Names = std::vector<std::string>;
+
+const std::string kClientPath = simulator::kClientPath;
+const std::string kFailed = "com.veltrisonix.Error.Failed";
+const std::string kRefusedCall = "GDBus.Error:com.veltrisonix.Error.Failed: no";
+constexpr std::size_t kFlood = 200;
+
+class FaultMatrix;
+
+struct Fault {
+    std::string name;
+    void (FaultMatrix::*prepare)();  ///< before the tool starts, or null
+    void (FaultMatrix::*begin)();    ///< in the menu from which the place is opened, or null
+    void (FaultMatrix::*strike)();   ///< at the place
+    bool in_a_call = false;          ///< strikes the call that an answer makes
+};
+
+/// Whether an answer's call, if it makes one, reaches the daemon.
+enum class Sends { kItsCall, kNothing };
+
+/// What must come of some faults at some places. `output` is what the tool prints after the answer,
+/// up to where it ends.
+struct Expectation {
+    Names faults;
+    Names places;  ///< none: all
+    std::string (*output)(const Place& place) = nullptr;
+    Sends sends = Sends::kNothing;
+    void (FaultMatrix::*ending)() = nullptr;  ///< in place of an output
+    const char* cannot_occur = nullptr;       ///< why, in place of both
+};
+
+struct Cell {
+    const Fault* fault;
+    const Place* place;
+    const Expectation* expectation;
+
+    [[nodiscard]] std::string Name() const { return fault->name + "_At" + place->name; }
+};
+
+class FaultMatrix : public PlaceTest, public testing::WithParamInterface<Cell> {
+  public:
+    void HideProperties();
+    void MistypeProperties();
+    void UseEmptyTransferPath();
+    void HoldATransfer();
+
+    void LeaveTheBus();
+    void RestartTheDaemon();
+    void TakeTheClient();
+    void ReplaceTheClient();
+    void TakeTheDevice();
+    void CloseTheSession();
+    void LoseTheConnection();
+    void RefuseTheCall();
+    void HangTheCall();
+    void AnswerWithAWrongType();
+    void InvalidateTheProperty();
+    void MistypeTheProperty();
+    void FloodWithNotices();
+    void AnnounceTheTransferBefore();
+    void Nothing() {}
+
+    void ExpectAbort();
+    void ExpectReplacementInAFlood();
+
+  protected:
+    const Place& At() const { return *GetParam().place; }
+    std::string Line() const { return GetParam().fault->in_a_call ? At().call.line : At().answer; }
+    std::string Removed(const std::string& path) const;
+    std::string Found(const std::string& text) const;
+    void ExpectLossOfTheDaemon();
+    // A pull is asked for even over a lost session; the refusal's words are known.
+    void RefusePulls() { daemon().Refuse("Pull", kFailed, "no"); }
+    void Do(void (FaultMatrix::*act)()) {
+        if (act) (this->*act)();
+    }
+
+  private:
+    std::future<void> flood_;
+};
+
+// The faults.
+
+const Fault kFaults[] = {
+    {"DaemonLeaves", nullptr, nullptr, &FaultMatrix::LeaveTheBus},
+    {"DaemonRestarts", nullptr, nullptr, &FaultMatrix::RestartTheDaemon},
+    {"ClientRemoved", nullptr, nullptr, &FaultMatrix::TakeTheClient},
+    {"ClientReplaced", nullptr, nullptr, &FaultMatrix::ReplaceTheClient},
+    {"DeviceRemoved", nullptr, nullptr, &FaultMatrix::TakeTheDevice},
+    {"SessionGone", nullptr, nullptr, &FaultMatrix::CloseTheSession},
+    {"ConnectionLost", nullptr, nullptr, &FaultMatrix::LoseTheConnection},
+    {"CallRefused", nullptr, nullptr, &FaultMatrix::RefuseTheCall, true},
+    {"CallHangs", nullptr, nullptr, &FaultMatrix::HangTheCall, true},
+    {"ReplyOfWrongType", nullptr, nullptr, &FaultMatrix::AnswerWithAWrongType, true},
+    {"PropertyInvalidated", nullptr, nullptr, &FaultMatrix::InvalidateTheProperty},
+    {"PropertyOfWrongType", nullptr, nullptr, &FaultMatrix::MistypeTheProperty},
+    {"PropertiesNeverThere", &FaultMatrix::HideProperties, nullptr, &FaultMatrix::Nothing},
+    {"PropertiesNeverOfTheirType", &FaultMatrix::MistypeProperties, nullptr, &FaultMatrix::Nothing},
+    {"EmptyTransferPath", &FaultMatrix::UseEmptyTransferPath, nullptr, &FaultMatrix::Nothing},
+    {"NotificationFlood", nullptr, nullptr, &FaultMatrix::FloodWithNotices},
+    {"TransferReplaced", nullptr, &FaultMatrix::HoldATransfer,
+     &FaultMatrix::AnnounceTheTransferBefore},
+};
+
+struct Property {
+    const char* interface;
+    const char* name;
+};
+
+// What a daemon may keep to itself, or give with another type, without harm.
+constexpr Property kInformation[] = {
+    {simulator::kDeviceInterface, "Alias"},
+    {simulator::kSessionInterface, "Source"},
+    {simulator::kSessionInterface, "Destination"},
+    {simulator::kSessionInterface, "Channel"},
+    {simulator::kSessionInterface, "Target"},
+    {simulator::kPhonebookInterface, "Folder"},
+    {simulator::kPhonebookInterface, "FixedImageSize"},
+    {simulator::kTransferInterface, "Status"},
+    {simulator::kTransferInterface, "Size"},
+    {simulator::kTransferInterface, "Transferred"},
+    {simulator::kTransferInterface, "Filename"},
+};
+
+constexpr char kWrongTypeWarning[] =
+    "GLib-GIO-WARNING.*Received property \\w+ with type \\(u\\) does not match expected type";
+
+void FaultMatrix::HideProperties() {
+    for (const Property& property : kInformation)
+        daemon().HideProperty(simulator::kAnyPath, property.interface, property.name);
+}
+
+void FaultMatrix::MistypeProperties() {
+    for (const Property& property : kInformation)
+        daemon().OverrideProperty(simulator::kAnyPath, property.interface, property.name,
+                                  Value("(uint32 7,)"));
+}
+
+void FaultMatrix::UseEmptyTransferPath() {
+    daemon().ClearFaults();
+    daemon().UseEmptyTransferPath(true);
+}
+
+// At the choice of a device it is still held: its session could not be removed.
+void FaultMatrix::HoldATransfer() {
+    const bool held = !InSession(At().id);
+    if (held) {
+        OpenSelectedSession();
+        daemon().Refuse("RemoveSession", kFailed, "no", 1);
+    }
+    daemon().ClearFaults();
+    PullAll(std::string(1000, 'x'));
+    if (!held) {
+        Type("x");
+        Await(Prompt(kPhonebookMenu));
+        if (!At().call.reply.empty()) daemon().Reply(At().call.method, Value(At().call.reply));
+        return;
+    }
+    daemon().Refuse("RemoveSession", kFailed, "no", 1);
+    daemon().SetConnectionState(kFirstSession, 3);
+    ExpectQuiet(kTransferMenu);
+    Type("s");
+    Await(Red("Remove Session failed " + kRefusedCall + "\n") + Prompt());
+}
+
+std::string FaultMatrix::Removed(const std::string& path) const {
+    return Notice(At().segment, "Removed " + path + "\n", kRedSequence);
+}
+
+std::string FaultMatrix::Found(const std::string& text) const {
+    return Notice(At().segment, "Found " + text + "\n");
+}
+
+// The client takes its session along, and that the file of its transfer.
+void FaultMatrix::ExpectLossOfTheDaemon() {
+    std::vector<std::string> messages = {Removed(kClientPath), Removed(kPhonePath)};
+    if (At().HasTransfer())
+        messages.push_back(Notice(At().segment, "Removing: " + PulledPhonebook() + "\n"));
+    ExpectInAnyOrder(messages);
+}
+
+void FaultMatrix::LeaveTheBus() {
+    daemon().LeaveBus();
+    ExpectLossOfTheDaemon();
+}
+
+void FaultMatrix::RestartTheDaemon() {
+    daemon().Crash();
+    ExpectLossOfTheDaemon();
+    daemon().ReturnToBus();
+    ExpectInAnyOrder({Found("Client " + kClientPath), Found(std::string("Device ") + kPhonePath)});
+    ExpectQuiet(At().segment);
+}
+
+void FaultMatrix::TakeTheClient() {
+    daemon().RemoveClient();
+    if (At().HasTransfer()) Expect(Notice(At().segment, "Removing: " + PulledPhonebook() + "\n"));
+    Expect(Removed(kClientPath));
+}
+
+void FaultMatrix::ReplaceTheClient() {
+    TakeTheClient();
+    ReturnClient(At().segment);
+}
+
+void FaultMatrix::TakeTheDevice() {
+    RefusePulls();
+    daemon().RemoveDevice(kPhonePath);
+    ExpectEndOfTransfer(At());
+    Expect(Removed(kPhonePath));
+}
+
+void FaultMatrix::CloseTheSession() {
+    RefusePulls();
+    daemon().CloseSession(kFirstSession);
+    ExpectEndOfTransfer(At());
+    ExpectQuiet(At().segment);
+}
+
+void FaultMatrix::LoseTheConnection() {
+    RefusePulls();
+    EndTransfer(At());
+    LoseConnection(At().segment);
+}
+
+void FaultMatrix::RefuseTheCall() {
+    daemon().Refuse(At().call.method, kFailed, "no", 1);
+}
+
+void FaultMatrix::HangTheCall() {
+    daemon().Hang(At().call.method, 1);
+    console().SetPatience(Stretched(std::chrono::seconds(60)));
+}
+
+void FaultMatrix::AnswerWithAWrongType() {
+    daemon().Reply(At().call.method, Value("(uint32 7,)"), 1);
+}
+
+void FaultMatrix::InvalidateTheProperty() {
+    const PlaceProperty& property = At().property;
+    RefusePulls();
+    daemon().Invalidate(property.path, property.interface, property.name);
+    Expect(property.notice_of_absence);
+    ExpectQuiet(At().segment);
+}
+
+void FaultMatrix::MistypeTheProperty() {
+    const PlaceProperty& property = At().property;
+    daemon().Notify(property.path, property.interface, property.name, Value("(uint32 7,)"));
+    Expect(property.notice_of_wrong_type);
+    ExpectQuiet(At().segment);
+}
+
+// A device's changes are not reported, a session's are.
+void FaultMatrix::FloodWithNotices() {
+    const std::string last = kPhoneAlias;
+    daemon().Flood(kPhonePath, simulator::kDeviceInterface, "Alias", kFlood, [&](std::size_t i) {
+        return g_variant_new_string(i + 1 == kFlood ? last.c_str() : "another");
+    });
+    if (InSession(At().id)) {
+        std::string notices;
+        for (std::size_t i = 0; i < kFlood; ++i)
+            notices +=
+                Notice(At().segment, "Channel Attribute Received: " + std::to_string(i) + "\n");
+        daemon().Flood(kFirstSession, simulator::kSessionInterface, "Channel", kFlood,
+                       [](std::size_t i) { return g_variant_new_uint16(static_cast<guint16>(i)); });
+        Expect(notices);
+    }
+    ExpectQuiet(At().segment);
+}
+
+// It goes on while the operator answers. Where that transfer has been left, nothing is heard of it.
+void FaultMatrix::AnnounceTheTransferBefore() {
+    flood_ = std::async(std::launch::async, [this] {
+        daemon().Flood(kFirstTransfer, simulator::kTransferInterface, "Transferred", 2000,
+                       [](std::size_t i) { return g_variant_new_uint64(i % 1001); });
+    });
+}
+
+// What comes of them.
+
+std::string AsEver(const Place& place) {
+    return place.output;
+}
+
+std::string Lost(const Place& place) {
+    return place.lost + Prompt();
+}
+
+std::string Failure(const Place& place, const std::string& message) {
+    return Red(place.call.failure + message + "\n") + Prompt(place.call.next);
+}
+
+std::string Refused(const Place& place) {
+    return Failure(place, kRefusedCall);
+}
+
+std::string TimedOut(const Place& place) {
+    return Failure(place, "Timeout was reached");
+}
+
+std::string WrongReply(const Place& place) {
+    return Failure(place, "Method “" + place.call.method + "” returned type “(u)”, but expected “" +
+                              place.call.reply_type + "”");
+}
+
+std::string NoClient(const Place& /*place*/) {
+    return Red("No Client available, start daemon.\n") + Prompt();
+}
+
+// The client still believes in the session and wants it removed.
+const std::string kRemovalRefused =
+    Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: No such session: " +
+        std::string(kFirstSession) + "\n");
+
+std::string LostWithTheSession(const Place& place) {
+    return place.lost + kRemovalRefused + Prompt();
+}
+
+// A file goes with the session that was removed in good order.
+std::string LostAndFileRemoved(const Place& place) {
+    return place.lost + Normal("Removing: <directory>/phonebook.vcf\n") + Prompt();
+}
+
+// The menu before the pull of one card leaves it to the call.
+const std::string kPullRefused =
+    Red("Remote Call failed: " + kRefusedCall + "\n") + Red("Client Proxy is invalid\n");
+
+std::string LostInTheCall(const Place& /*place*/) {
+    return kPullRefused + Prompt();
+}
+
+std::string LostInTheCallWithTheSession(const Place& /*place*/) {
+    return kPullRefused + kRemovalRefused + Prompt();
+}
+
+std::string NoDevices(const Place& /*place*/) {
+    return DeviceList({}) + Prompt();
+}
+
+std::string InvalidDevice(const Place& /*place*/) {
+    return Red("Invalid Client selected\n") + Prompt();
+}
+
+std::string NamelessDevice(const Place& /*place*/) {
+    return DeviceList({"00:1B:DC:07:31:9A | Unknown"}) + Prompt();
+}
+
+std::string BareSession(const Place& /*place*/) {
+    return UnknownSession("Connected") + Prompt(kPhonebookMenu);
+}
+
+std::string NoStatus(const Place& place) {
+    return Normal("Transfer Status: \n") + Prompt(place.segment);
+}
+
+std::string BareTransfer(const Place& /*place*/) {
+    return Prompt(kTransferMenu);
+}
+
+void FaultMatrix::ExpectAbort() {
+    console().AllowStderr("^terminate called after throwing an instance of 'std::logic_error'$");
+    console().AllowStderr("^  what\\(\\):  .*null");
+    console().ExpectEndBySignal(SIGABRT);
+}
+
+// How many percents come before the transfer is gone is open.
+void FaultMatrix::ExpectReplacementInAFlood() {
+    Await(Normal("Session Connected\n"));
+    Await(Normal("Removing: " + PulledPhonebook() + "\n"));
+    Await(Prompt(kPhonebookMenu));
+    flood_.get();
+    ExpectQuiet(kPhonebookMenu);
+}
+
+const Names kCredentials = {"UserId", "Password"};
+const Names kOutsideSessions = {"MainMenu", "DeviceChoice", "UserId", "Password"};
+const Names kWithoutCalls = {"Location", "Format",   "Order",  "Field",
+                             "Selector", "MaxCount", "Offset", "SearchField"};
+const Names kPulls = {"PullAllFilters", "PullFilters"};
+const Names kAllPlaces = {};
+
+// The first that fits counts.
+const Expectation kExpectations[] = {
+    {{"DaemonLeaves", "ClientRemoved"}, {"MainMenu"}, NoClient},
+    {{"DaemonLeaves", "ClientRemoved"}, kAllPlaces, Lost},
+    {{"DaemonRestarts", "ClientReplaced"}, kOutsideSessions, AsEver, Sends::kItsCall},
+    {{"DaemonRestarts", "ClientReplaced"}, kAllPlaces, Lost},
+
+    {{"DeviceRemoved"}, {"MainMenu"}, NoDevices},
+    {{"DeviceRemoved"}, {"DeviceChoice"}, InvalidDevice},
+    {{"DeviceRemoved"}, kCredentials, AsEver, Sends::kItsCall},
+    {{"SessionGone", "ConnectionLost"},
+     kOutsideSessions,
+     nullptr,
+     Sends::kNothing,
+     nullptr,
+     "no session is open here"},
+    {{"DeviceRemoved", "SessionGone"},
+     {"PullFilters"},
+     LostInTheCallWithTheSession,
+     Sends::kItsCall},
+    {{"DeviceRemoved", "SessionGone"}, kAllPlaces, LostWithTheSession},
+    {{"ConnectionLost"}, {"PullFilters"}, LostInTheCall, Sends::kItsCall},
+    {{"ConnectionLost"}, {"TransferMenu"}, LostAndFileRemoved},
+    {{"ConnectionLost"}, kAllPlaces, Lost},
+
+    {{"CallRefused", "CallHangs", "ReplyOfWrongType"},
+     kWithoutCalls,
+     nullptr,
+     Sends::kNothing,
+     nullptr,
+     "no call is made here"},
+    {{"CallRefused"}, kAllPlaces, Refused, Sends::kItsCall},
+    {{"CallHangs"}, kAllPlaces, TimedOut, Sends::kItsCall},
+    {{"ReplyOfWrongType"}, kAllPlaces, WrongReply, Sends::kItsCall},
+
+    {{"PropertyInvalidated", "PropertyOfWrongType"},
+     kCredentials,
+     nullptr,
+     Sends::kNothing,
+     nullptr,
+     "the client object has no properties"},
+    {{"PropertyInvalidated"}, {"MainMenu"}, NamelessDevice},
+    // No session can be asked for without an address: a daemon that gives none is broken.
+    {{"PropertyInvalidated"},
+     {"DeviceChoice"},
+     nullptr,
+     Sends::kNothing,
+     &FaultMatrix::ExpectAbort},
+    {{"PropertyInvalidated"}, {"TransferMenu"}, NoStatus},
+    {{"PropertyInvalidated"}, {"PullFilters"}, LostInTheCall, Sends::kItsCall},
+    {{"PropertyInvalidated"}, kAllPlaces, Lost},
+    {{"PropertyOfWrongType"}, kAllPlaces, AsEver, Sends::kItsCall},
+    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, {"MainMenu"}, NamelessDevice},
+    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"},
+     {"DeviceChoice"},
+     BareSession,
+     Sends::kItsCall},
+    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, {"TransferMenu"}, NoStatus},
+    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, kAllPlaces, AsEver, Sends::kItsCall},
+
+    {{"EmptyTransferPath"}, kPulls, BareTransfer, Sends::kItsCall},
+    {{"EmptyTransferPath"}, {"TransferMenu"}, NoStatus},
+    {{"EmptyTransferPath"}, kAllPlaces, nullptr, Sends::kNothing, nullptr, "no pull is made here"},
+    {{"NotificationFlood"}, kAllPlaces, AsEver, Sends::kItsCall},
+    {{"TransferReplaced"},
+     {"DeviceChoice"},
+     nullptr,
+     Sends::kItsCall,
+     &FaultMatrix::ExpectReplacementInAFlood},
+    {{"TransferReplaced"},
+     {"PullAllFilters", "PullFilters", "TransferMenu"},
+     AsEver,
+     Sends::kItsCall},
+    {{"TransferReplaced"},
+     kAllPlaces,
+     nullptr,
+     Sends::kNothing,
+     nullptr,
+     "no transfer takes another's place here"},
+};
+
+bool Contains(const Names& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+const Expectation* Find(const Fault& fault, const Place& place) {
+    for (const Expectation& expectation : kExpectations)
+        if (Contains(expectation.faults, fault.name) &&
+            (expectation.places.empty() || Contains(expectation.places, place.name)))
+            return &expectation;
+    return nullptr;
+}
+
+std::vector<Cell> AllCells() {
+    std::vector<Cell> cells;
+    for (const Fault& fault : kFaults)
+        for (const Place& place : Places()) cells.push_back({&fault, &place, Find(fault, place)});
+    return cells;
+}
+
+std::vector<Cell> CellsThatOccur() {
+    std::vector<Cell> cells;
+    for (const Cell& cell : AllCells())
+        if (cell.expectation && !cell.expectation->cannot_occur) cells.push_back(cell);
+    return cells;
+}
+
+void PrintTo(const Cell& cell, std::ostream* stream) {
+    *stream << cell.Name();
+}
+
+TEST_P(FaultMatrix, Cell) {
+    const auto& [fault, place, expected] = GetParam();
+    StartPlaceDaemon(*place);
+    Do(fault->prepare);
+    Start();
+    console().AllowStderr(kWrongTypeWarning);
+    ReachBase(*place);
+    Do(fault->begin);
+    Open(*place);
+    Do(fault->strike);
+
+    const std::size_t calls = CountCalls(place->call.method);
+    Type(Line());
+    if (expected->ending) {
+        Do(expected->ending);
+    } else {
+        ExpectOutput(expected->output(*place));
+    }
+    const bool sends = expected->sends == Sends::kItsCall && Line() == place->call.line;
+    EXPECT_EQ(CountCalls(place->call.method), calls + (sends ? 1U : 0U));
+}
+
+INSTANTIATE_TEST_SUITE_P(, FaultMatrix, testing::ValuesIn(CellsThatOccur()),
+                         [](const auto& cell) { return cell.param.Name(); });
+
+// For scripts/fault-matrix, which learns from it also of the cells that are no tests.
+void Tell(const Cell& cell) {
+    if (cell.expectation->cannot_occur) {
+        std::cout << "cannot occur: " << cell.Name() << ": " << cell.expectation->cannot_occur;
+    } else {
+        std::cout << "cell: " << cell.Name();
+    }
+    std::cout << '\n';
+}
+
+TEST(FaultMatrixTable, HasAnExpectationForEveryCell) {
+    std::cout << "CTEST_FULL_OUTPUT\n";  // or CTest would cut it
+    std::set<const Expectation*> used;
+    for (const Cell& cell : AllCells()) {
+        ASSERT_TRUE(cell.expectation) << cell.Name();
+        used.insert(cell.expectation);
+        Tell(cell);
+    }
+    EXPECT_EQ(used.size(), std::size(kExpectations)) << "some expectations fit no cell";
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,221 @@
+#include "simulator/simulator_fixture.h"
+
+#include <sys/stat.h>
+
+namespace simulator {
+namespace {
+
+using std::string;
+
+constexpr char kTransfer1[] = "obex.Transfer1";
+
+class SimulatorTransfer : public SimulatorTest {
+  protected:
+    string PullAll(const string& filters = "{}", const string& file = "/tmp/phonebook.vcf") {
+        return Access("PullAll", "('" + file + "', @a{sv} " + filters + ")");
+    }
+    string Ask(const string& method) {
+        return client().Call(kTransfer, string("obex.Transfer1.") + method);
+    }
+    string Change(const string& changes) { return Changed(kTransfer, kTransfer1, changes); }
+    string Status() { return client().Get(kTransfer, kTransfer1, "Status"); }
+    /// A transfer of ten bytes, moved by hand; what led to it is not in the signals.
+    void StartTenBytes() {
+        Start(ByHand());
+        CreateSession();
+        daemon().SetPullContent("0123456789");
+        PullAll();
+        client().TakeSignals();
+    }
+};
+
+TEST_F(SimulatorTransfer, ReplyTellsItsProperties) {
+    Start(ByHand());
+    CreateSession();
+    daemon().SetPullContent("0123456789");
+    const string reply = PullAll();
+    EXPECT_EQ(reply.substr(0, reply.find(',')), "(objectpath '" + string(kTransfer) + "'");
+    for (const string& property :
+         {string("'Status': <'queued'>"), string("'Size': <uint64 10>"),
+          string("'Transferred': <uint64 0>"), string("'Type': <'text/x-vcard'>"),
+          "'Filename': <'" + directory_.File("phonebook.vcf") + "'>",
+          "'Session': <objectpath '" + string(kSession) + "'>", string("'Name': <'pb.vcf'>")}) {
+        EXPECT_NE(reply.find(property), string::npos) << property << " is not in " << reply;
+    }
+    EXPECT_EQ(daemon().Transfers(), Signals{kTransfer});
+}
+
+TEST_F(SimulatorTransfer, MovesByHandAndSaysSo) {
+    StartTenBytes();
+    EXPECT_EQ(ReadFile("phonebook.vcf"), "");
+    daemon().AdvanceTransfer(kTransfer, 4);
+    EXPECT_EQ(client().TakeSignals(),
+              (Signals{Change("'Status': <'active'>"), Change("'Transferred': <uint64 4>")}));
+    EXPECT_EQ(ReadFile("phonebook.vcf"), "0123");
+    daemon().AdvanceTransfer(kTransfer, 100);
+    EXPECT_EQ(client().TakeSignals(),
+              (Signals{Change("'Transferred': <uint64 10>"), Change("'Status': <'complete'>")}));
+    EXPECT_EQ(ReadFile("phonebook.vcf"), "0123456789");
+    EXPECT_THROW(daemon().AdvanceTransfer(kTransfer, 1), std::runtime_error);
+    EXPECT_THROW(daemon().AdvanceTransfer("/nowhere", 1), std::runtime_error);
+}
+
+TEST_F(SimulatorTransfer, MayLearnItsSizeLate) {
+    Options options = ByHand();
+    options.size_in_reply = false;
+    Start(options);
+    CreateSession();
+    daemon().SetPullContent("0123456789");
+    EXPECT_NE(PullAll().find("'Size': <uint64 0>"), string::npos);
+    client().TakeSignals();
+    daemon().StartTransfer(kTransfer);
+    EXPECT_EQ(client().TakeSignals(),
+              (Signals{Change("'Status': <'active'>"), Change("'Size': <uint64 10>")}));
+}
+
+TEST_F(SimulatorTransfer, SuspendsAndResumes) {
+    StartTenBytes();
+    const string not_active = "com.veltrisonix.Error.NotInProgress: Transfer is not active";
+    const string not_suspended = "com.veltrisonix.Error.NotInProgress: Transfer is not suspended";
+    EXPECT_EQ(Ask("Suspend"), not_active);
+    EXPECT_EQ(Ask("Resume"), not_suspended);
+    daemon().StartTransfer(kTransfer);
+    EXPECT_EQ(Ask("Suspend"), "()");
+    EXPECT_EQ(Status(), "(<'suspended'>,)");
+    EXPECT_THROW(daemon().AdvanceTransfer(kTransfer, 1), std::runtime_error);
+    EXPECT_EQ(Ask("Suspend"), not_active);
+    EXPECT_EQ(Ask("Resume"), "()");
+    EXPECT_EQ(Status(), "(<'active'>,)");
+}
+
+TEST_F(SimulatorTransfer, IsCancelledOnce) {
+    StartTenBytes();
+    daemon().AdvanceTransfer(kTransfer, 4);
+    client().TakeSignals();
+    EXPECT_EQ(Ask("Cancel"), "()");
+    EXPECT_EQ(client().TakeSignals(), Signals{Change("'Status': <'error'>")});
+    EXPECT_EQ(ReadFile("phonebook.vcf"), "0123");
+    EXPECT_EQ(Ask("Cancel"), "com.veltrisonix.Error.NotInProgress: Transfer is over");
+    EXPECT_THROW(daemon().AbortTransfer(kTransfer), std::runtime_error);
+}
+
+TEST_F(SimulatorTransfer, FailsByAnAbortOrWithItsPhone) {
+    StartTenBytes();
+    daemon().AbortTransfer(kTransfer);
+    EXPECT_EQ(client().TakeSignals(), Signals{Change("'Status': <'error'>")});
+    PullAll();
+    client().TakeSignals();
+    daemon().RemoveDevice(kPhone);
+    EXPECT_EQ(client().TakeSignals().front(),
+              Changed(string(kSession) + "/transfer1", kTransfer1, "'Status': <'error'>"));
+    EXPECT_TRUE(daemon().Transfers().empty());
+}
+
+TEST_F(SimulatorTransfer, RunsByItsRate) {
+    Options options = Quick();
+    options.rate = 100000;
+    StartSelected(options);
+    PullAll();
+    client().AwaitSignal(Change("'Status': <'active'>"));
+    client().AwaitSignal(Change("'Status': <'complete'>"));
+    const string size = client().Get(kTransfer, kTransfer1, "Size");
+    EXPECT_EQ(client().Get(kTransfer, kTransfer1, "Transferred"), size);
+    EXPECT_EQ("(<uint64 " + std::to_string(ReadFile("phonebook.vcf").size()) + ">,)", size);
+}
+
+TEST_F(SimulatorTransfer, StandsStillWhileStalled) {
+    StartSelected(Quick());
+    daemon().StallTransfers(true);
+    PullAll();
+    EXPECT_EQ(Status(), "(<'queued'>,)");
+    daemon().StallTransfers(false);
+    client().AwaitSignal(Change("'Status': <'complete'>"));
+}
+
+TEST_F(SimulatorTransfer, BringsTheWholePhoneBookOrWhatFiltersLeave) {
+    StartSelected(Quick());
+    PullAll("{'Format': <'vcard30'>}");
+    client().AwaitSignal(Change("'Status': <'complete'>"));
+    const string all = ReadFile("phonebook.vcf");
+    std::size_t cards = 0;
+    for (std::size_t at = 0; (at = all.find("BEGIN:VCARD\r\nVERSION:3.0\r\n", at)) != string::npos;
+         ++at) {
+        ++cards;
+    }
+    EXPECT_EQ(cards, 26U);
+    PullAll("{'MaxCount': <uint16 1>, 'Fields': <['N']>}");
+    client().AwaitSignal(
+        Changed(string(kSession) + "/transfer1", kTransfer1, "'Status': <'complete'>"));
+    const string one = ReadFile("phonebook.vcf");
+    EXPECT_EQ(one.substr(0, one.find("TEL")), "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Owner;Aster;;;\r\n");
+}
+
+TEST_F(SimulatorTransfer, BringsOneCardByHandleOrUniqueId) {
+    StartSelected(Quick());
+    EXPECT_EQ(Access("Pull", "('7.VCF', '/tmp/card.vcf', @a{sv} {})").substr(0, 12),
+              "(objectpath ");
+    client().AwaitSignal(Change("'Status': <'complete'>"));
+    const string card = ReadFile("card.vcf");
+    const string key = "X-BT-UID:";
+    const string uid = card.substr(card.find(key), key.size() + 32);
+    EXPECT_EQ(Access("Pull", "('" + uid + "', '/tmp/again.vcf', @a{sv} {})").substr(0, 12),
+              "(objectpath ");
+    client().AwaitSignal(
+        Changed(string(kSession) + "/transfer1", kTransfer1, "'Status': <'complete'>"));
+    EXPECT_EQ(ReadFile("again.vcf"), card);
+}
+
+TEST_F(SimulatorTransfer, RefusesWhatItCannotPull) {
+    StartSelected(ByHand());
+    EXPECT_EQ(Access("Pull", "('FFFF.vcf', '/tmp/card.vcf', @a{sv} {})"),
+              "com.veltrisonix.Error.DoesNotExist: No such vCard: FFFF.vcf");
+    EXPECT_EQ(Access("Pull", "('x', '/tmp/card.vcf', @a{sv} {})"),
+              "com.veltrisonix.Error.InvalidArguments: Malformed vCard handle: x");
+    EXPECT_EQ(PullAll("{'Order': <'indexed'>}"),
+              "com.veltrisonix.Error.InvalidArguments: Filter not allowed here: Order");
+    EXPECT_EQ(PullAll("{}", "phonebook.vcf"),
+              "com.veltrisonix.Error.InvalidArguments: Not an absolute file name: phonebook.vcf");
+    EXPECT_TRUE(daemon().Transfers().empty());
+}
+
+TEST_F(SimulatorTransfer, RefusesFilesThatItCannotOpenAndFailsWhenTheDiskIsFull) {
+    StartSelected(ByHand());
+    ASSERT_EQ(mkfifo(directory_.File("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(mkdir(directory_.File("folder").c_str(), 0700), 0);
+    for (const char* name : {"fifo", "folder"}) {
+        EXPECT_EQ(PullAll("{}", string("/tmp/") + name),
+                  "com.veltrisonix.Error.Failed: Cannot write " + directory_.File(name));
+    }
+    ASSERT_EQ(symlink("/dev/full", directory_.File("phonebook.vcf").c_str()), 0);
+    PullAll();
+    const string transfer = daemon().Transfers().back();
+    daemon().CompleteTransfer(transfer);
+    EXPECT_EQ(client().Get(transfer, kTransfer1, "Status"), "(<'error'>,)");
+    EXPECT_EQ(client().Get(transfer, kTransfer1, "Transferred"), "(<uint64 0>,)");
+}
+
+TEST_F(SimulatorTransfer, WritesWhereTheClientAsksWithoutADirectory) {
+    daemon_.emplace(bus_.Address(), ByHand());
+    client_.emplace(bus_.Address());
+    CreateSession();
+    daemon().SetPullContent("abc");
+    PullAll("{}", directory_.File("here.vcf"));
+    daemon().CompleteTransfer(kTransfer);
+    EXPECT_EQ(ReadFile("here.vcf"), "abc");
+}
+
+TEST_F(SimulatorTransfer, RestoresItsPathAndContent) {
+    StartSelected(ByHand());
+    daemon().UseEmptyTransferPath(true);
+    daemon().SetPullContent("");
+    EXPECT_EQ(PullAll(), "(objectpath '/', @a{sv} {})");
+    daemon().UseEmptyTransferPath(false);
+    PullAll();
+    daemon().CompleteTransfer(daemon().Transfers().back());
+    EXPECT_EQ(Status(), "(<'complete'>,)");
+    daemon().RestorePullContent();
+    EXPECT_NE(PullAll().find("'Name': <'telecom/pb.vcf'>"), string::npos);
+}
+
+}  // namespace
+}  // namespace simulator

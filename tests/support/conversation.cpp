@@ -1,0 +1,225 @@
+#include "support/conversation.h"
+
+#include "support/bus_monitor.h"
+
+#include <algorithm>
+#include <iostream>
+#include <stdexcept>
+
+namespace morvane_test {
+namespace {
+
+const std::string kClientPath = simulator::kClientPath;
+const std::string kQuietPath = "/com/veltrisonix/hci0/dev_quiet";
+
+morvane::VariantPtr ManagedObjects(const std::string& address, const std::string& bus_name) {
+    const auto connection = ConnectToBus(address);
+    morvane::ErrorPtr error;
+    morvane::VariantPtr reply(g_dbus_connection_call_sync(
+        connection.get(), bus_name.c_str(), "/", "org.freedesktop.DBus.ObjectManager",
+        "GetManagedObjects", nullptr, G_VARIANT_TYPE("(a{oa{sa{sv}}})"), G_DBUS_CALL_FLAGS_NONE, -1,
+        nullptr, morvane::Out(error)));
+    if (!reply) throw std::runtime_error(error->message);
+    return reply;
+}
+
+// The paths of all objects that stand on the bus now.
+std::vector<std::string> PublishedPaths(const std::string& address, const std::string& bus_name) {
+    const morvane::VariantPtr reply = ManagedObjects(address, bus_name);
+    const morvane::VariantPtr objects(g_variant_get_child_value(reply.get(), 0));
+    std::vector<std::string> paths;
+    for (gsize index = 0; index < g_variant_n_children(objects.get()); ++index) {
+        const morvane::VariantPtr object(g_variant_get_child_value(objects.get(), index));
+        const morvane::VariantPtr path(g_variant_get_child_value(object.get(), 0));
+        paths.emplace_back(g_variant_get_string(path.get(), nullptr));
+    }
+    return paths;
+}
+
+}  // namespace
+
+simulator::Daemon& ConversationTest::StartDaemon(simulator::Options options) {
+    if (options.directory.empty()) options.directory = directory_.Path();
+    return daemon_.emplace(bus_.Address(), options);
+}
+
+Console& ConversationTest::Launch(ConsoleOptions options) {
+    if (options.bus_address.empty()) options.bus_address = bus_.Address();
+    if (options.directory.empty()) options.directory = directory_.Path();
+    return consoles_.emplace_back(options);
+}
+
+std::vector<std::string> ConversationTest::FoundMessages() const {
+    std::vector<std::string> messages;
+    for (const std::string& path : PublishedPaths(bus_.Address(), daemon_->BusName())) {
+        if (path == kClientPath) messages.push_back("Found Client " + path + "\n");
+        if (path.find("/dev_") != path.npos) messages.push_back("Found Device " + path + "\n");
+    }
+    return messages;
+}
+
+void ConversationTest::Start(ConsoleOptions options, Here here) {
+    if (!daemon_) StartDaemon().AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    Launch(std::move(options));
+    std::vector<std::string> messages = FoundMessages();
+    messages.push_back(Banner());
+    // On a slow machine the objects are found late, under the prompt, which is then drawn again.
+    AwaitAll(messages, here);
+    Await(Red(" > "), here);
+    ExpectQuiet("", here);
+}
+
+void ConversationTest::OpenSession(unsigned device, Here here) {
+    if (consoles_.empty()) Start({}, here);
+    ChooseDevice(device, here);
+    Await(Prompt(kPhonebookMenu), here);
+}
+
+void ConversationTest::ChooseDevice(unsigned device, Here here) {
+    Type("c", here);
+    Await(ValuePrompt("/Select Device"), here);
+    Type(std::to_string(device), here);
+}
+
+void ConversationTest::StartInstance(const std::string& instance, Here here) {
+    simulator::Options daemon_options = simulator::Options::Scripted();
+    daemon_options.instance = instance;
+    StartDaemon(daemon_options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+    Start(WithArguments({"-bus:" + instance}), here);
+}
+
+void ConversationTest::OpenSelectedSession(Here here) {
+    OpenSession(0, here);
+    SelectPhonebook(0, 0, here);
+}
+
+void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, Here here) {
+    Type("s", here);
+    Await(ValuePrompt("/Select Location"), here);
+    Type(std::to_string(location), here);
+    Await(ValuePrompt("/Select Phonebook"), here);
+    Type(std::to_string(phonebook), here);
+    Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu), here);
+}
+
+void ConversationTest::PullAll(const std::string& content, Here here) {
+    daemon_->SetPullContent(content);
+    Type("a", here);
+    Await(Prompt(kFilterMenu), here);
+    Type("d", here);
+    Await(Prompt(kTransferMenu), here);
+}
+
+void ConversationTest::Pull(const std::string& handle, const std::string& content, Here here) {
+    daemon_->SetPullContent(content);
+    Type("p", here);
+    Await(ValuePrompt("/vCard Handle"), here);
+    Type(handle, here);
+    Await(Prompt(kFilterMenu), here);
+    Type("d", here);
+    Await(Prompt(kTransferMenu), here);
+}
+
+std::string ConversationTest::Session() const {
+    return daemon_->Sessions().back();
+}
+
+std::string ConversationTest::Transfer() const {
+    return daemon_->Transfers().back();
+}
+
+void ConversationTest::ExpectCall(const std::string& method, const std::string& body, Here here) {
+    const auto call = daemon_->AwaitCall(method, Patience());
+    if (!call) FailTest(here, "nobody called " + method + body);
+    if (Canonical(call->body) != Canonical(body))
+        FailTest(here, "the call was " + Describe(*call) + "; awaited: " + method + body);
+}
+
+std::size_t ConversationTest::CountCalls(const std::string& method) const {
+    const std::vector<simulator::Call> calls = daemon_->Calls();
+    return static_cast<std::size_t>(
+        std::count_if(calls.begin(), calls.end(),
+                      [&](const simulator::Call& call) { return call.method == method; }));
+}
+
+void ConversationTest::AddDevice(const std::string& path, const std::string& address,
+                                 const std::string& alias, const std::string& segment, Here here) {
+    daemon_->AddDevice(path, address, alias);
+    Expect(Notice(segment, "Found Device " + path + "\n"), here);
+    ExpectQuiet(segment, here);
+}
+
+void ConversationTest::RemoveDevice(const std::string& path, const std::string& segment,
+                                    Here here) {
+    daemon_->RemoveDevice(path);
+    Expect(Notice(segment, "Removed " + path + "\n", kRedSequence), here);
+}
+
+void ConversationTest::HangInCall(Here here) {
+    daemon_->Hang("SetUserId");
+    Type("u", here);
+    Await(ValuePrompt("/User Id"), here);
+    Type("me", here);
+    ExpectCall("SetUserId", "('me',)", here);
+}
+
+void ConversationTest::ExpectRemovalAfterTheCall(const std::string& device, Here here) {
+    const std::string removal = kRedSequence + ("Removed " + device + "\n");
+    const std::size_t begin = console().Output().size();
+    daemon_->RemoveDevice(device);
+    daemon_->Release();
+    Await(removal, here);
+    if (console().Output().compare(begin, removal.size(), removal) == 0)
+        FailTest(here, "the removal was reported before the call's result");
+}
+
+void ConversationTest::RemoveClient(const std::string& segment, Here here) {
+    daemon_->RemoveClient();
+    Expect(Notice(segment, "Removed " + kClientPath + "\n", kRedSequence), here);
+}
+
+void ConversationTest::ReturnClient(const std::string& segment, Here here) {
+    daemon_->AddClient();
+    Expect(Notice(segment, "Found Client " + kClientPath + "\n"), here);
+    ExpectQuiet(segment, here);
+}
+
+void ConversationTest::LoseConnection(const std::string& segment, Here here) {
+    daemon_->SetConnectionState(Session(), 0);
+    ExpectQuiet(segment, here);
+}
+
+void ConversationTest::ExpectQuiet(const std::string& segment, Here here) {
+    daemon_->AddDevice(kQuietPath, "00:00:00:00:00:00", "quiet");
+    Expect(Notice(segment, "Found Device " + kQuietPath + "\n"), here);
+    RemoveDevice(kQuietPath, segment, here);
+}
+
+void ConversationTest::Interrupt(Here here) {
+    AwaitEndOfMainLoop([this] { console().Interrupt(); }, here);
+}
+
+void ConversationTest::PressControlC(Here here) {
+    AwaitEndOfMainLoop([this] { console().TypeBytes("\x03"); }, here);
+}
+
+void ConversationTest::AwaitEndOfMainLoop(const std::function<void()>& cause, Here here) {
+    // The tool lets go of the object manager right after its main loop.
+    BusMonitor monitor(bus_.Address(), "RemoveMatch", "org.freedesktop.DBus.ObjectManager");
+    cause();
+    monitor.AwaitCall(here);
+}
+
+void ConversationTest::TearDown() {
+    for (Console& console : consoles_) console.Finish();
+    if (HasFailure()) TellStory();
+}
+
+void ConversationTest::TellStory() {
+    for (Console& console : consoles_) std::cout << console.Story();
+    std::cout << "---- Calls that the daemon received\n";
+    if (!daemon_) return;
+    for (const simulator::Call& call : daemon_->Calls()) std::cout << Describe(call) << '\n';
+}
+
+}  // namespace morvane_test

@@ -1,0 +1,228 @@
+#include "console/console_output.h"
+
+#include "support/file_descriptor.h"
+#include "support/messages.h"
+#include "unit/captured_run.h"
+#include "unit/rival.h"
+#include "unit/scheduling.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Green;
+using morvane_test::Normal;
+using morvane_test::Red;
+using morvane_test::WritesOf;
+using Writes = std::vector<std::string>;
+
+// What comes of `function` while the prompt "Path" stands.
+Writes WritesUnderPrompt(const std::function<void(const char*, int)>& show_prompt,
+                         const std::function<void()>& function) {
+    Writes writes = WritesOf([&] {
+        show_prompt("Path", 1);
+        function();
+    });
+    EXPECT_EQ(writes.front(), Green("Path"));
+    writes.erase(writes.begin(), writes.begin() + 2);
+    return writes;
+}
+
+const std::string kRedrawn = "\x1b[1;32mPath\x1b[1;31m > \x1b[0m";
+
+TEST(PrintTest, WritesColourTextAndResetAtOnce) {
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kGreen, "text\n"); }), Writes{"\x1b[1;32mtext\n\x1b[0m"});
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kRed, "text"); }), Writes{"\x1b[1;31mtext\x1b[0m"});
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kNormal, " %d) %s %x%%\n", -1, "name", 0xABU); }),
+              Writes{"\x1b[0m -1) name ab%\n\x1b[0m"});
+    EXPECT_EQ(WritesOf([] { PROXY_Print(kGreen, "%s", ""); }), Writes{Green("")});
+}
+
+TEST(PrintTest, TruncatesTo999Bytes) {
+    for (const std::size_t length : {998U, 999U, 1000U, 5000U}) {
+        SCOPED_TRACE(length);
+        const std::string text(length, 'x');
+        const std::string kept = text.substr(0, 999);
+        EXPECT_EQ(WritesOf([&] { PROXY_Print(kGreen, "%s", text.c_str()); }), Writes{Green(kept)});
+        EXPECT_EQ(WritesOf([&] { PROXY_PrintNoPrompt(kGreen, "%s", text.c_str()); }),
+                  Writes{Green(kept)});
+        EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [&] { PROXY_Print(kRed, "%s", text.c_str()); }),
+                  Writes{"\n\x1b[1;31m" + kept + kRedrawn});
+    }
+}
+
+TEST(PrintTest, RedrawsAPromptBelowEachMessageWithAMenusMarker) {
+    for (const auto show_prompt : {PROXY_Prompt, PROXY_Input})
+        EXPECT_EQ(WritesUnderPrompt(show_prompt,
+                                    [] {
+                                        PROXY_Print(kNormal, "one\n");
+                                        PROXY_Print(kRed, "two\n");
+                                    }),
+                  (Writes{"\n\x1b[0mone\n" + kRedrawn, "\n\x1b[1;31mtwo\n" + kRedrawn}));
+}
+
+TEST(PrintTest, RedrawsThePromptDrawnLastUnlessItWasCleared) {
+    const Writes writes = WritesOf([] {
+        PROXY_Prompt("a long prompt", 1);
+        PROXY_Prompt("", 0);
+        PROXY_Print(kNormal, "news\n");
+        PROXY_Prompt("short", 1);
+        PROXY_Print(kNormal, "news\n");
+    });
+    ASSERT_EQ(writes.size(), 6U);
+    EXPECT_EQ(writes[2], Normal("news\n"));
+    EXPECT_EQ(writes[5], "\n\x1b[0mnews\n\x1b[1;32mshort\x1b[1;31m > \x1b[0m");
+}
+
+TEST(PrintTest, RedrawsTheFirst100BytesOfAPromptAlsoBelowTheLongestText) {
+    const std::string text(999, 'x');
+    for (const std::size_t length : {99U, 100U, 101U, 300U}) {
+        SCOPED_TRACE(length);
+        const std::string path(length, 'p');
+        const Writes writes = WritesOf([&] {
+            PROXY_Prompt(path.c_str(), 1);
+            PROXY_Print(kGreen, "%s", text.c_str());
+        });
+        EXPECT_EQ(writes.front(), Green(path));
+        EXPECT_EQ(writes.back(), "\n\x1b[1;32m" + text + "\x1b[1;32m" + path.substr(0, 100) +
+                                     "\x1b[1;31m > \x1b[0m");
+    }
+}
+
+// Until nothing more fits; returns how much did.
+std::size_t Fill(int descriptor) {
+    const std::string page(4096, 'x');
+    std::size_t filled = 0;
+    for (ssize_t count; (count = write(descriptor, page.data(), page.size())) > 0;)
+        filled += static_cast<std::size_t>(count);
+    return filled;
+}
+
+std::string Read(int descriptor, std::size_t most) {
+    std::string text(most, '\0');
+    const ssize_t count = read(descriptor, text.data(), text.size());
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return text;
+}
+
+TEST(PrintTest, SleepsUntilAFullTerminalThatDoesNotBlockTakesMore) {
+    const auto print = [] {
+        const auto terminal = morvane_test::MakePipe(O_NONBLOCK);
+        const morvane_test::FileDescriptor output(dup(STDOUT_FILENO));
+        dup2(terminal.writer.Number(), STDOUT_FILENO);
+        const std::size_t filled = Fill(STDOUT_FILENO);
+        bool slept = false;
+        std::thread reader([&, printer = gettid()] {
+            slept = morvane_test::AwaitSleep(printer);
+            Read(terminal.reader.Number(), filled);
+        });
+        PROXY_Print(kGreen, "text\n");
+        reader.join();
+        dup2(output.Number(), STDOUT_FILENO);
+        if (!slept) PROXY_Print(kRed, "did not sleep\n");
+        const std::string came = Read(terminal.reader.Number(), 100);
+        EXPECT_GT(write(STDOUT_FILENO, came.data(), came.size()), 0);
+    };
+    EXPECT_EQ(WritesOf(print), Writes{Green("text\n")});
+}
+
+TEST(PrintNoPromptTest, IgnoresAStandingPrompt) {
+    EXPECT_EQ(
+        WritesUnderPrompt(PROXY_Prompt, [] { PROXY_PrintNoPrompt(kRed, "%s %d\n", "code", 7); }),
+        Writes{Red("code 7\n")});
+}
+
+TEST(PromptTest, DrawsPathAndMarker) {
+    EXPECT_EQ(WritesOf([] { PROXY_Prompt("Path", 1); }), (Writes{Green("Path"), Red(" > ")}));
+    EXPECT_EQ(WritesOf([] { PROXY_Input("Path", 1); }), (Writes{Green("Path"), Red(" ? ")}));
+}
+
+// Path and marker are messages like others: each moves the prompt that stands, by then the new one.
+TEST(PromptTest, IsDrawnUnderAPromptThatStandsAlready) {
+    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [] { PROXY_Input("Other", 1); }),
+              (Writes{"\n\x1b[1;32mOther\x1b[1;32mOther\x1b[1;31m > \x1b[0m",
+                      "\n\x1b[1;31m ? \x1b[1;32mOther\x1b[1;31m > \x1b[0m"}));
+}
+
+TEST(PromptTest, DrawsNothingWhenTakenAway) {
+    for (const auto show_prompt : {PROXY_Prompt, PROXY_Input})
+        EXPECT_EQ(WritesOf([&] { show_prompt("", 0); }), Writes{});
+}
+
+TEST(PromptTest, StandsUndrawnWithAnyOtherNumber) {
+    for (const auto show_prompt : {PROXY_Prompt, PROXY_Input})
+        EXPECT_EQ(WritesOf([&] {
+                      show_prompt("Path", 2);
+                      PROXY_Print(kNormal, "news\n");
+                  }),
+                  Writes{"\n\x1b[0mnews\n" + kRedrawn});
+}
+
+// Messages of the other thread, at any moment while a prompt is drawn.
+class PromptRaceTest : public testing::TestWithParam<void (*)(const char*, int)> {
+  protected:
+    static constexpr int kRounds = 2000;
+
+    // One round after the other: the prompt is drawn, the message has come, the prompt is taken
+    // away.
+    static void DrawPrompts() {
+        morvane_test::StayOnOneProcessor();
+        morvane_test::Pipe begin = morvane_test::MakePipe();
+        morvane_test::Pipe end = morvane_test::MakePipe();
+        std::thread other([&] {
+            for (int round = 0; round < kRounds; ++round) SayNewsAfterAWhile(begin, end, round);
+        });
+        morvane_test::StayBehindOtherThreads();
+        for (int round = 0; round < kRounds; ++round) {
+            Tell(begin);
+            GetParam()("Path", 1);
+            Await(end);
+            PROXY_Prompt("", 0);
+            PROXY_Print(kNormal, "done\n");
+        }
+        other.join();
+    }
+
+  private:
+    static void SayNewsAfterAWhile(morvane_test::Pipe& begin, morvane_test::Pipe& end, int round) {
+        prctl(PR_SET_TIMERSLACK, 1);
+        Await(begin);
+        std::this_thread::sleep_for(std::chrono::microseconds(round % 40));
+        PROXY_Print(kNormal, "news\n");
+        Tell(end);
+    }
+
+    static void Tell(morvane_test::Pipe& pipe) { ASSERT_EQ(write(pipe.writer.Number(), "", 1), 1); }
+    static void Await(morvane_test::Pipe& pipe) {
+        char byte = 0;
+        ASSERT_EQ(read(pipe.reader.Number(), &byte, 1), 1);
+    }
+};
+
+TEST_P(PromptRaceTest, EachComesBeforeThePromptOrHasItDrawnAgain) {
+    const Writes writes = WritesOf(DrawPrompts);
+    bool prompt_stands = false;
+    for (std::size_t i = 0; i < writes.size(); ++i) {
+        if (writes[i] == Green("Path")) prompt_stands = true;
+        if (writes[i] == Normal("done\n")) prompt_stands = false;
+        ASSERT_FALSE(prompt_stands && writes[i] == Normal("news\n")) << "write " << i;
+    }
+    EXPECT_EQ(writes.size(), 4U * kRounds);
+}
+
+INSTANTIATE_TEST_SUITE_P(, PromptRaceTest, testing::Values(PROXY_Prompt, PROXY_Input));
+
+}  // namespace
+}  // namespace morvane

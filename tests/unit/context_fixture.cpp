@@ -1,0 +1,123 @@
+#include "unit/context_fixture.h"
+
+#include "support/file_descriptor.h"
+#include "support/patience.h"
+#include "unit/simulated_bus.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
+#include <stdexcept>
+
+namespace morvane_test {
+namespace {
+
+/// Standard output takes one message, `first`, and nothing more before `Flow`.
+class StalledOutput {
+  public:
+    explicit StalledOutput(const std::string& first)
+        : capacity_(Checked(fcntl(pipe_.writer.Number(), F_SETPIPE_SZ, 4096), "F_SETPIPE_SZ")),
+          terminal_(Checked(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0), "dup")) {
+        const std::string filler(static_cast<std::size_t>(capacity_) - first.size(), '.');
+        Checked(static_cast<int>(write(pipe_.writer.Number(), filler.data(), filler.size())),
+                "write");
+        std::fflush(stdout);
+        Checked(dup2(pipe_.writer.Number(), STDOUT_FILENO), "dup2");
+    }
+    StalledOutput(const StalledOutput&) = delete;
+    StalledOutput& operator=(const StalledOutput&) = delete;
+    ~StalledOutput() { dup2(terminal_.Number(), STDOUT_FILENO); }
+
+    void AwaitFirst() const {
+        const auto deadline = std::chrono::steady_clock::now() + Patience();
+        while (Waiting() < capacity_ && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+        EXPECT_EQ(Waiting(), capacity_) << "the first message is another one";
+    }
+
+    /// Takes out what is there.
+    std::string Flow() const {
+        std::string text(static_cast<std::size_t>(Waiting()), '\0');
+        Checked(static_cast<int>(read(pipe_.reader.Number(), text.data(), text.size())), "read");
+        return text;
+    }
+
+  private:
+    int Waiting() const {
+        int count = 0;
+        Checked(ioctl(pipe_.reader.Number(), FIONREAD, &count), "FIONREAD");
+        return count;
+    }
+
+    Pipe pipe_ = MakePipe(O_CLOEXEC);
+    int capacity_;
+    FileDescriptor terminal_;
+};
+
+}  // namespace
+
+ContextTest::ContextTest() {
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", bus_.Address().c_str(), 1);
+    daemon_.emplace(bus_.Address(), simulator::Options::Scripted());
+    morvane::ErrorPtr error;
+    connection_.reset(
+        g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, static_cast<GError**>(morvane::Out(error))));
+    if (!connection_) throw std::runtime_error(error->message);
+    g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
+}
+
+void ContextTest::TearDown() {
+    std::atomic<bool> gone{false};
+    // If its bus has died, the connection may go in GDBus's thread, which does not wake this one.
+    const auto note = [](gpointer flag, GObject* /*connection*/) {
+        *static_cast<std::atomic<bool>*>(flag) = true;
+        g_main_context_wakeup(nullptr);
+    };
+    g_object_weak_ref(G_OBJECT(connection_.get()), note, &gone);
+    connection_.reset();
+    daemon_.reset();
+    while (!gone) g_main_context_iteration(nullptr, TRUE);
+}
+
+std::string ContextTest::Announced(const std::string& path, const std::string& interface,
+                                   const std::string& name, const std::string& value) {
+    return Printed([&] {
+        daemon().Notify(path, interface, name, Value(value));
+        DispatchNotices();
+    });
+}
+
+// A report that comes too early waits, like the next message, until the output flows again.
+std::string ContextTest::PrintedAfter(const std::string& first, const std::function<void()>& make,
+                                      const std::function<void()>& announce) {
+    const StalledOutput output(first);
+    auto making = std::async(std::launch::async, make);
+    output.AwaitFirst();
+    announce();
+    auto hearing = std::async(std::launch::async, DispatchNotices);
+    hearing.wait_for(Patience());
+    output.Flow();
+    making.get();
+    hearing.get();
+    return output.Flow();
+}
+
+HearingThread::HearingThread() : thread_([this] { g_main_loop_run(loop_.get()); }) {}
+
+HearingThread::~HearingThread() {
+    g_idle_add(
+        [](gpointer loop) -> gboolean {
+            g_main_loop_quit(static_cast<GMainLoop*>(loop));
+            return G_SOURCE_REMOVE;
+        },
+        loop_.get());
+    thread_.join();
+}
+
+}  // namespace morvane_test

@@ -1,0 +1,119 @@
+#include "app/obex_device_context.h"
+
+#include "console/console_output.h"
+#include "interfaces/remote_call.h"
+#include "support/messages.h"
+#include "unit/captured_run.h"
+#include "unit/scheduling.h"
+#include "unit/simulated_bus.h"
+
+#include <gtest/gtest.h>
+
+#include <malloc.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Lines;
+using morvane_test::Normal;
+using morvane_test::OutputOf;
+using morvane_test::Say;
+using morvane_test::SimulatedBus;
+using morvane_test::UseBus;
+
+constexpr char kAddress[] = "00:1B:DC:07:31:9A";
+
+TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        simulator::Daemon instance(bus.private_bus().Address(), bus.Options("second"));
+        bus.daemon().AddDevice("/dev_1", "00:00:00:00:00:01", "Default");
+        instance.AddDevice("/dev_1", "00:00:00:00:00:02", "Instance");
+        const ObexDeviceContext devices[] = {ObexDeviceContext("/dev_1"),
+                                             ObexDeviceContext("", "/dev_1"),
+                                             ObexDeviceContext("com.veltrisonix.second", "/dev_1")};
+        for (const ObexDeviceContext& device : devices) {
+            device.Display(false, 7);
+            device.Display(true, 7);
+            Say(device.GetAddress().c_str());
+            Say(device.GetPathName().c_str());
+        }
+    });
+    const std::string on_default =
+        Lines({" 00:00:00:00:00:01 | Default", " 7) 00:00:00:00:00:01 | Default",
+               "00:00:00:00:00:01", "/dev_1"});
+    const std::string on_instance =
+        Lines({" 00:00:00:00:00:02 | Instance", " 7) 00:00:00:00:00:02 | Instance",
+               "00:00:00:00:00:02", "/dev_1"});
+    EXPECT_EQ(output, on_default + on_default + on_instance);
+}
+
+// One letter, so often that the text has pages of its own and that it takes a while to print.
+GVariant* LongAlias(std::size_t number) {
+    constexpr gsize kLength = 200000;
+    return g_variant_new_take_string(g_strnfill(kLength, static_cast<gchar>('a' + number % 3)));
+}
+
+// What is printed of it.
+std::string LineOfLongAlias(char letter) {
+    const std::string begin = std::string(" ") + kAddress + " | ";
+    return Normal(begin + std::string(999 - begin.size(), letter));
+}
+
+// The main thread drops a text while the menu thread is about to print it.
+TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
+    constexpr int kLines = 1000;
+    constexpr int kChanges = 200;
+    const std::string output = OutputOf([] {
+        mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
+        SimulatedBus bus;
+        bus.daemon().AddDevice("/dev_1", kAddress, std::string(200000, 'a'));
+        morvane_test::StayOnOneProcessor();
+        const ObexDeviceContext device("/dev_1");
+        std::atomic<bool> shown{false};
+        std::atomic<bool> enough{false};
+        std::thread menu_thread([&] {
+            morvane_test::StayBehindOtherThreads();
+            for (int line = 0; line < kLines && !enough; ++line) device.Display(false, 0);
+            shown = true;
+        });
+        for (int change = 0; change < kChanges && !shown; change += 2) {
+            bus.daemon().Flood("/dev_1", simulator::kDeviceInterface, "Alias", 2, LongAlias);
+            while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+            }
+        }
+        enough = true;
+        menu_thread.join();
+    });
+    const std::size_t length = LineOfLongAlias('a').size();
+    ASSERT_GE(output.size(), length);
+    ASSERT_EQ(output.size() % length, 0u);
+    for (std::size_t at = 0; at < output.size(); at += length) {
+        const std::string line = output.substr(at, length);
+        ASSERT_EQ(line, LineOfLongAlias(line[length / 2]));
+    }
+}
+
+TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
+    const std::string output = OutputOf([] {
+        const morvane_test::PrivateBus bus;
+        UseBus(bus.Address());
+        const auto made =
+            MakeProxy(device1_proxy_new_for_bus_sync, "com.veltrisonix.second", "/dev_1", "Device");
+        GDBusProxy* const proxy = G_DBUS_PROXY(made.get());
+        PROXY_PrintNoPrompt(kNormal, "%s %s %s flags %d time-out %d\n",
+                            g_dbus_proxy_get_name(proxy), g_dbus_proxy_get_object_path(proxy),
+                            g_dbus_proxy_get_interface_name(proxy), g_dbus_proxy_get_flags(proxy),
+                            g_dbus_proxy_get_default_timeout(proxy));
+    });
+    EXPECT_EQ(
+        output,
+        Normal("com.veltrisonix.second /dev_1 com.veltrisonix.Device1 flags 0 time-out -1\n"));
+}
+
+}  // namespace
+}  // namespace morvane

@@ -1,0 +1,133 @@
+#include "app/obex_proxy.h"
+
+#include "console/console_output.h"
+#include "support/menus.h"
+#include "support/messages.h"
+#include "unit/captured_run.h"
+#include "unit/simulated_bus.h"
+#include "unit/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// The pauses of the session's menus, in front of a daemon, with lines typed ahead.
+
+namespace morvane {
+namespace {
+
+using morvane_test::Answer;
+using morvane_test::DispatchNotices;
+using morvane_test::Normal;
+using morvane_test::OutputOf;
+using morvane_test::Prompt;
+using morvane_test::PromptId;
+using morvane_test::RealWrite;
+using morvane_test::Red;
+using morvane_test::RowOf;
+using morvane_test::SimulatedBus;
+using morvane_test::sleep_substitute;
+using morvane_test::WayTo;
+using morvane_test::write_substitute;
+
+const std::string kPause = Normal("[200 ms]");
+const std::string kInvalidSelection = Red("Invalid Selection\n");
+const std::string kClientLost = Red("Client Proxy is invalid\n");
+const std::string kPhonebookLost = Red("Phonebook Access Proxy is invalid\n");
+
+struct Menu {
+    PromptId id;
+    std::vector<std::size_t> pauses;  // before each of its prompts, if one more line is typed
+};
+
+const Menu kMenus[] = {
+    {PromptId::kPhonebookMenu, {1, 1, 1}},
+    {PromptId::kPullAllFilters, {1, 1}},
+    {PromptId::kPullFilters, {2, 1}},
+    {PromptId::kListFilters, {2, 1}},
+    {PromptId::kSearchFilters, {2, 1}},
+    {PromptId::kSizeFilters, {2, 1}},
+    {PromptId::kListSizeFilters, {2, 1}},
+    // The first pause is for the first property-change notifications of the transfer.
+    {PromptId::kTransfer, {2, 1}},
+};
+
+void PrintTo(const Menu& menu, std::ostream* stream) {
+    *stream << RowOf(menu.id).name;
+}
+
+// What is printed while the menu is opened and gets one invalid key.
+std::string OutputIn(const Menu& menu, const std::function<void(SimulatedBus&)>& prepare) {
+    const auto run = [&] {
+        SimulatedBus bus;
+        bus.daemon().AddDevice("/dev_1", "00:1B:DC:07:31:9A", "Phone");
+        obexProxy.ObjectAdded(simulator::kClientPath);
+        obexProxy.ObjectAdded("/dev_1");
+        prepare(bus);
+        obexProxy.MenuThread();
+    };
+    std::string lines = "c\n0\ns\n0\n0\n";
+    for (const Answer& answer : WayTo(menu.id)) lines += answer.line + "\n";
+    return OutputOf(run, lines + "Z\n");
+}
+
+std::size_t Count(std::string_view text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
+// How many pauses were made between each of the menu's prompts and the prompt before it.
+std::vector<std::size_t> PausesBeforePrompts(const std::string& output, const Menu& menu) {
+    std::vector<std::size_t> pauses;
+    std::size_t begin = 0;
+    for (std::size_t end; (end = output.find(" \x1b[0m", begin)) != output.npos; begin = end) {
+        end += std::string(" \x1b[0m").size();
+        const std::string_view part = std::string_view(output).substr(begin, end - begin);
+        const std::string prompt = Prompt(menu.id);
+        if (part.size() >= prompt.size() && part.substr(part.size() - prompt.size()) == prompt)
+            pauses.push_back(Count(part, kPause));
+    }
+    return pauses;
+}
+
+class MenuPauses : public testing::TestWithParam<Menu> {};
+
+TEST_P(MenuPauses, AreMadeBeforeEachPrompt) {
+    const std::string output = OutputIn(GetParam(), [](SimulatedBus& /*bus*/) {
+        sleep_substitute = [](useconds_t microseconds) {
+            PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+        };
+    });
+    EXPECT_EQ(PausesBeforePrompts(output, GetParam()), GetParam().pauses) << output;
+}
+
+TEST_P(MenuPauses, AreFollowedByACheckOfTheSession) {
+    const std::string output = OutputIn(GetParam(), [](SimulatedBus& bus) {
+        static bool answered = false;
+        write_substitute = [](const void* bytes, std::size_t count) {
+            answered |=
+                kInvalidSelection == std::string_view(static_cast<const char*>(bytes), count);
+            return RealWrite(bytes, count);
+        };
+        sleep_substitute = [&bus](useconds_t /*microseconds*/) {
+            if (!std::exchange(answered, false)) return;
+            bus.daemon().SetConnectionState(bus.daemon().Sessions().back(), 0);
+            DispatchNotices();
+        };
+    });
+    const bool is_first = GetParam().id == PromptId::kPhonebookMenu;
+    const std::string lost = is_first ? kClientLost : kPhonebookLost;
+    EXPECT_NE(output.find(kInvalidSelection + lost), output.npos) << output;
+}
+
+INSTANTIATE_TEST_SUITE_P(, MenuPauses, testing::ValuesIn(kMenus),
+                         [](const auto& row) { return RowOf(row.param.id).name; });
+
+}  // namespace
+}  // namespace morvane

@@ -1,0 +1,110 @@
+#include "app/obex_proxy.h"
+
+#include "console/console_output.h"
+#include "support/messages.h"
+#include "unit/captured_run.h"
+#include "unit/rival.h"
+#include "unit/simulated_bus.h"
+#include "unit/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+
+namespace morvane {
+namespace {
+
+using morvane_test::Banner;
+using morvane_test::Lines;
+using morvane_test::Normal;
+using morvane_test::OutputOf;
+using morvane_test::Prompt;
+using morvane_test::Red;
+using morvane_test::Rival;
+using morvane_test::Say;
+using morvane_test::SimulatedBus;
+
+// The pauses are for messages of the main thread. After a blank line the input itself asks again.
+TEST(MenuThreadTest, PausesBeforeTheBannerAndEachPromptButNotAfterABlankLine) {
+    const auto run = [] {
+        morvane_test::sleep_substitute = [](useconds_t microseconds) {
+            PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+        };
+        obexProxy.MenuThread();
+    };
+    const std::string refused = Red("No Client available, start daemon.\n");
+    const std::string asked = Normal("[200 ms]") + Prompt();
+    EXPECT_EQ(OutputOf(run, "h\nz\n\n \nq\n"), Normal("[500 ms]") + Banner() + asked + refused +
+                                                   asked + refused + asked + Prompt() + Prompt());
+}
+
+// What the menu thread prints while another removes a device, and does so as far as it can when
+// the menu thread comes to `moment`.
+std::string OutputOfARemovalAt(const std::function<void(const std::function<void()>&)>& moment) {
+    return OutputOf([&] {
+        Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
+        bool has_come = false;
+        moment([&] {
+            if (std::exchange(has_come, true)) return;
+            removal.GoAsFarAsPossible();
+        });
+        obexProxy.MenuThread();
+        removal.Join();
+        morvane_test::write_substitute = nullptr;
+    });
+}
+
+// From its start the menu thread holds the registry, but for the wait for the operator.
+TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBanner) {
+    const std::string output = OutputOfARemovalAt([](const auto& come) {
+        morvane_test::sleep_substitute = [](useconds_t /*time*/) {};
+        morvane_test::write_substitute = [come](const void* bytes, std::size_t count) {
+            come();
+            return morvane_test::RealWrite(bytes, count);
+        };
+    });
+    EXPECT_EQ(output.substr(0, Banner().size()), Banner());
+    EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+}
+
+TEST(MenuThreadTest, LetsNothingBeRemovedWhileItPausesBeforeThePrompt) {
+    const std::string output = OutputOfARemovalAt([](const auto& come) {
+        morvane_test::sleep_substitute = [come](useconds_t time) {
+            if (time == 500000) return;
+            come();
+            PROXY_Print(kNormal, "pause is over\n");
+        };
+    });
+    const std::string begin = Banner() + Normal("pause is over\n");
+    EXPECT_EQ(output.substr(0, begin.size()), begin);
+    EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+}
+
+// With lines typed ahead, the menu thread would lock the mutex again before a removal wakes up.
+TEST(MenuThreadTest, LetsAWaitingRemovalPassBeforeItAsks) {
+    const auto run = [] {
+        SimulatedBus bus;
+        obexProxy.ObjectAdded(simulator::kClientPath);
+        bus.OpenSession();
+        Rival removal([] { obexProxy.FreeClient(); });
+        // The session's file is deleted during the removal's turn.
+        morvane_test::remove_substitute = [menu_thread = gettid()](const char* /*name*/) {
+            Say(morvane_test::AwaitSleep(menu_thread) ? "file deleted" : "the menu does not wait");
+        };
+        morvane_test::sleep_substitute = [&](useconds_t time) {
+            if (time != 500000) removal.GoAsFarAsPossible();
+        };
+        obexProxy.MenuThread();
+        removal.Join();
+        morvane_test::remove_substitute = nullptr;  // the bus removes its directory
+    };
+    const std::string output = OutputOf(run, "q\n");
+    EXPECT_NE(output.find(Lines({"file deleted"}) + Prompt()), output.npos) << output;
+}
+
+}  // namespace
+}  // namespace morvane

@@ -1,0 +1,257 @@
+#include "app/obex_proxy.h"
+
+#include "console/console_output.h"
+#include "support/messages.h"
+#include "unit/captured_run.h"
+#include "unit/simulated_bus.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+// Every allocation of the process by `new` fails while this is set: nothing else makes one
+// allocation of the tool's fail.
+static std::atomic<bool> memory_is_exhausted{false};
+
+void* operator new(std::size_t size) {
+    void* const memory = memory_is_exhausted ? nullptr : std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+// Sanitizers have forms of their own of whatever is not replaced.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return memory_is_exhausted ? nullptr : std::malloc(size);
+}
+
+// Inlined where operator new is not, they look to the compiler like the wrong way to release.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+namespace morvane {
+namespace {
+
+using morvane_test::Banner;
+using morvane_test::DeviceList;
+using morvane_test::Lines;
+using morvane_test::Normal;
+using morvane_test::OutputOf;
+using morvane_test::Prompt;
+using morvane_test::Red;
+using morvane_test::Say;
+using morvane_test::SimulatedBus;
+using morvane_test::TextBox;
+using morvane_test::UseBus;
+using morvane_test::ValuePrompt;
+
+constexpr char kAddress[] = "00:1B:DC:07:31:9A";
+const std::string kClient = simulator::kClientPath;
+const std::string kFoundClient = Normal("Found Client " + kClient + "\n");
+
+std::string Found(const std::string& device) {
+    return Normal("Found Device " + device + "\n");
+}
+
+std::string Removed(const std::string& path) {
+    return Red("Removed " + path + "\n");
+}
+
+TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        for (const char* const path : {"/dev_a", "/dev_b", "/dev_c", "/dev_aa"})
+            bus.daemon().AddDevice(path, kAddress, path);
+        for (const char* const path : {"/dev_a", "/dev_b", "/dev_a", "/dev_c", "/dev_aa"})
+            obexProxy.ObjectAdded(path);
+        obexProxy.DeviceList(false);
+        obexProxy.ObjectRemoved("/dev_a");
+        obexProxy.DeviceList(false);
+    });
+    const std::string address = std::string(kAddress) + " | ";
+    EXPECT_EQ(output,
+              Found("/dev_a") + Found("/dev_b") + Found("/dev_a") + Found("/dev_c") +
+                  Found("/dev_aa") +
+                  DeviceList({address + "/dev_a", address + "/dev_b", address + "/dev_a",
+                              address + "/dev_c", address + "/dev_aa"}) +
+                  Removed("/dev_a") +
+                  DeviceList({address + "/dev_b", address + "/dev_c", address + "/dev_aa"}));
+}
+
+// Additions do not wait for the menu thread, which may be looking. ThreadSanitizer sees what may go
+// wrong, whether or not it does.
+TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
+    constexpr std::size_t kDevices = 50;
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        bus.daemon().AddDevice("/dev_1", kAddress, "Phone");
+        std::thread menu_thread([] {
+            for (std::size_t i = 0; i < kDevices; ++i) {
+                obexProxy.DeviceList(false);
+                Say(obexProxy.GetBusName().c_str());
+            }
+        });
+        for (std::size_t i = 0; i < kDevices; ++i) obexProxy.ObjectAdded("/dev_1");
+        menu_thread.join();
+        obexProxy.DeviceList(false);
+    });
+    const std::string end =
+        DeviceList(std::vector<std::string>(kDevices, "00:1B:DC:07:31:9A | Phone"));
+    ASSERT_GT(output.size(), end.size());
+    EXPECT_EQ(output.substr(output.size() - end.size()), end);
+}
+
+TEST(RegistryTest, TellsObjectsByTheirPathAlone) {
+    const std::string output = OutputOf([] {
+        for (const char* const path :
+             {"", "/", "dev_", "dev_1", "dev", "dev_/", "/a/dev_", "/a/dev_/b", "/dev", "/DEV_1",
+              "/com/veltrisonix/obex", "com/veltrisonix/obex", "/com/veltrisonix/obex/",
+              "/com/veltrisonix/obex/dev_00_11", "/com/veltrisonix/obex/session0"})
+            obexProxy.ObjectRemoved(path);
+    });
+    EXPECT_EQ(output, Removed("dev_") + Removed("dev_1") + Removed("/a/dev_") +
+                          Removed("/com/veltrisonix/obex") +
+                          Removed("/com/veltrisonix/obex/dev_00_11"));
+}
+
+TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        obexProxy.ObjectAdded(kClient);
+        bus.OpenSession();
+        const ClientProxyContext* const first = obexProxy.Client();
+        obexProxy.ObjectAdded(kClient);
+        Say(obexProxy.Client() == first ? "the same" : "another");
+        Say(obexProxy.Client()->Phonebook() == nullptr ? "without session" : "with session");
+        obexProxy.ObjectRemoved(kClient);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+    });
+    const std::string after = output.substr(output.rfind(kFoundClient));
+    const std::string file = after.substr(after.find("Removing: "));
+    EXPECT_EQ(after, kFoundClient + Normal(file.substr(0, file.find('\n') + 1)) +
+                         Lines({"another", "without session"}) + Removed(kClient) +
+                         Lines({"none"}));
+}
+
+// The menu thread is inside the replaced client: it goes before that thread asks again.
+TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
+    const auto act = [] {
+        SimulatedBus bus;
+        obexProxy.ObjectAdded(kClient);
+        bus.OpenSession();
+        bus.daemon().Hang("SetUserId");
+        Say("Beginning");
+        std::thread menu_thread([] { obexProxy.MenuThread(); });
+        bus.daemon().AwaitCall("SetUserId", morvane_test::Patience());
+        obexProxy.ObjectAdded(kClient);
+        Say("Replaced");
+        bus.daemon().Release();
+        menu_thread.join();
+        Say(obexProxy.IsRunning() ? "running" : "stopped");
+    };
+    const std::string output = OutputOf(act, "u\nme\n");
+    const std::string beginning =
+        Lines({"Beginning"}) + Banner() + Prompt() + TextBox("Enter OBEX User Id (Max 20 chars)") +
+        ValuePrompt("/User Id") + kFoundClient + Lines({"Replaced"}) + kNormal + "Removing: ";
+    const std::size_t begin = output.find(Lines({"Beginning"}));
+    ASSERT_NE(begin, std::string::npos);
+    EXPECT_EQ(output.substr(begin, beginning.size()), beginning);
+    const std::string end = "phonebook.vcf\n" + (kNormal + Prompt()) + Lines({"stopped"});
+    EXPECT_EQ(output.substr(output.size() - end.size()), end);
+}
+
+TEST(RegistryTest, IsNeverValidUnlessRunning) {
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        obexProxy.ObjectAdded(kClient);
+        bus.OpenSession();
+        PROXY_PrintNoPrompt(kNormal, "%d %d %d\n", obexProxy.Client()->IsValid(),
+                            obexProxy.IsClientValid(), obexProxy.IsValid());
+    });
+    EXPECT_NE(output.find(Normal("1 0 0\n")), output.npos) << output;
+}
+
+TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
+    const std::string output = OutputOf([] {
+        UseBus("unix:path=/nowhere/bus");
+        obexProxy.ObjectAdded(kClient);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.ObjectAdded("/dev_1");
+        const SimulatedBus bus;
+        obexProxy.ObjectAdded("/dev_2");
+        obexProxy.ObjectAdded(kClient);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.DeviceList(false);
+    });
+    const std::string reason = "Could not connect: No such file or directory\n";
+    EXPECT_EQ(output, kFoundClient + Red("Failed to allocate Client proxy. Message: " + reason) +
+                          Lines({"none"}) + Found("/dev_1") +
+                          Red("Failed to allocate Device proxy. Message: " + reason) +
+                          Found("/dev_2") + kFoundClient + Lines({"one"}) +
+                          DeviceList({"Unknown | Unknown"}));
+}
+
+TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndKeepsTheClientBefore) {
+    const std::string output = OutputOf([] {
+        const SimulatedBus bus;
+        const std::string client = kClient;
+        const std::string device = "/dev_1";
+        const auto add_without_memory = [](const std::string& path) {
+            memory_is_exhausted = true;
+            obexProxy.ObjectAdded(path);
+            memory_is_exhausted = false;
+        };
+        add_without_memory(client);
+        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        obexProxy.ObjectAdded(client);
+        const ClientProxyContext* const first = obexProxy.Client();
+        add_without_memory(client);
+        Say(obexProxy.Client() == first ? "the same" : "another");
+        add_without_memory(device);
+        obexProxy.ObjectAdded(device);
+        obexProxy.DeviceList(false);
+    });
+    const std::string failure = Red("Allocation failed: std::bad_alloc");
+    EXPECT_EQ(output, kFoundClient + failure + Lines({"none"}) + kFoundClient + kFoundClient +
+                          failure + Lines({"the same"}) + Found("/dev_1") + failure +
+                          Found("/dev_1") + DeviceList({"Unknown | Unknown"}));
+}
+
+TEST(ClientContextTest, ReturnsWhetherTheSessionIsRemoved) {
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        obexProxy.ObjectAdded(kClient);
+        ClientProxyContext& client = *obexProxy.Client();
+        Say(client.GetPathName().c_str());
+        const auto remove = [&] {
+            const bool removed = client.RemoveSession();
+            PROXY_PrintNoPrompt(kNormal, "removed: %d, session: %d\n", removed,
+                                client.Phonebook() != nullptr);
+        };
+        remove();
+        bus.OpenSession();
+        bus.daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy", 1);
+        for (int round = 0; round < 3; ++round) remove();
+    });
+    const std::string failed = "Remove Session failed GDBus.Error:com.veltrisonix.Error.";
+    EXPECT_EQ(output.find(kFoundClient + Lines({kClient, "removed: 1, session: 0"})), 0U);
+    const std::string removal = output.substr(output.find(Red(failed + "Failed: Busy\n")));
+    const std::string file = removal.substr(removal.find("Removing: "));
+    EXPECT_EQ(removal,
+              Red(failed + "Failed: Busy\n") + Lines({"removed: 0, session: 1"}) +
+                  Normal(file.substr(0, file.find('\n') + 1)) + Lines({"removed: 1, session: 0"}) +
+                  Red(failed + "DoesNotExist: No such session: " + kClient + "/client/session0\n") +
+                  Lines({"removed: 0, session: 0"}));
+}
+
+}  // namespace
+}  // namespace morvane

@@ -1,0 +1,175 @@
+#include "phonebook/phonebook_context.h"
+
+#include "console/errors.h"
+#include "support/messages.h"
+#include "support/temporary_directory.h"
+#include "unit/context_fixture.h"
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+namespace morvane_test {
+namespace {
+
+using morvane::InvalidValueException;
+using morvane::PhonebookContext;
+using morvane::ProxyException;
+using simulator::kPhonebookInterface;
+using simulator::kSessionInterface;
+using simulator::kTransferInterface;
+
+// There is nothing behind these paths.
+constexpr char kSessionPath[] = "/com/veltrisonix/obex/client/session0";
+constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
+constexpr char kOtherPath[] = "/com/veltrisonix/obex/client/session0/transfer1";
+
+class SessionContextTest : public ContextTest {
+  protected:
+    SessionContextTest() {
+        Printed([&] { phonebook_.emplace(kSessionPath); });
+    }
+
+    void TearDown() override {
+        phonebook_.reset();
+        ContextTest::TearDown();
+    }
+
+    PhonebookContext& phonebook() { return *phonebook_; }
+    std::string PrintedAtTheEnd() {
+        return Printed([&] { phonebook_.reset(); });
+    }
+
+    std::string Announced(const std::string& name, const std::string& value) {
+        return ContextTest::Announced(kSessionPath, kSessionInterface, name, value);
+    }
+
+    /// What is printed when the session's object has a property of this name, and announces it.
+    std::string AnnouncedUnforeseen(const char* name) {
+        GObject* session = nullptr;
+        const auto find = [](GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* values,
+                             gpointer found) -> gboolean {
+            *static_cast<GObject**>(found) = G_OBJECT(g_value_get_object(values));
+            return FALSE;  // removes this hook
+        };
+        g_signal_add_emission_hook(g_signal_lookup("g-properties-changed", G_TYPE_DBUS_PROXY), 0,
+                                   find, &session, nullptr);
+        Announced("Source", "'s'");
+        GParamSpec* const any = g_object_class_find_property(G_OBJECT_GET_CLASS(session), "source");
+        return Printed([&] {
+            g_signal_emit(session, g_signal_lookup("notify", G_TYPE_OBJECT),
+                          g_quark_from_string(name), any);
+        });
+    }
+
+  private:
+    std::optional<PhonebookContext> phonebook_;
+};
+
+TEST_F(SessionContextTest, KnowsItsPathAndWhetherItIsConnected) {
+    EXPECT_EQ(phonebook().GetPathName(), kSessionPath);
+    EXPECT_FALSE(phonebook().IsValid());
+    EXPECT_EQ(Announced("ConnectionState", "byte 5"), "");
+    EXPECT_TRUE(phonebook().IsValid());
+    EXPECT_EQ(Announced("ConnectionState", "byte 6"), "");
+    EXPECT_FALSE(phonebook().IsValid());
+}
+
+TEST_F(SessionContextTest, ReportsNoChangeBeforeTheProperties) {
+    std::optional<PhonebookContext> other;
+    const std::string rest = PrintedAfter(
+        Normal("Session Disconnected\n"), [&] { other.emplace("/other"); },
+        [&] {
+            daemon().Notify("/other", kPhonebookInterface, "Folder", Value("'early'"));
+            daemon().Notify("/other", kSessionInterface, "Channel", Value("uint16 7"));
+        });
+    EXPECT_EQ(rest,
+              Lines({"Source Address: Unknown", "Destination Address: Unknown",
+                     "Target UUID: Unknown", "Channel: 7", "Fixed Image Size: Not Supported"}));
+    EXPECT_EQ(ContextTest::Announced("/other", kPhonebookInterface, "Folder", "'late'"),
+              Normal("Folder: late\n"));
+}
+
+// Sessions have no property "connected" today; should one come, its changes are reported.
+TEST_F(SessionContextTest, WouldReportAChangeOfConnected) {
+    EXPECT_EQ(AnnouncedUnforeseen("connected"), Normal("Session: 0 Disconnected\n"));
+    Announced("Channel", "uint16 19");
+    Announced("ConnectionState", "byte 5");
+    EXPECT_EQ(AnnouncedUnforeseen("connected"), Normal("Session: 19 Connected\n"));
+    EXPECT_EQ(AnnouncedUnforeseen("unheard-of"), "");
+}
+
+/// The one transfer that the context holds.
+class HeldTransferTest : public SessionContextTest {
+  protected:
+    /// Announces the file of the transfer, and makes it.
+    std::string MakeFile(const std::string& path, const std::string& name) {
+        const std::string file = directory_.File(name);
+        std::ofstream(file) << "vcard";
+        ContextTest::Announced(path, kTransferInterface, "Filename", "'" + file + "'");
+        return file;
+    }
+
+    std::string Hold(const std::string& path, const std::string& properties = "@a{sv} {}") {
+        return Printed([&] { phonebook().AllocTransfer(path, Value(properties)); });
+    }
+
+  private:
+    TemporaryDirectory directory_;
+};
+
+TEST_F(HeldTransferTest, IsReplacedAndItsFileStays) {
+    EXPECT_EQ(Hold(kPath, "{'Status': <'queued'>}"), Normal("Status: queued\n"));
+    const std::string first = MakeFile(kPath, "first");
+    EXPECT_EQ(Hold(kOtherPath, "{'Status': <'active'>}"), Normal("Status: active\n"));
+    const std::string second = MakeFile(kOtherPath, "second");
+    EXPECT_EQ(ContextTest::Announced(kPath, kTransferInterface, "Status", "'complete'"), "");
+    EXPECT_EQ(ContextTest::Announced(kOtherPath, kTransferInterface, "Status", "'complete'"),
+              Normal("Status Attribute Received: complete\n"));
+    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + second + "\n"));
+    EXPECT_TRUE(std::filesystem::exists(first));
+    EXPECT_FALSE(std::filesystem::exists(second));
+}
+
+TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPathOrCannotBeReached) {
+    Hold(kPath);
+    const std::string file = MakeFile(kPath, "file");
+    const Value properties("{'Status': <'queued'>}");
+    const auto failure_at = [&](const char* path) {
+        std::string failure;
+        EXPECT_EQ(Printed([&] {
+                      try {
+                          phonebook().AllocTransfer(path, properties);
+                      } catch (const InvalidValueException& error) {
+                          failure = std::string("Value: ") + error.what();
+                      } catch (const ProxyException& error) {
+                          failure = std::string("Proxy: ") + error.what();
+                      }
+                  }),
+                  "");
+        return failure;
+    };
+    EXPECT_EQ(failure_at(""), "Value: Object Path cannot be empty");
+    bus().Kill();
+    EXPECT_EQ(failure_at(kOtherPath).find("Proxy: Failed to allocate Transfer proxy. Message: "),
+              0U);
+    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
+}
+
+TEST_F(HeldTransferTest, GoesWithoutHarmWhileItsNoticesAreHeard) {
+    const CapturedOutput output;
+    {
+        const HearingThread hearing;
+        for (int round = 0; round < 100; ++round) {
+            phonebook().AllocTransfer(kPath, nullptr);
+            daemon().Flood(kPath, kTransferInterface, "Size", 20,
+                           [](std::size_t index) { return g_variant_new_uint64(index); });
+            if (round % 2 == 1) phonebook().DropTransfer();
+        }
+    }
+    EXPECT_NE(output.Text().find(Normal("Size Attribute Received: 7\n")), std::string::npos);
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,61 @@
+#include "unit/simulated_bus.h"
+
+#include "app/obex_proxy.h"
+#include "console/console_output.h"
+
+#include <cstdlib>
+#include <mutex>
+#include <stdexcept>
+
+namespace morvane_test {
+
+void UseBus(const std::string& address) {
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+}
+
+void Say(const char* text) {
+    morvane::PROXY_PrintNoPrompt(morvane::kNormal, "%s\n", text);
+}
+
+// The bus answers only after it has passed on all that was announced before.
+void DispatchNotices() {
+    const morvane::GlibPtr<GDBusConnection> connection(
+        g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    morvane::ErrorPtr error;
+    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
+        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, morvane::Out(error)));
+    if (!reply) throw std::runtime_error(error->message);
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+}
+
+SimulatedBus::SimulatedBus() : daemon_(bus_.Address(), Options("")) {
+    UseBus(bus_.Address());
+}
+
+simulator::Options SimulatedBus::Options(const std::string& instance) const {
+    auto options = simulator::Options::Scripted();
+    options.instance = instance;
+    options.directory = directory_.Path();
+    return options;
+}
+
+void SimulatedBus::OpenSession() {
+    constexpr char kAddress[] = "00:1B:DC:07:31:9A";
+    daemon_.AddDevice("/dev_1", kAddress, "Phone");
+    morvane::ClientProxyContext& client = *morvane::obexProxy.Client();
+    std::mutex mutex;
+    if (!client.CreateSession(kAddress, morvane::MenuLock(mutex)))
+        throw std::runtime_error("no session");
+    daemon_.SetPullContent("x");
+    const auto connection = ConnectToBus(bus_.Address());
+    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
+        connection.get(), daemon_.BusName().c_str(), daemon_.Sessions().back().c_str(),
+        simulator::kPhonebookInterface, "PullAll",
+        g_variant_new_parsed("('/tmp/phonebook.vcf', @a{sv} {})"), nullptr, G_DBUS_CALL_FLAGS_NONE,
+        -1, nullptr, nullptr));
+    client.Phonebook()->AllocTransfer(daemon_.Transfers().back(), nullptr);
+}
+
+}  // namespace morvane_test
