@@ -8,7 +8,10 @@
 with_build_lock() {
     local folder=$1
     shift
-    mkdir -p "$folder"
+    if ! mkdir -p "$folder" 2>/dev/null || [ ! -w "$folder" ]; then
+        printf 'This user cannot build in %s: remove it, or make it writable\n' "$folder" >&2
+        return 1
+    fi
     (
         flock --nonblock 9 || {
             printf 'Waiting for another build in %s ...\n' "$folder" >&2

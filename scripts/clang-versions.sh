@@ -7,7 +7,7 @@ readonly clang_versions=(14 19 21)
 
 # clang_version PROGRAM: its major version; nothing if it is not installed
 clang_version() {
-    "$1" --version 2>/dev/null | sed --quiet --regexp-extended 's/.*version ([0-9]+).*/\1/p' || true
+    "$1" --version 2>/dev/null | sed --quiet --regexp-extended '/version/ { s/^[^0-9]*version ([0-9]+).*/\1/p; q }' || true
 }
 
 # find_clang PROGRAM: the command for the first of these versions that is installed, or status 1

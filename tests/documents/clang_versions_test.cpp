@@ -18,7 +18,7 @@ class ClangVersions : public testing::Test {
 
     void Install(const std::string& command, const std::string& version) const {
         std::ofstream(bin_.File(command))
-            << "#!/bin/sh\necho 'Debian clang-format version " << version << " (3+b1)'\n";
+            << "#!/bin/sh\necho 'Debian clang-format version " << version << " (version 3)'\n";
         std::filesystem::permissions(bin_.File(command), std::filesystem::perms::owner_all);
     }
 

@@ -86,6 +86,15 @@ TEST_F(Demo, EndsIfDependenciesAreMissing) {
     console.ExpectExit(1);
 }
 
+TEST_F(Demo, EndsIfItCannotWriteToItsBuildFolder) {
+    std::filesystem::remove_all(tree().File("build/demo"));
+    tree().Write("build/demo", "");
+    Console& console = Run();
+    console.Expect("This user cannot build in " + tree().File("build/demo") +
+                   ": remove it, or make it writable\n");
+    console.ExpectExit(1);
+}
+
 TEST_F(Demo, PassesTheInstanceOnToTheTool) {
     for (const char* const arguments :
          {"--instance=second", "--instance second", "--phones=1 --instance x --instance=second"}) {

@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(All, Documents, testing::ValuesIn(FindSources(kAnyDocum
 
 TEST(ExamplesReadme, NamesEveryExample) {
     Names examples;
-    for (const std::string& file : FindSources("^examples/.*\\.(keys|session)$"))
+    for (const std::string& file : FindSources("^examples/.*\\.(keys|transcript)$"))
         examples.insert(file.substr(file.find('/') + 1, file.rfind('.') - file.find('/') - 1));
     EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
 }

@@ -66,11 +66,12 @@ class InstallDependencies : public testing::Test {
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     }
 
-    Console& Run(Wiring wiring) {
+    Console& Run(Wiring wiring, const std::string& purpose = "build") {
         ConsoleOptions options;
         options.program = "/bin/sh";
         options.arguments = {"-c", "PATH=$PWD/bin exec '" +
-                                       SourcePath("scripts/install-dependencies") + "' build 2>&1"};
+                                       SourcePath("scripts/install-dependencies") + "' " + purpose +
+                                       " 2>&1"};
         options.wiring = wiring;
         options.directory = directory_.Path();
         return console_.emplace(options);
@@ -132,6 +133,13 @@ TEST_F(InstallDependencies, PrintsTheCommandForAnAdministratorWithoutSudo) {
     Console& console = Run(Wiring::kPersonsTerminal);
     console.Expect(kRefusal);
     console.ExpectExit(1);
+    EXPECT_EQ(Calls(), "");
+}
+
+TEST_F(InstallDependencies, RefusesASecondPurpose) {
+    Console& console = Run(Wiring::kPipes, "build demo");
+    console.Await("Usage: scripts/install-dependencies build|demo|");
+    console.ExpectExit(2, Console::Rest::kIgnored);
     EXPECT_EQ(Calls(), "");
 }
 
