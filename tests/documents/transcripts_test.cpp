@@ -85,7 +85,7 @@ bool EndsInPrompt(const std::string& documented) {
 }
 
 bool IsRecording() {
-    return std::getenv("MORVANE_RECORD_SESSIONS") != nullptr;
+    return std::getenv("MORVANE_RECORD_TRANSCRIPTS") != nullptr;
 }
 
 // The news of a call must not come before its result has been printed, nor a transfer move before
