@@ -12,142 +12,77 @@ const std::string kUsage =
     "Usage: morvane <options>, where <options> are:\n"
     "\t-bus[:<instance>]  - DBus bus name instance.\n";
 
-class CommandLine : public ConversationTest {
-  protected:
-    // The tool looks for the daemon under com.veltrisonix and `suffix`.
-    void ExpectBusName(const std::vector<std::string>& arguments, const std::string& suffix,
-                       Here here = Here::Now()) {
-        simulator::Options options = simulator::Options::Scripted();
-        options.instance = suffix;
-        StartDaemon(options);
-        Start(WithArguments(arguments), here);
-    }
-
-    // The tool says `message` and the usage, and nothing else happens.
-    void ExpectRefusal(const std::vector<std::string>& arguments, const std::string& message,
-                       Here here = Here::Now()) {
-        Launch(WithArguments(arguments));
-        Expect(message + kUsage, here);
-        ExpectExit(255, Console::Rest::kNone, here);
-    }
+struct CommandLineRow {
+    std::string name;
+    std::vector<std::string> arguments;
+    std::string result;  ///< the instance, or the message above the usage
 };
 
-TEST_F(CommandLine, NoArgumentsMeanNoInstance) {
-    ExpectBusName({}, "");
+void PrintTo(const CommandLineRow& row, std::ostream* stream) {
+    *stream << row.name;
 }
 
-TEST_F(CommandLine, BareSwitchMeansNoInstance) {
-    ExpectBusName({"-bus"}, "");
+class CommandLine : public ConversationTest, public testing::WithParamInterface<CommandLineRow> {};
+
+const auto kRowName = [](const auto& test) { return test.param.name; };
+
+class AcceptedCommandLine : public CommandLine {};
+
+TEST_P(AcceptedCommandLine, SelectsTheInstance) {
+    simulator::Options options = simulator::Options::Scripted();
+    options.instance = GetParam().result;
+    StartDaemon(options);
+    Start(WithArguments(GetParam().arguments));
 }
 
-TEST_F(CommandLine, EmptyInstanceMeansNone) {
-    ExpectBusName({"-bus:"}, "");
+const std::string kLongestInstance(255 - std::string("com.veltrisonix.").size(), 'a');
+
+const CommandLineRow kAccepted[] = {
+    {"NoArguments", {}, ""},
+    {"BareSwitch", {"-bus"}, ""},
+    {"EmptyInstance", {"-bus:"}, ""},
+    {"Instance", {"-bus:two"}, "two"},
+    {"InstanceOfSeveralElements", {"-bus:a.b-c"}, "a.b-c"},
+    {"InstanceUpToABlank", {"-bus:a b"}, "a"},
+    {"InstanceUpToATab", {"-bus:a\tb"}, "a"},
+    {"NothingBeforeABlank", {"-bus: a"}, ""},
+    {"NothingBeforeATab", {"-bus:\ta"}, ""},
+    {"AnythingElseAfterTheSwitch", {"-busXYZ"}, ""},
+    {"ColonLaterInTheSwitch", {"-busX:two"}, ""},
+    {"LastInstance", {"-bus:one", "-bus:two"}, "two"},
+    {"LaterSwitchesWithoutInstance", {"-bus:one", "-bus", "-busXYZ"}, "one"},
+    {"LaterEmptyInstance", {"-bus:one", "-bus:"}, ""},
+    {"LaterShorterInstance", {"-bus:longer", "-bus:two"}, "two"},
+    {"LongestBusName", {"-bus:" + kLongestInstance}, kLongestInstance},
+};
+
+INSTANTIATE_TEST_SUITE_P(, AcceptedCommandLine, testing::ValuesIn(kAccepted), kRowName);
+
+class RefusedCommandLine : public CommandLine {};
+
+TEST_P(RefusedCommandLine, PrintsTheUsage) {
+    Launch(WithArguments(GetParam().arguments));
+    Expect(GetParam().result + kUsage);
+    ExpectExit(255);
 }
 
-TEST_F(CommandLine, InstanceIsAppendedToTheBusName) {
-    ExpectBusName({"-bus:two"}, "two");
-}
+const CommandLineRow kRefusedLines[] = {
+    {"NoDash", {"bus"}, "Unrecognized command line option bus\n"},
+    {"EmptyArgument", {""}, "Unrecognized command line option \n"},
+    {"FormatInArgument", {"100%s"}, "Unrecognized command line option 100%s\n"},
+    {"UnknownSwitch", {"-x"}, "Unrecognized command line switch 'x'\n"},
+    {"LongSwitch", {"--help"}, "Unrecognized command line switch '-'\n"},
+    {"DashAlone", {"-"}, std::string("Unrecognized command line switch '") + '\0' + "'\n"},
+    {"CapitalLetter", {"-Bus"}, "Unrecognized command line switch 'B'\n"},
+    {"OneLetterOfTheSwitch", {"-b"}, ""},
+    {"TwoLettersOfTheSwitch", {"-bu"}, ""},
+    {"MisspeltSwitch", {"-bux"}, ""},
+    {"TwoMistakes", {"-bus:one", "-y", "-x"}, "Unrecognized command line switch 'y'\n"},
+    {"MistakeAfterAGoodSwitch", {"-bus:one", "two"}, "Unrecognized command line option two\n"},
+    {"InstanceOf261Characters", {"-bus:" + std::string(261, 'a')}, ""},
+};
 
-TEST_F(CommandLine, InstanceMayHaveSeveralElements) {
-    ExpectBusName({"-bus:a.b-c"}, "a.b-c");
-}
-
-TEST_F(CommandLine, InstanceEndsAtABlank) {
-    ExpectBusName({"-bus:a b"}, "a");
-}
-
-TEST_F(CommandLine, InstanceEndsAtATab) {
-    ExpectBusName({"-bus:a\tb"}, "a");
-}
-
-TEST_F(CommandLine, InstanceThatBeginsWithABlankIsEmpty) {
-    ExpectBusName({"-bus: a"}, "");
-}
-
-TEST_F(CommandLine, InstanceThatBeginsWithATabIsEmpty) {
-    ExpectBusName({"-bus:\ta"}, "");
-}
-
-TEST_F(CommandLine, AnythingElseAfterTheSwitchIsIgnored) {
-    ExpectBusName({"-busXYZ"}, "");
-}
-
-TEST_F(CommandLine, ColonLaterInTheSwitchIsIgnored) {
-    ExpectBusName({"-busX:two"}, "");
-}
-
-TEST_F(CommandLine, LastInstanceDecides) {
-    ExpectBusName({"-bus:one", "-bus:two"}, "two");
-}
-
-TEST_F(CommandLine, LaterSwitchWithoutInstanceChangesNothing) {
-    ExpectBusName({"-bus:one", "-bus", "-busXYZ"}, "one");
-}
-
-TEST_F(CommandLine, LaterEmptyInstanceWins) {
-    ExpectBusName({"-bus:one", "-bus:"}, "");
-}
-
-TEST_F(CommandLine, ShorterInstanceReplacesAllOfALongerOne) {
-    ExpectBusName({"-bus:longer", "-bus:two"}, "two");
-}
-
-TEST_F(CommandLine, ArgumentWithoutDashIsRefused) {
-    ExpectRefusal({"bus"}, "Unrecognized command line option bus\n");
-}
-
-TEST_F(CommandLine, EmptyArgumentIsRefused) {
-    ExpectRefusal({""}, "Unrecognized command line option \n");
-}
-
-TEST_F(CommandLine, ArgumentIsShownAsItIs) {
-    ExpectRefusal({"100%s"}, "Unrecognized command line option 100%s\n");
-}
-
-TEST_F(CommandLine, UnknownSwitchIsRefused) {
-    ExpectRefusal({"-x"}, "Unrecognized command line switch 'x'\n");
-}
-
-TEST_F(CommandLine, OnlyTheSwitchesFirstLetterIsShown) {
-    ExpectRefusal({"--help"}, "Unrecognized command line switch '-'\n");
-}
-
-TEST_F(CommandLine, DashAloneIsRefused) {
-    ExpectRefusal({"-"}, std::string("Unrecognized command line switch '") + '\0' + "'\n");
-}
-
-TEST_F(CommandLine, CapitalLetterIsRefused) {
-    ExpectRefusal({"-Bus"}, "Unrecognized command line switch 'B'\n");
-}
-
-TEST_F(CommandLine, SwitchOfOneLetterGetsTheUsageAlone) {
-    ExpectRefusal({"-b"}, "");
-}
-
-TEST_F(CommandLine, SwitchOfTwoLettersGetsTheUsageAlone) {
-    ExpectRefusal({"-bu"}, "");
-}
-
-TEST_F(CommandLine, MisspeltSwitchGetsTheUsageAlone) {
-    ExpectRefusal({"-bux"}, "");
-}
-
-TEST_F(CommandLine, FirstMistakeDecides) {
-    ExpectRefusal({"-bus:one", "-y", "-x"}, "Unrecognized command line switch 'y'\n");
-}
-
-TEST_F(CommandLine, MistakeAfterAGoodSwitchIsRefused) {
-    ExpectRefusal({"-bus:one", "two"}, "Unrecognized command line option two\n");
-}
-
-TEST_F(CommandLine, InstanceOf261CharactersGetsTheUsageAlone) {
-    ExpectRefusal({"-bus:" + std::string(261, 'a')}, "");
-}
-
-TEST_F(CommandLine, LongestBusNameIsTaken) {
-    const std::string instance(255 - std::string("com.veltrisonix.").size(), 'a');
-    ExpectBusName({"-bus:" + instance}, instance);
-}
+INSTANTIATE_TEST_SUITE_P(, RefusedCommandLine, testing::ValuesIn(kRefusedLines), kRowName);
 
 // The command line takes it, but there can be no such name on a bus.
 class RefusedBusNameTest : public ConversationTest,

@@ -93,6 +93,16 @@ void ConversationTest::OpenSelectedSession(Here here) {
     SelectPhonebook(0, 0, here);
 }
 
+void ConversationTest::OpenPrompt(PromptId id, Here here) {
+    if (consoles_.empty()) Start({}, here);
+    if (InSession(id)) OpenSession(0, here);
+    if (NeedsSelection(id)) SelectPhonebook(0, 0, here);
+    for (const Answer& answer : WayTo(id)) {
+        Type(answer.line, here);
+        Await(Prompt(answer.next), here);
+    }
+}
+
 void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, Here here) {
     Type("s", here);
     Await(ValuePrompt("/Select Location"), here);

@@ -63,6 +63,8 @@ class ConversationTest : public testing::Test {
     void StartInstance(const std::string& instance, Here here = Here::Now());
     /// OpenSession, then its first phone book.
     void OpenSelectedSession(Here here = Here::Now());
+    /// Start, if need be, and on to this prompt by the shortest way.
+    void OpenPrompt(PromptId id, Here here = Here::Now());
     /// From the phone book menu, and back to it.
     void SelectPhonebook(unsigned location = 0, unsigned phonebook = 0, Here here = Here::Now());
     /// From the phone book menu to the transfer menu's prompt, without filters. The daemon's pull
