@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace morvane_test {
 namespace {
@@ -31,6 +32,11 @@ class DiscoveryTest : public ConversationTest {
         daemon().AddDevice(path, kPhoneAddress, alias);
     }
 
+    void ExpectList(const std::vector<std::string>& devices, Here here = Here::Now()) {
+        Type("l", here);
+        Expect(DeviceList(devices) + Prompt(), here);
+    }
+
     /// The tool stands at the main prompt; nothing else has happened.
     void LaunchAlone(ConsoleOptions options = {}) {
         Launch(std::move(options));
@@ -47,8 +53,7 @@ TEST_F(DiscoveryTest, ReportsWhatIsThereAtTheStart) {
     Await(Red(" > "));
     const std::string output = console().Output();
     EXPECT_EQ(output.find("Found", output.rfind("Found Client")), output.rfind("Found Client"));
-    Type("l");
-    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+    ExpectList({"00:1B:DC:07:31:9A | Phone"});
 }
 
 TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
@@ -58,17 +63,14 @@ TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
     Type("l");
     Expect(kNoClient + Prompt());
     ReturnClient();
-    Type("l");
-    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+    ExpectList({"00:1B:DC:07:31:9A | Phone"});
     RemoveDevice(kDevice);
-    Type("l");
-    Expect(DeviceList({}) + Prompt());
+    ExpectList({});
     RemoveClient();
     Type("h");
     Expect(kNoClient + Prompt());
     ReturnClient();
-    Type("l");
-    Expect(DeviceList({}) + Prompt());
+    ExpectList({});
 }
 
 TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
@@ -76,18 +78,13 @@ TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
     Start();
     for (const char* const path : {"/dev_c", "/dev_a", "/dev_b"})
         AddDevice(path, "00:00:00:00:00:01", path);
-    Type("l");
-    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_a",
-                       "00:00:00:00:00:01 | /dev_b"}) +
-           Prompt());
+    ExpectList(
+        {"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_a", "00:00:00:00:00:01 | /dev_b"});
     RemoveDevice("/dev_a");
-    Type("l");
-    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b"}) + Prompt());
+    ExpectList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b"});
     AddDevice("/dev_a", "00:00:00:00:00:02", "/dev_a");
-    Type("l");
-    Expect(DeviceList({"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b",
-                       "00:00:00:00:00:02 | /dev_a"}) +
-           Prompt());
+    ExpectList(
+        {"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b", "00:00:00:00:00:02 | /dev_a"});
 }
 
 TEST_F(DiscoveryTest, TellsDevicesByTheBeginningOfTheLastElement) {
@@ -113,8 +110,7 @@ TEST_F(DiscoveryTest, IgnoresOtherObjects) {
         daemon().RemoveDevice(path);
         ExpectQuiet();
     }
-    Type("l");
-    Expect(DeviceList({}) + Prompt());
+    ExpectList({});
 }
 
 TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
@@ -126,8 +122,7 @@ TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
     other.AddDevice("/dev_other", kPhoneAddress, "Other Phone");
     Start(WithArguments({"-bus:bench.b2"}));
     EXPECT_EQ(console().Output().find("dev_other"), std::string::npos);
-    Type("l");
-    Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+    ExpectList({"00:1B:DC:07:31:9A | Phone"});
     other.AddDevice("/dev_another", kPhoneAddress, "Another Phone");
     ExpectQuiet();
     Type("u");
@@ -153,8 +148,7 @@ TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
         daemon().ReturnToBus();
         AwaitAll({FoundNotice("Client", kClient), FoundNotice("Device", kDevice)});
         ExpectQuiet();
-        Type("l");
-        Expect(DeviceList({"00:1B:DC:07:31:9A | Phone"}) + Prompt());
+        ExpectList({"00:1B:DC:07:31:9A | Phone"});
     }
 }
 
@@ -187,21 +181,6 @@ TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
     AwaitAll({kRedSequence + ("Removed " + kDevice + "\n"), Prompt()});
     Type("l");
     Await(DeviceList({"00:1B:DC:07:31:9A | /dev_2", "00:1B:DC:07:31:9A | /dev_3"}) + Prompt());
-}
-
-TEST_F(DiscoveryTest, RemovesNothingWhileASessionIsCreated) {
-    StartDaemon();
-    Publish(kDevice);
-    Start();
-    daemon().Hang("CreateSession");
-    ChooseDevice();
-    ASSERT_TRUE(daemon().AwaitCall("CreateSession", Patience()));
-    Publish("/dev_2");
-    Expect(Normal("Found Device /dev_2\n"));
-    daemon().RemoveDevice("/dev_2");
-    daemon().Release();
-    Expect(OpenedSession(kPhoneAddress));
-    AwaitAll({kRedSequence + std::string("Removed /dev_2\n"), Prompt(kPhonebookMenu)});
 }
 
 // A removal that waits gets its turn at the next prompt, however little time that leaves.
