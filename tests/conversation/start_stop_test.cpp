@@ -119,28 +119,6 @@ TEST_F(StartStopTest, ControlCEndsAtOnceWhenTheObjectManagerHasFailed) {
     console().ExpectEndBySignal(SIGINT);
 }
 
-TEST_F(StartStopTest, EndsWithTheLineAfterAControlC) {
-    StartDaemon();
-    Start();
-    Interrupt();
-    EXPECT_FALSE(console().HasEnded());
-    Type("");
-    Expect(Prompt());
-    Type("h");
-    ExpectExit(0);
-}
-
-TEST_F(StartStopTest, EndsFromTheInnermostMenuWithTheLineAfterAControlC) {
-    OpenSelectedSession();
-    PullAll("one");
-    Interrupt();
-    Type("h");
-    Expect(Red("Phonebook Access Proxy is invalid\n") +
-           Normal("Removing: " + PulledPhonebook() + "\n"));
-    ExpectExit(0);
-    ExpectCall("RemoveSession", "(objectpath '" + kOpenedSession + "',)");
-}
-
 TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
     StartDaemon();
     Start();
@@ -181,24 +159,6 @@ TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
     console().CloseInput();
     ExpectExit(0, Console::Rest::kIgnored);
     EXPECT_EQ(CountCalls("RemoveSession"), 0U);
-}
-
-// Proxies made on the menu thread notify on the main thread, also while the menu thread waits.
-TEST_F(StartStopTest, ReportsChangesWhileTheMenuThreadIsInACall) {
-    OpenSession();
-    daemon().Hang("UpdateVersion");
-    Type("u");
-    ExpectCall("UpdateVersion", "()");
-    daemon().Notify(kOpenedSession, simulator::kSessionInterface, "Source", Value("'Here'"));
-    Expect(Normal("Source Attribute Received: Here\n"));
-    daemon().Notify(kOpenedSession, simulator::kPhonebookInterface, "Folder",
-                    Value("'telecom/pb'"));
-    Expect(Normal("Folder: telecom/pb\n"));
-    daemon().ClearFaults();
-    daemon().Release();
-    Await(Prompt(kPhonebookMenu));
-    daemon().Notify(kOpenedSession, simulator::kSessionInterface, "Channel", Value("uint16 3"));
-    Expect(Notice(kPhonebookMenu, "Channel Attribute Received: 3\n"));
 }
 
 // A notification being delivered outlives the context that asked for it.
