@@ -32,40 +32,8 @@ class TransferMenuTest : public ConversationTest {
         return CountCalls("Cancel") + CountCalls("Suspend") + CountCalls("Resume");
     }
 
-    /// The tool is in a call, and holds the registry.
-    void Hang(const std::string& key = "p", const std::string& method = "Suspend",
-              Here here = Here::Now()) {
-        daemon().Hang(method);
-        Type(key, here);
-        ExpectCall(method, "()", here);
-    }
-
-    /// The call ends, refused.
-    void ReleaseRefused() {
-        daemon().AbortTransfer(Transfer());
-        Expect(Normal("Status Attribute Received: error\n"));
-        daemon().Release();
-    }
-
-    const std::string refused_ =
-        Red("Remote Call failed GDBus.Error:com.veltrisonix.Error.NotInProgress: Transfer is not "
-            "active\n");
     const std::string invalid_ = Red("Phonebook Access Proxy is invalid\n");
 };
-
-TEST_F(TransferMenuTest, ShowsItsKeysOnHelp) {
-    ExpectAnswer("h", MenuOf(PromptId::kTransfer));
-    ExpectAnswer("  help me", MenuOf(PromptId::kTransfer));
-}
-
-TEST_F(TransferMenuTest, KnowsNoOtherKeys) {
-    for (const char* const line :
-         {"C", "D", "S", "P", "R", "H", "X", "a", "1", "?", "\xc3\xa9", "  Cancel", "-x"})
-        ExpectAnswer(line, Red("Invalid Selection\n"));
-    for (const char* const line : {"", "   ", "\t"}) ExpectAnswer(line, "");
-    EXPECT_EQ(TransferCalls(), 0U);
-    EXPECT_TRUE(FileExists());
-}
 
 TEST_F(TransferMenuTest, ShowsTheStatusAnnouncedLast) {
     ExpectAnswer("s", Normal("Transfer Status: queued\n"));
@@ -145,14 +113,11 @@ TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
            Prompt(kTransferMenu) + Removing() + Prompt(kPhonebookMenu) + Prompt() + Stars());
 }
 
-class TransferMenuQuitTest : public TransferMenuTest,
-                             public testing::WithParamInterface<const char*> {};
-
-TEST_P(TransferMenuQuitTest, LeavesTheFileToTheEndOfTheSession) {
+TEST_F(TransferMenuTest, QuitLeavesTheFileToTheEndOfTheSession) {
     daemon().AbortTransfer(Transfer());
     Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"));
     daemon().Hang("RemoveSession");
-    Type(GetParam());
+    Type("q");
     ExpectCall("RemoveSession", "(objectpath '" + Session() + "',)");
     EXPECT_TRUE(FileExists());
     EXPECT_EQ(TransferCalls(), 0U);
@@ -162,35 +127,18 @@ TEST_P(TransferMenuQuitTest, LeavesTheFileToTheEndOfTheSession) {
     EXPECT_FALSE(FileExists());
 }
 
-INSTANTIATE_TEST_SUITE_P(Keys, TransferMenuQuitTest, testing::Values("q", "Q", "  quit"));
-
 TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
-    Hang();
+    daemon().Hang("Suspend");
+    Type("p");
+    ExpectCall("Suspend", "()");
     daemon().AbortTransfer(Transfer());
     Expect(Normal("Status Attribute Received: error\n"));
     Interrupt();
     daemon().Release();
-    Expect(refused_ + Removing());
+    Expect(Red("Remote Call failed GDBus.Error:com.veltrisonix.Error.NotInProgress: Transfer is "
+               "not active\n") +
+           Removing());
     ExpectExit(0);
-}
-
-TEST_F(TransferMenuTest, AsksForNoKeyWhenTheSessionWasLostInACall) {
-    Hang();
-    daemon().SetConnectionState(Session(), 4);
-    ReleaseRefused();
-    Expect(refused_ + invalid_ + Removing() + Prompt());
-}
-
-TEST_F(TransferMenuTest, RemovalsWaitForACallButNotForTheOperator) {
-    const std::string other = "/com/veltrisonix/hci0/dev_other";
-    for (const auto& [key, method] :
-         {std::pair{"p", "Suspend"}, {"r", "Resume"}, {"c", "Cancel"}}) {
-        AddDevice(other, "00:00:00:00:00:01", "Other", kTransferMenu);
-        Hang(key, method);
-        ExpectRemovalAfterTheCall(other);
-        Await(Red(" > "));  // the next prompt's, or drawn again
-        ExpectQuiet(kTransferMenu);
-    }
 }
 
 TEST_F(TransferMenuTest, LooksForTheSessionBeforeItLeavesACancelledTransfer) {
