@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <sstream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace morvane_test {
@@ -19,141 +18,116 @@ struct Choice {
 
 struct Theme {
     std::string name;
+    std::vector<std::string> methods;  ///< of the operations in whose menus it is tried
     std::vector<Choice> choices;
 };
 
 const std::string kNothing = "@a{sv} {}";
+const std::vector<std::string> kPulls = {"PullAll", "Pull"};
+const std::vector<std::string> kSelections = {"PullAll", "List", "GetSizePhonebook"};
 
-const Theme kFormats = {"Format",
-                        {{"f 0", "{'Format': <'vcard21'>}"},
-                         {"f 1", "{'Format': <'vcard30'>}"},
-                         {"f 1 f 0", "{'Format': <'vcard21'>}"},
-                         {"f 1 f 2 f x", "{'Format': <'vcard30'>}"},
-                         {"f 2", kNothing}}};
-
-const Theme kOrders = {"Order",
-                       {{"r 0", "{'Order': <'indexed'>}"},
-                        {"r 1", "{'Order': <'alphanumeric'>}"},
-                        {"r 2", "{'Order': <'phonetic'>}"},
-                        {"r 2 r 0", "{'Order': <'indexed'>}"},
-                        {"r 1 r 3 r x", "{'Order': <'alphanumeric'>}"}}};
-
-const Theme kNumbers = {"Numbers",
-                        {{"c 1", "{'MaxCount': <uint16 1>}"},
-                         {"c 65535", "{'MaxCount': <uint16 65535>}"},
-                         {"c 0x10", kNothing},
-                         {"o 65535", "{'Offset': <uint16 65535>}"},
-                         {"c 5 o 6 c 7 o 8", "{'MaxCount': <uint16 7>, 'Offset': <uint16 8>}"},
-                         {"c 5 c 0 c 65536 c x", "{'MaxCount': <uint16 5>}"},
-                         {"o 0x10", "{'Offset': <uint16 0>}"},
-                         {"o 5 o 65536 o x o 0", "{'Offset': <uint16 0>}"}}};
-
-const Theme kReset = {"Reset",
-                      {{"m", "{'ResetNewMissedCalls': <true>}"},
-                       {"m m", "{'ResetNewMissedCalls': <true>}"},
-                       {"", kNothing},
-                       {"h", kNothing}}};
-
-const Theme kFields = {"Fields",
-                       {{"a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"},
-                        {"s 1", "{'Fields': <['TEL']>}"},
-                        {"s 0 s 0", "{'Fields': <['N', 'N']>}"},
-                        {"s 2 s 0", "{'Fields': <['EMAIL', 'N']>}"},
-                        {"s 0 s 3 s x s 1", "{'Fields': <['N', 'TEL']>}"}}};
-
-const Theme kFieldsReplaced = {"FieldsReplaced",
-                               {{"a s 1", "{'Fields': <['TEL']>}"},
-                                {"s 0 a s 1", "{'Fields': <['TEL']>}"},
-                                {"s 0 a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"},
-                                {"a a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"},
-                                {"a s 3", "{'Fields': <['N', 'TEL', 'EMAIL']>}"}}};
-
-const Theme kFieldsRemoved = {"FieldsRemoved",
-                              {{"r", kNothing},
-                               {"a r", kNothing},
-                               {"s 0 r", kNothing},
-                               {"s 0 r s 1", "{'Fields': <['TEL']>}"},
-                               {"a r s 1 s 2", "{'Fields': <['TEL', 'EMAIL']>}"}}};
-
-const Theme kSelectors = {"Selectors",
-                          {{"i", kNothing},
-                           {"k 0", kNothing},
-                           {"l 0", "{'FilterAll': <@as []>}"},
-                           {"l 1", "{'FilterAny': <@as []>}"},
-                           {"i l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"},
-                           {"i l 1", "{'FilterAny': <['N', 'TEL', 'EMAIL']>}"}}};
-
-const Theme kSelectorsChosen = {"SelectorsChosen",
-                                {{"k 2 k 0 l 1", "{'FilterAny': <['EMAIL', 'N']>}"},
-                                 {"k 0 k 0 l 0", "{'FilterAll': <['N', 'N']>}"},
-                                 {"i k 1 l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL', 'TEL']>}"},
-                                 {"k 1 i l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"},
-                                 {"k 0 k 3 k x k 1 l 0", "{'FilterAll': <['N', 'TEL']>}"}}};
-
-const Theme kSelectorsRemoved = {"SelectorsRemoved",
-                                 {{"j", kNothing},
-                                  {"i j l 0", "{'FilterAll': <@as []>}"},
-                                  {"k 0 j k 1 l 0", "{'FilterAll': <['TEL']>}"},
-                                  {"i l 0 j", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"},
-                                  {"i i j l 1", "{'FilterAny': <@as []>}"}}};
-
-const Theme kFiltersSet = {
-    "FiltersSet",
-    {{"i l 0 l 1", "{'FilterAll': <['N', 'TEL', 'EMAIL']>, 'FilterAny': <['N', 'TEL', 'EMAIL']>}"},
-     {"k 0 l 0 j k 1 l 1", "{'FilterAll': <['N']>, 'FilterAny': <['TEL']>}"},
-     {"k 0 l 0 k 1 l 0", "{'FilterAll': <['N', 'TEL']>}"},
-     {"k 0 l 0 k 1 l 2 l x", "{'FilterAll': <['N']>}"}}};
-
-const Theme kFiltersUnset = {"FiltersUnset",
-                             {{"u", kNothing},
-                              {"i l 0 l 1 u", kNothing},
-                              {"i l 1 u", kNothing},
-                              {"k 1 l 0 u l 1", "{'FilterAny': <['TEL']>}"},
-                              {"m l 0 u", "{'ResetNewMissedCalls': <true>}"}}};
-
-// The fields of cards and those of selectors are chosen side by side.
-const Theme kBothLists = {
-    "BothLists",
-    {{"s 0 l 0", "{'Fields': <['N']>, 'FilterAll': <@as []>}"},
-     {"k 0 s 1 l 0", "{'Fields': <['TEL']>, 'FilterAll': <['N']>}"},
-     {"i r l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"},
-     {"s 0 j s 1 u", "{'Fields': <['N', 'TEL']>}"},
-     {"a k 0 a l 1", "{'Fields': <['N', 'TEL', 'EMAIL']>, 'FilterAny': <['N']>}"}}};
-
-const Theme kEveryKeyOfPullAll = {
-    "EveryKey",
-    {{"f 1 c 10 o 20 m s 2 k 1 l 0 k 0 l 1 h",
-      "{'Format': <'vcard30'>, 'MaxCount': <uint16 10>, 'Offset': <uint16 20>, "
-      "'ResetNewMissedCalls': <true>, 'Fields': <['EMAIL']>, 'FilterAll': <['TEL']>, "
-      "'FilterAny': <['TEL', 'N']>}"}}};
-
-const Theme kEveryKeyOfLists = {
-    "EveryKey",
-    {{"r 2 c 10 o 20 m k 1 l 0 k 0 l 1 h",
-      "{'Order': <'phonetic'>, 'MaxCount': <uint16 10>, 'Offset': <uint16 20>, "
-      "'ResetNewMissedCalls': <true>, 'FilterAll': <['TEL']>, 'FilterAny': <['TEL', 'N']>}"},
-     {"r 0 l 0 u", "{'Order': <'indexed'>}"}}};
-
-const Theme kEveryKeyOfSizes = {
-    "EveryKey",
-    {{"m k 1 l 0 k 0 l 1 h",
-      "{'ResetNewMissedCalls': <true>, 'FilterAll': <['TEL']>, 'FilterAny': <['TEL', 'N']>}"}}};
-
-const Theme kEveryKeyOfPull = {"EveryKey",
-                               {{"f 1 s 2 h", "{'Format': <'vcard30'>, 'Fields': <['EMAIL']>}"}}};
-
-// Nothing of one run of a menu is left in the next.
-const Theme kFreshLists = {"FreshEveryTime",
-                           {{"i k 0", kNothing},
-                            {"l 0", "{'FilterAll': <@as []>}"},
-                            {"m", "{'ResetNewMissedCalls': <true>}"},
-                            {"", kNothing}}};
-
-const Theme kFreshFields = {"FreshEveryTime",
-                            {{"s 0", "{'Fields': <['N']>}"},
-                             {"s 1", "{'Fields': <['TEL']>}"},
-                             {"f 0", "{'Format': <'vcard21'>}"},
-                             {"", kNothing}}};
+const Theme kThemes[] = {
+    {"Format",
+     kPulls,
+     {{"f 1 f 0", "{'Format': <'vcard21'>}"},
+      {"f 1 f 2 f x", "{'Format': <'vcard30'>}"},
+      {"f 2", kNothing}}},
+    {"Order",
+     {"List"},
+     {{"r 2 r 0", "{'Order': <'indexed'>}"}, {"r 1 r 3 r x", "{'Order': <'alphanumeric'>}"}}},
+    {"Numbers",
+     {"PullAll", "List"},
+     {{"c 1", "{'MaxCount': <uint16 1>}"},
+      {"c 65535", "{'MaxCount': <uint16 65535>}"},
+      {"o 65535", "{'Offset': <uint16 65535>}"},
+      {"c 5 o 6 c 7 o 8", "{'MaxCount': <uint16 7>, 'Offset': <uint16 8>}"},
+      {"c 5 c 0 c 65536 c x", "{'MaxCount': <uint16 5>}"},
+      {"o 5 o 65536 o x o 0", "{'Offset': <uint16 0>}"}}},
+    {"Reset", kSelections, {{"m m", "{'ResetNewMissedCalls': <true>}"}}},
+    {"Fields",
+     kPulls,
+     {{"a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"},
+      {"s 0 s 0", "{'Fields': <['N', 'N']>}"},
+      {"s 2 s 0", "{'Fields': <['EMAIL', 'N']>}"},
+      {"s 0 s 3 s x s 1", "{'Fields': <['N', 'TEL']>}"}}},
+    {"FieldsReplaced",
+     kPulls,
+     {{"s 0 a s 1", "{'Fields': <['TEL']>}"},
+      {"s 0 a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"},
+      {"a s 3", "{'Fields': <['N', 'TEL', 'EMAIL']>}"}}},
+    {"FieldsRemoved",
+     kPulls,
+     {{"r", kNothing},
+      {"a r", kNothing},
+      {"s 0 r", kNothing},
+      {"s 0 r s 1", "{'Fields': <['TEL']>}"}}},
+    {"Selectors",
+     kSelections,
+     {{"i", kNothing}, {"k 0", kNothing}, {"l 1", "{'FilterAny': <@as []>}"}}},
+    {"SelectorsChosen",
+     kSelections,
+     {{"k 2 k 0 l 1", "{'FilterAny': <['EMAIL', 'N']>}"},
+      {"k 0 k 0 l 0", "{'FilterAll': <['N', 'N']>}"},
+      {"i k 1 l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL', 'TEL']>}"},
+      {"k 1 i l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"},
+      {"k 0 k 3 k x k 1 l 0", "{'FilterAll': <['N', 'TEL']>}"}}},
+    {"SelectorsRemoved",
+     kSelections,
+     {{"j", kNothing},
+      {"i j l 0", "{'FilterAll': <@as []>}"},
+      {"k 0 j k 1 l 0", "{'FilterAll': <['TEL']>}"},
+      {"i l 0 j", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"}}},
+    {"FiltersSet",
+     kSelections,
+     {{"i l 0 l 1", "{'FilterAll': <['N', 'TEL', 'EMAIL']>, 'FilterAny': <['N', 'TEL', 'EMAIL']>}"},
+      {"k 0 l 0 j k 1 l 1", "{'FilterAll': <['N']>, 'FilterAny': <['TEL']>}"},
+      {"k 0 l 0 k 1 l 0", "{'FilterAll': <['N', 'TEL']>}"},
+      {"k 0 l 0 k 1 l 2 l x", "{'FilterAll': <['N']>}"}}},
+    {"FiltersUnset",
+     kSelections,
+     {{"u", kNothing},
+      {"i l 0 l 1 u", kNothing},
+      {"k 1 l 0 u l 1", "{'FilterAny': <['TEL']>}"},
+      {"m l 0 u", "{'ResetNewMissedCalls': <true>}"}}},
+    // The fields of cards and those of selectors are chosen side by side.
+    {"BothLists",
+     {"PullAll"},
+     {{"s 0 l 0", "{'Fields': <['N']>, 'FilterAll': <@as []>}"},
+      {"k 0 s 1 l 0", "{'Fields': <['TEL']>, 'FilterAll': <['N']>}"},
+      {"i r l 0", "{'FilterAll': <['N', 'TEL', 'EMAIL']>}"},
+      {"s 0 j s 1 u", "{'Fields': <['N', 'TEL']>}"},
+      {"a k 0 a l 1", "{'Fields': <['N', 'TEL', 'EMAIL']>, 'FilterAny': <['N']>}"}}},
+    {"EveryKey",
+     {"PullAll"},
+     {{"f 1 c 10 o 20 m s 2 k 1 l 0 k 0 l 1 h",
+       "{'Format': <'vcard30'>, 'MaxCount': <uint16 10>, 'Offset': <uint16 20>, "
+       "'ResetNewMissedCalls': <true>, 'Fields': <['EMAIL']>, 'FilterAll': <['TEL']>, "
+       "'FilterAny': <['TEL', 'N']>}"}}},
+    {"EveryKey", {"Pull"}, {{"f 1 s 2 h", "{'Format': <'vcard30'>, 'Fields': <['EMAIL']>}"}}},
+    {"EveryKey",
+     {"List", "Search"},
+     {{"r 2 c 10 o 20 m k 1 l 0 k 0 l 1 h",
+       "{'Order': <'phonetic'>, 'MaxCount': <uint16 10>, 'Offset': <uint16 20>, "
+       "'ResetNewMissedCalls': <true>, 'FilterAll': <['TEL']>, 'FilterAny': <['TEL', 'N']>}"},
+      {"r 0 l 0 u", "{'Order': <'indexed'>}"}}},
+    {"EveryKey",
+     {"GetSizePhonebook", "GetSizeListing"},
+     {{"m k 1 l 0 k 0 l 1 h",
+       "{'ResetNewMissedCalls': <true>, 'FilterAll': <['TEL']>, 'FilterAny': <['TEL', 'N']>}"}}},
+    // Nothing of one run of a menu is left in the next.
+    {"FreshSelectors",
+     kSelections,
+     {{"i k 0", kNothing},
+      {"l 0", "{'FilterAll': <@as []>}"},
+      {"m", "{'ResetNewMissedCalls': <true>}"},
+      {"", kNothing}}},
+    {"FreshFields",
+     kPulls,
+     {{"s 0", "{'Fields': <['N']>}"},
+      {"s 1", "{'Fields': <['TEL']>}"},
+      {"f 0", "{'Format': <'vcard21'>}"},
+      {"", kNothing}}},
+};
 
 std::string Print(GVariant* value) {
     return morvane::TextPtr(g_variant_print(value, TRUE)).get();
@@ -206,8 +180,27 @@ class FilterDictionaries : public ConversationTest {
     }
 };
 
+struct ThemeOfOperation {
+    Operation operation;
+    Theme theme;
+
+    [[nodiscard]] std::string Name() const { return operation.method + theme.name; }
+};
+
+void PrintTo(const ThemeOfOperation& row, std::ostream* stream) {
+    *stream << row.Name();
+}
+
+std::vector<ThemeOfOperation> AllThemes() {
+    std::vector<ThemeOfOperation> rows;
+    for (const Theme& theme : kThemes)
+        for (const std::string& method : theme.methods)
+            rows.push_back({OperationOf(method), theme});
+    return rows;
+}
+
 class FilterDictionary : public FilterDictionaries,
-                         public testing::WithParamInterface<std::tuple<Operation, Theme>> {};
+                         public testing::WithParamInterface<ThemeOfOperation> {};
 
 TEST_P(FilterDictionary, HoldsWhatWasChosen) {
     const auto& [operation, theme] = GetParam();
@@ -215,50 +208,8 @@ TEST_P(FilterDictionary, HoldsWhatWasChosen) {
     for (const Choice& choice : theme.choices) ExpectFilters(operation, choice);
 }
 
-const auto kNames = [](const auto& row) {
-    return std::get<Operation>(row.param).method + std::get<Theme>(row.param).name;
-};
-
-INSTANTIATE_TEST_SUITE_P(Fields, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("PullAll"),
-                                                          OperationOf("Pull")),
-                                          testing::Values(kFormats, kFields, kFieldsReplaced,
-                                                          kFieldsRemoved, kFreshFields)),
-                         kNames);
-INSTANTIATE_TEST_SUITE_P(
-    Selectors, FilterDictionary,
-    testing::Combine(testing::Values(OperationOf("PullAll"), OperationOf("List"),
-                                     OperationOf("GetSizePhonebook")),
-                     testing::Values(kReset, kSelectors, kSelectorsChosen, kSelectorsRemoved,
-                                     kFiltersSet, kFiltersUnset, kFreshLists)),
-    kNames);
-INSTANTIATE_TEST_SUITE_P(Numbers, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("PullAll"),
-                                                          OperationOf("List")),
-                                          testing::Values(kNumbers)),
-                         kNames);
-INSTANTIATE_TEST_SUITE_P(Orders, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("List")),
-                                          testing::Values(kOrders)),
-                         kNames);
-INSTANTIATE_TEST_SUITE_P(PullAll, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("PullAll")),
-                                          testing::Values(kBothLists, kEveryKeyOfPullAll)),
-                         kNames);
-INSTANTIATE_TEST_SUITE_P(Pull, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("Pull")),
-                                          testing::Values(kEveryKeyOfPull)),
-                         kNames);
-INSTANTIATE_TEST_SUITE_P(Lists, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("List"),
-                                                          OperationOf("Search")),
-                                          testing::Values(kEveryKeyOfLists)),
-                         kNames);
-INSTANTIATE_TEST_SUITE_P(Sizes, FilterDictionary,
-                         testing::Combine(testing::Values(OperationOf("GetSizePhonebook"),
-                                                          OperationOf("GetSizeListing")),
-                                          testing::Values(kEveryKeyOfSizes)),
-                         kNames);
+INSTANTIATE_TEST_SUITE_P(, FilterDictionary, testing::ValuesIn(AllThemes()),
+                         [](const auto& row) { return row.param.Name(); });
 
 TEST_F(FilterDictionaries, WithoutFieldsHoldEmptyLists) {
     OpenPhonebook(OperationOf("PullAll"), "(@as [],)");
