@@ -120,17 +120,8 @@ const std::vector<Change> kAbsent = {
     {kPhonebookInterface, "SupportedFeatures", "'1'", "Supported Features: 0"},
 };
 
-TEST_F(SessionNotices, ComeForInvalidatedPropertiesToo) {
-    for (const Change& change : kAbsent) {
-        daemon().Invalidate(Session(), change.interface, change.property);
-        ExpectLine(change.line);
-    }
-    daemon().Invalidate(Session(), kPhonebookInterface, "SupportedPhonebooks");
-    ExpectQuiet(kPhonebookMenu);
-}
-
-// Such a value never reaches the tool, only that there is one.
-TEST_F(SessionNotices, IgnoreValuesOfAnotherType) {
+// A value of another type never reaches the tool, only that there is one.
+TEST_F(SessionNotices, ComeForInvalidatedPropertiesAndThoseOfAnotherType) {
     console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
     Notify(kPhonebookInterface, "SupportedPhonebooks", "uint32 2");
     for (const char* const name : {"Local", "SIM", "Speed Dial", "Favorites"})
@@ -143,6 +134,8 @@ TEST_F(SessionNotices, IgnoreValuesOfAnotherType) {
         Notify(change.interface, change.property, change.value);
         ExpectLine(change.line);
     }
+    daemon().Invalidate(Session(), kPhonebookInterface, "SupportedPhonebooks");
+    ExpectQuiet(kPhonebookMenu);
 }
 
 TEST_F(SessionNotices, DoNotComeForAnythingElse) {
@@ -157,7 +150,7 @@ TEST_F(SessionNotices, DoNotComeForAnythingElse) {
                     Value("'another session'"));
     ExpectQuiet(kPhonebookMenu);
     Type("u");
-    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
+    Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
 TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
@@ -170,7 +163,7 @@ TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
     Notify(kSessionInterface, "Source", "'s'");
     Expect(Notice("/Select Phonebook", "Source Attribute Received: s\n"));
     Type("0");
-    Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu));
+    Expect(Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
 }
 
 // The menu thread waits for the daemon with the registry locked; notices need no lock.
@@ -183,7 +176,7 @@ TEST_F(SessionNotices, ComeWhileACallHangs) {
     Notify(kSessionInterface, "Target", "'t'");
     Expect(Normal("Target Attribute Received: t\n"));
     daemon().Release();
-    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
+    Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
 TEST_F(SessionNotices, EndWithTheSession) {
@@ -197,12 +190,6 @@ TEST_F(SessionNotices, EndWithTheSession) {
 
 GVariant* NumberedFolder(std::size_t number) {
     return g_variant_new_string(("f" + std::to_string(number)).c_str());
-}
-
-TEST_F(SessionNotices, LoseNothingInAFlood) {
-    constexpr std::size_t kCount = 2000;
-    daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
-    for (std::size_t i = 0; i < kCount; ++i) ExpectLine("Folder: f" + std::to_string(i));
 }
 
 // Each notice stands whole in the output: at a prompt, which is drawn again, or between messages.
@@ -227,7 +214,7 @@ TEST_F(SessionNotices, AreNotTornByTheMenusOwnOutput) {
     daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
     Await("Folder: f" + std::to_string(kCount - 1) + "\n");
     Type("?");
-    Await(Red("Invalid Selection\n") + Prompt(kPhonebookMenu));
+    Await(Red("Invalid Selection\n") + kPhonebookPrompt);
     ExpectWholeNotices(console().Output(), kCount);
 }
 

@@ -2,7 +2,6 @@
 
 #include "support/bus_monitor.h"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -13,31 +12,17 @@ using simulator::kAnyPath;
 using simulator::kPhonebookInterface;
 using simulator::kSessionInterface;
 
-const std::string kPhonebookGone = Red("Phonebook Access Proxy is invalid\n") + Prompt();
-
 class SessionTest : public ConversationTest {
   protected:
     void OverrideEverywhere(const char* interface, const char* property, const char* value) {
         daemon().OverrideProperty(kAnyPath, interface, property, Value(value));
     }
-
-    // Leads to the transfer menu; the transfer has ended and is silent from now on.
-    void HoldTransfer(Here here = Here::Now()) {
-        OpenSelectedSession(here);
-        PullAll("BEGIN:VCARD", here);
-        daemon().AbortTransfer(Transfer());
-        Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"), here);
-        ASSERT_TRUE(std::filesystem::exists(PulledPhonebook()));
-    }
-
-    std::string Removing() const { return "Removing: " + PulledPhonebook() + "\n"; }
-    bool FileIsThere() const { return std::filesystem::exists(PulledPhonebook()); }
 };
 
 TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     Start();
     ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + Prompt(kPhonebookMenu));
+    Expect(OpenedSession(kPhoneAddress) + kPhonebookPrompt);
     Type("x");
     Expect(Prompt());
 
@@ -49,136 +34,54 @@ TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
     ChooseDevice();
     Expect(Lines({"Session Connected", "Source Address: source %s%n", "Destination Address: ",
                   "Target UUID: target", "Channel: 65535", "Fixed Image Size: Not Supported"}) +
-           Prompt(kPhonebookMenu));
-}
-
-TEST_F(SessionTest, NamesAbsentPropertiesUnknown) {
-    Start();
-    for (const char* const property : {"Source", "Destination", "Target", "Channel"})
-        daemon().HideProperty(kAnyPath, kSessionInterface, property);
-    daemon().HideProperty(kAnyPath, kPhonebookInterface, "FixedImageSize");
-    ChooseDevice();
-    Expect(UnknownSession("Connected") + Prompt(kPhonebookMenu));
-}
-
-TEST_F(SessionTest, TreatsPropertiesOfAnotherTypeAsAbsent) {
-    Start();
-    console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
-    OverrideEverywhere(kSessionInterface, "Source", "uint32 7");
-    OverrideEverywhere(kSessionInterface, "Destination", "['a', 'b']");
-    OverrideEverywhere(kSessionInterface, "Target", "objectpath '/target'");
-    OverrideEverywhere(kSessionInterface, "Channel", "'19'");
-    OverrideEverywhere(kSessionInterface, "ConnectionState", "uint32 5");
-    OverrideEverywhere(kPhonebookInterface, "FixedImageSize", "1");
-    ChooseDevice();
-    Expect(UnknownSession("Disconnected") + kClientGone + Prompt());
+           kPhonebookPrompt);
 }
 
 TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
     Start();
-    for (const char* const state : {"byte 0", "byte 4", "byte 6", "byte 255"}) {
-        OverrideEverywhere(kSessionInterface, "ConnectionState", state);
+    console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
+    const auto expect_loss = [this] {
         ChooseDevice();
         Expect(Normal("Session Disconnected\n"));
         Await(Normal("Fixed Image Size: Supported\n"));
         Expect(kClientGone + Prompt());
+    };
+    for (const char* const state : {"byte 0", "byte 4", "byte 6", "byte 255", "uint32 5"}) {
+        OverrideEverywhere(kSessionInterface, "ConnectionState", state);
+        expect_loss();
     }
-    EXPECT_EQ(CountCalls("RemoveSession"), 4U);
     daemon().HideProperty(kAnyPath, kSessionInterface, "ConnectionState");
-    ChooseDevice();
-    Expect(Normal("Session Disconnected\n"));
-    Await(kClientGone + Prompt());
+    expect_loss();
+    EXPECT_EQ(CountCalls("RemoveSession"), 6U);
 }
 
 TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
     Start();
     daemon().Reply("CreateSession", Value("(objectpath '/elsewhere',)"));
     ChooseDevice();
-    Expect(UnknownSession("Disconnected") + Red("Client Proxy is invalid\n") +
+    Expect(UnknownSession("Disconnected") + kClientGone +
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
                "No such session: /elsewhere\n") +
            Prompt());
     ExpectCall("RemoveSession", "(objectpath '/elsewhere',)");
 }
 
-TEST_F(SessionTest, BelongsToTheInstance) {
-    StartInstance("bench");
-    ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + Prompt(kPhonebookMenu));
-    SelectPhonebook();
-    Type("x");
-    ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
-    Expect(Prompt());
-}
-
-TEST_F(SessionTest, SaysNothingOfALostConnectionUntilTheNextKey) {
-    OpenSelectedSession();
-    daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kPhonebookMenu);
-    Type("g");
-    Expect(kClientGone + Prompt());
-    EXPECT_EQ(CountCalls("GetSize"), 0U);
-    ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
-}
-
 TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
     OpenSession();
-    daemon().SetConnectionState(Session(), 0);
+    LoseConnection(kPhonebookMenu);
     daemon().SetConnectionState(Session(), 5);
     ExpectQuiet(kPhonebookMenu);
     Type("u");
-    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
-    daemon().Invalidate(Session(), kSessionInterface, "ConnectionState");
-    ExpectQuiet(kPhonebookMenu);
-    Type("u");
-    Expect(kClientGone + Prompt());
+    Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
 TEST_F(SessionTest, StartsWithoutSelectionEachTime) {
-    OpenSession();
-    Type("g");
-    Expect(Red("No Phonebook selected\n") + Prompt(kPhonebookMenu));
-    SelectPhonebook();
+    OpenSelectedSession();
     Type("x");
     Expect(Prompt());
     OpenSession();
     Type("g");
-    Expect(Red("No Phonebook selected\n") + Prompt(kPhonebookMenu));
-}
-
-TEST_F(SessionTest, DeletesTheHeldFileWhenItIsRemoved) {
-    HoldTransfer();
-    LoseConnection(kTransferMenu);
-    Type("s");
-    Expect(Red("Phonebook Access Proxy is invalid\n") + Normal(Removing()) + Prompt());
-    EXPECT_FALSE(FileIsThere());
-}
-
-TEST_F(SessionTest, DeletesTheHeldFileWhenTheDaemonDies) {
-    HoldTransfer();
-    daemon().Crash();
-    AwaitAll({Removing(), "Removed /com/veltrisonix/obex\n",
-              std::string("Removed ") + kPhonePath + "\n"});
-    EXPECT_FALSE(FileIsThere());
-    Type("s");
-    Await(kPhonebookGone);
-    EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
-}
-
-// Whatever still listened for the session would report that its properties are gone.
-TEST_F(SessionTest, LeavesNothingBehindThatHearsTheDaemonGo) {
-    OpenSession();
-    const std::string session = Session();
-    Type("x");
-    Expect(Prompt());
-    daemon().Notify(session, kSessionInterface, "Source", Value("'nobody hears this'"));
-    ExpectQuiet();
-    daemon().Crash();
-    AwaitAll({"Removed /com/veltrisonix/obex\n", std::string("Removed ") + kPhonePath + "\n"});
-    daemon().ReturnToBus();
-    AwaitAll({"Found Client /com/veltrisonix/obex\n", std::string("Found Device ") + kPhonePath});
-    EXPECT_EQ(console().Output().find("Attribute Received"), std::string::npos);
-    EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
+    Expect(Red("No Phonebook selected\n") + kPhonebookPrompt);
 }
 
 // A bus that, from a moment on, lets nobody make a proxy.
@@ -242,19 +145,12 @@ TEST_F(UnreachableObjectTest, SessionIsReportedByTheMainMenu) {
 TEST_F(UnreachableObjectTest, TransferIsReportedByThePhonebookMenu) {
     OpenSelectedSession();
     RefuseProxies();
-    daemon().SetPullContent("BEGIN:VCARD");
-    Type("a");
-    Await(Prompt(kFilterMenu));
-    Type("d");
-    ExpectFailure("Transfer", Prompt(kPhonebookMenu));
-    Type("p");
-    Await(ValuePrompt("/vCard Handle"));
-    Type("1");
-    Await(Prompt(kFilterMenu));
-    Type("d");
-    ExpectFailure("Transfer", Prompt(kPhonebookMenu));
-    Type("u");
-    Expect(Normal("Counters updated\n") + Prompt(kPhonebookMenu));
+    for (const std::string method : {"PullAll", "Pull"}) {
+        for (const std::string& line : OperationOf(method).lines) Type(line);
+        Await(Prompt(kFilterMenu));
+        Type("d");
+        ExpectFailure("Transfer", kPhonebookPrompt);
+    }
 }
 
 }  // namespace
