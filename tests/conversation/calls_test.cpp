@@ -21,15 +21,10 @@ class EveryOperation : public ConversationTest, public testing::WithParamInterfa
 
     // The next output is the result.
     void Perform(Here here = Here::Now()) {
-        const std::vector<std::string> lines = GetParam().AllLines();
-        for (const std::string& line : lines) {
-            const bool opens_filters = line == lines.back() && GetParam().filters;
-            if (opens_filters)
-                Await(Prompt(kFilterMenu), here);
-            else if (&line != &lines.front())
-                Await(Red(" ? "), here);
-            Type(line, here);
-        }
+        Begin(GetParam(), here);
+        if (!GetParam().filters) return;
+        Await(Prompt(kFilterMenu), here);
+        Type("d", here);
     }
 };
 

@@ -38,8 +38,8 @@ class DiscoveryTest : public ConversationTest {
     }
 
     /// The tool stands at the main prompt; nothing else has happened.
-    void LaunchAlone(ConsoleOptions options = {}) {
-        Launch(std::move(options));
+    void LaunchAlone() {
+        Launch();
         Expect(Red("Run menu\n") + Banner() + Prompt());
     }
 };

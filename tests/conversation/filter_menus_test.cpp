@@ -28,16 +28,8 @@ class FilterMenu : public FilterMenus, public testing::WithParamInterface<Operat
     const std::string& Method() const { return GetParam().method; }
     PromptId Filters() const { return *GetParam().filters; }
 
-    // The next output is the menu, or what prevents it.
-    void Begin(Here here = Here::Now()) {
-        for (const std::string& line : GetParam().lines) {
-            if (&line != &GetParam().lines.front()) Await(Red(" ? "), here);
-            Type(line, here);
-        }
-    }
-
     void OpenMenu(Here here = Here::Now()) {
-        Begin(here);
+        Begin(GetParam(), here);
         Expect(Asking(Filters()), here);
     }
 
@@ -89,7 +81,7 @@ TEST_P(FilterMenu, FetchesTheFieldsOnlyIfThereAreNone) {
 TEST_P(FilterMenu, IsNotShownWhenTheFieldsAreRefused) {
     OpenPhonebook(Method());
     daemon().Refuse("ListFilterFields", "com.veltrisonix.Error.Failed", "enough", 1);
-    Begin();
+    Begin(GetParam());
     Expect(kRefused + kPhonebookPrompt);
     EXPECT_EQ(CountCalls(Method()), 0U);
     OpenMenu();
@@ -100,7 +92,7 @@ TEST_P(FilterMenu, IsNotShownWhenTheFieldsAreRefused) {
 TEST_P(FilterMenu, EndsAsIfDoneAfterAnInterruptBeforeTheFirstPrompt) {
     OpenPhonebook(Method());
     daemon().Hang("ListFilterFields", 1);
-    Begin();
+    Begin(GetParam());
     ExpectCall("ListFilterFields", "()");
     Interrupt();
     daemon().Release();

@@ -112,6 +112,13 @@ void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, He
     Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu), here);
 }
 
+void ConversationTest::Begin(const Operation& operation, Here here) {
+    for (const std::string& line : operation.lines) {
+        if (&line != &operation.lines.front()) Await(Red(" ? "), here);
+        Type(line, here);
+    }
+}
+
 void ConversationTest::PullAll(const std::string& content, Here here) {
     daemon_->SetPullContent(content);
     Type("a", here);
@@ -171,16 +178,6 @@ void ConversationTest::HangInCall(Here here) {
     Await(ValuePrompt("/User Id"), here);
     Type("me", here);
     ExpectCall("SetUserId", "('me',)", here);
-}
-
-void ConversationTest::ExpectRemovalAfterTheCall(const std::string& device, Here here) {
-    const std::string removal = kRedSequence + ("Removed " + device + "\n");
-    const std::size_t begin = console().Output().size();
-    daemon_->RemoveDevice(device);
-    daemon_->Release();
-    Await(removal, here);
-    if (console().Output().compare(begin, removal.size(), removal) == 0)
-        FailTest(here, "the removal was reported before the call's result");
 }
 
 void ConversationTest::RemoveClient(const std::string& segment, Here here) {

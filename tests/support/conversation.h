@@ -67,6 +67,9 @@ class ConversationTest : public testing::Test {
     void OpenPrompt(PromptId id, Here here = Here::Now());
     /// From the phone book menu, and back to it.
     void SelectPhonebook(unsigned location = 0, unsigned phonebook = 0, Here here = Here::Now());
+    /// Types the operation's lines, each at its prompt. The next output is the filter menu, or the
+    /// result.
+    void Begin(const Operation& operation, Here here = Here::Now());
     /// From the phone book menu to the transfer menu's prompt, without filters. The daemon's pull
     /// content is `content`.
     void PullAll(const std::string& content, Here here = Here::Now());
@@ -99,10 +102,6 @@ class ConversationTest : public testing::Test {
 
     /// At the main prompt: puts the tool into a call, which hangs until `daemon().Release()`.
     void HangInCall(Here here = Here::Now());
-    /// The tool is in a call that hangs, and may be using what goes: the device, which is there,
-    /// goes, the call is answered, and only after the call's result is the removal reported.
-    void ExpectRemovalAfterTheCall(const std::string& device, Here here = Here::Now());
-
     /// Awaits that the tool has dealt with all that the daemon has announced so far, and shows that
     /// nothing has been printed since the last consumed byte: the daemon announces and removes a
     /// device, which must be the very next output under the standing prompt `segment`. (The tool
