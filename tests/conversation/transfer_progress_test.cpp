@@ -69,16 +69,6 @@ TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannot
     ExpectQuiet();
 }
 
-TEST_F(TransferProgressTest, AFloodLeavesEveryPercentageInItsPlace) {
-    FollowTransfer();
-    daemon().Flood(Transfer(), kTransferInterface, "Transferred", 2001, [](std::size_t index) {
-        return g_variant_new_uint64(index < 1001 ? index : 2000 - index);
-    });
-    for (int percent = 1; percent <= 100; ++percent)
-        ExpectNotice("Transferred Percent: " + std::to_string(percent) + "%");
-    ExpectQuiet(kTransferMenu);
-}
-
 TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
     FollowTransfer();
     daemon().Reply("Cancel", Value("()"));

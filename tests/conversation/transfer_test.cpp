@@ -32,13 +32,6 @@ class TransferTest : public ConversationTest {
         Type(line, here);
         Expect(messages + Prompt(kTransferMenu), here);
     }
-
-    void ExpectTransferCall(const std::string& method, Here here = Here::Now()) {
-        ExpectCall(kTransferInterface + ("." + method), "()", here);
-        const simulator::Call call = daemon().Calls().back();
-        EXPECT_EQ(call.path, Transfer());
-        EXPECT_EQ(call.method, method);
-    }
 };
 
 TEST_F(TransferTest, BeginsWithThePropertiesFromTheReply) {
@@ -63,31 +56,6 @@ TEST_F(TransferTest, PrintsTheReplysEntriesAndKeepsTheSizeAlone) {
     ExpectAnswer("s", Normal("Transfer Status: \n"));
     Type("x");
     Expect(Red("Filename property not set!") + kPhonebookPrompt);
-}
-
-TEST_F(TransferTest, CallsTheTransfersObject) {
-    OpenSelectedSession();
-    PullAll("first");
-    Type("x");
-    Await(Prompt(kPhonebookMenu));
-    PullAll("second");
-    for (const char* const method : {"Suspend", "Resume", "Cancel"})
-        daemon().Reply(method, Value("()"));
-    ExpectAnswer("p", "");
-    ExpectTransferCall("Suspend");
-    ExpectAnswer("r", "");
-    ExpectTransferCall("Resume");
-    ExpectAnswer("c", Normal("Removing: " + PulledPhonebook() + "\n"));
-    ExpectTransferCall("Cancel");
-    EXPECT_EQ(daemon().Transfers().size(), 2U);
-}
-
-TEST_F(TransferTest, ShowsTheBusErrorsAsTheyAre) {
-    OpenSelectedSession();
-    PullAll("");
-    daemon().Reply("Resume", Value("('unasked',)"));
-    ExpectAnswer(
-        "r", Red("Remote Call failed Method “Resume” returned type “(s)”, but expected “()”\n"));
 }
 
 class TransferOfAnInstanceTest : public TransferTest {
