@@ -14,11 +14,9 @@ const Texts& kLocations = RowOf(PromptId::kLocation).choices;
 const Texts kSimPhonebooks = {"pb", "cch", "ich", "och", "mch"};
 const Texts& kInternalPhonebooks = RowOf(PromptId::kPhonebook).choices;
 
-const std::string kSelected = Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu);
-const std::string kInvalidLocation = Red("Invalid location selected\n") + Prompt(kPhonebookMenu);
-const std::string kInvalidPhonebook = Red("Invalid phone book selected\n") + Prompt(kPhonebookMenu);
-const std::string kNothingSelected = Red("No Phonebook selected\n") + Prompt(kPhonebookMenu);
-const std::string kSize = Normal("Phonebook Size 7\n") + Prompt(kPhonebookMenu);
+const std::string kSelected = Normal("Phonebook selected successfully\n") + kPhonebookPrompt;
+const std::string kNothingSelected = Red("No Phonebook selected\n") + kPhonebookPrompt;
+const std::string kSize = Normal("Phonebook Size 7\n") + kPhonebookPrompt;
 
 class SelectionTest : public ConversationTest {
   protected:
@@ -56,39 +54,37 @@ class SelectionTest : public ConversationTest {
     }
 };
 
-TEST_F(SelectionTest, OffersSevenPhonebooksInInternalMemory) {
+TEST_F(SelectionTest, IsNeededForAllButUpdateAndFields) {
+    OpenSession();
+    daemon().Reply("ListFilterFields", Value("(['N'],)"));
+    for (const KeyRow& row : KeysOf(PromptId::kPhonebookMenu))
+        if (row.needs_selection) Answer({row.key}, kNothingSelected);
+    Answer("u", Normal("Counters updated\n") + kPhonebookPrompt);
+    Answer("f", Heading("Filter Fields") + Lines({" N"}) + kPhonebookPrompt);
+    EXPECT_EQ(daemon().Calls().size(), 3U);
+}
+
+TEST_F(SelectionTest, OffersFewerPhonebooksOnASim) {
     OpenSession();
     SelectEach(0, kInternalPhonebooks);
-    EXPECT_EQ(daemon().Calls().back().path, Session());
-}
-
-TEST_F(SelectionTest, OffersFivePhonebooksOnEachSim) {
-    OpenSession();
     SelectEach(1, kSimPhonebooks);
     SelectEach(2, kSimPhonebooks);
-}
-
-TEST_F(SelectionTest, RefusesThePhonebooksThatNoSimHas) {
-    OpenSession();
-    for (const char* const answer : {"5", "6"}) {
-        AskForLocation();
-        ChooseLocation("2", kSimPhonebooks);
-        Answer(answer, kInvalidPhonebook);
-    }
-    Answer("g", kNothingSelected);
-    EXPECT_EQ(CountCalls("Select"), 0U);
+    EXPECT_EQ(daemon().Calls().back().path, Session());
 }
 
 TEST_F(SelectionTest, IsKeptWhenALaterChoiceIsRefused) {
     OpenSession();
     SelectPhonebook();
     AskForLocation();
-    Answer("3", kInvalidLocation);
+    Answer("3", Red("Invalid location selected\n") + kPhonebookPrompt);
     Answer("g", kSize);
-    AskForLocation();
-    ChooseLocation("1", kSimPhonebooks);
-    Answer("5", kInvalidPhonebook);
-    Answer("g", kSize);
+    for (const char* const only_internal : {"5", "6"}) {
+        AskForLocation();
+        ChooseLocation("2", kSimPhonebooks);
+        Answer(only_internal, Red("Invalid phone book selected\n") + kPhonebookPrompt);
+        Answer("g", kSize);
+    }
+    EXPECT_EQ(CountCalls("Select"), 1U);
 }
 
 TEST_F(SelectionTest, IsLostWhenTheDaemonRefuses) {
@@ -100,9 +96,8 @@ TEST_F(SelectionTest, IsLostWhenTheDaemonRefuses) {
     ChooseLocation("1", kSimPhonebooks);
     Answer("0", Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Forbidden: "
                     "Phone is locked\n") +
-                    Prompt(kPhonebookMenu));
+                    kPhonebookPrompt);
     Answer("g", kNothingSelected);
-    for (const char* const key : {"a", "p"}) Answer(key, kNothingSelected);
     SelectPhonebook();
     Answer("g", kSize);
 }
@@ -120,7 +115,7 @@ TEST_F(SelectionTest, KeepsErrorsInEnglish) {
     ChooseLocation("0", kInternalPhonebooks);
     Answer("0",
            Red("Remote Call failed: Method “Select” returned type “(s)”, but expected “()”\n") +
-               Prompt(kPhonebookMenu));
+               kPhonebookPrompt);
 }
 
 }  // namespace
