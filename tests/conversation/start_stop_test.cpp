@@ -19,16 +19,12 @@ const std::string kOpenedSession = kClient + "/client/session0";
 
 class StartStopTest : public ConversationTest {
   protected:
-    void LaunchUntilPrompt() {
-        Launch();
-        Expect(Red("Run menu\n") + Banner() + Prompt());
-    }
-
     /// The main prompt stands, but the main thread is still asking for the daemon's objects.
     void LaunchWithoutAnswer() {
         StartDaemon().Hang("GetManagedObjects");
         BusMonitor monitor(bus().Address(), "GetManagedObjects");
-        LaunchUntilPrompt();
+        Launch();
+        Expect(Red("Run menu\n") + Banner() + Prompt());
         monitor.AwaitCall();
     }
 
@@ -47,22 +43,14 @@ class StartStopTest : public ConversationTest {
     }
 };
 
-struct Farewell {
-    const char* name;
-    const char* bytes;
-};
+class LateDiscoveryTest : public StartStopTest, public testing::WithParamInterface<const char*> {};
 
-class LateDiscoveryTest : public StartStopTest, public testing::WithParamInterface<Farewell> {};
-
-INSTANTIATE_TEST_SUITE_P(, LateDiscoveryTest,
-                         testing::Values(Farewell{"AtQuit", "q\n"},
-                                         Farewell{"AtTheEndOfInput", "\x04"}),
-                         [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(QuitOrEndOfInput, LateDiscoveryTest, testing::Values("q\n", "\x04"));
 
 TEST_P(LateDiscoveryTest, Ends) {
     LaunchWithoutAnswer();
     const std::ptrdiff_t threads = Threads();
-    console().TypeBytes(GetParam().bytes);
+    console().TypeBytes(GetParam());
     AwaitThreads(threads - 1);
     daemon().Release();
     Expect(Normal("Found Client " + kClient + "\n"));
@@ -182,6 +170,40 @@ TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
     Await("Channel Attribute Received: ");
     Type("x");
     Await(Prompt());
+}
+
+// At every prompt, see robustness/input_torture_test.cpp.
+class ShutDown : public ConversationTest {};
+
+TEST_F(ShutDown, QuitsWhenInputEndedBeforeAnythingElse) {
+    Launch(Wired(Wiring::kPipes));
+    console().CloseInput();
+    Await(Banner() + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, QuitsOnALineTypedBeforeThePrompt) {
+    Launch();
+    Type("q");
+    Await(Banner() + Prompt());
+    ExpectExit(0);
+}
+
+TEST_F(ShutDown, InterruptInTheStartPauseEndsToo) {
+    StartDaemon();
+    Launch();
+    Await("Found Client ");
+    Interrupt();
+    Type("h");
+    ExpectExit(0, Console::Rest::kIgnored);
+}
+
+TEST_F(ShutDown, OtherSignalsKeepTheirMeaning) {
+    for (const int number : {SIGTERM, SIGQUIT}) {
+        Start();
+        console().Signal(number);
+        console().ExpectEndBySignal(number);
+    }
 }
 
 }  // namespace
