@@ -69,20 +69,6 @@ TEST_F(DevicesTest, ShowsAddressAndAlias) {
     Expect(Red("Invalid Client selected\n") + Prompt());
 }
 
-TEST_F(DevicesTest, AreChosenByTheirNumber) {
-    StartWithoutDevices();
-    Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>}");
-    Add("/dev_2", "{'Address': <'00:11:22:33:44:66'>}");
-    daemon().Refuse("CreateSession", "com.veltrisonix.Error.Failed", "No");
-    unsigned number = 0;
-    for (const std::string address : {"00:11:22:33:44:55", "00:11:22:33:44:66"}) {
-        ChooseDevice(number++);
-        ExpectCall("CreateSession",
-                   "('" + address + "', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
-        Await(Prompt());
-    }
-}
-
 TEST_F(DevicesTest, ShowsWhatTheDaemonAnnouncedLast) {
     StartWithoutDevices();
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Old'>}");

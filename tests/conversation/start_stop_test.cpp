@@ -8,9 +8,9 @@
 #include <csignal>
 #include <filesystem>
 #include <future>
+#include <iterator>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace morvane_test {
 namespace {

@@ -1,5 +1,6 @@
 #include "support/conversation.h"
 
+#include <chrono>
 #include <string>
 
 namespace morvane_test {

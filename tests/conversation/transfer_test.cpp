@@ -1,9 +1,7 @@
 #include "support/conversation.h"
 
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <vector>
 
 namespace morvane_test {
 namespace {
