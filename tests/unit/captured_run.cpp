@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <csignal>
@@ -47,9 +48,12 @@ Pipe FilledPipe(const std::string& bytes) {
 
 // Whether there is something to read, or the end, before the deadline.
 bool AwaitPacket(int descriptor, std::chrono::steady_clock::time_point deadline) {
-    const auto left = std::chrono::ceil<Duration>(deadline - std::chrono::steady_clock::now());
-    pollfd wait = {descriptor, POLLIN, 0};
-    return poll(&wait, 1, std::max(0, static_cast<int>(left.count()))) > 0;
+    for (;;) {
+        const auto left = std::chrono::ceil<Duration>(deadline - std::chrono::steady_clock::now());
+        pollfd wait = {descriptor, POLLIN, 0};
+        const int ready = poll(&wait, 1, std::max(0, static_cast<int>(left.count())));
+        if (ready >= 0 || errno != EINTR) return Checked(ready, "poll") > 0;
+    }
 }
 
 // Up to the end, or to the deadline if there is none by then.
