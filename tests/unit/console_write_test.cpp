@@ -13,16 +13,13 @@
 #include <string>
 #include <vector>
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Normal;
-using morvane_test::OutputOf;
-using morvane_test::RealWrite;
-using morvane_test::Red;
-using morvane_test::Rival;
-using morvane_test::write_substitute;
-using morvane_test::WritesOf;
+using morvane::kNormal;
+using morvane::PROXY_Print;
+using morvane::PROXY_Prompt;
+
 using Writes = std::vector<std::string>;
 
 struct ConsoleCall {
@@ -32,9 +29,9 @@ struct ConsoleCall {
 
 const std::vector<ConsoleCall> kCalls = {
     {"Print", [] { PROXY_Print(kNormal, "printed\n"); }},
-    {"PrintNoPrompt", [] { PROXY_PrintNoPrompt(kRed, "printed beside\n"); }},
+    {"PrintNoPrompt", [] { morvane::PROXY_PrintNoPrompt(morvane::kRed, "printed beside\n"); }},
     {"Prompt", [] { PROXY_Prompt("Path", 1); }},
-    {"Input", [] { PROXY_Input("Path", 1); }},
+    {"Input", [] { morvane::PROXY_Input("Path", 1); }},
     {"TakeAway", [] { PROXY_Prompt("", 0); }}};
 
 // What `act` writes, and then a message that shows whether it has left a prompt standing.
@@ -107,4 +104,4 @@ TEST(WriteTest, ContinuesAfterAShortWriteOrARetryableErrorAndDropsTheMessageOthe
 }
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test
