@@ -9,34 +9,26 @@
 
 #include <stdexcept>
 #include <string>
-#include <type_traits>
+#include <vector>
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Red;
+using morvane::IapiException;
+using morvane::InvalidObjectException;
+using morvane::InvalidValueException;
+using morvane::ProxyException;
+using morvane::ReportErrors;
+using morvane::SapiException;
+using Outcomes = std::vector<std::string>;
 
-// Whether it is a runtime error and none of the others is a base of it: only it is its own base.
-template <typename Error, typename... All>
-constexpr bool IsUnrelated() {
-    return std::is_convertible_v<Error*, std::runtime_error*> &&
-           (int{std::is_base_of_v<All, Error>} + ...) == 1;
-}
+const std::string kPrinted = Red("100%s\n");
+const std::string kThrown = "thrown";
 
-template <typename... Errors>
-constexpr bool AreUnrelated() {
-    return (IsUnrelated<Errors, Errors...>() && ...);
-}
-
-TEST(ErrorTypesTest, AreRuntimeErrorsAndNoneIsAnother) {
-    EXPECT_TRUE((AreUnrelated<ProxyException, InvalidValueException, InvalidObjectException,
-                              IapiException, SapiException>()));
-}
-
-// What a menu prints when its guard runs an action that throws `error`, or "propagates".
+// What `guard` prints when its action throws `error`, or that it lets it pass.
 template <typename Guard, typename Error>
-std::string Outcome(const Guard& guard, const Error& error) {
-    const auto run = morvane_test::Capture([&] {
+std::string OutcomeOf(const Guard& guard, const Error& error) {
+    const auto run = Capture([&] {
         try {
             guard([&] { throw error; });
             return 0;
@@ -44,36 +36,43 @@ std::string Outcome(const Guard& guard, const Error& error) {
             return 1;
         }
     });
-    return run.Output() + (run.status == 0 ? "" : "propagates");
+    return run.Output() + (run.status == 0 ? "" : kThrown);
 }
 
-// The errors that a guard must not catch.
-template <typename Guard, typename... Errors>
-void ExpectToPropagate(const Guard& guard, const Errors&... errors) {
-    for (const std::string& outcome : {Outcome(guard, errors)...}) EXPECT_EQ(outcome, "propagates");
+// One for each type of error.
+template <typename Guard>
+Outcomes OutcomesOf(const Guard& guard) {
+    return {OutcomeOf(guard, ProxyException("100%s")),
+            OutcomeOf(guard, InvalidValueException("100%s")),
+            OutcomeOf(guard, InvalidObjectException("100%s")),
+            OutcomeOf(guard, IapiException("100%s")),
+            OutcomeOf(guard, SapiException("100%s", -7)),
+            OutcomeOf(guard, std::runtime_error("100%s")),
+            OutcomeOf(guard, morvane::InputEnded{})};
+}
+
+template <typename... Types>
+Outcomes OutcomesReporting() {
+    return OutcomesOf([](const auto& action) { ReportErrors<Types...>(action); });
 }
 
 TEST(ReportErrorsTest, PrintsTheTypesThatAreNamedAndNoOthers) {
-    const auto report_three = [](const auto& action) {
-        ReportErrors<ProxyException, SapiException, IapiException>(action);
-    };
-    EXPECT_EQ(Outcome(report_three, ProxyException("100%s")), Red("100%s\n"));
-    EXPECT_EQ(Outcome(report_three, SapiException("text only", 5)), Red("text only\n"));
-    EXPECT_EQ(Outcome(report_three, IapiException("refused")), Red("refused\n"));
-    ExpectToPropagate([](const auto& action) { ReportErrors<IapiException>(action); },
-                      ProxyException("other"), InvalidObjectException("other"),
-                      std::runtime_error("other"), InputEnded{});
+    const std::string& p = kPrinted;
+    const std::string& t = kThrown;
+    EXPECT_EQ(OutcomesReporting<ProxyException>(), (Outcomes{p, t, t, t, t, t, t}));
+    EXPECT_EQ(OutcomesReporting<InvalidValueException>(), (Outcomes{t, p, t, t, t, t, t}));
+    EXPECT_EQ(OutcomesReporting<InvalidObjectException>(), (Outcomes{t, t, p, t, t, t, t}));
+    EXPECT_EQ(OutcomesReporting<IapiException>(), (Outcomes{t, t, t, p, t, t, t}));
+    EXPECT_EQ(OutcomesReporting<SapiException>(), (Outcomes{t, t, t, t, p, t, t}));
+    EXPECT_EQ(OutcomesReporting<std::runtime_error>(), (Outcomes{p, p, p, p, p, p, t}));
+    EXPECT_EQ((OutcomesReporting<ProxyException, SapiException, IapiException>()),
+              (Outcomes{p, t, t, p, p, t, t}));
 }
 
 TEST(ReportProfileErrorsTest, PrintsWhatEndsOnlyTheActionAndNoOthers) {
-    const auto report = [](const auto& action) { ReportProfileErrors(action); };
-    EXPECT_EQ(Outcome(report, InvalidValueException("value")), Red("value\n"));
-    EXPECT_EQ(Outcome(report, IapiException("call")), Red("call\n"));
-    EXPECT_EQ(Outcome(report, SapiException("service 100%s", -7)), Red("service 100%s -7\n"));
-    EXPECT_EQ(Outcome(report, InputEnded{}), "");
-    ExpectToPropagate(report, ProxyException("other"), InvalidObjectException("other"),
-                      std::runtime_error("other"));
+    EXPECT_EQ(OutcomesOf([](const auto& action) { morvane::ReportProfileErrors(action); }),
+              (Outcomes{kThrown, kPrinted, kThrown, kPrinted, Red("100%s -7\n"), kThrown, ""}));
 }
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test
