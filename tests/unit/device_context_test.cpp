@@ -15,15 +15,10 @@
 #include <string>
 #include <thread>
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Lines;
-using morvane_test::Normal;
-using morvane_test::OutputOf;
-using morvane_test::Say;
-using morvane_test::SimulatedBus;
-using morvane_test::UseBus;
+using morvane::ObexDeviceContext;
 
 constexpr char kAddress[] = "00:1B:DC:07:31:9A";
 
@@ -31,25 +26,17 @@ TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         simulator::Daemon instance(bus.private_bus().Address(), bus.Options("second"));
-        bus.daemon().AddDevice("/dev_1", "00:00:00:00:00:01", "Default");
-        instance.AddDevice("/dev_1", "00:00:00:00:00:02", "Instance");
-        const ObexDeviceContext devices[] = {ObexDeviceContext("/dev_1"),
-                                             ObexDeviceContext("", "/dev_1"),
-                                             ObexDeviceContext("com.veltrisonix.second", "/dev_1")};
-        for (const ObexDeviceContext& device : devices) {
-            device.Display(false, 7);
-            device.Display(true, 7);
-            Say(device.GetAddress().c_str());
-            Say(device.GetPathName().c_str());
-        }
+        bus.daemon().AddDevice("/dev_1", kAddress, "Default");
+        instance.AddDevice("/dev_1", kAddress, "Instance");
+        for (const char* const bus_name : {"", "com.veltrisonix.second"})
+            ObexDeviceContext(bus_name, "/dev_1").Display(false, 0);
+        const ObexDeviceContext device("/dev_1");
+        device.Display(false, 0);
+        Say(device.GetPathName().c_str());
     });
-    const std::string on_default =
-        Lines({" 00:00:00:00:00:01 | Default", " 7) 00:00:00:00:00:01 | Default",
-               "00:00:00:00:00:01", "/dev_1"});
-    const std::string on_instance =
-        Lines({" 00:00:00:00:00:02 | Instance", " 7) 00:00:00:00:00:02 | Instance",
-               "00:00:00:00:00:02", "/dev_1"});
-    EXPECT_EQ(output, on_default + on_default + on_instance);
+    const std::string address = std::string(" ") + kAddress + " | ";
+    EXPECT_EQ(output,
+              Lines({address + "Default", address + "Instance", address + "Default", "/dev_1"}));
 }
 
 // One letter, so often that the text has pages of its own and that it takes a while to print.
@@ -72,12 +59,12 @@ TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
         mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
         SimulatedBus bus;
         bus.daemon().AddDevice("/dev_1", kAddress, std::string(200000, 'a'));
-        morvane_test::StayOnOneProcessor();
+        StayOnOneProcessor();
         const ObexDeviceContext device("/dev_1");
         std::atomic<bool> shown{false};
         std::atomic<bool> enough{false};
         std::thread menu_thread([&] {
-            morvane_test::StayBehindOtherThreads();
+            StayBehindOtherThreads();
             for (int line = 0; line < kLines && !enough; ++line) device.Display(false, 0);
             shown = true;
         });
@@ -100,15 +87,15 @@ TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
 
 TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
     const std::string output = OutputOf([] {
-        const morvane_test::PrivateBus bus;
+        const PrivateBus bus;
         UseBus(bus.Address());
-        const auto made =
-            MakeProxy(device1_proxy_new_for_bus_sync, "com.veltrisonix.second", "/dev_1", "Device");
+        const auto made = morvane::MakeProxy(device1_proxy_new_for_bus_sync,
+                                             "com.veltrisonix.second", "/dev_1", "Device");
         GDBusProxy* const proxy = G_DBUS_PROXY(made.get());
-        PROXY_PrintNoPrompt(kNormal, "%s %s %s flags %d time-out %d\n",
-                            g_dbus_proxy_get_name(proxy), g_dbus_proxy_get_object_path(proxy),
-                            g_dbus_proxy_get_interface_name(proxy), g_dbus_proxy_get_flags(proxy),
-                            g_dbus_proxy_get_default_timeout(proxy));
+        morvane::PROXY_PrintNoPrompt(
+            morvane::kNormal, "%s %s %s flags %d time-out %d\n", g_dbus_proxy_get_name(proxy),
+            g_dbus_proxy_get_object_path(proxy), g_dbus_proxy_get_interface_name(proxy),
+            g_dbus_proxy_get_flags(proxy), g_dbus_proxy_get_default_timeout(proxy));
     });
     EXPECT_EQ(
         output,
@@ -116,4 +103,4 @@ TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
 }
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test

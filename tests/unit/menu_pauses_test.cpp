@@ -17,22 +17,10 @@
 
 // The pauses of the session's menus, in front of a daemon, with lines typed ahead.
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Answer;
-using morvane_test::DispatchNotices;
-using morvane_test::Normal;
-using morvane_test::OutputOf;
-using morvane_test::Prompt;
-using morvane_test::PromptId;
-using morvane_test::RealWrite;
-using morvane_test::Red;
-using morvane_test::RowOf;
-using morvane_test::SimulatedBus;
-using morvane_test::sleep_substitute;
-using morvane_test::WayTo;
-using morvane_test::write_substitute;
+using morvane::obexProxy;
 
 const std::string kPause = Normal("[200 ms]");
 const std::string kInvalidSelection = Red("Invalid Selection\n");
@@ -101,7 +89,7 @@ class MenuPauses : public testing::TestWithParam<Menu> {};
 TEST_P(MenuPauses, AreMadeBeforeEachPrompt) {
     const std::string output = OutputIn(GetParam(), [](SimulatedBus& /*bus*/) {
         sleep_substitute = [](useconds_t microseconds) {
-            PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+            morvane::PROXY_PrintNoPrompt(morvane::kNormal, "[%g ms]", microseconds / 1e3);
         };
     });
     EXPECT_EQ(PausesBeforePrompts(output, GetParam()), GetParam().pauses) << output;
@@ -130,4 +118,4 @@ INSTANTIATE_TEST_SUITE_P(, MenuPauses, testing::ValuesIn(kMenus),
                          [](const auto& row) { return RowOf(row.param.id).name; });
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test

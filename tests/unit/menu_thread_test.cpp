@@ -15,24 +15,16 @@
 #include <string>
 #include <utility>
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Banner;
-using morvane_test::Lines;
-using morvane_test::Normal;
-using morvane_test::OutputOf;
-using morvane_test::Prompt;
-using morvane_test::Red;
-using morvane_test::Rival;
-using morvane_test::Say;
-using morvane_test::SimulatedBus;
+using morvane::obexProxy;
 
 // The pauses are for messages of the main thread. After a blank line the input itself asks again.
 TEST(MenuThreadTest, PausesBeforeTheBannerAndEachPromptButNotAfterABlankLine) {
     const auto run = [] {
-        morvane_test::sleep_substitute = [](useconds_t microseconds) {
-            PROXY_PrintNoPrompt(kNormal, "[%g ms]", microseconds / 1e3);
+        sleep_substitute = [](useconds_t microseconds) {
+            morvane::PROXY_PrintNoPrompt(morvane::kNormal, "[%g ms]", microseconds / 1e3);
         };
         obexProxy.MenuThread();
     };
@@ -54,17 +46,17 @@ std::string OutputOfARemovalAt(const std::function<void(const std::function<void
         });
         obexProxy.MenuThread();
         removal.Join();
-        morvane_test::write_substitute = nullptr;
+        write_substitute = nullptr;
     });
 }
 
 // From its start the menu thread holds the registry, but for the wait for the operator.
 TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBanner) {
     const std::string output = OutputOfARemovalAt([](const auto& come) {
-        morvane_test::sleep_substitute = [](useconds_t /*time*/) {};
-        morvane_test::write_substitute = [come](const void* bytes, std::size_t count) {
+        sleep_substitute = [](useconds_t /*time*/) {};
+        write_substitute = [come](const void* bytes, std::size_t count) {
             come();
-            return morvane_test::RealWrite(bytes, count);
+            return RealWrite(bytes, count);
         };
     });
     EXPECT_EQ(output.substr(0, Banner().size()), Banner());
@@ -73,10 +65,10 @@ TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBanner) {
 
 TEST(MenuThreadTest, LetsNothingBeRemovedWhileItPausesBeforeThePrompt) {
     const std::string output = OutputOfARemovalAt([](const auto& come) {
-        morvane_test::sleep_substitute = [come](useconds_t time) {
+        sleep_substitute = [come](useconds_t time) {
             if (time == 500000) return;
             come();
-            PROXY_Print(kNormal, "pause is over\n");
+            morvane::PROXY_Print(morvane::kNormal, "pause is over\n");
         };
     });
     const std::string begin = Banner() + Normal("pause is over\n");
@@ -92,19 +84,19 @@ TEST(MenuThreadTest, LetsAWaitingRemovalPassBeforeItAsks) {
         bus.OpenSession();
         Rival removal([] { obexProxy.FreeClient(); });
         // The session's file is deleted during the removal's turn.
-        morvane_test::remove_substitute = [menu_thread = gettid()](const char* /*name*/) {
-            Say(morvane_test::AwaitSleep(menu_thread) ? "file deleted" : "the menu does not wait");
+        remove_substitute = [menu_thread = gettid()](const char* /*name*/) {
+            Say(AwaitSleep(menu_thread) ? "file deleted" : "the menu does not wait");
         };
-        morvane_test::sleep_substitute = [&](useconds_t time) {
+        sleep_substitute = [&](useconds_t time) {
             if (time != 500000) removal.GoAsFarAsPossible();
         };
         obexProxy.MenuThread();
         removal.Join();
-        morvane_test::remove_substitute = nullptr;  // the bus removes its directory
+        remove_substitute = nullptr;  // the bus removes its directory
     };
     const std::string output = OutputOf(run, "q\n");
     EXPECT_NE(output.find(Lines({"file deleted"}) + Prompt()), output.npos) << output;
 }
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test

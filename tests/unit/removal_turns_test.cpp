@@ -10,13 +10,11 @@
 #include <future>
 #include <string>
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Lines;
-using morvane_test::OutputOf;
-using morvane_test::Rival;
-using morvane_test::Say;
+using morvane::Mutex;
+using morvane::RemovalTurns;
 
 // A removal on a thread of its own, which has its turn until `End`.
 class OtherRemoval {
@@ -96,4 +94,4 @@ TEST(RemovalTurnsTest, LetPassDoesNotWaitForALaterRemoval) {
 }
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test

@@ -12,31 +12,10 @@
 #include <string>
 #include <thread>
 
-namespace morvane {
+namespace morvane_test {
 namespace {
 
-using morvane_test::Banner;
-using morvane_test::Lines;
-using morvane_test::OutputOf;
-using morvane_test::Prompt;
-using morvane_test::Red;
-using morvane_test::Rival;
-using morvane_test::Say;
-using morvane_test::sleep_substitute;
-
-// The flag may have been set and cleared before the main thread looks.
-TEST(StartHandshakeTest, EndsWhenTheMenuThreadWasStoppedAtOnce) {
-    const std::string output = OutputOf([] {
-        std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        std::thread menu_thread([] { obexProxy.MenuThread(); });
-        while (!obexProxy.IsRunning()) std::this_thread::yield();
-        obexProxy.StopThreads();
-        obexProxy.AwaitMenuThread(start_lock);
-        Say("started");
-        menu_thread.join();
-    });
-    EXPECT_EQ(output, Lines({"started"}) + Banner());
-}
+using morvane::obexProxy;
 
 TEST(StartHandshakeTest, EndsWhenTheMenuThreadHasRunAlready) {
     const std::string output = OutputOf([] {
@@ -92,7 +71,7 @@ TEST(TerminationHandlerTest, StopsTheMenusAndRemovesItself) {
     const std::string output = OutputOf([] {
         std::thread menu_thread([] { obexProxy.MenuThread(); });
         while (!obexProxy.IsRunning()) std::this_thread::yield();
-        Say(terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "stays");
+        Say(morvane::terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "stays");
         Say(obexProxy.IsRunning() ? "running" : "stopped");
         menu_thread.join();
     });
@@ -100,4 +79,4 @@ TEST(TerminationHandlerTest, StopsTheMenusAndRemovesItself) {
 }
 
 }  // namespace
-}  // namespace morvane
+}  // namespace morvane_test
