@@ -25,9 +25,7 @@ std::vector<string> LinesOf(const string& text) {
 
 FieldSet Fields(std::initializer_list<Field> fields) {
     FieldSet set;
-    for (const Field field : fields) {
-        set.set(static_cast<std::size_t>(field));
-    }
+    for (const Field field : fields) set.set(static_cast<std::size_t>(field));
     return set;
 }
 
@@ -47,20 +45,9 @@ TEST(FoldLine, BreaksLinesOf75BytesBetweenCharacters) {
         {string(75 + 74 + 1, 'x'), x73 + "xx\r\n " + x73 + "x\r\n x"},
         {x73 + "xé", x73 + "x\r\n é"},
         {x73 + "美y", x73 + "\r\n 美y"},
+        {string(72, 'x') + "\xF0\x9F\x93\x9E", string(72, 'x') + "\r\n \xF0\x9F\x93\x9E"},
     };
     for (const auto& [line, folded] : rows) EXPECT_EQ(FoldLine(line), folded);
-}
-
-TEST(FoldLine, LosesNothing) {
-    string line;
-    for (int i = 0; i < 100; ++i) {
-        line += "aé美\xF0\x9F\x93\x9E";
-    }
-    string unfolded = FoldLine(line);
-    for (std::size_t at; (at = unfolded.find("\r\n ")) != string::npos;) {
-        unfolded.erase(at, 3);
-    }
-    EXPECT_EQ(unfolded, line);
 }
 
 TEST(QuotedPrintable, QuotesWhatIsNotPlainAsciiInLinesOf76Characters) {
@@ -90,36 +77,34 @@ TEST(WriteVcard, HasTheFormOfItsVersion) {
               "NOTE:a\\;b\\,c\\\\d\\ne\r\nEND:VCARD\r\n");
 }
 
-TEST(WriteVcard, Version21NamesTheCharacterSet) {
-    const Card card{{{Field::kN, {}, {"Weiß", "Zoë"}}}};
-    EXPECT_EQ(LinesOf(WriteVcard(card, VcardFormat::kVcard21))[2],
-              "N;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:Wei=C3=9F;Zo=C3=AB");
-    EXPECT_EQ(LinesOf(WriteVcard(card, VcardFormat::kVcard30))[2], "N:Weiß;Zoë");
+TEST(WriteVcard, EncodesAPropertyAsItsVersionDoes) {
+    struct {
+        Property property;
+        string in_version_21;
+        string in_version_30;
+    } const rows[] = {{{Field::kN, {}, {"Weiß", "Zoë"}},
+                       "N;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:Wei=C3=9F;Zo=C3=AB\r\n",
+                       "N:Weiß;Zoë\r\n"},
+                      {{Field::kPhoto, {"GIF"}, {"GIF87a"}, true},
+                       "PHOTO;GIF;ENCODING=BASE64:\r\n R0lGODdh\r\n\r\n",
+                       "PHOTO;TYPE=GIF;ENCODING=b:R0lGODdh\r\n"},
+                      {{Field::kUrl, {}, {"https://example.org/?a=1;b=2,3"}},
+                       "URL:https://example.org/?a=1;b=2,3\r\n",
+                       "URL:https://example.org/?a=1;b=2,3\r\n"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(WriteVcard({{row.property}}, VcardFormat::kVcard21),
+                  "BEGIN:VCARD\r\nVERSION:2.1\r\n" + row.in_version_21 + "END:VCARD\r\n");
+        EXPECT_EQ(WriteVcard({{row.property}}, VcardFormat::kVcard30),
+                  "BEGIN:VCARD\r\nVERSION:3.0\r\n" + row.in_version_30 + "END:VCARD\r\n");
+    }
 }
 
 TEST(WriteVcard, LongTextStaysInShortLines) {
     const Card card{{{Field::kNote, {}, {string(300, 'x')}},
                      {Field::kPhoto, {"GIF"}, {string(300, '\xff')}, true}}};
     for (const VcardFormat format : {VcardFormat::kVcard21, VcardFormat::kVcard30}) {
-        for (const string& line : LinesOf(WriteVcard(card, format))) {
-            EXPECT_LE(line.size(), 76U);
-        }
+        for (const string& line : LinesOf(WriteVcard(card, format))) EXPECT_LE(line.size(), 76U);
     }
-}
-
-TEST(WriteVcard, BinaryDataEndsWithAnEmptyLineInVersion21) {
-    const Card card{{{Field::kPhoto, {"GIF"}, {"GIF87a"}, true}}};
-    EXPECT_EQ(WriteVcard(card, VcardFormat::kVcard21),
-              "BEGIN:VCARD\r\nVERSION:2.1\r\nPHOTO;GIF;ENCODING=BASE64:\r\n R0lGODdh\r\n\r\n"
-              "END:VCARD\r\n");
-    EXPECT_EQ(LinesOf(WriteVcard(card, VcardFormat::kVcard30))[2],
-              "PHOTO;TYPE=GIF;ENCODING=b:R0lGODdh");
-}
-
-TEST(WriteVcard, AddressOfTheWebIsNotEscaped) {
-    const Card card{{{Field::kUrl, {}, {"https://example.org/?a=1;b=2,3"}}}};
-    EXPECT_EQ(LinesOf(WriteVcard(card, VcardFormat::kVcard30))[2],
-              "URL:https://example.org/?a=1;b=2,3");
 }
 
 TEST(WriteVcard, ChosenFieldsComeWithTheMandatoryOnes) {
