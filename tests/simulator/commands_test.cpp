@@ -101,9 +101,8 @@ TEST_F(SimulatorCommands, HelpOfEachCommandIsItsLineOfTheList) {
         "of reach\n");
     std::istringstream list(Execute("help"));
     std::size_t count = 0;
-    for (string line; std::getline(list, line); ++count) {
+    for (string line; std::getline(list, line); ++count)
         EXPECT_EQ(Execute("help " + line.substr(0, line.find(' '))), line + "\n");
-    }
     EXPECT_GT(count, 30U);
 }
 
@@ -119,9 +118,7 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
         {"add /a/dev_1 00 J\xf6rg", "The command is not in UTF-8"},
         {"remove /nowhere", "No such device: /nowhere"},
     };
-    for (const auto& [line, complaint] : complaints) {
-        EXPECT_EQ(ComplaintAbout(line), complaint);
-    }
+    for (const auto& [line, complaint] : complaints) EXPECT_EQ(ComplaintAbout(line), complaint);
     EXPECT_EQ(ComplaintAbout("reply GetSize ((").find("Not a value: (( ("), 0U);
 }
 

@@ -22,38 +22,22 @@ class SimulatorFaults : public SimulatorTest {
     }
 };
 
-TEST_F(SimulatorFaults, RefusesAMethodSoManyTimesOrUntilFaultsAreCleared) {
-    const string busy = "com.veltrisonix.Error.Failed: Busy";
-    daemon().Refuse("GetSize", kFailed, "Busy", 2);
+TEST_F(SimulatorFaults, RefusesTheMethodOfOneInterfaceSoManyTimes) {
+    const string busy = Error("Failed", "Busy");
+    daemon().Refuse("com.veltrisonix.obex.Client1.GetSize", kFailed, "Busy");
+    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
+    daemon().Refuse("com.veltrisonix.obex.PhonebookAccess1.GetSize", kFailed, "Busy", 2);
     EXPECT_EQ(Access("GetSize"), busy);
     EXPECT_EQ(Access("ListFilterFields").substr(0, 11), "(['VERSION'");
     EXPECT_EQ(Access("GetSize"), busy);
-    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
-    daemon().Refuse("com.veltrisonix.obex.Client1.GetSize", kFailed, "Busy");
-    EXPECT_EQ(Access("GetSize"), "(uint16 26,)") << "of another interface";
-    daemon().Refuse("com.veltrisonix.obex.PhonebookAccess1.GetSize", kFailed, "Busy");
-    EXPECT_EQ(Access("GetSize"), busy);
-    EXPECT_EQ(Access("GetSize"), busy);
-    daemon().ClearFaults();
-    EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
-}
-
-TEST_F(SimulatorFaults, ReplyMayBeOfAnyType) {
-    daemon().Reply("GetSize", g_variant_new_parsed("('many',)"));
-    EXPECT_EQ(Access("GetSize"), "('many',)");
-    EXPECT_EQ(Access("GetSize"), "('many',)");
-    daemon().Reply("GetSize", g_variant_new_parsed("()"), 1);
-    EXPECT_EQ(Access("GetSize"), "()");
     EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
 }
 
 TEST_F(SimulatorFaults, CallHangsUntilReleased) {
     daemon().Hang("Select");
-    std::future<string> call = CallElsewhere(kSession, "obex.PhonebookAccess1.GetSize");
-    EXPECT_EQ(call.get(), "(uint16 26,)");
     daemon().Hang("GetSize");
     daemon().ForgetCalls();
-    call = CallElsewhere(kSession, "obex.PhonebookAccess1.GetSize");
+    std::future<string> call = CallElsewhere(kSession, "obex.PhonebookAccess1.GetSize");
     ASSERT_TRUE(daemon().AwaitCall("GetSize", kPatience));
     EXPECT_EQ(call.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     daemon().Release();
@@ -68,8 +52,8 @@ TEST_F(SimulatorFaults, ReadingsHangTooAndReleasedCallsMayFail) {
         CallElsewhere("/", "org.freedesktop.DBus.ObjectManager.GetManagedObjects");
     EXPECT_EQ(reading.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     daemon().Hang("CreateSession", 1);
+    daemon().ForgetCalls();
     std::future<string> call = CallElsewhere(kClientPath, "obex.Client1.CreateSession");
-    ASSERT_TRUE(daemon().AwaitCall("CreateSession", kPatience));
     ASSERT_TRUE(daemon().AwaitCall("CreateSession", kPatience));
     daemon().Release();
     EXPECT_NE(reading.get().find(kPhonePath), string::npos);
@@ -84,7 +68,6 @@ TEST_F(SimulatorFaults, CrashAnswersHangingCallsAndEndsSessionsAsLeavingTheBusDo
     EXPECT_EQ(call.get(),
               "org.freedesktop.DBus.Error.NoReply: "
               "Message recipient disconnected from message bus without replying");
-    EXPECT_EQ(CreateSession().find("(objectpath"), string::npos);
     daemon().Notify("/a", "com.veltrisonix.Device1", "Alias", g_variant_new_string("unheard"));
     daemon().ReturnToBus();
     EXPECT_TRUE(daemon().Sessions().empty());
@@ -105,8 +88,6 @@ TEST_F(SimulatorFaults, HiddenPropertyIsNowhere) {
     EXPECT_EQ(
         client().Call("/", "org.freedesktop.DBus.ObjectManager.GetManagedObjects").find("Source"),
         string::npos);
-    daemon().ClearPropertyFaults();
-    EXPECT_EQ(client().Get(kSession, "obex.Session1", "Source"), "(<'02:00:5E:00:00:01'>,)");
 }
 
 TEST_F(SimulatorFaults, PropertyReadsAsOverriddenInItsPlaceFirstByItsOwnObject) {
@@ -152,18 +133,6 @@ TEST_F(SimulatorFaults, SendsNotificationsUnchanged) {
                  Changed(kSession, kAccess, "'Folder': <'a'>, 'NewMissedCalls': <byte 0x01>"),
                  string(kSession) + " PropertiesChanged('com.veltrisonix.obex.PhonebookAccess1', "
                                     "@a{sv} {}, ['Folder'])"}));
-}
-
-TEST_F(SimulatorFaults, FloodArrivesInOrder) {
-    constexpr std::size_t kCount = 2000;
-    daemon().Flood(kSession, kPhonebookInterface, "NewMissedCalls", kCount,
-                   [](std::size_t i) { return g_variant_new_uint64(i); });
-    const Signals signals = client().TakeSignals();
-    ASSERT_EQ(signals.size(), kCount);
-    for (std::size_t i = 0; i < kCount; ++i) {
-        EXPECT_EQ(signals[i], Changed(kSession, kAccess,
-                                      "'NewMissedCalls': <uint64 " + std::to_string(i) + ">"));
-    }
 }
 
 TEST_F(SimulatorFaults, CallsAreRecordedAndAwaitedOnce) {

@@ -14,9 +14,8 @@ using std::string;
 
 string Contents(const Phone& phone, const string& location, const string& phonebook) {
     string text;
-    for (const Entry* entry : SelectEntries(*phone.Find(location, phonebook), Filters())) {
+    for (const Entry* entry : SelectEntries(*phone.Find(location, phonebook), Filters()))
         text += HandleName(*entry) + "\n" + WriteVcard(entry->card, VcardFormat::kVcard30);
-    }
     return text;
 }
 

@@ -39,9 +39,7 @@ const Phonebook& Book() {
 
 Names NamesOf(const Selected& entries) {
     Names names;
-    for (const Entry* entry : entries) {
-        names.push_back(entry->card.ListingName());
-    }
+    for (const Entry* entry : entries) names.push_back(entry->card.ListingName());
     return names;
 }
 

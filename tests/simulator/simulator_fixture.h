@@ -57,10 +57,14 @@ class SimulatorTest : public testing::Test {
     std::string Access(const std::string& method, const std::string& arguments = "()") {
         return client_->Call(kSession, std::string(kAccess) + "." + method, arguments);
     }
-    /// Starts, and selects the phone's own phone book in a first session.
-    void StartSelected(const Options& options) {
+    /// Starts, and opens a first session.
+    void StartSession(const Options& options) {
         Start(options);
         CreateSession();
+    }
+    /// The same, and selects the phone's own phone book.
+    void StartSelected(const Options& options) {
+        StartSession(options);
         Access("Select", "('int', 'pb')");
         client_->TakeSignals();
     }
@@ -69,6 +73,14 @@ class SimulatorTest : public testing::Test {
         std::ostringstream content;
         content << file.rdbuf();
         return content.str();
+    }
+
+    /// "com.veltrisonix.Error.<name>: <message>"
+    static std::string Error(const std::string& name, const std::string& message) {
+        return "com.veltrisonix.Error." + name + ": " + message;
+    }
+    static std::string InvalidArguments(const std::string& message) {
+        return Error("InvalidArguments", message);
     }
 
     /// "/path PropertiesChanged('com.veltrisonix.<interface>', {<changes>}, @as [])"
