@@ -26,30 +26,12 @@ void ExpectAsAStreamReads(const std::string& text) {
     }
 }
 
-TEST(NumberTest, ReadsWhatAStreamReads) {
-    for (const char* const text : {"12abc",
-                                   "0x10",
-                                   "0X1f",
-                                   "0xg",
-                                   "0x0x1",
-                                   "0x00x1",
-                                   "--1",
-                                   "+-1",
-                                   " \t\n\v\f\r7",
-                                   "\b7",
-                                   "\xC2\xA0 7",
-                                   "4294967295",
-                                   "4294967296",
-                                   "-4294967295",
-                                   "-4294967296",
-                                   "ffffffff",
-                                   "100000000",
-                                   "-ffffffff",
-                                   "-0x1",
-                                   "1,000",
-                                   "99999999999999999999999",
-                                   "00000000000000000000000000001",
-                                   "0b1"})
+// Texts that the random ones below do not reach.
+TEST(NumberTest, ReadsLimitsAndOtherCharactersAsAStreamDoes) {
+    for (const char* const text :
+         {"0x0x1", "0x00x1", " \t\n\v\f\r7", "\b7", "\xC2\xA0 7", "4294967295", "4294967296",
+          "-4294967295", "-4294967296", "ffffffff", "100000000", "-ffffffff",
+          "00000000000000000000000000001", "0b1"})
         ExpectAsAStreamReads(text);
 }
 
