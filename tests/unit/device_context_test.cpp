@@ -4,7 +4,7 @@
 #include "interfaces/remote_call.h"
 #include "support/messages.h"
 #include "unit/captured_run.h"
-#include "unit/scheduling.h"
+#include "unit/rival.h"
 #include "unit/simulated_bus.h"
 
 #include <gtest/gtest.h>
