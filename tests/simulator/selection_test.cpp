@@ -19,12 +19,8 @@ using Names = std::vector<string>;
 Entry MakeEntry(std::uint32_t handle, const string& family, const string& number,
                 const string& sound = "", const string& mail = "") {
     Entry entry{handle, {{{Field::kN, {}, {family, ""}}, {Field::kTel, {}, {number}}}}};
-    if (!sound.empty()) {
-        entry.card.properties.push_back({Field::kSound, {}, {sound}});
-    }
-    if (!mail.empty()) {
-        entry.card.properties.push_back({Field::kEmail, {}, {mail}});
-    }
+    if (!sound.empty()) entry.card.properties.push_back({Field::kSound, {}, {sound}});
+    if (!mail.empty()) entry.card.properties.push_back({Field::kEmail, {}, {mail}});
     return entry;
 }
 
@@ -64,7 +60,7 @@ string ParseRefusal(const string& dictionary, FilteredCall call = FilteredCall::
     return RefusalOf([&] { Parse(dictionary, call); });
 }
 
-constexpr char kInvalid[] = "com.veltrisonix.Error.InvalidArguments: ";
+const string kInvalid = "com.veltrisonix.Error.InvalidArguments: ";
 
 const std::pair<const char*, Names> kListings[] = {
     {"{}", {"Zz Owner", "müller", "Baker", "abel", "Cäsar"}},
@@ -108,26 +104,21 @@ TEST(Search, FindsPartsOfNamesSoundsAndNumbersByTheirDigits) {
     for (const auto& [field, value, names] : rows) EXPECT_EQ(search(field, value), names) << value;
     for (const char* const field : {"name", "number", "sound"})
         EXPECT_EQ(search(field, "").size(), Book().size()) << field;
-}
-
-TEST(Search, RefusesOtherFields) {
-    EXPECT_EQ(RefusalOf([] { ParseSearchField("mail"); }),
-              kInvalid + string("Unknown search field: mail"));
+    EXPECT_EQ(RefusalOf([] { ParseSearchField("mail"); }), kInvalid + "Unknown search field: mail");
 }
 
 TEST(FindEntry, FindsHandlesInEitherCase) {
-    EXPECT_EQ(FindEntry(Book(), "1a.vcf").handle, 26U);
-    EXPECT_EQ(FindEntry(Book(), "0000001A.VCF").handle, 26U);
-    EXPECT_EQ(FindEntry(Book(), "0.vcf").handle, 0U);
-    EXPECT_EQ(HandleName(Book()[4]), "1A.vcf");
-    EXPECT_EQ(HandleName(Book()[0]), "0.vcf");
+    for (const char* const name : {"1a.vcf", "1A.VCF", "0000001A.vcf"})
+        EXPECT_EQ(HandleName(FindEntry(Book(), name)), "1A.vcf");
+    EXPECT_EQ(HandleName(FindEntry(Book(), "0.vcf")), "0.vcf");
+    EXPECT_EQ(FindEntry(Book(), "1A.vcf").handle, 26U);
 }
 
 TEST(FindEntry, RefusesWhatIsNoHandleOrUnknown) {
     for (const char* name :
          {"", ".vcf", "1", "1.vcard", "0x1.vcf", "+1.vcf", " 1.vcf", "000000001.vcf", "g.vcf"}) {
         EXPECT_EQ(RefusalOf([name] { FindEntry(Book(), name); }),
-                  kInvalid + string("Malformed vCard handle: ") + name);
+                  kInvalid + "Malformed vCard handle: " + name);
     }
     EXPECT_EQ(RefusalOf([] { FindEntry(Book(), "FF.vcf"); }),
               "com.veltrisonix.Error.DoesNotExist: No such vCard: FF.vcf");
@@ -163,14 +154,14 @@ TEST(Filters, AreReadWithDefaultsThatAskForAll) {
 }
 
 TEST(Filters, RefuseUnknownKeysTypesAndValues) {
-    EXPECT_EQ(ParseRefusal("{'Colour': <'red'>}"), kInvalid + string("Unknown filter: Colour"));
-    EXPECT_EQ(ParseRefusal("{'MaxCount': <'5'>}"),
-              kInvalid + string("Filter MaxCount is of type s, not q"));
-    EXPECT_EQ(ParseRefusal("{'Order': <'random'>}"), kInvalid + string("Unknown order: random"));
-    EXPECT_EQ(ParseRefusal("{'FilterAll': <['TEL', 'FAX']>}"),
-              kInvalid + string("Unknown field: FAX"));
+    const std::pair<const char*, const char*> rows[] = {
+        {"{'Colour': <'red'>}", "Unknown filter: Colour"},
+        {"{'MaxCount': <'5'>}", "Filter MaxCount is of type s, not q"},
+        {"{'Order': <'random'>}", "Unknown order: random"},
+        {"{'FilterAll': <['TEL', 'FAX']>}", "Unknown field: FAX"}};
+    for (const auto& [filters, reason] : rows) EXPECT_EQ(ParseRefusal(filters), kInvalid + reason);
     EXPECT_EQ(ParseRefusal("{'Format': <'vcard40'>}", FilteredCall::kPull),
-              kInvalid + string("Unknown format: vcard40"));
+              kInvalid + "Unknown format: vcard40");
 }
 
 TEST(Filters, EachCallHasItsOwn) {
@@ -191,7 +182,7 @@ TEST(Filters, EachCallHasItsOwn) {
             if (refusal.empty()) {
                 allowed += key + string(" ");
             } else {
-                EXPECT_EQ(refusal, kInvalid + string("Filter not allowed here: ") + key);
+                EXPECT_EQ(refusal, kInvalid + "Filter not allowed here: " + key);
             }
         }
         EXPECT_EQ(allowed, expected);
