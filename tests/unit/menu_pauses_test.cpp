@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -63,23 +64,20 @@ std::string OutputIn(const Menu& menu, const std::function<void(SimulatedBus&)>&
     return OutputOf(run, lines + "Z\n");
 }
 
-std::size_t Count(std::string_view text, std::string_view part) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
-        ++count;
-    return count;
-}
-
 // How many pauses were made between each of the menu's prompts and the prompt before it.
 std::vector<std::size_t> PausesBeforePrompts(const std::string& output, const Menu& menu) {
+    const std::regex event(
+        "\x1b\\[0m\\[200 ms\\]\x1b\\[0m|"
+        "\x1b\\[1;32m[^\x1b]*\x1b\\[0m\x1b\\[1;31m [>?] \x1b\\[0m");
     std::vector<std::size_t> pauses;
-    std::size_t begin = 0;
-    for (std::size_t end; (end = output.find(" \x1b[0m", begin)) != output.npos; begin = end) {
-        end += std::string(" \x1b[0m").size();
-        const std::string_view part = std::string_view(output).substr(begin, end - begin);
-        const std::string prompt = Prompt(menu.id);
-        if (part.size() >= prompt.size() && part.substr(part.size() - prompt.size()) == prompt)
-            pauses.push_back(Count(part, kPause));
+    std::size_t count = 0;
+    for (std::sregex_iterator i(output.begin(), output.end(), event), end; i != end; ++i) {
+        if (i->str() == kPause) {
+            ++count;
+            continue;
+        }
+        if (i->str() == Prompt(menu.id)) pauses.push_back(count);
+        count = 0;
     }
     return pauses;
 }
