@@ -118,21 +118,10 @@ TEST_F(SimulatorFaults, OverriddenPropertiesAreAlsoAnnouncedSo) {
               Signals{Changed(kTransfer, "obex.Transfer1", "'Status': <byte 0x07>")});
 }
 
-TEST_F(SimulatorFaults, SendsNotificationsUnchanged) {
+TEST_F(SimulatorFaults, NotificationsAreNotOverridden) {
     daemon().OverrideProperty(kSession, kPhonebookInterface, "Folder", g_variant_new_byte(7));
     daemon().Notify(kSession, kPhonebookInterface, "Folder", g_variant_new_uint32(3));
-    daemon().Notify("/no/such/object", "com.veltrisonix.None", "Odd",
-                    g_variant_new("(is)", 1, "x"));
-    daemon().NotifyAll(kSession, kPhonebookInterface,
-                       g_variant_new_parsed("{'Folder': <'a'>, 'NewMissedCalls': <byte 1>}"));
-    daemon().Invalidate(kSession, kPhonebookInterface, "Folder");
-    EXPECT_EQ(
-        client().TakeSignals(),
-        (Signals{Changed(kSession, kAccess, "'Folder': <uint32 3>"),
-                 Changed("/no/such/object", "None", "'Odd': <(1, 'x')>"),
-                 Changed(kSession, kAccess, "'Folder': <'a'>, 'NewMissedCalls': <byte 0x01>"),
-                 string(kSession) + " PropertiesChanged('com.veltrisonix.obex.PhonebookAccess1', "
-                                    "@a{sv} {}, ['Folder'])"}));
+    EXPECT_EQ(client().TakeSignals(), Signals{Changed(kSession, kAccess, "'Folder': <uint32 3>")});
 }
 
 TEST_F(SimulatorFaults, CallsAreRecordedAndAwaitedOnce) {
@@ -172,19 +161,14 @@ class SimulatorOnTheBus : public SimulatorTest {};
 
 TEST_F(SimulatorOnTheBus, ReportsInOneLineWhyItCannotStart) {
     Start(ByHand());
-    const auto failure = [](const string& address, const Options& options) -> string {
-        try {
-            Daemon second(address, options);
-            return "started";
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
+    const auto failure = [](const string& address, const Options& options) {
+        return FailureOf([&] { Daemon(address, options); });
     };
     EXPECT_EQ(failure(bus_.Address(), {}), "Cannot own the name com.veltrisonix: it is in use");
     EXPECT_EQ(failure("unix:path=/nonexistent/bus", {}).find("Cannot connect to the bus: "), 0U);
     Options options;
     options.instance = "7up";
-    EXPECT_THROW(failure(bus_.Address(), options), std::invalid_argument);
+    EXPECT_THROW(Daemon(bus_.Address(), options), std::invalid_argument);
 }
 
 TEST_F(SimulatorOnTheBus, LossOfTheBusIsTold) {

@@ -98,7 +98,7 @@ TEST_F(SimulatorSession, AnnouncesMissedCallsAndResetsThem) {
     client().AwaitSignal(Changed(kSession, kAccess, "'NewMissedCalls': <byte 0x00>"));
 }
 
-TEST_F(SimulatorSession, ListsSearchesCountsAndNamesFields) {
+TEST_F(SimulatorSession, ListsSearchesCountsAndNamesFieldsAndVersion) {
     StartSelected(ByHand());
     EXPECT_EQ(Access("List", "(@a{sv} {'MaxCount': <uint16 1>},)"),
               "([('0.vcf', 'Owner;Aster')],)");
@@ -110,6 +110,7 @@ TEST_F(SimulatorSession, ListsSearchesCountsAndNamesFields) {
     EXPECT_EQ(Access("GetSizePhonebook", "(@a{sv} {'FilterAll': <['SOUND']>},)"), "(uint16 25,)");
     EXPECT_EQ(Access("GetSizeListing", "(@a{sv} {'MaxCount': <uint16 1>},)"),
               InvalidArguments("Filter not allowed here: MaxCount"));
+    EXPECT_EQ(client().Get(kSession, kAccess, "ProfileVersion"), "(<uint16 258>,)");
     const string fields = Access("ListFilterFields");
     EXPECT_EQ(fields.substr(0, 27), "(['VERSION', 'FN', 'N', 'PH");
     EXPECT_EQ(std::count(fields.begin(), fields.end(), ','), 32);

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <fstream>
 #include <optional>
 #include <sstream>
@@ -17,6 +18,17 @@ namespace simulator {
 
 /// What `TestClient::TakeSignals` gives.
 using Signals = std::vector<std::string>;
+
+/// The message of the exception that `action` throws, or nothing.
+template <typename Action>
+std::string FailureOf(const Action& action) {
+    try {
+        action();
+    } catch (const std::exception& failure) {
+        return failure.what();
+    }
+    return {};
+}
 
 /// A daemon on a bus of its own, with a directory for what is pulled.
 class SimulatorTest : public testing::Test {

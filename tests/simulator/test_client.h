@@ -81,18 +81,16 @@ class TestClient {
                !is_late)
             g_main_context_iteration(nullptr, TRUE);
         if (!is_late) g_source_remove(timer);
-        if (found == signals_.end()) FailLate(signal, here);
+        if (found == signals_.end()) {
+            std::string message = "the time is over.\nAwaited:\n" + signal + "\nCame:\n";
+            for (const std::string& came : signals_) message += came + "\n";
+            morvane_test::FailTest(here, message);
+        }
         signals_.erase(signals_.begin(), found + 1);
     }
 
   private:
     void Ping() { Call("/", "org.freedesktop.DBus.Peer.Ping", "()", "org.freedesktop.DBus"); }
-
-    [[noreturn]] void FailLate(const std::string& signal, morvane_test::Here here) const {
-        std::string message = "the time is over.\nAwaited:\n" + signal + "\nCame:\n";
-        for (const std::string& came : signals_) message += came + "\n";
-        morvane_test::FailTest(here, message);
-    }
 
     static std::string Print(GVariant* value) {
         return morvane::TextPtr(g_variant_print(value, TRUE)).get();
