@@ -11,9 +11,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <future>
 #include <stdexcept>
+#include <thread>
 
 namespace morvane_test {
 namespace {
@@ -63,7 +63,7 @@ class StalledOutput {
 }  // namespace
 
 ContextTest::ContextTest() {
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", bus_.Address().c_str(), 1);
+    UseBus(bus_.Address());
     daemon_.emplace(bus_.Address(), simulator::Options::Scripted());
     morvane::ErrorPtr error;
     connection_.reset(
@@ -106,18 +106,6 @@ std::string ContextTest::PrintedAfter(const std::string& first, const std::funct
     making.get();
     hearing.get();
     return output.Flow();
-}
-
-HearingThread::HearingThread() : thread_([this] { g_main_loop_run(loop_.get()); }) {}
-
-HearingThread::~HearingThread() {
-    g_idle_add(
-        [](gpointer loop) -> gboolean {
-            g_main_loop_quit(static_cast<GMainLoop*>(loop));
-            return G_SOURCE_REMOVE;
-        },
-        loop_.get());
-    thread_.join();
 }
 
 }  // namespace morvane_test

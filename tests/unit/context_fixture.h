@@ -5,7 +5,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
@@ -16,7 +15,7 @@
 namespace morvane_test {
 
 /// A test of contexts in the test's own process, with a bus and a daemon. What is announced is
-/// handled only when the test says so: `DispatchNotices`, or a `HearingThread` while it lives.
+/// handled only when the test runs the main loop, as `DispatchNotices` does.
 class ContextTest : public testing::Test {
   protected:
     ContextTest();
@@ -39,19 +38,6 @@ class ContextTest : public testing::Test {
     PrivateBus bus_;
     std::optional<simulator::Daemon> daemon_;
     morvane::GlibPtr<GDBusConnection> connection_;
-};
-
-/// The handlers of what is announced run here, as in the tool, on another thread than the test's.
-class HearingThread {
-  public:
-    HearingThread();
-    HearingThread(const HearingThread&) = delete;
-    HearingThread& operator=(const HearingThread&) = delete;
-    ~HearingThread();
-
-  private:
-    morvane::GlibPtr<GMainLoop> loop_{g_main_loop_new(nullptr, FALSE)};
-    std::thread thread_;
 };
 
 }  // namespace morvane_test

@@ -20,21 +20,21 @@ namespace {
 
 using morvane::ObexDeviceContext;
 
-constexpr char kAddress[] = "00:1B:DC:07:31:9A";
+constexpr char kDeviceAddress[] = "00:1B:DC:07:31:9A";
 
 TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         simulator::Daemon instance(bus.private_bus().Address(), bus.Options("second"));
-        bus.daemon().AddDevice("/dev_1", kAddress, "Default");
-        instance.AddDevice("/dev_1", kAddress, "Instance");
+        bus.daemon().AddDevice("/dev_1", kDeviceAddress, "Default");
+        instance.AddDevice("/dev_1", kDeviceAddress, "Instance");
         for (const char* const bus_name : {"", "com.veltrisonix.second"})
             ObexDeviceContext(bus_name, "/dev_1").Display(false, 0);
         const ObexDeviceContext device("/dev_1");
         device.Display(false, 0);
         Say(device.GetPathName().c_str());
     });
-    const std::string address = std::string(" ") + kAddress + " | ";
+    const std::string address = std::string(" ") + kDeviceAddress + " | ";
     EXPECT_EQ(output,
               Lines({address + "Default", address + "Instance", address + "Default", "/dev_1"}));
 }
@@ -47,7 +47,7 @@ GVariant* LongAlias(std::size_t number) {
 
 // What is printed of it.
 std::string LineOfLongAlias(char letter) {
-    const std::string begin = std::string(" ") + kAddress + " | ";
+    const std::string begin = std::string(" ") + kDeviceAddress + " | ";
     return Normal(begin + std::string(999 - begin.size(), letter));
 }
 
@@ -58,7 +58,7 @@ TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
     const std::string output = OutputOf([] {
         mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
         SimulatedBus bus;
-        bus.daemon().AddDevice("/dev_1", kAddress, std::string(200000, 'a'));
+        bus.daemon().AddDevice("/dev_1", kDeviceAddress, std::string(200000, 'a'));
         StayOnOneProcessor();
         const ObexDeviceContext device("/dev_1");
         std::atomic<bool> shown{false};

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace morvane_test {
 namespace {
@@ -157,10 +158,31 @@ TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPathOrCannotBeReached) {
     EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
 }
 
+/// Runs the main loop, and with it the handlers, on another thread than the test's, as the tool
+/// does.
+class LoopThread {
+  public:
+    LoopThread() = default;
+    LoopThread(const LoopThread&) = delete;
+    LoopThread& operator=(const LoopThread&) = delete;
+    ~LoopThread() {
+        const auto quit = [](gpointer loop) -> gboolean {
+            g_main_loop_quit(static_cast<GMainLoop*>(loop));
+            return G_SOURCE_REMOVE;
+        };
+        g_idle_add(quit, loop_.get());
+        thread_.join();
+    }
+
+  private:
+    morvane::GlibPtr<GMainLoop> loop_{g_main_loop_new(nullptr, FALSE)};
+    std::thread thread_{[this] { g_main_loop_run(loop_.get()); }};
+};
+
 TEST_F(HeldTransferTest, GoesWithoutHarmWhileItsNoticesAreHeard) {
     const CapturedOutput output;
     {
-        const HearingThread hearing;
+        const LoopThread loop;
         for (int round = 0; round < 100; ++round) {
             phonebook().AllocTransfer(kPath, nullptr);
             daemon().Flood(kPath, kTransferInterface, "Size", 20,
