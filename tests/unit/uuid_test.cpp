@@ -34,11 +34,10 @@ std::string Written(std::size_t length, const std::function<char*(char*)>& write
 }
 
 TEST(IsUUIDValidTest, AcceptsEitherCaseInOneLength) {
+    EXPECT_TRUE(IsUUIDValid(kMixedCase));
+    EXPECT_TRUE(IsUUIDValid("FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF"));
     for (const std::string& text :
-         {kPhonebookServer, kMixedCase, std::string("FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF")})
-        EXPECT_TRUE(IsUUIDValid(text)) << text;
-    for (const std::string& text : {std::string(), kPhonebookServer.substr(1),
-                                    kPhonebookServer.substr(0, 35), kPhonebookServer + "0"})
+         {std::string(), kMixedCase.substr(1), kMixedCase.substr(0, 35), kMixedCase + "0"})
         EXPECT_FALSE(IsUUIDValid(text)) << text;
 }
 
@@ -119,16 +118,12 @@ TEST(Convert128CharToUUID128Test, ReadsSixteenBytesWithHyphensUnchecked) {
     }
 }
 
-TEST(Convert128CharToUUID128Test, RefusesTooLittleRoomAndOtherLengths) {
+TEST(Convert128CharToUUID128Test, RefusesTooLittleRoomOtherLengthsAndNoLeadingDigit) {
     Bytes bytes(16, '!');
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 15, kMixedCase));
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 16, kMixedCase + "0"));
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 16, kMixedCase.substr(1)));
     EXPECT_EQ(bytes, Bytes(16, '!'));
-}
-
-TEST(Convert128CharToUUID128Test, ThrowsOnlyWithoutALeadingDigit) {
-    Bytes bytes(16);
     EXPECT_THROW(Convert128CharToUUID128(bytes.data(), 16, With(kMixedCase, 0, 'z')),
                  std::invalid_argument);
     EXPECT_TRUE(Convert128CharToUUID128(bytes.data(), 16, With(kMixedCase, 3, 'z')));
