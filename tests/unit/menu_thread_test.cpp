@@ -11,7 +11,6 @@
 
 #include <unistd.h>
 
-#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -36,46 +35,32 @@ TEST(MenuThreadTest, PausesBeforeTheBannerAndEachPromptButNotAfterABlankLine) {
                                                    asked + refused + asked + Prompt() + Prompt());
 }
 
-// What the menu thread prints while another removes a device, and does so as far as it can when
-// the menu thread comes to `moment`.
-std::string OutputOfARemovalAt(const std::function<void(const std::function<void()>&)>& moment) {
-    return OutputOf([&] {
-        Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
-        bool has_come = false;
-        moment([&] {
-            if (std::exchange(has_come, true)) return;
-            removal.GoAsFarAsPossible();
-        });
-        obexProxy.MenuThread();
-        removal.Join();
-        write_substitute = nullptr;
-    });
-}
-
-// From its start the menu thread holds the registry, but for the wait for the operator.
-TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBanner) {
-    const std::string output = OutputOfARemovalAt([](const auto& come) {
-        sleep_substitute = [](useconds_t /*time*/) {};
-        write_substitute = [come](const void* bytes, std::size_t count) {
-            come();
-            return RealWrite(bytes, count);
-        };
-    });
-    EXPECT_EQ(output.substr(0, Banner().size()), Banner());
-    EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
-}
-
-TEST(MenuThreadTest, LetsNothingBeRemovedWhileItPausesBeforeThePrompt) {
-    const std::string output = OutputOfARemovalAt([](const auto& come) {
-        sleep_substitute = [come](useconds_t time) {
-            if (time == 500000) return;
-            come();
-            morvane::PROXY_Print(morvane::kNormal, "pause is over\n");
-        };
-    });
+// From its start the menu thread owns the registry, except while it waits for the operator.
+TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBannerOrPauses) {
     const std::string begin = Banner() + Normal("pause is over\n");
-    EXPECT_EQ(output.substr(0, begin.size()), begin);
-    EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+    for (const bool in_pause : {false, true}) {
+        const std::string output = OutputOf([in_pause] {
+            Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
+            bool has_begun = false;
+            const auto begin_removal = [&] {
+                if (!std::exchange(has_begun, true)) removal.GoAsFarAsPossible();
+            };
+            write_substitute = [&](const void* bytes, std::size_t count) {
+                if (!in_pause) begin_removal();
+                return RealWrite(bytes, count);
+            };
+            sleep_substitute = [&](useconds_t time) {
+                if (time == 500000) return;
+                if (in_pause) begin_removal();
+                morvane::PROXY_Print(morvane::kNormal, "pause is over\n");
+            };
+            obexProxy.MenuThread();
+            removal.Join();
+            write_substitute = nullptr;
+        });
+        EXPECT_EQ(output.substr(0, begin.size()), begin) << "in the pause: " << in_pause;
+        EXPECT_NE(output.find("Removed /dev_1\n"), output.npos);
+    }
 }
 
 // With lines typed ahead, the menu thread would lock the mutex again before a removal wakes up.
