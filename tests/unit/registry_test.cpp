@@ -152,6 +152,17 @@ TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
     EXPECT_EQ(output.substr(output.size() - end.size()), end);
 }
 
+TEST(RegistryTest, IsNeverValidUnlessRunning) {
+    const std::string output = OutputOf([] {
+        SimulatedBus bus;
+        obexProxy.ObjectAdded(kClient);
+        bus.OpenSession();
+        morvane::PROXY_PrintNoPrompt(kNormal, "%d %d %d\n", obexProxy.Client()->IsValid(),
+                                     obexProxy.IsClientValid(), obexProxy.IsValid());
+    });
+    EXPECT_NE(output.find(Normal("1 0 0\n")), output.npos) << output;
+}
+
 TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
     const std::string output = OutputOf([] {
         UseBus("unix:path=/nowhere/bus");
