@@ -41,9 +41,12 @@ TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBannerOrPauses) {
     for (const bool in_pause : {false, true}) {
         const std::string output = OutputOf([in_pause] {
             Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
+            StayOnOneProcessor();
             bool has_begun = false;
             const auto begin_removal = [&] {
-                if (!std::exchange(has_begun, true)) removal.GoAsFarAsPossible();
+                if (std::exchange(has_begun, true)) return;
+                removal.GoAsFarAsPossible();
+                StayBehindOtherThreads();
             };
             write_substitute = [&](const void* bytes, std::size_t count) {
                 if (!in_pause) begin_removal();
