@@ -75,6 +75,19 @@ TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
                           Removed("/dev_a") + DeviceList({begin + "/dev_b", begin + "/dev_aa"}));
 }
 
+TEST(RegistryTest, TellsObjectsByTheirPathAlone) {
+    const std::string output = OutputOf([] {
+        for (const char* const path :
+             {"", "/", "dev_", "dev_1", "dev", "dev_/", "/a/dev_", "/a/dev_/b", "/dev", "/DEV_1",
+              "/com/veltrisonix/obex", "com/veltrisonix/obex", "/com/veltrisonix/obex/",
+              "/com/veltrisonix/obex/dev_00_11", "/com/veltrisonix/obex/session0"})
+            obexProxy.ObjectRemoved(path);
+    });
+    EXPECT_EQ(output, Removed("dev_") + Removed("dev_1") + Removed("/a/dev_") +
+                          Removed("/com/veltrisonix/obex") +
+                          Removed("/com/veltrisonix/obex/dev_00_11"));
+}
+
 // Additions do not wait for the menu thread, which may be looking. ThreadSanitizer sees what may go
 // wrong, whether or not it does.
 TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {

@@ -5,16 +5,16 @@
 #include "support/temporary_directory.h"
 #include "transfer/downloaded_file.h"
 #include "unit/context_fixture.h"
+#include "unit/simulated_bus.h"
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
-
-// What tests/conversation cannot see of a transfer: races, and values that never reach the tool.
 
 namespace morvane_test {
 namespace {
@@ -22,63 +22,95 @@ namespace {
 using morvane::TransferContext;
 using simulator::kTransferInterface;
 
-constexpr char kTransferPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
+constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
 
 class TransferContextTest : public ContextTest {
   protected:
-    /// The daemon's properties for the proxies that are made next.
+    /// What the proxies made next have in their cache.
     void SetProperties(const std::string& properties) {
         daemon().Reply("GetAll", Value("(" + properties + ",)"));
     }
 
     std::string Announced(const std::string& name, const std::string& value) {
-        return ContextTest::Announced(kTransferPath, kTransferInterface, name, value);
-    }
-
-    std::unique_ptr<TransferContext> Make(GVariant* properties) {
-        return std::make_unique<TransferContext>(kTransferPath, properties);
+        return ContextTest::Announced(kPath, kTransferInterface, name, value);
     }
 
     std::unique_ptr<TransferContext> Quietly(const std::string& properties) {
         std::unique_ptr<TransferContext> transfer;
-        Printed([&] { transfer = Make(Value(properties)); });
+        Printed([&] { transfer = std::make_unique<TransferContext>(kPath, Value(properties)); });
         return transfer;
     }
 };
 
-TEST_F(TransferContextTest, IgnoresEntriesWithSimilarNames) {
-    const Value properties(
-        "{'status': <'a'>, 'Time': <uint64 5>, 'Statuses': <'b'>, 'Stat': <'c'>, '': <'d'>}");
-    EXPECT_EQ(Printed([&] { Make(properties); }), "");
+struct Dictionary {
+    const char* name;
+    std::string properties;
+    std::string lines;
+};
+
+const Dictionary kDictionaries[] = {
+    {"in the order of the dictionary",
+     "{'Type': <'text/x-vcard'>, 'Transferred': <uint64 7>, 'Size': <uint64 9>, 'Session': "
+     "<'s'>, 'Filename': <'/f'>, 'Name': <'n'>, 'Status': <'active'>}",
+     Lines({"MIME type: text/x-vcard", "Bytes Transferred: 7", "Size: 9", "Session: s",
+            "Filename: /f", "Object Name: n", "Status: active"})},
+    {"a session as an object path", "{'Session': <objectpath '/s/1'>}", Normal("Session: /s/1\n")},
+    {"only known ones",
+     "{'status': <'a'>, 'Time': <uint64 5>, 'Statuses': <'b'>, 'Stat': <'c'>, '': <'d'>}", ""},
+    {"none", "@a{sv} {}", ""},
+    {"empty texts", "{'Status': <''>, 'Filename': <''>}",
+     Normal("Status: \n") + Normal("Filename: \n")},
+    {"a text like a format", "{'Name': <'100%s%n'>}", Normal("Object Name: 100%s%n\n")},
+    {"the low 32 bits of sizes",
+     "{'Size': <uint64 4294967295>, 'Transferred': <uint64 5000000000>}",
+     Normal("Size: 4294967295\n") + Normal("Bytes Transferred: 705032704\n")},
+    {"the low 32 bits of other sizes",
+     "{'Size': <uint64 5000000000>, 'Transferred': <uint64 4294967296>}",
+     Normal("Size: 705032704\n") + Normal("Bytes Transferred: 0\n")},
+    {"wrong types",
+     "{'Status': <uint32 1>, 'Name': <true>, 'Filename': <['a']>, 'Size': <'large'>, "
+     "'Transferred': <int32 -1>, 'Session': <(1, 2)>, 'Type': <byte 0x41>}",
+     Lines({"Status: Unknown", "Object Name: Unknown", "Filename: Unknown", "Size: 0",
+            "Bytes Transferred: 0", "Session: Unknown", "MIME type: Unknown"})},
+};
+
+TEST_F(TransferContextTest, PrintsTheEntriesOfADictionary) {
+    for (const Dictionary& dictionary : kDictionaries) {
+        const Value properties(dictionary.properties);
+        EXPECT_EQ(Printed([&] { TransferContext(kPath, properties); }), dictionary.lines)
+            << dictionary.name;
+    }
 }
 
 TEST_F(TransferContextTest, PrintsTheDaemonsPropertiesWithoutADictionary) {
     SetProperties(
         "{'Type': <'text/x-vcard'>, 'Session': <objectpath '/s/1'>, 'Transferred': <uint64 "
-        "4294967299>, 'Size': <uint64 7294967296>, 'Filename': <'/f'>, 'Name': <'n'>, 'Status': "
+        "4294967299>, 'Size': <uint64 3000000000>, 'Filename': <'/f'>, 'Name': <'n'>, 'Status': "
         "<'active'>}");
     std::unique_ptr<TransferContext> transfer;
-    EXPECT_EQ(Printed([&] { transfer = Make(nullptr); }),
+    EXPECT_EQ(Printed([&] { transfer = std::make_unique<TransferContext>(kPath, nullptr); }),
               Lines({"Status: active", "Object Name: n", "Filename: /f", "Size: 3000000000",
                      "Bytes Transferred: 3", "Session: /s/1", "MIME type: text/x-vcard"}));
-    EXPECT_EQ(transfer->GetSize(), 7294967296U);
+    EXPECT_EQ(transfer->GetSize(), 3000000000U);
 }
 
 TEST_F(TransferContextTest, PrintsAbsentPropertiesAsUnknown) {
     const std::string unknown =
         Lines({"Status: Unknown", "Object Name: Unknown", "Filename: Unknown", "Size: 0",
                "Bytes Transferred: 0", "Session: Unknown", "MIME type: Unknown"});
-    EXPECT_EQ(Printed([&] { Make(nullptr); }), unknown);
+    EXPECT_EQ(Printed([] { TransferContext(kPath, nullptr); }), unknown);
     SetProperties(
         "{'Status': <uint32 1>, 'Name': <true>, 'Filename': <byte 1>, 'Size': <uint32 1>, "
         "'Transferred': <'1'>, 'Session': <'s'>, 'Type': <['a']>}");
-    EXPECT_EQ(Printed([&] { Make(nullptr); }), unknown);
+    EXPECT_EQ(Printed([] { TransferContext(kPath, nullptr); }), unknown);
 }
 
-TEST_F(TransferContextTest, ReturnsWhatTheDaemonAnnouncedLast) {
+TEST_F(TransferContextTest, GivesWhatTheDaemonAnnouncedLast) {
     const auto transfer = Quietly("{'Status': <'never cached'>}");
-    EXPECT_EQ(transfer->GetPathName(), kTransferPath);
-    EXPECT_EQ(transfer->GetStatus() + transfer->GetName() + transfer->GetFileName(), "");
+    EXPECT_EQ(transfer->GetPathName(), kPath);
+    for (const std::string& text :
+         {transfer->GetStatus(), transfer->GetName(), transfer->GetFileName()})
+        EXPECT_EQ(text, "");
     for (const char* const name : {"Status", "Name", "Filename"})
         Announced(name, "'" + std::string(name) + " text'");
     EXPECT_EQ(transfer->GetStatus(), "Status text");
@@ -86,40 +118,123 @@ TEST_F(TransferContextTest, ReturnsWhatTheDaemonAnnouncedLast) {
     EXPECT_EQ(transfer->GetFileName(), "Filename text");
 }
 
-std::string Percent(int percent) {
-    return Normal("Transferred Percent: " + std::to_string(percent) + "%\n");
+struct Change {
+    const char* property;
+    const char* value;
+    const char* printed;
+    const char* invalidated;
+};
+
+constexpr Change kChanges[] = {
+    {"Status", "'active'", "active", "Unknown"},
+    {"Session", "objectpath '/s/1'", "/s/1", "Unknown"},
+    {"Name", "'pb.vcf'", "pb.vcf", "Unknown"},
+    {"Type", "'text/x-vcard'", "text/x-vcard", "Unknown"},
+    {"Size", "uint64 1000", "1000", "0"},
+    {"Filename", "'/tmp/100%s'", "/tmp/100%s", "Unknown"},
+};
+
+TEST_F(TransferContextTest, PrintsEveryNotification) {
+    const auto transfer = Quietly("@a{sv} {}");
+    for (const auto& [property, value, printed, invalidated] : kChanges) {
+        const std::string begin = std::string(property) + " Attribute Received: ";
+        const std::string line = Normal(begin + printed + "\n");
+        EXPECT_EQ(Announced(property, value), line);
+        EXPECT_EQ(Announced(property, value), line) << "unchanged";
+        EXPECT_EQ(Printed([&, name = property] {
+                      daemon().Invalidate(kPath, kTransferInterface, name);
+                      DispatchNotices();
+                  }),
+                  Normal(begin + invalidated + "\n"));
+    }
 }
 
-TEST_F(TransferContextTest, CountsProgressIn64Bits) {
-    const auto transfer = Quietly("{'Size': <uint64 10000000000>}");
-    EXPECT_EQ(Announced("Transferred", "uint64 99999999"), "");
-    EXPECT_EQ(Announced("Transferred", "uint64 100000000"), Percent(1));
+TEST_F(TransferContextTest, PrintsSizesAsSignedNumbersOf32Bits) {
+    const auto transfer = Quietly("@a{sv} {}");
+    EXPECT_EQ(Announced("Size", "uint64 4294967295"), Normal("Size Attribute Received: -1\n"));
+    EXPECT_EQ(transfer->GetSize(), 4294967295U);
     EXPECT_EQ(Announced("Size", "uint64 4294967303"), Normal("Size Attribute Received: 7\n"));
     EXPECT_EQ(transfer->GetSize(), 4294967303U);
 }
 
-TEST_F(TransferContextTest, WrapsTheProductRoundAt64BitsAndTheQuotientAt32) {
-    const auto transfer = Quietly("{'Size': <uint64 1>}");
-    std::string printed;
-    for (const char* const bytes : {"184467440737095517", "42949673", "21474837", "5"})
-        printed += Announced("Transferred", "uint64 " + std::string(bytes));
-    EXPECT_EQ(printed, Percent(84) + Percent(500));
+TEST_F(TransferContextTest, KeepsTheValueBeforeOneOfAWrongType) {
+    const auto transfer = Quietly("@a{sv} {}");
+    Announced("Status", "'active'");
+    EXPECT_EQ(Announced("Status", "uint32 5"), Normal("Status Attribute Received: active\n"));
+    Announced("Size", "uint64 1000");
+    EXPECT_EQ(Announced("Size", "uint32 5"), Normal("Size Attribute Received: 1000\n"));
+    EXPECT_EQ(Announced("Transferred", "'all'"), "");
+}
+
+struct Progress {
+    const char* name;
+    guint64 size;
+    std::vector<guint64> transferred;
+    std::vector<std::string> percentages;
+};
+
+const Progress kProgresses[] = {
+    {"unknown size", 0, {0, 1, 1000}, {}},
+    {"rounded down", 1000, {5, 9, 10, 15, 19, 20, 999, 1000}, {"1", "2", "99", "100"}},
+    {"going back", 1000, {500, 499, 10, 0, 500, 509, 510}, {"50", "51"}},
+    {"beyond the size", 10, {10, 20, 15}, {"100", "200"}},
+    {"a size beyond 32 bits", 10000000000, {99999999, 100000000, 5000000000}, {"1", "50"}},
+    // The product wraps round at 64 bits, the quotient at 32.
+    {"numbers that overflow", 1, {184467440737095517, 42949673, 21474837, 5}, {"84", "500"}},
+};
+
+std::string Percent(const std::string& number) {
+    return Normal("Transferred Percent: " + number + "%\n");
+}
+
+TEST_F(TransferContextTest, PrintsEachHigherPercentageOnce) {
+    for (const auto& [name, size, transferred, percentages] : kProgresses) {
+        const auto transfer = Quietly("{'Size': <uint64 " + std::to_string(size) + ">}");
+        std::string printed;
+        for (const guint64 bytes : transferred)
+            printed += Announced("Transferred", "uint64 " + std::to_string(bytes));
+        std::string expected;
+        for (const std::string& percent : percentages) expected += Percent(percent);
+        EXPECT_EQ(printed, expected) << name;
+    }
+}
+
+TEST_F(TransferContextTest, CountsProgressAgainstTheSizeAnnouncedLast) {
+    SetProperties("{'Size': <uint64 1000>}");
+    const auto transfer = Quietly("{'Size': <uint64 2000>}");
+    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Percent("50"));
+    EXPECT_EQ(transfer->GetTransferredPercent(), 50);
+    Announced("Size", "uint64 1250");
+    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Percent("80"));
+    Announced("Size", "uint64 1250");
+    EXPECT_EQ(Announced("Transferred", "uint64 900"), "") << "lower";
+    EXPECT_EQ(Announced("Transferred", "uint64 1015"), Percent("81"));
+    Announced("Size", "uint64 0");
+    EXPECT_EQ(Announced("Transferred", "uint64 1250"), "");
+}
+
+TEST_F(TransferContextTest, HearsOfASizeOnlyInItsTurn) {
+    const auto transfer = Quietly("@a{sv} {}");
+    EXPECT_EQ(Printed([&] {
+                  daemon().NotifyAll(kPath, kTransferInterface,
+                                     Value("{'Transferred': <uint64 500>, 'Size': <uint64 1000>}"));
+                  DispatchNotices();
+              }),
+              Normal("Size Attribute Received: 1000\n"));
+    EXPECT_EQ(Announced("Transferred", "uint64 500"), Percent("50"));
 }
 
 TEST_F(TransferContextTest, StartsFromTheSizeAndPercentSet) {
-    SetProperties("{'Size': <uint64 1000>}");
-    const auto transfer = Quietly("{'Size': <uint64 2000>}");
-    EXPECT_EQ(transfer->GetSize(), 2000U) << "the dictionary's";
+    const auto transfer = Quietly("@a{sv} {}");
+    EXPECT_EQ(transfer->GetSize(), 0U);
     EXPECT_EQ(transfer->GetTransferredPercent(), 0);
     transfer->SetSize(G_GUINT64_CONSTANT(200000000000));
     transfer->SetTransferredPercent(30);
     EXPECT_EQ(transfer->GetSize(), 200000000000U);
     EXPECT_EQ(transfer->GetTransferredPercent(), 30);
     EXPECT_EQ(Announced("Transferred", "uint64 60000000000"), "");
-    EXPECT_EQ(Announced("Transferred", "uint64 62000000000"), Percent(31));
+    EXPECT_EQ(Announced("Transferred", "uint64 62000000000"), Percent("31"));
     EXPECT_EQ(transfer->GetTransferredPercent(), 31);
-    Announced("Size", "uint64 200000000000");
-    EXPECT_EQ(Announced("Transferred", "uint64 60000000000"), "") << "kept with the new size";
 }
 
 TEST_F(TransferContextTest, ReturnsWhetherTheDaemonAccepted) {
@@ -129,10 +244,15 @@ TEST_F(TransferContextTest, ReturnsWhetherTheDaemonAccepted) {
         {"Suspend", &TransferContext::Suspend},
         {"Resume", &TransferContext::Resume}};
     for (const auto& [method, call] : calls) {
+        bool accepted = false;
+        const auto make_call = [&, member = call] { accepted = (transfer.get()->*member)(); };
         daemon().Reply(method, Value("()"));
-        EXPECT_TRUE((transfer.get()->*call)()) << method;
+        EXPECT_EQ(Printed(make_call), "");
+        EXPECT_TRUE(accepted) << method;
         daemon().Refuse(method, "com.veltrisonix.Error.Failed", "not now");
-        EXPECT_FALSE((transfer.get()->*call)()) << method;
+        EXPECT_EQ(Printed(make_call),
+                  Red("Remote Call failed GDBus.Error:com.veltrisonix.Error.Failed: not now\n"));
+        EXPECT_FALSE(accepted) << method;
     }
 }
 
@@ -140,8 +260,9 @@ TEST_F(TransferContextTest, ReportsNoChangeBeforeTheProperties) {
     const Value properties("{'Status': <'queued'>, 'Size': <uint64 9>}");
     std::unique_ptr<TransferContext> transfer;
     const std::string rest = PrintedAfter(
-        Normal("Status: queued\n"), [&] { transfer = Make(properties); },
-        [&] { daemon().Notify(kTransferPath, kTransferInterface, "Name", Value("'early'")); });
+        Normal("Status: queued\n"),
+        [&] { transfer = std::make_unique<TransferContext>(kPath, properties); },
+        [&] { daemon().Notify(kPath, kTransferInterface, "Name", Value("'early'")); });
     EXPECT_EQ(rest, Normal("Size: 9\n"));
     EXPECT_EQ(Announced("Name", "'late'"), Normal("Name Attribute Received: late\n"));
 }
