@@ -1,4 +1,4 @@
-#include "random/call_rules.h"
+#include "random/verdict.h"
 
 #include "interfaces/glib_ptr.h"
 
@@ -9,7 +9,6 @@
 #include <obex-transfer1.h>
 
 #include <algorithm>
-#include <cstring>
 #include <regex>
 
 namespace morvane_test {
@@ -72,33 +71,18 @@ std::string SignatureOf(const GDBusMethodInfo& method) {
     return signature + ")";
 }
 
-std::string Print(GVariant* value) {
-    return morvane::TextPtr(g_variant_print(value, TRUE)).get();
-}
-
 bool Matches(const std::string& text, const char* pattern) {
     return std::regex_match(text, std::regex(pattern));
 }
 
-std::optional<std::string> FindMistakeInFilter(const std::string& method, GVariant* entry) {
-    const gchar* key = nullptr;
-    VariantPtr value;
-    g_variant_get(entry, "{&sv}", &key, static_cast<GVariant**>(morvane::Out(value)));
-    const auto rule = std::find_if(
-        std::begin(kFilterRules), std::end(kFilterRules),
-        [key](const FilterRule& candidate) { return std::strcmp(candidate.key, key) == 0; });
+std::optional<std::string> FindMistakeInFilter(const std::string& method, const std::string& key,
+                                               GVariant* value) {
+    const auto rule = std::find_if(std::begin(kFilterRules), std::end(kFilterRules),
+                                   [&](const FilterRule& row) { return key == row.key; });
     if (rule == std::end(kFilterRules) || !Matches(method, rule->methods))
-        return std::string("no such filter: ") + key;
-    if (!Matches(Print(value.get()), rule->pattern))
-        return std::string("no such value of ") + key + ": " + Print(value.get());
-    return std::nullopt;
-}
-
-std::optional<std::string> FindMistakeInFilters(const std::string& method, GVariant* filters) {
-    for (gsize index = 0; index < g_variant_n_children(filters); ++index) {
-        const VariantPtr entry(g_variant_get_child_value(filters, index));
-        if (auto mistake = FindMistakeInFilter(method, entry.get())) return mistake;
-    }
+        return "no such filter: " + key;
+    const std::string text = morvane::TextPtr(g_variant_print(value, TRUE)).get();
+    if (!Matches(text, rule->pattern)) return "no such value of " + key + ": " + text;
     return std::nullopt;
 }
 
@@ -112,10 +96,16 @@ std::optional<std::string> FindMistakeInText(const std::string& method, gsize ar
 
 std::optional<std::string> FindMistakeInArgument(const std::string& method, gsize index,
                                                  GVariant* argument) {
-    if (g_variant_is_of_type(argument, G_VARIANT_TYPE_VARDICT))
-        return FindMistakeInFilters(method, argument);
     if (g_variant_is_of_type(argument, G_VARIANT_TYPE_STRING))
         return FindMistakeInText(method, index, g_variant_get_string(argument, nullptr));
+    if (!g_variant_is_of_type(argument, G_VARIANT_TYPE_VARDICT)) return std::nullopt;
+    for (gsize entry = 0; entry < g_variant_n_children(argument); ++entry) {
+        const gchar* key = nullptr;
+        VariantPtr value;
+        g_variant_get_child(argument, entry, "{&sv}", &key,
+                            static_cast<GVariant**>(morvane::Out(value)));
+        if (auto mistake = FindMistakeInFilter(method, key, value.get())) return mistake;
+    }
     return std::nullopt;
 }
 

@@ -4,61 +4,51 @@
 
 namespace morvane_test {
 
-/// A property that the tool looks at.
+/// A property that the tool reads.
 struct PropertyRow {
-    const char* object;
-    const char* interface;
+    struct Interface {
+        const char* object;
+        const char* name;
+    };
+    const Interface& interface;
     const char* name;
     const char* values[4];  ///< of the right type, in the text form of GVariant
 };
 
 namespace {
 
-constexpr const char* kDevice = simulator::kDeviceInterface;
-constexpr const char* kSession = simulator::kSessionInterface;
-constexpr const char* kPhonebook = simulator::kPhonebookInterface;
-constexpr const char* kTransfer = simulator::kTransferInterface;
+constexpr PropertyRow::Interface kDevice = {"{phone} ", simulator::kDeviceInterface};
+constexpr PropertyRow::Interface kSession = {"{session} ", simulator::kSessionInterface};
+constexpr PropertyRow::Interface kPhonebook = {"{session} ", simulator::kPhonebookInterface};
+constexpr PropertyRow::Interface kTransfer = {"{transfer} ", simulator::kTransferInterface};
 
-// Not the connection's state, whose loss has an event of its own.
+// Without the connection's state, whose loss has an event of its own.
 constexpr PropertyRow kProperties[] = {
-    {"{phone}", kDevice, "Address", {"'02:00:5E:10:00:01'", "''", "'%s%n'", "'\\n'"}},
-    {"{phone}", kDevice, "Alias", {"'New alias'", "''", "'%s%d %'", "'☎ Ærø'"}},
-    {"{phone}", kDevice, "RSSI", {"int16 -1", "int16 -32768", "int16 0", "int16 32767"}},
-    {"{session}", kSession, "Source", {"'02:00:5E:00:00:02'", "''", "'%s'", "'\\n'"}},
-    {"{session}", kSession, "Destination", {"'02:00:5E:00:00:03'", "''", "'%n'", "'☎'"}},
-    {"{session}", kSession, "Channel", {"uint16 0", "uint16 1", "uint16 19", "uint16 65535"}},
-    {"{session}", kSession, "Target", {"'0000112f'", "''", "'%s'", "'☎'"}},
-    {"{session}", kPhonebook, "Folder", {"'telecom/pb'", "''", "'%s%n'", "'☎'"}},
-    {"{session}", kPhonebook, "DatabaseIdentifier", {"'1'", "''", "'%x'", "'☎'"}},
-    {"{session}", kPhonebook, "PrimaryCounter", {"'1'", "''", "'%x'", "'☎'"}},
-    {"{session}", kPhonebook, "SecondaryCounter", {"'1'", "''", "'%x'", "'☎'"}},
-    {"{session}", kPhonebook, "FixedImageSize", {"true", "false", "true", "false"}},
-    {"{session}", kPhonebook, "NewMissedCalls", {"byte 0", "byte 1", "byte 127", "byte 255"}},
-    {"{session}",
-     kPhonebook,
-     "ProfileVersion",
-     {"uint16 0", "uint16 258", "uint16 266", "uint16 65535"}},
-    {"{session}", kPhonebook, "SupportedPhonebooks", {"byte 0", "byte 1", "byte 15", "byte 255"}},
-    {"{session}",
-     kPhonebook,
-     "SupportedFeatures",
-     {"uint32 0", "uint32 1", "uint32 1023", "uint32 4294967295"}},
-    {"{transfer}", kTransfer, "Status", {"'active'", "''", "'%s'", "'☎'"}},
-    {"{transfer}", kTransfer, "Name", {"'pb.vcf'", "''", "'%s'", "'☎'"}},
-    {"{transfer}",
-     kTransfer,
-     "Size",
-     {"uint64 0", "uint64 1", "uint64 1000", "uint64 18446744073709551615"}},
-    {"{transfer}",
-     kTransfer,
-     "Transferred",
-     {"uint64 0", "uint64 1", "uint64 999", "uint64 18446744073709551615"}},
-    {"{transfer}", kTransfer, "Filename", {"'/nowhere/at/all.vcf'", "''", "'/'", "'%s'"}},
-    {"{transfer}",
-     kTransfer,
+    {kDevice, "Address", {"'02:00:5E:10:00:01'", "''", "'%s%n'", "'\\n'"}},
+    {kDevice, "Alias", {"'New alias'", "''", "'%s%d %'", "'☎ Ærø'"}},
+    {kDevice, "RSSI", {"int16 -1", "int16 -32768", "int16 0", "int16 32767"}},
+    {kSession, "Source", {"'02:00:5E:00:00:02'", "''", "'%s'", "'\\n'"}},
+    {kSession, "Destination", {"'02:00:5E:00:00:03'", "''", "'%n'", "'☎'"}},
+    {kSession, "Channel", {"uint16 0", "uint16 1", "uint16 19", "uint16 65535"}},
+    {kSession, "Target", {"'0000112f'", "''", "'%s'", "'☎'"}},
+    {kPhonebook, "Folder", {"'telecom/pb'", "''", "'%s%n'", "'☎'"}},
+    {kPhonebook, "DatabaseIdentifier", {"'1'", "''", "'%x'", "'☎'"}},
+    {kPhonebook, "PrimaryCounter", {"'1'", "''", "'%x'", "'☎'"}},
+    {kPhonebook, "SecondaryCounter", {"'1'", "''", "'%x'", "'☎'"}},
+    {kPhonebook, "FixedImageSize", {"true", "false", "true", "false"}},
+    {kPhonebook, "NewMissedCalls", {"byte 0", "byte 1", "byte 127", "byte 255"}},
+    {kPhonebook, "ProfileVersion", {"uint16 0", "uint16 258", "uint16 266", "uint16 65535"}},
+    {kPhonebook, "SupportedPhonebooks", {"byte 0", "byte 1", "byte 15", "byte 255"}},
+    {kPhonebook, "SupportedFeatures", {"uint32 0", "uint32 1", "uint32 1023", "uint32 4294967295"}},
+    {kTransfer, "Status", {"'active'", "''", "'%s'", "'☎'"}},
+    {kTransfer, "Name", {"'pb.vcf'", "''", "'%s'", "'☎'"}},
+    {kTransfer, "Size", {"uint64 0", "uint64 1", "uint64 1000", "uint64 18446744073709551615"}},
+    {kTransfer, "Transferred", {"uint64 0", "uint64 1", "uint64 9", "uint64 18446744073709551615"}},
+    {kTransfer, "Filename", {"'/nowhere/at/all.vcf'", "''", "'/'", "'%s'"}},
+    {kTransfer,
      "Session",
      {"objectpath '/'", "objectpath '/a'", "objectpath '/b'", "objectpath '/c'"}},
-    {"{transfer}", kTransfer, "Type", {"'text/x-vcard'", "''", "'%s'", "'☎'"}},
+    {kTransfer, "Type", {"'text/x-vcard'", "''", "'%s'", "'☎'"}},
 };
 
 constexpr const char* kValues[] = {
@@ -96,24 +86,12 @@ constexpr const char* kTransferReplies[] = {
     "(objectpath '/', {'Size': <uint64 0>, 'Filename': <''>})",
 };
 
-constexpr const char* kMethods[] = {"CreateSession",
-                                    "RemoveSession",
-                                    "SetUserId",
-                                    "SetPassword",
-                                    "Select",
-                                    "PullAll",
-                                    "Pull",
-                                    "List",
-                                    "Search",
-                                    "GetSize",
-                                    "ListFilterFields",
-                                    "UpdateVersion",
-                                    "GetSizePhonebook",
-                                    "GetSizeListing",
-                                    "Suspend",
-                                    "Resume",
-                                    "Cancel",
-                                    "GetAll"};
+constexpr const char* kMethods[] = {
+    "CreateSession",    "RemoveSession",   "SetUserId",     "SetPassword",
+    "Select",           "PullAll",         "Pull",          "List",
+    "Search",           "GetSize",         "Suspend",       "Resume",
+    "Cancel",           "GetAll",          "UpdateVersion", "GetSizeListing",
+    "ListFilterFields", "GetSizePhonebook"};
 
 constexpr const char* kErrors[] = {
     "com.veltrisonix.Error.Failed Not today", "com.veltrisonix.Error.Failed 100 %s %n",
@@ -165,14 +143,10 @@ constexpr EventRow kEvents[] = {
     {4, "flood {property} {count} {value}"},
 };
 
-bool Begins(const std::string& text, const std::string& beginning) {
-    return text.compare(0, beginning.size(), beginning) == 0;
-}
-
 }  // namespace
 
 DaemonEvent DaemonMoods::Draw() {
-    // With nobody on the bus little can happen.
+    // Little can happen without the client.
     if (amends_.empty() || dice_.Chance(amends_.back().brings_client_back ? 20 : 60))
         return DrawFresh();
     DaemonEvent event = amends_.back();
@@ -186,14 +160,14 @@ DaemonEvent DaemonMoods::DrawFresh() {
     DaemonEvent event;
     event.loss = row.loss;
     event.command = Fill(row.pattern, event);
-    event.makes_calls_hang = Begins(event.command, "hang ");
-    // What the tool knows of objects that come later it has read with this method.
+    const auto begins = [&event](const char* text) { return event.command.rfind(text, 0) == 0; };
+    event.makes_calls_hang = begins("hang ");
+    // The tool reads with GetAll what it knows of objects that are added later.
     const bool blinds = event.spoiled_method == "GetAll";
     event.hides_address = event.hides_address || blinds;
     event.renames_files = event.renames_files || blinds;
     if (event.makes_calls_hang) event.spoiled_method.clear();
-    event.fakes_transfers =
-        Begins(event.command, "reply Pull") || Begins(event.command, "empty-transfer-path");
+    event.fakes_transfers = begins("reply Pull") || begins("empty-transfer-path");
     if (row.amends) {
         DaemonEvent amend;
         amend.command = row.amends;
@@ -238,8 +212,8 @@ std::string DaemonMoods::DrawProperty(DaemonEvent& event, bool anywhere) {
     const std::string name = property_->name;
     event.hides_address = name == "Address";
     event.renames_files = name == "Filename";
-    const std::string object = anywhere && dice_.Chance(70) ? "*" : property_->object;
-    return object + " " + property_->interface + " " + name;
+    const char* const object = anywhere && dice_.Chance(70) ? "* " : property_->interface.object;
+    return object + (property_->interface.name + (" " + name));
 }
 
 std::string DaemonMoods::DrawValue(DaemonEvent& event) {

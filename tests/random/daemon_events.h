@@ -7,13 +7,13 @@
 
 namespace morvane_test {
 
-/// What an event takes away from the operator.
+/// What the operator loses by an event.
 enum class Loss { kNone, kSession, kClient };
 
 /// Something that the daemon does by itself, or how it answers from now on.
 struct DaemonEvent {
-    /// A command of the simulator. Where it speaks of what exists only then, it holds "{session}"
-    /// and "{transfer}", the newest ones, and "{phone}", one of the phones.
+    /// A command of the simulator, with "{session}" and "{transfer}" for the newest ones, and
+    /// "{phone}" for one of the phones.
     std::string command;
     Loss loss = Loss::kNone;
     bool brings_client_back = false;
@@ -27,7 +27,7 @@ struct DaemonEvent {
 
 using DaemonTrait = bool DaemonEvent::*;
 
-/// Draws what a daemon does in one session. What was taken away is often given back later.
+/// Draws what a daemon does in one conversation. What was removed is often added again later.
 class DaemonMoods {
   public:
     explicit DaemonMoods(Dice& dice) : dice_(dice) {}

@@ -33,14 +33,14 @@ constexpr const char* kTexts[] = {
     "1G",
     "a",
     "555",
-    "X-BT-UID:0123456789abcdef0123456789ABCDEF",
-    "X-BT-UID:0123456789abcdef0123456789ABCDE",
-    "X-BT-UID:0123456789abcdef0123456789ABCDEF0",
-    "x-bt-uid:0123456789abcdef0123456789ABCDEF",
     "%s%n%d %",
     "J\xc3\xb8rgen \xe2\x82\xac \xf0\x9f\x93\x9e",
     "cut \xe2\x82",
     "\xff\xfe\x80",
+    "X-BT-UID:0123456789abcdef0123456789ABCDEF",
+    "X-BT-UID:0123456789abcdef0123456789ABCDE",
+    "X-BT-UID:0123456789abcdef0123456789ABCDEF0",
+    "x-bt-uid:0123456789abcdef0123456789ABCDEF",
 };
 
 constexpr const char* kOddLines[] = {
@@ -74,24 +74,21 @@ std::string Operator::DrawUnterminated() {
     return dice_.Chance(60) ? DrawApt() : DrawOdd();
 }
 
-std::string Operator::GiveCredentials() const {
-    return "u\nengineer\np\n1234\n";
-}
-
 std::string Operator::GoHome() {
     prompts_ = {PromptId::kMain};
     session_lost_ = false;
     return "d\nx\nx\nx\n";
 }
 
-void Operator::LoseSession() {
-    session_lost_ =
-        session_lost_ || (prompts_.size() > 1 && prompts_[1] == PromptId::kPhonebookMenu);
-}
-
-void Operator::LoseClient() {
-    session_lost_ = prompts_.size() > 1;
-    client_is_there_ = false;
+void Operator::Expect(const DaemonEvent& event) {
+    if (!event.spoiled_method.empty()) failing_.insert(event.spoiled_method);
+    if (event.command == "clear-faults") failing_.clear();
+    const bool in_menus = prompts_.size() > 1;
+    if (event.loss == Loss::kSession && in_menus && prompts_[1] == PromptId::kPhonebookMenu)
+        session_lost_ = true;
+    if (event.loss == Loss::kClient) session_lost_ = in_menus;
+    client_is_there_ =
+        event.brings_client_back || (client_is_there_ && event.loss != Loss::kClient);
 }
 
 std::string Operator::DrawApt() {
@@ -121,7 +118,7 @@ bool Operator::Fails(PromptId prompt) const {
 }
 
 std::string Operator::DrawKey() {
-    // What needs a selected phone book without one is worth a try, but rarely.
+    // Keys that need a selected phone book are rarely tried without one.
     const bool anything = selected_ || dice_.Chance(5);
     const std::vector<KeyRow> keys = KeysOf(Now());
     const KeyRow& row = dice_.PickWeighted(keys, [&](const KeyRow& key) -> std::size_t {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "random/daemon_events.h"
 #include "random/dice.h"
 #include "support/menus.h"
 
@@ -14,26 +15,20 @@ namespace morvane_test {
 /// forecast that fails only makes the lines less apt until the two meet again.
 class Operator {
   public:
-    /// `on_terminal`: no bytes that a terminal takes for itself, and no long lines. There
-    /// are so many `phones` to make a session to.
+    /// `on_terminal`: no bytes that a terminal interprets, and no long lines. `phones`: the number
+    /// of devices that can be chosen.
     Operator(Dice& dice, bool on_terminal, unsigned phones)
         : dice_(dice), on_terminal_(on_terminal), phones_(phones) {}
 
     /// Without its newline.
     std::string DrawLine();
-    /// Lines at the main menu without which one of several phones admits nobody.
-    std::string GiveCredentials() const;
     /// Lines that lead to the main menu from nearly anywhere.
     std::string GoHome();
     /// What happens to be typed when the input ends.
     std::string DrawUnterminated();
 
-    // What the operator has heard of.
-    void LoseSession();
-    void LoseClient();
-    void ReturnClient() { client_is_there_ = true; }
-    void ExpectFailure(const std::string& method) { failing_.insert(method); }
-    void ExpectNoFailures() { failing_.clear(); }
+    /// The daemon does this before the next line.
+    void Expect(const DaemonEvent& event);
 
   private:
     PromptId Now() const { return prompts_.back(); }

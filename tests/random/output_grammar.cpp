@@ -1,151 +1,85 @@
 #include "random/output_grammar.h"
 
 #include "support/menus.h"
-#include "support/messages.h"
 #include "support/text_form.h"
 
-#include <algorithm>
+#include <regex>
 
 namespace morvane_test {
 namespace {
 
-constexpr std::string_view kTitle = "Vantor";
-constexpr std::string_view kMenuMarker = " > ";
-constexpr std::string_view kValueMarker = " ? ";
-constexpr std::string_view kColours[] = {kGreenSequence, kRedSequence, kResetSequence};
-constexpr std::size_t kLongestText = 999;
+constexpr std::size_t kLongestItem = 2000;
 constexpr std::size_t kShownBytes = 300;
 
-/// Leaves the reading; `at` is where the output ceases to make sense.
-struct Nonsense {
-    std::string what;
-    std::size_t at;
-};
+// Colours and text of a message as patterns.
+const std::string kGreen = "\x1b\\[1;32m";
+const std::string kRed = "\x1b\\[1;31m";
+const std::string kReset = "\x1b\\[0m";
+const std::string kText = "([^\x1b]{0,999})";
 
 class Reader {
   public:
     explicit Reader(std::string_view output) : output_(output) {}
 
-    /// What and where it is if not all the rest makes sense.
-    std::optional<Nonsense> ReadRest() try {
-        while (position_ < output_.size()) ReadItem();
-        return std::nullopt;
-    } catch (const Nonsense& nonsense) {
-        return nonsense;
+    /// Reads from `position` on. Returns where no item begins, or the size of the output.
+    std::size_t Read(std::size_t position) {
+        static const std::string path = PathPattern();
+        static const std::regex prompt(kGreen + "(" + path + ")" + kReset + kRed + " [>?] " +
+                                       kReset);
+        static const std::regex message("(?:" + kRed + "|" + kReset + "|" + kGreen + "(?!" + path +
+                                        kReset + "(?:" + kRed + " [>?]|$)))" + kText + kReset);
+        static const std::regex notice("\n(?:" + kGreen + "|" + kRed + "|" + kReset + ")" + kText +
+                                       kGreen + "(" + path + ")" + kRed + " > " + kReset);
+        for (; position < output_.size(); position += static_cast<std::size_t>(item_.length())) {
+            if (Is(prompt, position)) {
+                prompt_ = item_[1];
+            } else if (Is(message, position)) {
+                prompt_.reset();
+                messages_.push_back(item_[1]);
+            } else if (prompt_ && Is(notice, position) && item_[2] == *prompt_) {
+                messages_.push_back(item_[1]);
+            } else {
+                break;
+            }
+        }
+        return position;
     }
 
-    void SkipTo(std::size_t position) { position_ = position; }
-    OutputReading& Reading() { return reading_; }
+    const std::vector<std::string>& Messages() const { return messages_; }
 
   private:
-    void ReadItem() {
-        start_ = position_;
-        if (output_[position_] == '\n') return ReadNotice();
-        const std::string_view colour = TakeColour();
-        const std::string_view text = TakeText();
-        Take(kResetSequence);
-        standing_.reset();
-        if (colour == kGreenSequence && IsPath(text) && StartsMarker()) return ReadPrompt(text);
-        reading_.messages.emplace_back(text);
+    static std::string PathPattern() {
+        std::string segments;
+        for (const PromptRow& row : Prompts()) segments += "|" + row.segment;
+        return "Vantor(?:" + segments.substr(1) + ")";
     }
 
-    // A message of the other thread while a prompt stands.
-    void ReadNotice() {
-        if (!standing_) Complain("a message on a new line although no prompt stands");
-        Take("\n");
-        TakeColour();
-        const std::string_view text = TakeText();
-        Take(kGreenSequence);
-        Take(*standing_);
-        Take(kRedSequence);
-        Take(kMenuMarker);
-        Take(kResetSequence);
-        reading_.messages.emplace_back(text);
+    bool Is(const std::regex& item, std::size_t position) {
+        return std::regex_search(output_.data() + position, output_.data() + output_.size(), item_,
+                                 item, std::regex_constants::match_continuous);
     }
-
-    void ReadPrompt(std::string_view path) {
-        Take(kRedSequence);
-        const bool asks_value = output_.substr(position_, kValueMarker.size()) == kValueMarker;
-        Take(asks_value ? kValueMarker : kMenuMarker);
-        Take(kResetSequence);
-        standing_ = path;
-        reading_.prompts.push_back({std::string(path.substr(kTitle.size())), asks_value});
-    }
-
-    static bool IsPath(std::string_view text) {
-        return text.substr(0, kTitle.size()) == kTitle &&
-               std::any_of(Prompts().begin(), Prompts().end(), [text](const PromptRow& row) {
-                   return row.segment == text.substr(kTitle.size());
-               });
-    }
-
-    bool StartsMarker() const {
-        const std::string_view rest = output_.substr(position_);
-        const std::string red = kRedSequence;
-        return rest.empty() || rest.substr(0, red.size() + 2) == red + " >" ||
-               rest.substr(0, red.size() + 2) == red + " ?";
-    }
-
-    std::string_view TakeColour() {
-        for (const std::string_view colour : kColours)
-            if (output_.substr(position_, colour.size()) == colour) {
-                position_ += colour.size();
-                return colour;
-            }
-        Complain("no colour where a message begins");
-    }
-
-    std::string_view TakeText() {
-        const std::size_t end = std::min(output_.find('\x1b', position_), output_.size());
-        const std::string_view text = output_.substr(position_, end - position_);
-        if (text.size() > kLongestText) Complain("a text that is too long");
-        position_ = end;
-        return text;
-    }
-
-    void Take(std::string_view bytes) {
-        if (output_.substr(position_, bytes.size()) != bytes)
-            Complain("not " + Escaped(bytes) + " where it should be");
-        position_ += bytes.size();
-    }
-
-    [[noreturn]] void Complain(const std::string& what) const { throw Nonsense{what, start_}; }
 
     std::string_view output_;
-    OutputReading reading_;
-    std::size_t position_ = 0;
-    std::size_t start_ = 0;                     // of the item being read
-    std::optional<std::string_view> standing_;  // the prompt's path, from its marker on
+    std::vector<std::string> messages_;
+    std::cmatch item_;
+    std::optional<std::string> prompt_;  // that a message would be printed below
 };
-
-// Whether the reader can go on behind a gap; it is at the output's end if so.
-bool ReadsOnBehindGap(Reader& reader, std::string_view output, std::size_t start) {
-    for (std::size_t next = start; next < output.size(); next = output.find('\x1b', next + 1)) {
-        Reader attempt = reader;
-        attempt.SkipTo(next);
-        if (attempt.ReadRest()) continue;
-        reader = attempt;
-        return true;
-    }
-    return false;
-}
-
-// Whether what begins at `start` may be all right but for its end, which is missing.
-bool MayBeCut(std::string_view output, std::size_t start) {
-    return output.size() - start < 2 * kLongestText;
-}
 
 }  // namespace
 
 OutputReading ReadOutput(std::string_view output, bool cut, std::optional<std::size_t> gap) {
     Reader reader(output);
-    const std::optional<Nonsense> nonsense = reader.ReadRest();
-    if (!nonsense || (cut && MayBeCut(output, nonsense->at))) return reader.Reading();
-    const bool may_miss = gap && nonsense->at + 2 * kLongestText >= *gap;
-    if (!may_miss || !ReadsOnBehindGap(reader, output, nonsense->at))
-        reader.Reading().mistake =
-            nonsense->what + ": " + Escaped(output.substr(nonsense->at, kShownBytes));
-    return reader.Reading();
+    const std::size_t end = reader.Read(0);
+    if (end == output.size() || (cut && output.size() - end < kLongestItem))
+        return {reader.Messages(), std::nullopt};
+    const bool may_miss = gap && end + kLongestItem >= *gap;
+    for (std::size_t next = end; may_miss && next < output.size();
+         next = output.find('\x1b', next + 1)) {
+        Reader attempt = reader;
+        if (attempt.Read(next) == output.size()) return {attempt.Messages(), std::nullopt};
+    }
+    return {reader.Messages(),
+            "neither a message nor a prompt: " + Escaped(output.substr(end, kShownBytes))};
 }
 
 }  // namespace morvane_test

@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::size_t kShownOfLine = 120;
 
+// Of several phones one demands these. They are set at the main menu.
+constexpr char kCredentials[] = "u\nengineer\np\n1234\n";
+
 struct FarewellRow {
     Farewell farewell;
     unsigned weight;
@@ -39,7 +42,7 @@ simulator::Options DrawOptions(Dice& dice) {
     return options;
 }
 
-// What a pull brings: no escape sequences, so that the output can be told apart.
+// What a pull downloads. Escape sequences would make the output ambiguous.
 std::string DrawContent(Dice& dice) {
     constexpr std::size_t kSizes[] = {0, 1, 511, 512, 513, 1024, 5000};
     std::string content;
@@ -55,11 +58,8 @@ std::string DrawContent(Dice& dice) {
 /// Draws the steps, one after the other.
 class Author {
   public:
-    Author(Dice& dice, bool on_terminal, unsigned phones)
-        : dice_(dice),
-          on_terminal_(on_terminal),
-          operator_(dice, on_terminal, phones),
-          moods_(dice) {}
+    Author(Dice& dice, Operator& typist, bool on_terminal)
+        : dice_(dice), operator_(typist), on_terminal_(on_terminal), moods_(dice) {}
 
     Step DrawStep() {
         if (dice_.Chance(72)) return DrawTyping();
@@ -67,12 +67,6 @@ class Author {
         if (dice_.Chance(3)) return DrawInterrupt();
         return DrawEvent();
     }
-
-    Step GiveCredentials() const {
-        return {Step::Kind::kType, operator_.GiveCredentials(), {}, true};
-    }
-
-    std::string DrawUnterminated() { return operator_.DrawUnterminated(); }
 
   private:
     Step DrawTyping() {
@@ -90,30 +84,15 @@ class Author {
 
     Step DrawEvent() {
         const DaemonEvent event = moods_.Draw();
-        if (!event.spoiled_method.empty()) operator_.ExpectFailure(event.spoiled_method);
-        if (event.command == "clear-faults") operator_.ExpectNoFailures();
-        if (event.loss == Loss::kSession) operator_.LoseSession();
-        if (event.loss == Loss::kClient) operator_.LoseClient();
-        if (event.brings_client_back) operator_.ReturnClient();
+        operator_.Expect(event);
         return {Step::Kind::kCommand, "", event, dice_.Chance(70)};
     }
 
     Dice& dice_;
+    Operator& operator_;
     bool on_terminal_;
-    Operator operator_;
     DaemonMoods moods_;
 };
-
-const FarewellRow& DrawFarewell(Dice& dice, bool on_terminal) {
-    return dice.PickWeighted(kFarewells, [&](const FarewellRow& row) {
-        return row.on_terminals_only && !on_terminal ? 0 : row.weight;
-    });
-}
-
-std::string LastWords(Dice& dice, Author& author, Farewell farewell) {
-    if (farewell == Farewell::kQuit) return dice.Chance(50) ? "q\n" : "Quit\n";
-    return farewell == Farewell::kUnterminatedLine ? author.DrawUnterminated() : "";
-}
 
 std::string Shown(const std::string& bytes) {
     std::string text = Escaped(bytes.substr(0, kShownOfLine));
@@ -153,12 +132,17 @@ Plan DrawPlan(std::uint64_t seed) {
     plan.wiring = on_terminal ? Wiring::kTerminal : Wiring::kPipes;
     plan.daemon = DrawOptions(dice);
     plan.waits_for_first_prompt = dice.Chance(80);
-    Author author(dice, on_terminal, plan.daemon.phones);
-    if (dice.Chance(80)) plan.steps.push_back(author.GiveCredentials());
+    Operator typist(dice, on_terminal, plan.daemon.phones);
+    Author author(dice, typist, on_terminal);
+    if (dice.Chance(80)) plan.steps.push_back({Step::Kind::kType, kCredentials, {}, true});
     const std::size_t steps = 6 + dice.Below(18) + dice.Below(18);
     for (std::size_t step = 0; step < steps; ++step) plan.steps.push_back(author.DrawStep());
-    plan.farewell = DrawFarewell(dice, on_terminal).farewell;
-    plan.last_words = LastWords(dice, author, plan.farewell);
+    const auto weight = [on_terminal](const FarewellRow& row) {
+        return row.on_terminals_only && !on_terminal ? 0 : row.weight;
+    };
+    plan.farewell = dice.PickWeighted(kFarewells, weight).farewell;
+    if (plan.farewell == Farewell::kQuit) plan.last_words = dice.Chance(50) ? "q\n" : "Quit\n";
+    if (plan.farewell == Farewell::kUnterminatedLine) plan.last_words = typist.DrawUnterminated();
     return plan;
 }
 
@@ -167,16 +151,14 @@ std::string Describe(const Step& step) {
 }
 
 std::string Describe(const Plan& plan) {
-    const simulator::Options& daemon = plan.daemon;
-    std::string text =
-        std::string(plan.wiring == Wiring::kPipes ? "pipes" : "terminal") + ", " +
-        std::to_string(daemon.phones) + " phones of " + std::to_string(daemon.contacts) +
-        " contacts, transfers " +
-        (daemon.pace == simulator::TransferPace::kByHand ? "by hand\n" : "by rate\n");
-    for (const Step& step : plan.steps) text += "  " + Describe(step) + "\n";
+    const bool by_hand = plan.daemon.pace == simulator::TransferPace::kByHand;
+    std::string text = std::string(plan.wiring == Wiring::kPipes ? "Pipes" : "Terminal") + ", " +
+                       std::to_string(plan.daemon.phones) + " phones of " +
+                       std::to_string(plan.daemon.contacts) + " contacts, transfers by " +
+                       (by_hand ? "hand" : "rate") + ", at the end ";
     for (const FarewellRow& row : kFarewells)
-        if (row.farewell == plan.farewell) text += std::string("  ") + row.name;
-    return text + " " + Shown(plan.last_words) + "\n";
+        if (row.farewell == plan.farewell) text += row.name;
+    return text + " " + Shown(plan.last_words);
 }
 
 }  // namespace morvane_test

@@ -10,7 +10,7 @@
 
 namespace morvane_test {
 
-/// One thing that happens in a session.
+/// One thing that happens in a conversation.
 struct Step {
     enum class Kind {
         kType,       ///< the operator types `bytes`
@@ -26,10 +26,10 @@ struct Step {
     bool awaited = true;
 };
 
-/// How a session ends.
+/// How a conversation ends.
 enum class Farewell { kEndOfInput, kUnterminatedLine, kQuit, kHangUp, kBusDies };
 
-/// a whole conversation, drawn before it begins.
+/// A whole conversation, drawn before it begins.
 struct Plan {
     std::uint64_t seed;
     Wiring wiring;
@@ -45,7 +45,7 @@ struct Plan {
 /// The same plan for the same seed.
 Plan DrawPlan(std::uint64_t seed);
 
-/// All of it, one line for each step.
+/// One line: everything but the steps.
 std::string Describe(const Plan& plan);
 std::string Describe(const Step& step);
 

@@ -5,9 +5,12 @@
 #include "support/messages.h"
 #include "support/temporary_directory.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -27,42 +30,15 @@ const std::vector<std::string>& PromptEnds() {
     return ends;
 }
 
-bool BelongsTo(const std::filesystem::path& process, const std::string& session) {
-    std::ifstream stream(process / "stat");
-    std::string line;
-    std::getline(stream, line);
-    std::istringstream fields(line.substr(std::min(line.rfind(')') + 1, line.size())));
-    std::string state;
-    std::string parent;
-    std::string group;
-    std::string field;
-    fields >> state >> parent >> group >> field;
-    return field == session;
-}
-
-// The tool leads a session of processes; whoever is left in it was its child.
-std::vector<std::string> ProcessesOfSession(pid_t leader) {
-    std::vector<std::string> processes;
+// The tool was started with setsid(2), so its children have its id as theirs.
+std::vector<std::string> ChildrenLeft(pid_t tool) {
+    std::vector<std::string> children;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
         const std::string name = entry.path().filename();
-        if (std::isdigit(static_cast<unsigned char>(name[0])) != 0 &&
-            BelongsTo(entry.path(), std::to_string(leader)))
-            processes.push_back(name);
+        const auto id = static_cast<pid_t>(std::strtol(name.c_str(), nullptr, 10));
+        if (id > 0 && getsid(id) == tool) children.push_back(name);
     }
-    return processes;
-}
-
-std::vector<std::string> FilesIn(const std::string& directory) {
-    std::vector<std::string> files;
-    for (const auto& entry : std::filesystem::directory_iterator(directory))
-        files.push_back(entry.path().filename());
-    return files;
-}
-
-void ReplaceAll(std::string& text, const std::string& old, const std::string& replacement) {
-    for (std::size_t at = text.find(old); at != text.npos;
-         at = text.find(old, at + replacement.size()))
-        text.replace(at, old.size(), replacement);
+    return children;
 }
 
 class Player {
@@ -72,7 +48,7 @@ class Player {
           bus_(bus),
           daemon_(bus.Address(), InDirectory(plan.daemon, directory_.Path())),
           commands_(daemon_),
-          console_(Options(plan, bus, directory_.Path(), program)) {}
+          console_(Options(program)) {}
 
     Played Play() {
         if (plan_.waits_for_first_prompt) Settle("the start");
@@ -92,12 +68,11 @@ class Player {
         return options;
     }
 
-    static ConsoleOptions Options(const Plan& plan, const PrivateBus& bus,
-                                  const std::string& directory, const std::string& program) {
+    ConsoleOptions Options(const std::string& program) const {
         ConsoleOptions options;
-        options.wiring = plan.wiring;
-        options.bus_address = bus.Address();
-        options.directory = directory;
+        options.wiring = plan_.wiring;
+        options.bus_address = bus_.Address();
+        options.directory = directory_.Path();
         options.program = program;
         return options;
     }
@@ -125,16 +100,13 @@ class Player {
     }
 
     std::string Type(const std::string& bytes) {
-        const auto lines = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
-        owed_ += lines;
-        played_.lines += lines;
+        owed_ += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
         if (console_.Offer(bytes, hanging_ ? kBriefly : Patience())) return "";
         owed_is_known_ = false;
         return " (not taken)";
     }
 
     std::string Command(const DaemonEvent& event) {
-        ++played_.events[event.command.substr(0, event.command.find(' '))];
         calls_before_ = daemon_.Calls().size();
         try {
             command_ = Resolved(event.command);
@@ -144,22 +116,23 @@ class Player {
             return std::string(" (") + failure.what() + ")";
         }
         hanging_ = (hanging_ || event.makes_calls_hang) && command_ != "release";
-        away_ = (away_ || command_ == "leave" || command_ == "crash") && command_ != "come-back";
+        const bool leaves = command_ == "leave" || command_ == "crash";
+        played_.daemon_left = played_.daemon_left || leaves;
+        away_ = (away_ || leaves) && command_ != "come-back";
         return command_ == event.command ? "" : " (" + command_ + ")";
     }
 
-    // Throws std::runtime_error if what it speaks of does not exist.
+    // Throws std::runtime_error if the object does not exist.
     std::string Resolved(std::string command) const {
-        const auto newest = [](const char* what, const std::vector<std::string>& paths) {
-            if (paths.empty()) throw std::runtime_error(std::string("no ") + what);
-            return paths.back();
+        const auto replace = [&command](const char* word, const std::vector<std::string>& paths) {
+            const std::size_t found = command.find(word);
+            if (found == command.npos) return;
+            if (paths.empty()) throw std::runtime_error(std::string("no ") + word);
+            command.replace(found, std::strlen(word), paths.back());
         };
-        if (command.find("{session}") != command.npos)
-            ReplaceAll(command, "{session}", newest("session", daemon_.Sessions()));
-        if (command.find("{transfer}") != command.npos)
-            ReplaceAll(command, "{transfer}", newest("transfer", daemon_.Transfers()));
-        if (command.find("{phone}") != command.npos)
-            ReplaceAll(command, "{phone}", daemon_.Phones().front().path);
+        replace("{session}", daemon_.Sessions());
+        replace("{transfer}", daemon_.Transfers());
+        replace("{phone}", {daemon_.Phones().front().path});
         return command;
     }
 
@@ -202,13 +175,12 @@ class Player {
     }
 
     void NoteLoss(const Step& step) {
-        if (step.kind != Step::Kind::kCommand || command_.empty()) return;
-        const std::string verb = command_.substr(0, command_.find(' '));
-        if (verb != "state" && verb != "close") return;
-        std::istringstream words(command_.substr(verb.size()));
+        std::istringstream words(step.kind == Step::Kind::kCommand ? command_ : "");
+        std::string verb;
         std::string path;
         std::string state;
-        words >> path >> state;
+        words >> verb >> path >> state;
+        if (verb != "state" && verb != "close") return;
         for (LostSession& lost : played_.lost_sessions)
             if (lost.path == path) lost.to = std::min(lost.to, calls_before_);
         if (state != "5" && step.awaited && settled_)
@@ -249,14 +221,16 @@ class Player {
     }
 
     Played Gather() {
-        played_.orphans = ProcessesOfSession(console_.ProcessId());
+        played_.orphans = ChildrenLeft(console_.ProcessId());
         played_.output = console_.Output();
         played_.errors = console_.Errors();
         played_.calls = daemon_.Calls();
-        played_.files = FilesIn(directory_.Path());
-        played_.story = "---- Played\n" + log_ + console_.Story() + "---- Calls\n";
+        for (const auto& entry : std::filesystem::directory_iterator(directory_.Path()))
+            played_.files.push_back(entry.path().filename());
+        played_.report =
+            "---- " + Describe(plan_) + "\n" + log_ + console_.Story() + "---- Calls\n";
         for (const simulator::Call& call : played_.calls)
-            played_.story += simulator::Describe(call) + "\n";
+            played_.report += simulator::Describe(call) + "\n";
         return played_;
     }
 

@@ -6,7 +6,6 @@
 #include "support/private_bus.h"
 
 #include <cstddef>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,28 +20,26 @@ struct LostSession {
     std::size_t to;
 };
 
-/// What came of a plan.
+/// The result of a plan.
 struct Played {
     std::optional<Ending> ending;  ///< nothing if the tool had to be killed
     std::string output;
     std::string errors;
     std::vector<simulator::Call> calls;
     std::vector<std::string> files;    ///< left in the directory of the tool and the daemon
-    std::vector<std::string> orphans;  ///< processes that the tool left behind
+    std::vector<std::string> orphans;  ///< ids of processes that the tool left behind
     std::vector<LostSession> lost_sessions;
-    std::string stuck;                     ///< the step after which the tool asked for nothing
-    std::string not_redrawn;               ///< the step whose prompt vanished under a message
+    std::string stuck;                     ///< the step after which no prompt was displayed
+    std::string not_redrawn;               ///< the step after which a message removed the prompt
     std::optional<std::size_t> control_c;  ///< how much output there was when it was first typed
     unsigned interrupts = 0;
     bool hung_up = false;
     bool bus_died = false;
-    std::size_t lines = 0;
-    std::map<std::string, std::size_t> events;  ///< by the first word
-    std::string story;                          ///< all that helps to understand a failure
+    bool daemon_left = false;
+    std::string report;  ///< all that helps to understand a failure
 };
 
-/// Plays the plan against the tool, or `program` if it is not empty, on a bus where nothing else
-/// goes on.
+/// Plays the plan against the tool, or `program` if it is not empty, on a bus without other users.
 Played Play(const Plan& plan, PrivateBus& bus, const std::string& program);
 
 }  // namespace morvane_test

@@ -1,22 +1,24 @@
 #include "random/verdict.h"
 
-#include "random/call_rules.h"
-#include "support/error_output.h"
+#include "random/output_grammar.h"
+#include "support/console.h"
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <optional>
 #include <set>
-#include <string_view>
 
 namespace morvane_test {
 namespace {
 
 using Mistakes = std::vector<std::string>;
 
-std::optional<std::string> TextAfter(const std::string& message, std::string_view label) {
-    if (message.compare(0, label.size(), label) != 0) return std::nullopt;
-    return message.substr(label.size(), message.find('\n') - label.size());
+// The last part of the path in a message that begins with `label`.
+std::optional<std::string> NameAfter(const std::string& message, const std::string& label) {
+    if (message.rfind(label, 0) != 0) return std::nullopt;
+    return std::filesystem::path(message.substr(0, message.find('\n')).substr(label.size()))
+        .filename();
 }
 
 // A chosen device without an address ends the process: the tool cannot go on without one.
@@ -45,22 +47,24 @@ void CheckEnding(const Plan& plan, const Played& played, Mistakes& mistakes) {
 }
 
 void CheckErrors(const Plan& plan, const Played& played, Mistakes& mistakes) {
-    ErrorOutputRules rules;
+    std::vector<std::string> allowed;
     if (plan.Has(&DaemonEvent::lies_about_types))
-        rules.Allow("GLib-GIO-WARNING .* does not match expected type");
-    // GLib's object manager says so by itself when the daemon goes again at once, and the tool when
-    // it goes while the tool begins.
-    if (played.events.count("leave") > 0 || played.events.count("crash") > 0) {
-        rules.Allow("GLib-GIO-WARNING .* Error calling GetManagedObjects\\(\\) when name owner ");
-        rules.Allow("^Error getting object manager client: ");
+        allowed.emplace_back("GLib-GIO-WARNING .* does not match expected type");
+    // Printed by GLib's object manager if the daemon returns for a moment only, and by the tool if
+    // the daemon leaves the bus while the tool starts.
+    if (played.daemon_left) {
+        allowed.emplace_back(
+            "GLib-GIO-WARNING .* Error calling GetManagedObjects\\(\\) when name owner ");
+        allowed.emplace_back("^Error getting object manager client: ");
     }
     if (played.bus_died)
-        rules.Allow("GLib-GIO-CRITICAL .* Error while sending (Add|Remove)Match.. message: ");
+        allowed.emplace_back(
+            "GLib-GIO-CRITICAL .* Error while sending (Add|Remove)Match.. message: ");
     if (played.ending && DiedOfMissingAddress(plan, played)) {
-        rules.Allow("^terminate called after throwing an instance of 'std::logic_error'$");
-        rules.Allow("^  what\\(\\):  .*null");
+        allowed.emplace_back("^terminate called after throwing an instance of 'std::logic_error'$");
+        allowed.emplace_back("^  what\\(\\):  .*null");
     }
-    for (const std::string& line : rules.Undeclared(played.errors))
+    for (const std::string& line : UndeclaredErrors(played.errors, allowed))
         mistakes.push_back("on standard error: " + line);
 }
 
@@ -81,48 +85,32 @@ void CheckCalls(const Played& played, Mistakes& mistakes) {
                 mistakes.push_back("on a lost session: " + Describe(played.calls[call]));
 }
 
-/// The names of files that a transfer gave up without deleting them: another took its place, or the
-/// daemon had gone before the transfer's own properties were read.
-class Files {
-  public:
-    explicit Files(const std::vector<std::string>& messages) {
-        for (const std::string& message : messages) {
-            if (const auto begun = TextAfter(message, "Filename: ")) Begin(*begun);
-            if (const auto removed = TextAfter(message, "Removing: ")) Remove(*removed);
-            if (TextAfter(message, "Filename property not set!")) Begin("");
-        }
+// The names of files that a transfer does not delete: another has replaced it, or the daemon has
+// left before the transfer's own properties were read.
+std::set<std::string> FilesThatMayStay(const std::vector<std::string>& messages) {
+    std::set<std::string> names;
+    std::string current;
+    for (const std::string& message : messages) {
+        const std::optional<std::string> removed = NameAfter(message, "Removing: ");
+        std::optional<std::string> begun = NameAfter(message, "Filename: ");
+        if (NameAfter(message, "Filename property not set!")) begun = "";
+        if (!removed && !begun) continue;
+        if (begun) names.insert(current);
+        current = begun.value_or("");
+        names.erase(removed.value_or(current));
     }
+    return names;
+}
 
-    bool MayStay(const std::string& name) const {
-        return std::any_of(left_.begin(), left_.end(), [&name](const std::string& path) {
-            return path.substr(path.rfind('/') + 1) == name;
-        });
-    }
-
-  private:
-    void Begin(const std::string& path) {
-        if (!held_.empty()) left_.insert(held_);
-        left_.erase(path);
-        held_ = path;
-    }
-    void Remove(const std::string& path) {
-        left_.erase(path);
-        held_.clear();
-    }
-
-    std::string held_;
-    std::set<std::string> left_;
-};
-
-void CheckFiles(const Plan& plan, const Played& played, const OutputReading& output,
+void CheckFiles(const Plan& plan, const Played& played, const std::vector<std::string>& messages,
                 Mistakes& mistakes) {
-    const bool told = !plan.Has(&DaemonEvent::renames_files) &&
-                      !plan.Has(&DaemonEvent::fakes_transfers) && !played.control_c;
-    const bool judge = told && played.ending && played.ending->status == 0;
-    const Files files(output.messages);
+    const bool knows_files = !plan.Has(&DaemonEvent::renames_files) &&
+                             !plan.Has(&DaemonEvent::fakes_transfers) && !played.control_c;
+    const bool must_delete = knows_files && played.ending && played.ending->status == 0;
+    const std::set<std::string> may_stay = FilesThatMayStay(messages);
     for (const std::string& name : played.files) {
         const bool pulled = name == "phonebook.vcf" || name == "card.vcf";
-        if (!pulled || (judge && !files.MayStay(name)))
+        if (!pulled || (must_delete && may_stay.count(name) == 0))
             mistakes.push_back("leaves a file behind: " + name);
     }
     for (const std::string& process : played.orphans)
@@ -131,14 +119,16 @@ void CheckFiles(const Plan& plan, const Played& played, const OutputReading& out
 
 }  // namespace
 
-std::vector<std::string> FindMistakes(const Plan& plan, const Played& played,
-                                      const OutputReading& output) {
+std::vector<std::string> FindMistakes(const Plan& plan, const Played& played) {
     Mistakes mistakes;
+    // A tool that a signal ended, or whose terminal hung up, may have been about to write.
+    const bool cut = !played.ending || played.ending->signal || played.hung_up;
+    const OutputReading output = ReadOutput(played.output, cut, played.control_c);
     if (output.mistake) mistakes.push_back("on standard output: " + *output.mistake);
     CheckEnding(plan, played, mistakes);
     CheckErrors(plan, played, mistakes);
     CheckCalls(played, mistakes);
-    CheckFiles(plan, played, output, mistakes);
+    CheckFiles(plan, played, output.messages, mistakes);
     return mistakes;
 }
 

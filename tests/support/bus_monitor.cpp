@@ -3,8 +3,6 @@
 #include "support/patience.h"
 #include "support/private_bus.h"
 
-#include <stdexcept>
-
 namespace morvane_test {
 
 BusMonitor::BusMonitor(const std::string& address, const std::string& member,
@@ -13,16 +11,13 @@ BusMonitor::BusMonitor(const std::string& address, const std::string& member,
     filter_ = g_dbus_connection_add_filter(connection_.get(), Filter, this, nullptr);
     const std::string rule = "type='method_call',member='" + member + "'";
     const char* const rules[] = {rule.c_str(), nullptr};
-    morvane::ErrorPtr error;
-    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
-        connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-        "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(^asu)", rules, 0U),
-        nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, morvane::Out(error)));
-    if (!reply) throw std::runtime_error(error->message);
+    CallOnBus(connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+              "org.freedesktop.DBus.Monitoring", "BecomeMonitor",
+              g_variant_new("(^asu)", rules, 0U));
 }
 
 BusMonitor::~BusMonitor() {
-    // A filter may still run while it is removed; nothing comes once the connection is closed.
+    // A filter may still run while it is removed, but not after the connection is closed.
     g_dbus_connection_close_sync(connection_.get(), nullptr, nullptr);
     g_dbus_connection_remove_filter(connection_.get(), filter_);
 }
@@ -34,13 +29,17 @@ void BusMonitor::AwaitCall(Here here) {
     --calls_;
 }
 
-// A monitor must not answer what it hears, as GDBus would: no message goes on from here.
+// A monitor must not reply, as GDBus would: no call is passed on.
 GDBusMessage* BusMonitor::Filter(GDBusConnection*, GDBusMessage* message, gboolean incoming,
                                  gpointer monitor) {
     if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
         return message;
     auto& self = *static_cast<BusMonitor*>(monitor);
-    if (self.IsAwaited(message)) self.Count();
+    if (self.IsAwaited(message)) {
+        const std::lock_guard<std::mutex> lock(self.mutex_);
+        ++self.calls_;
+        self.counted_.notify_all();
+    }
     g_object_unref(message);
     return nullptr;
 }
@@ -50,12 +49,6 @@ bool BusMonitor::IsAwaited(GDBusMessage* message) const {
     const char* const argument = g_dbus_message_get_arg0(message);
     return argument_.empty() ||
            (argument && std::string(argument).find(argument_) != std::string::npos);
-}
-
-void BusMonitor::Count() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    ++calls_;
-    counted_.notify_all();
 }
 
 }  // namespace morvane_test

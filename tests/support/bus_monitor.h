@@ -9,9 +9,9 @@
 
 namespace morvane_test {
 
-/// Listens to the method calls on a bus whose member has one name, also to those that are meant for
-/// the bus itself, such as "RemoveMatch"; with `argument`, only to those whose first argument is a
-/// text that holds it. Counts from the construction on.
+/// Counts the calls of one method on a bus, from the construction on, also those to the bus itself,
+/// such as "RemoveMatch"; with `argument`, only those whose first argument is a text that contains
+/// it.
 class BusMonitor {
   public:
     BusMonitor(const std::string& address, const std::string& member,
@@ -27,7 +27,6 @@ class BusMonitor {
     static GDBusMessage* Filter(GDBusConnection* connection, GDBusMessage* message,
                                 gboolean incoming, gpointer monitor);
     bool IsAwaited(GDBusMessage* message) const;
-    void Count();
 
     std::string member_;
     std::string argument_;

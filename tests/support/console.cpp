@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <iterator>
+#include <regex>
 #include <sstream>
 #include <utility>
 
@@ -30,21 +33,19 @@ std::vector<std::string> Environment(const ConsoleOptions& options) {
     return environment;
 }
 
-std::vector<std::string> ToolWithLauncher() {
-    const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
-    std::istringstream words(launcher ? launcher : "");
-    std::vector<std::string> command;
-    for (std::string word; words >> word;) command.push_back(word);
-    command.push_back(ToolPath());
-    return command;
+std::vector<std::string> SplitLines(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
 }
 
 std::vector<std::string> CommandLine(const ConsoleOptions& options) {
-    const std::vector<std::string> program =
-        options.program.empty() ? ToolWithLauncher() : std::vector{options.program};
-    std::vector<std::string> command;
-    for (const auto* const words : {&options.prefix, &program, &options.arguments})
-        command.insert(command.end(), words->begin(), words->end());
+    std::vector<std::string> command = options.prefix;
+    std::istringstream launcher(options.program.empty() ? Launcher() : "");
+    command.insert(command.end(), std::istream_iterator<std::string>(launcher), {});
+    command.push_back(options.program.empty() ? ToolPath() : options.program);
+    command.insert(command.end(), options.arguments.begin(), options.arguments.end());
     return command;
 }
 
@@ -60,21 +61,24 @@ ChildSetup Setup(const std::vector<std::string>& command, const ConsoleOptions& 
             options.ignore_hang_up};
 }
 
-const char* Describe(Transcript::Result result) {
-    switch (result) {
-        case Transcript::Result::kMatched:
-            return "came";
-        case Transcript::Result::kDiffers:
-            return "other output came";
-        case Transcript::Result::kEnded:
-            return "the output ended";
-        case Transcript::Result::kTimedOut:
-            return "the time is over";
-    }
-    return "";
-}
+// In the order of Transcript::Result.
+constexpr std::array kOutcomes = {"found", "other output came", "the output ended",
+                                  "the time is over"};
 
 }  // namespace
+
+std::vector<std::string> UndeclaredErrors(const std::string& errors,
+                                          const std::vector<std::string>& patterns) {
+    std::vector<std::string> lines = SplitLines(errors);
+    const auto is_declared = [&](const std::string& line) {
+        return line.empty() ||
+               std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
+                   return std::regex_search(line, std::regex(pattern));
+               });
+    };
+    lines.erase(std::remove_if(lines.begin(), lines.end(), is_declared), lines.end());
+    return lines;
+}
 
 ConsoleOptions Wired(Wiring wiring) {
     ConsoleOptions options;
@@ -108,8 +112,9 @@ Console::Console(const ConsoleOptions& options)
 void Console::Judge(Transcript::Result result, const Transcript& transcript,
                     const std::string& awaited, Here here) const {
     if (result == Transcript::Result::kMatched) return;
-    FailTest(here, std::string(Describe(result)) + ".\nAwaited:\n" + awaited +
-                       "\nNot yet consumed:\n" + Escaped(transcript.Unconsumed()) + "\n");
+    const char* const outcome = kOutcomes.at(static_cast<std::size_t>(result));
+    FailTest(here, std::string(outcome) + ".\nAwaited:\n" + awaited + "\nNot yet consumed:\n" +
+                       Escaped(transcript.Unconsumed()) + "\n");
 }
 
 void Console::Type(std::string_view line, Here here) {
@@ -184,12 +189,9 @@ void Console::ExpectEnding(const Ending& expected, Rest rest, Here here) {
 }
 
 void Console::ExpectError(std::string_view text, Here here) {
-    rules_.AllowText(std::string(text));
+    for (const std::string& line : SplitLines(std::string(text)))
+        AllowStderr(morvane::TextPtr(g_regex_escape_string(line.c_str(), -1)).get());
     Judge(errors_.SkipPast(text, patience_), errors_, "on stderr: " + Escaped(text), here);
-}
-
-void Console::AllowStderr(const std::string& pattern) {
-    rules_.Allow(pattern);
 }
 
 void Console::CloseInput(Here here) {
@@ -222,7 +224,7 @@ void Console::Finish() try {
     if (testing::Test::HasFailure()) Kill();
     if (!end_is_accounted_for_) ExpectTidyEnd();
     errors_.AwaitEnd(patience_);
-    for (const std::string& line : rules_.Undeclared(Errors()))
+    for (const std::string& line : UndeclaredErrors(Errors(), declared_errors_))
         ADD_FAILURE() << "on stderr, undeclared: " << line;
 } catch (const testing::AssertionException&) {
     Kill();  // reported already

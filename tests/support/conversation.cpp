@@ -4,37 +4,12 @@
 
 #include <algorithm>
 #include <iostream>
-#include <stdexcept>
 
 namespace morvane_test {
 namespace {
 
 const std::string kClientPath = simulator::kClientPath;
 const std::string kQuietPath = "/com/veltrisonix/hci0/dev_quiet";
-
-morvane::VariantPtr ManagedObjects(const std::string& address, const std::string& bus_name) {
-    const auto connection = ConnectToBus(address);
-    morvane::ErrorPtr error;
-    morvane::VariantPtr reply(g_dbus_connection_call_sync(
-        connection.get(), bus_name.c_str(), "/", "org.freedesktop.DBus.ObjectManager",
-        "GetManagedObjects", nullptr, G_VARIANT_TYPE("(a{oa{sa{sv}}})"), G_DBUS_CALL_FLAGS_NONE, -1,
-        nullptr, morvane::Out(error)));
-    if (!reply) throw std::runtime_error(error->message);
-    return reply;
-}
-
-// The paths of all objects that stand on the bus now.
-std::vector<std::string> PublishedPaths(const std::string& address, const std::string& bus_name) {
-    const morvane::VariantPtr reply = ManagedObjects(address, bus_name);
-    const morvane::VariantPtr objects(g_variant_get_child_value(reply.get(), 0));
-    std::vector<std::string> paths;
-    for (gsize index = 0; index < g_variant_n_children(objects.get()); ++index) {
-        const morvane::VariantPtr object(g_variant_get_child_value(objects.get(), index));
-        const morvane::VariantPtr path(g_variant_get_child_value(object.get(), 0));
-        paths.emplace_back(g_variant_get_string(path.get(), nullptr));
-    }
-    return paths;
-}
 
 }  // namespace
 
@@ -50,8 +25,15 @@ Console& ConversationTest::Launch(ConsoleOptions options) {
 }
 
 std::vector<std::string> ConversationTest::FoundMessages() const {
+    const morvane::VariantPtr reply =
+        CallOnBus(ConnectToBus(bus_.Address()).get(), daemon_->BusName(), "/",
+                  "org.freedesktop.DBus.ObjectManager", "GetManagedObjects");
+    const morvane::VariantPtr objects(g_variant_get_child_value(reply.get(), 0));
     std::vector<std::string> messages;
-    for (const std::string& path : PublishedPaths(bus_.Address(), daemon_->BusName())) {
+    for (gsize index = 0; index < g_variant_n_children(objects.get()); ++index) {
+        const char* text = nullptr;
+        g_variant_get_child(objects.get(), index, "{&o@a{sa{sv}}}", &text, nullptr);
+        const std::string path = text;
         if (path == kClientPath) messages.push_back("Found Client " + path + "\n");
         if (path.find("/dev_") != path.npos) messages.push_back("Found Device " + path + "\n");
     }
@@ -122,9 +104,7 @@ void ConversationTest::Begin(const Operation& operation, Here here) {
 void ConversationTest::PullAll(const std::string& content, Here here) {
     daemon_->SetPullContent(content);
     Type("a", here);
-    Await(Prompt(kFilterMenu), here);
-    Type("d", here);
-    Await(Prompt(kTransferMenu), here);
+    PullUnfiltered(here);
 }
 
 void ConversationTest::Pull(const std::string& handle, const std::string& content, Here here) {
@@ -132,6 +112,10 @@ void ConversationTest::Pull(const std::string& handle, const std::string& conten
     Type("p", here);
     Await(ValuePrompt("/vCard Handle"), here);
     Type(handle, here);
+    PullUnfiltered(here);
+}
+
+void ConversationTest::PullUnfiltered(Here here) {
     Await(Prompt(kFilterMenu), here);
     Type("d", here);
     Await(Prompt(kTransferMenu), here);
@@ -148,7 +132,7 @@ std::string ConversationTest::Transfer() const {
 void ConversationTest::ExpectCall(const std::string& method, const std::string& body, Here here) {
     const auto call = daemon_->AwaitCall(method, Patience());
     if (!call) FailTest(here, "nobody called " + method + body);
-    if (Canonical(call->body) != Canonical(body))
+    if (g_variant_equal(Value(call->body), Value(body)) == FALSE)
         FailTest(here, "the call was " + Describe(*call) + "; awaited: " + method + body);
 }
 
@@ -219,10 +203,7 @@ void ConversationTest::AwaitEndOfMainLoop(const std::function<void()>& cause, He
 
 void ConversationTest::TearDown() {
     for (Console& console : consoles_) console.Finish();
-    if (HasFailure()) TellStory();
-}
-
-void ConversationTest::TellStory() {
+    if (!HasFailure()) return;
     for (Console& console : consoles_) std::cout << console.Story();
     std::cout << "---- Calls that the daemon received\n";
     if (!daemon_) return;

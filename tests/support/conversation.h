@@ -135,7 +135,7 @@ class ConversationTest : public testing::Test {
 
   private:
     std::vector<std::string> FoundMessages() const;
-    void TellStory();
+    void PullUnfiltered(Here here);
 
     TemporaryDirectory directory_;
     PrivateBus bus_;

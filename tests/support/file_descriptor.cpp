@@ -9,7 +9,7 @@
 namespace morvane_test {
 
 void FileDescriptor::Close() noexcept {
-    if (IsOpen()) close(std::exchange(number_, -1));
+    if (number_ >= 0) close(std::exchange(number_, -1));
 }
 
 int Checked(int result, const char* what) {

@@ -16,7 +16,6 @@ class FileDescriptor {
     ~FileDescriptor() { Close(); }
 
     int Number() const noexcept { return number_; }
-    bool IsOpen() const noexcept { return number_ >= 0; }
     void Close() noexcept;
 
   private:

@@ -1,6 +1,7 @@
 #include "support/menus.h"
 
 #include "support/messages.h"
+#include "support/value.h"
 
 #include <algorithm>
 #include <iterator>
@@ -27,25 +28,20 @@ PromptRow Text(Id id, const std::string& name, const std::string& segment, const
 
 PromptRow Choice(Id id, const std::string& name, const std::string& segment,
                  const std::string& title, const Texts& choices, const std::string& error) {
-    const auto past = static_cast<unsigned>(choices.size());
-    return {id,           name, segment, Asks::kNumber, title, "0",
-            Move::kLeave, {},   error,   choices,       0,     past};
+    PromptRow row = {id, name, segment, Asks::kNumber, title, "0", Move::kLeave};
+    row.error = error;
+    row.choices = choices;
+    row.past = static_cast<unsigned>(choices.size());
+    return row;
 }
 
 // A 16-bit number.
 PromptRow Number(Id id, const std::string& name, const std::string& title, unsigned smallest) {
-    return {id,
-            name,
-            "/" + name,
-            Asks::kNumber,
-            title,
-            "5",
-            Move::kLeave,
-            {},
-            "Invalid " + name + " entered",
-            {},
-            smallest,
-            65536};
+    PromptRow row = {id, name, "/" + name, Asks::kNumber, title, "5", Move::kLeave};
+    row.error = "Invalid " + name + " entered";
+    row.smallest = smallest;
+    row.past = 65536;
+    return row;
 }
 
 PromptRow LeadingTo(Id next, PromptRow row) {
@@ -187,64 +183,37 @@ std::string Question(const PromptRow& row) {
     return row.segment == kFilterMenu ? MenuOf(row.id) : "";
 }
 
+Operation Calling(const std::string& method, const Texts& lines, std::optional<Id> filters,
+                  const std::string& arguments, const std::string& reply,
+                  const std::string& result) {
+    return {method, lines, filters, arguments, g_variant_get_type_string(Value(reply)),
+            reply,  result};
+}
+
 std::vector<Operation> MakeOperations() {
     const std::string no_filters = "(@a{sv} {},)";
     const std::string transfer = "(objectpath '/t/1', {'Status': <'queued'>, 'Size': <uint64 5>})";
     const std::string transfer_lines = Lines({"Status: queued", "Size: 5"});
+    const std::string found = "([('1.vcf', 'Ada')],)";
     const std::string listing = Heading("vCard Listing") + Lines({" 1.vcf\tAda"});
     return {
-        {"PullAll",
-         {"a"},
-         Id::kPullAllFilters,
-         "('/tmp/phonebook.vcf', @a{sv} {})",
-         "(oa{sv})",
-         transfer,
-         transfer_lines},
-        {"Pull",
-         {"p", "1"},
-         Id::kPullFilters,
-         "('1.vcf', '/tmp/card.vcf', @a{sv} {})",
-         "(oa{sv})",
-         transfer,
-         transfer_lines},
-        {"List", {"l"}, Id::kListFilters, no_filters, "(a(ss))", "([('1.vcf', 'Ada')],)", listing},
-        {"Search",
-         {"o", "0", "Ada"},
-         Id::kSearchFilters,
-         "('name', 'Ada', @a{sv} {})",
-         "(a(ss))",
-         "([('1.vcf', 'Ada')],)",
-         listing},
-        {"GetSize", {"g"}, {}, "()", "(q)", "(uint16 42,)", Lines({"Phonebook Size 42"})},
-        {"GetSizePhonebook",
-         {"m"},
-         Id::kSizeFilters,
-         no_filters,
-         "(q)",
-         "(uint16 7,)",
-         Lines({"Phone Book Size 7"})},
-        {"GetSizeListing",
-         {"n"},
-         Id::kListSizeFilters,
-         no_filters,
-         "(q)",
-         "(uint16 8,)",
-         Lines({"vCard List Size 8"})},
-        {"UpdateVersion", {"u"}, {}, "()", "()", "()", Lines({"Counters updated"})},
-        {"ListFilterFields",
-         {"f"},
-         {},
-         "()",
-         "(as)",
-         "(['TEL', 'N', 'TEL'],)",
-         Heading("Filter Fields") + Lines({" TEL", " N", " TEL"})},
-        {"Select",
-         {"s", "0", "0"},
-         {},
-         "('int', 'pb')",
-         "()",
-         "()",
-         Lines({"Phonebook selected successfully"})},
+        Calling("PullAll", {"a"}, Id::kPullAllFilters, "('/tmp/phonebook.vcf', @a{sv} {})",
+                transfer, transfer_lines),
+        Calling("Pull", {"p", "1"}, Id::kPullFilters, "('1.vcf', '/tmp/card.vcf', @a{sv} {})",
+                transfer, transfer_lines),
+        Calling("List", {"l"}, Id::kListFilters, no_filters, found, listing),
+        Calling("Search", {"o", "0", "Ada"}, Id::kSearchFilters, "('name', 'Ada', @a{sv} {})",
+                found, listing),
+        Calling("GetSize", {"g"}, {}, "()", "(uint16 42,)", Lines({"Phonebook Size 42"})),
+        Calling("GetSizePhonebook", {"m"}, Id::kSizeFilters, no_filters, "(uint16 7,)",
+                Lines({"Phone Book Size 7"})),
+        Calling("GetSizeListing", {"n"}, Id::kListSizeFilters, no_filters, "(uint16 8,)",
+                Lines({"vCard List Size 8"})),
+        Calling("UpdateVersion", {"u"}, {}, "()", "()", Lines({"Counters updated"})),
+        Calling("ListFilterFields", {"f"}, {}, "()", "(['TEL', 'N', 'TEL'],)",
+                Heading("Filter Fields") + Lines({" TEL", " N", " TEL"})),
+        Calling("Select", {"s", "0", "0"}, {}, "('int', 'pb')", "()",
+                Lines({"Phonebook selected successfully"})),
     };
 }
 
@@ -262,9 +231,8 @@ const PromptRow& RowOf(PromptId id) {
 
 std::vector<KeyRow> KeysOf(PromptId menu) {
     std::vector<KeyRow> keys = LinesOf(menu);
-    keys.erase(
-        std::remove_if(keys.begin(), keys.end(), [](const KeyRow& row) { return row.key == 0; }),
-        keys.end());
+    const auto has_no_key = [](const KeyRow& row) { return row.key == 0; };
+    keys.erase(std::remove_if(keys.begin(), keys.end(), has_no_key), keys.end());
     return keys;
 }
 
@@ -307,23 +275,16 @@ PromptId MenuAbove(PromptId id) {
 
 bool InSession(PromptId id) {
     const std::vector<Answer> way = WayTo(id);
-    return way.empty() ? id == Id::kPhonebookMenu : way.front().at == Id::kPhonebookMenu;
+    return (way.empty() ? id : way.front().at) == Id::kPhonebookMenu;
 }
 
 bool NeedsSelection(PromptId id) {
     const std::vector<Answer> way = WayTo(id);
     if (way.empty()) return false;
-    const Answer& first = way.front();
-    const std::vector<KeyRow> keys = KeysOf(first.at);
+    const std::vector<KeyRow> keys = KeysOf(way.front().at);
     return std::any_of(keys.begin(), keys.end(), [&](const KeyRow& row) {
-        return row.needs_selection && first.line[0] == row.key;
+        return row.needs_selection && way.front().line[0] == row.key;
     });
-}
-
-std::vector<std::string> Operation::AllLines() const {
-    std::vector<std::string> all = lines;
-    if (filters) all.emplace_back("d");
-    return all;
 }
 
 const std::vector<Operation>& Operations() {

@@ -1,7 +1,6 @@
 #include "support/private_bus.h"
 
 #include "support/file_descriptor.h"
-#include "support/pump.h"
 #include "support/transcript.h"
 
 #include <fcntl.h>
@@ -80,6 +79,16 @@ morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address) {
         address.c_str(), kFlags, nullptr, nullptr, morvane::Out(error)));
     if (!connection) throw std::runtime_error(error->message);
     return connection;
+}
+
+morvane::VariantPtr CallOnBus(GDBusConnection* bus, const std::string& bus_name, const char* path,
+                              const char* interface, const char* method, GVariant* arguments) {
+    morvane::ErrorPtr error;
+    morvane::VariantPtr reply(g_dbus_connection_call_sync(
+        bus, bus_name.c_str(), path, interface, method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE,
+        -1, nullptr, morvane::Out(error)));
+    if (!reply) throw std::runtime_error(error->message);
+    return reply;
 }
 
 }  // namespace morvane_test

@@ -9,11 +9,10 @@
 
 namespace morvane_test {
 
-/// A message bus that nobody else knows. It takes calls from the moment it is constructed and is
-/// gone when destroyed.
+/// A message bus for one test. It accepts calls as soon as it is constructed.
 class PrivateBus {
   public:
-    /// `policies` is XML; without it everybody may own and call everything. Throws
+    /// `policies` is XML; by default everything is allowed. Throws
     /// std::runtime_error if no dbus-daemon can be started.
     explicit PrivateBus(const std::string& policies = kAllowEverything);
 
@@ -36,5 +35,10 @@ std::string SocketAddress(const std::string& path);
 
 /// A connection of the test's own. Throws std::runtime_error.
 morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address);
+
+/// Calls a method and returns its reply. Throws std::runtime_error.
+morvane::VariantPtr CallOnBus(GDBusConnection* bus, const std::string& bus_name, const char* path,
+                              const char* interface, const char* method,
+                              GVariant* arguments = nullptr);
 
 }  // namespace morvane_test
