@@ -1,5 +1,5 @@
-// Lets one process of the tool live through many sessions and notifications, and shows that nothing
-// is left of them: no memory, no descriptor, no match rule.
+// One process of the tool runs through many sessions and notifications and must not gain memory,
+// descriptors or match rules by them.
 
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
@@ -15,10 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
-#include <cstdlib>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 
 namespace morvane_test {
@@ -38,8 +35,9 @@ constexpr std::size_t kWarmUp = 5;   // sessions until the tool has allocated wh
 constexpr std::size_t kPiece = 200;  // notifications at once
 constexpr std::size_t kShownBytes = 4000;
 
+enum class Object { kPhone, kSession, kTransfer };
+
 struct Announcement {
-    enum class Object { kPhone, kSession, kTransfer };
     Object object;
     const char* interface;
     const char* property;
@@ -50,16 +48,15 @@ GVariant* Text(std::size_t number) {
     return g_variant_new_take_string(g_strdup_printf("text %zu", number));
 }
 
-constexpr std::array kAnnouncements = {
-    Announcement{Announcement::Object::kSession, simulator::kPhonebookInterface, "Folder", Text},
-    Announcement{
-        Announcement::Object::kSession, simulator::kPhonebookInterface, "NewMissedCalls",
-        [](std::size_t number) { return g_variant_new_byte(static_cast<guchar>(number % 256)); }},
-    Announcement{Announcement::Object::kSession, simulator::kSessionInterface, "Source", Text},
-    Announcement{Announcement::Object::kTransfer, simulator::kTransferInterface, "Status", Text},
-    Announcement{Announcement::Object::kTransfer, simulator::kTransferInterface, "Transferred",
-                 [](std::size_t number) { return g_variant_new_uint64(number); }},
-    Announcement{Announcement::Object::kPhone, simulator::kDeviceInterface, "Alias", Text},
+constexpr Announcement kAnnouncements[] = {
+    {Object::kSession, simulator::kPhonebookInterface, "Folder", Text},
+    {Object::kSession, simulator::kPhonebookInterface, "NewMissedCalls",
+     [](std::size_t number) { return g_variant_new_byte(static_cast<guchar>(number % 256)); }},
+    {Object::kSession, simulator::kSessionInterface, "Source", Text},
+    {Object::kTransfer, simulator::kTransferInterface, "Status", Text},
+    {Object::kTransfer, simulator::kTransferInterface, "Transferred",
+     [](std::size_t number) { return g_variant_new_uint64(number); }},
+    {Object::kPhone, simulator::kDeviceInterface, "Alias", Text},
 };
 
 /// What a process uses.
@@ -74,28 +71,25 @@ struct Footprint {
     }
 };
 
-// The bus keeps count of what it does on behalf of each connection.
+// The bus counts the match rules of each connection.
 std::size_t CountMatchRules(GDBusConnection* bus, const std::string& unique_name) {
-    morvane::ErrorPtr error;
-    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
-        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Debug.Stats",
-        "GetAllMatchRules", nullptr, G_VARIANT_TYPE("(a{sas})"), G_DBUS_CALL_FLAGS_NONE, -1,
-        nullptr, morvane::Out(error)));
-    if (!reply) throw std::runtime_error(error->message);
+    const morvane::VariantPtr reply =
+        CallOnBus(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                  "org.freedesktop.DBus.Debug.Stats", "GetAllMatchRules");
     const morvane::VariantPtr all(g_variant_get_child_value(reply.get(), 0));
     const morvane::VariantPtr rules(
         g_variant_lookup_value(all.get(), unique_name.c_str(), G_VARIANT_TYPE_STRING_ARRAY));
     return rules ? g_variant_n_children(rules.get()) : 0;
 }
 
-/// How a session ends that stands at its transfer's menu.
+/// How a session at its transfer menu ends.
 struct Ending {
     const char* lines;
     bool client_goes;
 };
 
-constexpr std::array kEndings = {Ending{"d\nx\nx\n", false}, Ending{"c\nh\nx\n", false},
-                                 Ending{"s\np\nr\nx\nx\n", false}, Ending{"h\n", true}};
+constexpr Ending kEndings[] = {
+    {"d\nx\nx\n", false}, {"c\nh\nx\n", false}, {"s\np\nr\nx\nx\n", false}, {"h\n", true}};
 
 class Soak : public testing::Test {
   protected:
@@ -104,8 +98,7 @@ class Soak : public testing::Test {
           connection_(ConnectToBus(bus_.Address())) {
         daemon_.AddDevice(kPhonePath, "00:1B:DC:07:31:9A", "Workbench Phone");
         daemon_.SetPullContent(std::string(2000, 'x'));
-        ConsoleOptions options;
-        options.wiring = Wiring::kPipes;
+        ConsoleOptions options = Wired(Wiring::kPipes);
         options.bus_address = bus_.Address();
         options.directory = directory_.Path();
         console_.emplace(options);
@@ -131,7 +124,7 @@ class Soak : public testing::Test {
         Announce(notifications);
         daemon_.CompleteTransfer(daemon_.Transfers().back());
         Settle();
-        End(kEndings.at(number % kEndings.size()));
+        End(kEndings[number % std::size(kEndings)]);
         daemon_.ForgetCalls();
     }
 
@@ -140,7 +133,7 @@ class Soak : public testing::Test {
         for (std::size_t visitor = 0; visitor < kVisitors; ++visitor)
             if (visiting_.at(visitor)) ToggleVisitor(visitor);
         Settle();
-        // What the tool has told the bus before a call has arrived when the call has.
+        // The bus has received the tool's earlier messages when it has received a call.
         console_->TypeBytes("u\nsomebody\n");
         console_->Await(Prompt());
         return {ReadProcessNumber(console_->ProcessId(), "status", "VmRSS:"),
@@ -155,23 +148,16 @@ class Soak : public testing::Test {
         return options;
     }
 
-    std::string PathOf(Announcement::Object object) const {
-        switch (object) {
-            case Announcement::Object::kPhone:
-                return kPhonePath;
-            case Announcement::Object::kSession:
-                return daemon_.Sessions().back();
-            case Announcement::Object::kTransfer:
-                return daemon_.Transfers().back();
-        }
-        return "";
+    std::string PathOf(Object object) const {
+        if (object == Object::kPhone) return kPhonePath;
+        return object == Object::kSession ? daemon_.Sessions().back() : daemon_.Transfers().back();
     }
 
-    // In pieces: how much the tool holds at worst shall not depend on how far it lags behind.
+    // In pieces, so that the tool's queue, and with it its memory, does not depend on its speed.
     void Announce(std::size_t notifications) {
         for (std::size_t sent = 0; sent < notifications; sent += kPiece) {
             const Announcement& announcement =
-                kAnnouncements.at(sent / kPiece % kAnnouncements.size());
+                kAnnouncements[sent / kPiece % std::size(kAnnouncements)];
             daemon_.Flood(PathOf(announcement.object), announcement.interface,
                           announcement.property, std::min(kPiece, notifications - sent),
                           announcement.value);
@@ -218,7 +204,6 @@ TEST_F(Soak, LeavesNothingBehind) {
     const auto sessions = static_cast<std::size_t>(settings.sessions);
     const auto notifications = static_cast<std::size_t>(settings.notifications);
     const std::size_t tenth = std::max(sessions / 10, kWarmUp);
-    const auto start = std::chrono::steady_clock::now();
     Footprint first = {};
     Footprint last = {};
     for (std::size_t session = 0; session < sessions; ++session) {
@@ -229,10 +214,6 @@ TEST_F(Soak, LeavesNothingBehind) {
         if (session + 1 == tenth) first = last;
         std::cout << "after " << session + 1 << " sessions: " << last.Describe() << std::endl;
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    std::cout << sessions << " sessions, " << notifications << " notifications in "
-              << elapsed.count() << " s, " << console().CpuTime().count() / 1000
-              << " ms of processor time\n";
     EXPECT_EQ(last.descriptors, first.descriptors);
     EXPECT_EQ(last.match_rules, first.match_rules);
     // The tool of another build may have a sanitizer, too.
@@ -242,20 +223,14 @@ TEST_F(Soak, LeavesNothingBehind) {
     }
 }
 
-bool ParseCommandLine(int argc, char** argv) {
-    const std::array<GOptionEntry, 4> entries = {
-        {{"sessions", 'n', 0, G_OPTION_ARG_INT64, &settings.sessions, "to live through", "N"},
+void ParseCommandLine(int argc, char** argv) {
+    ParseOptions(
+        argc, argv, "- soak the tool",
+        {{"sessions", 'n', 0, G_OPTION_ARG_INT64, &settings.sessions, "in all", "N"},
          {"notifications", 'm', 0, G_OPTION_ARG_INT64, &settings.notifications, "in all", "M"},
          {"memory", 0, 0, G_OPTION_ARG_INT64, &settings.memory_kib,
           "that may be gained after the first tenth, in KiB; negative: any", "KIB"},
-         {}}};
-    GOptionContext* const context = g_option_context_new("- soak the tool");
-    g_option_context_add_main_entries(context, entries.data(), nullptr);
-    morvane::ErrorPtr error;
-    g_option_context_parse(context, &argc, &argv, morvane::Out(error));
-    g_option_context_free(context);
-    if (error) std::cerr << error->message << "\n";
-    return !error;
+         {}});
 }
 
 }  // namespace
@@ -263,5 +238,6 @@ bool ParseCommandLine(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    return morvane_test::ParseCommandLine(argc, argv) ? RUN_ALL_TESTS() : 2;
+    morvane_test::ParseCommandLine(argc, argv);
+    return RUN_ALL_TESTS();
 }
