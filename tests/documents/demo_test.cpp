@@ -1,4 +1,4 @@
-// scripts/demo, with the programs of this build.
+// scripts/demo with the programs of this build.
 
 #include "documents/script_tree.h"
 #include "support/file_descriptor.h"
@@ -106,7 +106,7 @@ TEST_F(Demo, PassesTheInstanceOnToTheTool) {
 
 class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
 
-TEST_P(DemoInDirectory, PlaysASessionAndLeavesNothing) {
+TEST_P(DemoInDirectory, PullsAPhonebookAndLeavesNothing) {
     const std::string directory = tree().File(GetParam().name);
     std::filesystem::create_directory(directory);
     ConsoleOptions options = tree().Running("scripts/demo", Wiring::kPipes);

@@ -1,17 +1,15 @@
-// scripts/install-dependencies where nothing that it asks for is installed. What would change the
-// machine is replaced by scripts that print how they were called.
+// scripts/install-dependencies where nothing that it needs is installed. Commands that would change
+// the machine are replaced by scripts that record their arguments.
 
 #include "documents/document.h"
+#include "documents/script_tree.h"
 #include "interfaces/glib_ptr.h"
-#include "support/console.h"
-#include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iostream>
-#include <optional>
+#include <iterator>
 
 namespace morvane_test {
 namespace {
@@ -46,110 +44,59 @@ fi
 [ "$1" = --validate ] || exec "$@"
 )";
 
-class InstallDependencies : public testing::Test {
-  protected:
-    InstallDependencies() {
-        std::filesystem::create_directory(directory_.File("bin"));
-        for (const char* const name : {"bash", "cat", "dirname", "env", "grep", "mkdir", "realpath",
-                                       "sleep", "tail", "tr", "true"}) {
-            const morvane::TextPtr path(g_find_program_in_path(name));
-            std::filesystem::create_symlink(path.get(), directory_.File("bin/") + name);
-        }
-        Write("id", "echo 1000\n");
-        Write("apt-get", "echo apt-get \"$@\" >>calls\n");
-        Write("apt-cache", "");
-    }
-
-    void Write(const std::string& name, const std::string& script) const {
-        const std::string path = directory_.File("bin/" + name);
-        std::ofstream(path) << "#!/bin/sh\n" << script;
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-    }
-
-    Console& Run(Wiring wiring, const std::string& purpose = "build") {
-        ConsoleOptions options;
-        options.program = "/bin/sh";
-        options.arguments = {"-c", "PATH=$PWD/bin exec '" +
-                                       SourcePath("scripts/install-dependencies") + "' " + purpose +
-                                       " 2>&1"};
-        options.wiring = wiring;
-        options.directory = directory_.Path();
-        return console_.emplace(options);
-    }
-
-    // The calls of the replaced commands that would change the machine.
-    std::string Calls() const {
-        std::ifstream file(directory_.File("calls"));
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    void TearDown() override {
-        if (HasFailure() && console_) std::cout << console_->Story();
-        if (console_) console_->Finish();
-    }
-
-  private:
-    TemporaryDirectory directory_;
-    std::optional<Console> console_;
+struct Machine {
+    const char* test;
+    const char* user_id;
+    const char* sudo;  ///< null if there is none
+    Wiring wiring;
+    std::string password;  ///< empty if it is not asked for
+    bool installs;
 };
 
-TEST_F(InstallDependencies, InstallsAsRootWithoutSudo) {
-    Write("id", "echo 0\n");
-    Console& console = Run(Wiring::kPipes);
-    console.Expect(kInstalling);
-    console.ExpectExit(0);
-    EXPECT_EQ(Calls(), kUpdate + kInstall);
+const Machine kMachines[] = {
+    {"InstallsAsRootWithoutSudo", "0", nullptr, Wiring::kPipes, "", true},
+    {"InstallsWithSudoThatNeedsNoPassword", "1000", kSudoWithoutPassword, Wiring::kPipes, "", true},
+    {"ShowsThePasswordPromptOfSudo", "1000", kSudoWithPassword, Wiring::kPersonsTerminal, "right",
+     true},
+    {"PrintsTheCommandIfSudoRefuses", "1000", kSudoWithPassword, Wiring::kPersonsTerminal, "wrong",
+     false},
+    {"PrintsTheCommandWithoutSudo", "1000", nullptr, Wiring::kPersonsTerminal, "", false},
+    {"DoesNotAskForAPasswordWithoutTerminal", "1000", kSudoWithPassword, Wiring::kPipes, "", false},
+};
+
+class InstallDependencies : public testing::TestWithParam<Machine> {};
+
+TEST_P(InstallDependencies, InstallsOrPrintsTheCommandForAnAdministrator) {
+    const Machine& machine = GetParam();
+    const ScriptTree tree;
+    for (const char* const name : {"bash", "cat", "dirname", "env", "grep", "mkdir", "realpath",
+                                   "sleep", "tail", "tr", "true"}) {
+        const morvane::TextPtr path(g_find_program_in_path(name));
+        std::filesystem::create_symlink(path.get(), tree.File("bin/") + name);
+    }
+    tree.Write("bin/id", std::string("echo ") + machine.user_id);
+    tree.Write("bin/apt-get", "echo apt-get \"$@\" >>calls\n");
+    tree.Write("bin/apt-cache", "");
+    std::filesystem::remove(tree.File("bin/cmake"));
+    if (machine.sudo) tree.Write("bin/sudo", machine.sudo);
+
+    const std::string script = SourcePath("scripts/install-dependencies");
+    Console console(tree.Running("env PATH=$PWD/bin '" + script + "' build", machine.wiring));
+    if (!machine.password.empty()) {
+        console.Expect(kPrompt);
+        console.Type(machine.password);
+        console.Expect(machine.password + "\n");
+    }
+    console.Expect(machine.installs ? kInstalling : kRefusal);
+    console.ExpectExit(machine.installs ? 0 : 1);
+    std::ifstream calls(tree.File("calls"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(calls), {}),
+              (machine.password.empty() ? "" : "validate\n") +
+                  (machine.installs ? kUpdate + kInstall : ""));
 }
 
-TEST_F(InstallDependencies, InstallsWithSudoThatNeedsNoPassword) {
-    Write("sudo", kSudoWithoutPassword);
-    Console& console = Run(Wiring::kPipes);
-    console.Expect(kInstalling);
-    console.ExpectExit(0);
-    EXPECT_EQ(Calls(), kUpdate + kInstall);
-}
-
-TEST_F(InstallDependencies, ShowsThePasswordPromptOfSudo) {
-    Write("sudo", kSudoWithPassword);
-    Console& console = Run(Wiring::kPersonsTerminal);
-    console.Expect(kPrompt);
-    console.Type("right");
-    console.Expect("right\n" + kInstalling);
-    console.ExpectExit(0);
-    EXPECT_EQ(Calls(), "validate\n" + kUpdate + kInstall);
-}
-
-TEST_F(InstallDependencies, PrintsTheCommandForAnAdministratorIfSudoRefuses) {
-    Write("sudo", kSudoWithPassword);
-    Console& console = Run(Wiring::kPersonsTerminal);
-    console.Expect(kPrompt);
-    console.Type("wrong");
-    console.Expect("wrong\n" + kRefusal);
-    console.ExpectExit(1);
-    EXPECT_EQ(Calls(), "validate\n");
-}
-
-TEST_F(InstallDependencies, PrintsTheCommandForAnAdministratorWithoutSudo) {
-    Console& console = Run(Wiring::kPersonsTerminal);
-    console.Expect(kRefusal);
-    console.ExpectExit(1);
-    EXPECT_EQ(Calls(), "");
-}
-
-TEST_F(InstallDependencies, RefusesASecondPurpose) {
-    Console& console = Run(Wiring::kPipes, "build demo");
-    console.Await("Usage: scripts/install-dependencies build|demo|");
-    console.ExpectExit(2, Console::Rest::kIgnored);
-    EXPECT_EQ(Calls(), "");
-}
-
-TEST_F(InstallDependencies, DoesNotAskForAPasswordWithoutTerminal) {
-    Write("sudo", kSudoWithPassword);
-    Console& console = Run(Wiring::kPipes);
-    console.Expect(kRefusal);
-    console.ExpectExit(1);
-    EXPECT_EQ(Calls(), "");
-}
+INSTANTIATE_TEST_SUITE_P(On, InstallDependencies, testing::ValuesIn(kMachines),
+                         [](const auto& machine) { return std::string(machine.param.test); });
 
 }  // namespace
 }  // namespace morvane_test

@@ -3,19 +3,19 @@
 #include "documents/document.h"
 #include "support/programs.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 namespace morvane_test {
 namespace {
 
-constexpr char kCtest[] =
-    "for word; do\n"
-    "    [ \"$option\" != --output-junit ] || results=$word\n"
-    "    option=$word\n"
-    "done\n"
-    "echo '<testcase name=\"FaultMatrix.Cell/A_AtB\" status=\"run\"/>' >\"$results\"\n";
+constexpr char kCtest[] = R"(
+for word; do
+    [ "$option" != --output-junit ] || results=$word
+    option=$word
+done
+echo '<testcase name="FaultMatrix.Cell/A_AtB" status="run"/>' >"$results"
+)";
 
 }  // namespace
 
@@ -29,18 +29,14 @@ ScriptTree::ScriptTree() {
                                    "scripts/check-format", "scripts/lint", "scripts/picture"})
         Write(name, "");
     Write("bin/ctest", kCtest);
-    WriteProgram("build/demo/morvane", ToolPath());
-    WriteProgram("build/demo/morvane-simulator", SimulatorPath());
+    Write("build/demo/morvane", "exec " + Launcher() + " '" + ToolPath() + "' \"$@\"\n");
+    Write("build/demo/morvane-simulator",
+          "exec " + Launcher() + " '" + SimulatorPath() + "' \"$@\"\n");
 }
 
 void ScriptTree::Write(const std::string& name, const std::string& script) const {
     std::ofstream(File(name)) << "#!/bin/sh\n" << script;
     std::filesystem::permissions(File(name), std::filesystem::perms::owner_all);
-}
-
-void ScriptTree::WriteProgram(const std::string& name, const std::string& path) const {
-    const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
-    Write(name, "exec " + std::string(launcher ? launcher : "") + " '" + path + "' \"$@\"\n");
 }
 
 ConsoleOptions ScriptTree::Running(const std::string& command, Wiring wiring) const {
@@ -51,6 +47,12 @@ ConsoleOptions ScriptTree::Running(const std::string& command, Wiring wiring) co
     options.directory = directory_.Path();
     options.environment = {"TMPDIR=" + directory_.Path()};
     return options;
+}
+
+std::string ScriptTree::OutputOf(const std::string& command, int status) const {
+    Console console(Running(command));
+    console.ExpectExit(status, Console::Rest::kIgnored);
+    return console.Output();
 }
 
 }  // namespace morvane_test

@@ -1,12 +1,14 @@
-// What scripts/test shows: how far its steps are, and why one has failed.
+// The output of the scripts that developers run.
 
+#include "documents/document.h"
 #include "documents/script_tree.h"
-#include "support/console.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string>
 
 namespace morvane_test {
@@ -61,30 +63,21 @@ ninja: build stopped: subcommand failed.
 
 class Scripts : public testing::Test {
   protected:
-    ScriptTree& tree() { return tree_; }
-
-    void WriteText(const std::string& name, const std::string& text) {
+    void WriteText(const std::string& name, const std::string& text) const {
         std::ofstream(tree_.File(name)) << text;
     }
 
     /// Runs these lines of bash with the functions of scripts/quietly.sh.
-    ConsoleOptions Steps(const std::string& lines, Wiring wiring) {
+    ConsoleOptions Steps(const std::string& lines, Wiring wiring) const {
         WriteText("steps", "source scripts/quietly.sh\n" + lines);
         return tree_.Running("bash steps", wiring);
     }
 
-    std::string OutputOf(const std::string& command, int status) {
-        Console console(tree_.Running(command, Wiring::kPipes));
-        console.ExpectExit(status, Console::Rest::kIgnored);
-        return console.Output();
-    }
-
-    std::string FailuresIn(const std::string& log) {
+    std::string FailuresIn(const std::string& log) const {
         WriteText("log", log);
-        return OutputOf("scripts/failures log", 0);
+        return tree_.OutputOf("scripts/failures log", 0);
     }
 
-  private:
     ScriptTree tree_;
 };
 
@@ -96,10 +89,9 @@ TEST_F(Scripts, FailuresShowTenTests) {
     std::string log;
     for (int number = 1; number <= 12; ++number)
         log += " 1/12 Test #" + std::to_string(number) + ": A ...***Failed  1 sec\nreason\n";
-    const std::string failures = FailuresIn(log);
     std::string expected;
     for (int number = 1; number <= 10; ++number) expected += "  A ***Failed  1 sec\n      reason\n";
-    EXPECT_EQ(failures, expected + "  and 2 more\nAll of it is in log\n");
+    EXPECT_EQ(FailuresIn(log), expected + "  and 2 more\nAll of it is in log\n");
 }
 
 TEST_F(Scripts, FailuresShowTheErrorsOfABuild) {
@@ -120,21 +112,18 @@ TEST_F(Scripts, FailuresShowTheLastLinesOfAnythingElse) {
 }
 
 TEST_F(Scripts, TestReportsAFailedStepAndChecksTheRest) {
-    tree().Write("scripts/lint", "echo 'x.cpp:1:1: error: no'; exit 1");
-    const std::string output = OutputOf("scripts/test", 1);
-    EXPECT_NE(output.find("Checking for likely mistakes failed:\n"
-                          "  x.cpp:1:1: error: no\n"
-                          "All of it is in build/logs/checking-for-likely-mistakes.log\n"),
-              output.npos)
-        << output;
-    EXPECT_NE(output.find("\nFailed: Checking for likely mistakes\n3 passed, 0 failed\n"),
-              output.npos)
-        << output;
+    tree_.Write("scripts/lint", "echo 'x.cpp:1:1: error: no'; exit 1");
+    const std::string output = tree_.OutputOf("scripts/test", 1);
+    for (const char* const part : {"Checking for likely mistakes failed:\n"
+                                   "  x.cpp:1:1: error: no\n"
+                                   "All of it is in build/logs/checking-for-likely-mistakes.log\n",
+                                   "\nFailed: Checking for likely mistakes\n3 passed, 0 failed\n"})
+        EXPECT_NE(output.find(part), output.npos) << output;
 }
 
 TEST_F(Scripts, TestEndsWhereTheReleaseCannotBeBuilt) {
-    tree().Write("bin/cmake", "exit 1");
-    EXPECT_EQ(OutputOf("scripts/test", 1),
+    tree_.Write("bin/cmake", "exit 1");
+    EXPECT_EQ(tree_.OutputOf("scripts/test", 1),
               "Checking the format ...\n"
               "Building the release ...\n"
               "Building the release failed:\n"
@@ -144,15 +133,41 @@ TEST_F(Scripts, TestEndsWhereTheReleaseCannotBeBuilt) {
 }
 
 TEST_F(Scripts, QuickTestRunsWhatMatchesWithoutTheSlow) {
-    tree().Write("bin/ctest", "echo \"$@\" >arguments");
-    EXPECT_EQ(OutputOf("scripts/test --quick Filter", 0),
+    tree_.Write("bin/ctest", "echo \"$@\" >arguments");
+    EXPECT_EQ(tree_.OutputOf("scripts/test --quick Filter", 0),
               "Building the release ...\n"
               "Testing the release ...\n"
               "0 passed, 0 failed\n");
-    std::ifstream arguments(tree().File("arguments"));
+    std::ifstream arguments(tree_.File("arguments"));
     EXPECT_NE(std::string(std::istreambuf_iterator<char>(arguments), {})
                   .find("--tests-regex Filter --exclude-regex GivesUp|"),
               std::string::npos);
+}
+
+TEST_F(Scripts, ClangFormatIsTheFirstOfAKnownVersion) {
+    const std::string none =
+        "Skipping the check: it needs clang-format 14, 19 or 21; this system has ";
+    struct Row {
+        std::map<std::string, std::string> versions;  // of what is installed
+        int status;
+        std::string output;
+    };
+    const Row rows[] = {
+        {{{"clang-format", "19.1.7"}, {"clang-format-14", "14.0.6"}}, 0, "clang-format-14\n"},
+        {{{"clang-format", "19.1.7"}}, 0, "clang-format\n"},
+        {{{"clang-format", "13.0.1"}}, 1, none + "13\n"},
+        {{}, 1, none + "none\n"},
+    };
+    const std::string find = "/bin/bash -c 'PATH=$PWD/bin; source \"" +
+                             SourcePath("scripts/clang-versions.sh") +
+                             "\"; find_clang_for \"the check\" clang-format'";
+    for (const Row& row : rows) {
+        const ScriptTree tree;
+        std::filesystem::create_symlink("/bin/sed", tree.File("bin/sed"));
+        for (const auto& [command, version] : row.versions)
+            tree.Write("bin/" + command, "echo 'Debian clang-format version " + version + " (3)'");
+        EXPECT_EQ(tree.OutputOf(find, row.status), row.output);
+    }
 }
 
 // Both counters appear in one line, in any order.

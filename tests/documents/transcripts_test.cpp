@@ -1,5 +1,5 @@
-// The conversations that the documents show, played again: by scripts/demo as it is, but with the
-// programs of this build. scripts/record-transcripts has them written down instead.
+// Plays the transcripts in the documents with scripts/demo and the programs of this build, and
+// compares. scripts/record-transcripts writes what was played into the documents instead.
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
@@ -24,9 +24,8 @@ namespace {
 constexpr char kReadme[] = "README.md";
 constexpr char kReadmeBlock[] = "console";
 
-/// A run of the tool as documents show it: the command line behind a "$ ", then what appears, with
-/// what is typed behind the prompts.
-struct Conversation {
+/// A transcript: the command line after "$ ", then the output, with the typed lines after prompts.
+struct Recording {
     struct Step {
         std::string output;  ///< ends with the prompt
         std::string answer;
@@ -34,38 +33,38 @@ struct Conversation {
 
     std::string command;
     std::vector<Step> steps;
-    std::string rest;  ///< what appears after the last answer
+    std::string rest;  ///< the output after the last answer
 };
 
 std::string Replace(const std::string& text, const char* pattern, const char* by) {
     return std::regex_replace(text, std::regex(pattern), by);
 }
 
-Conversation ParseConversation(const std::string& text) {
+Recording ParseRecording(const std::string& text) {
     static const std::regex answered("(Vantor(?:/.*)? [>?]) (.+)");
-    Conversation conversation;
+    Recording recording;
     std::istringstream lines(text);
-    std::getline(lines, conversation.command);
-    conversation.command = Replace(conversation.command, "^\\$ ", "");
+    std::getline(lines, recording.command);
+    recording.command = Replace(recording.command, "^\\$ ", "");
     std::string output;
     std::smatch match;
     for (std::string line; std::getline(lines, line);) {
         if (std::regex_match(line, match, answered)) {
-            conversation.steps.push_back({output + match.str(1), match.str(2)});
+            recording.steps.push_back({output + match.str(1), match.str(2)});
             output.clear();
         } else {
             output += line + "\n";
         }
     }
-    conversation.rest = output;
-    return conversation;
+    recording.rest = output;
+    return recording;
 }
 
-std::string FormatConversation(const Conversation& conversation) {
-    std::string text = "$ " + conversation.command + "\n";
-    for (const Conversation::Step& step : conversation.steps)
+std::string FormatRecording(const Recording& recording) {
+    std::string text = "$ " + recording.command + "\n";
+    for (const Recording::Step& step : recording.steps)
         text += step.output + " " + step.answer + "\n";
-    return text + conversation.rest;
+    return text + recording.rest;
 }
 
 // Output as documents show it: without colours and trailing blanks, without the prompts that
@@ -78,109 +77,93 @@ std::string AsDocumented(std::string_view bytes) {
     return Replace(text, "[ \\t]+(?=\\n|$)", "");
 }
 
-// Whether a prompt is at the end of output as documents show it.
+// Whether the last line of output as documents show it is a prompt.
 bool EndsInPrompt(const std::string& documented) {
     static const std::regex prompt("Vantor(/.*)? [>?]");
     return std::regex_match(documented.substr(documented.rfind('\n') + 1), prompt);
+}
+
+// The same of output as it is, whose end is enough to know.
+bool IsAtPrompt(std::string_view bytes) {
+    constexpr std::size_t kEnd = 200;
+    return EndsInPrompt(AsDocumented(bytes.substr(bytes.size() - std::min(bytes.size(), kEnd))));
 }
 
 bool IsRecording() {
     return std::getenv("MORVANE_RECORD_TRANSCRIPTS") != nullptr;
 }
 
-// The news of a call must not come before its result has been printed, nor a transfer move before
-// the tool has looked at it, on a busy machine either.
+// On a busy machine, too, an announcement must not precede the result of the call, nor a transfer
+// start before the tool has read its properties.
 std::string Delays() {
     return " --announce-delay=" + std::to_string(Stretched(Duration(500)).count()) +
            " --start-delay=" + std::to_string(Stretched(Duration(1000)).count());
 }
 
-std::string SortedLines(const std::string& text) {
-    std::vector<std::string> lines = FindAll(text + "\n", "(.*)\n");
-    std::sort(lines.begin(), lines.end());
-    std::string sorted;
-    for (const std::string& line : lines) sorted += line + "\n";
-    return sorted;
-}
-
-// Much cheaper than to look at all of the output each time that some has come.
-bool StandsAtPrompt(std::string_view bytes) {
-    constexpr std::size_t kRoom = 200;
-    return EndsInPrompt(AsDocumented(bytes.substr(bytes.size() - std::min(bytes.size(), kRoom))));
-}
-
-/// The README, or an example: its keys, and the conversation that stands beside them.
-class Document {
-  public:
-    explicit Document(const std::string& name) : name_(name), keys_(name) {
-        if (!IsReadme()) name_.replace(name_.rfind('.'), std::string::npos, ".transcript");
-    }
-
-    const std::string& Name() const { return name_; }
-    bool IsReadme() const { return keys_ == kReadme; }
-
-    Conversation Read() const {
-        const std::string text = ReadSource(name_);
-        return ParseConversation(IsReadme() ? FencedBlock(text, kReadmeBlock) : text);
-    }
-    /// All that is needed to record it.
-    Conversation Outline() const {
-        if (IsReadme()) return Read();
-        Conversation conversation;
-        conversation.command = "scripts/demo < " + keys_;
-        for (const std::string& key : FindAll(ReadSource(keys_), "(.*)\n"))
-            conversation.steps.push_back({"", key});
-        return conversation;
-    }
-    void Write(const Conversation& conversation) const {
-        const std::string text = FormatConversation(conversation);
-        WriteSource(name_,
-                    IsReadme() ? ReplaceFencedBlock(ReadSource(name_), kReadmeBlock, text) : text);
-    }
-
-  private:
-    std::string name_;
-    std::string keys_;
-};
-
-/// Types what the conversation says when its prompts stand. The README's is on a terminal; the
-/// others are played from files, and the demo finds a pipe.
+/// Types the answers of a transcript when its prompts are displayed. The parameter is the README or
+/// the keys of an example. The README's run is on a terminal; the others read keys from a pipe.
 class Transcripts : public testing::TestWithParam<std::string> {
   protected:
-    const Document& document() const { return document_; }
+    bool IsReadme() const { return GetParam() == kReadme; }
 
-    /// `take` gets what is to appear up to the next answer.
+    std::string Name() const {
+        return IsReadme() ? kReadme : Replace(GetParam(), "\\.keys$", ".transcript");
+    }
+
+    Recording Read() const {
+        const std::string text = ReadSource(Name());
+        return ParseRecording(IsReadme() ? FencedBlock(text, kReadmeBlock) : text);
+    }
+
+    /// All that is needed to record it.
+    Recording Outline() const {
+        if (IsReadme()) return Read();
+        Recording recording;
+        recording.command = "scripts/demo < " + GetParam();
+        for (const std::string& key : FindAll(ReadSource(GetParam()), "(.*)\n"))
+            recording.steps.push_back({"", key});
+        return recording;
+    }
+
+    void Write(const Recording& recording) const {
+        const std::string text = FormatRecording(recording);
+        WriteSource(Name(), IsReadme() ? ReplaceFencedBlock(ReadSource(kReadme), kReadmeBlock, text)
+                                       : text);
+    }
+
+    /// Calls `take` with the echo of the last answer and the output up to the next one.
     template <typename Take>
-    void Play(Conversation& conversation, const std::string& options, Take take) {
-        const std::string command = conversation.command.substr(0, conversation.command.find(" <"));
-        const bool on_terminal = document_.IsReadme();
-        console_.emplace(tree_.Running(command + options,
-                                       on_terminal ? Wiring::kPersonsTerminal : Wiring::kPipes));
+    void Play(Recording& recording, const std::string& options, Take take) {
+        const std::string command = recording.command.substr(0, recording.command.find(" <"));
+        const Wiring wiring = IsReadme() ? Wiring::kPersonsTerminal : Wiring::kPipes;
+        console_.emplace(tree_.Running(command + options, wiring));
         std::string echo;
-        for (Conversation::Step& step : conversation.steps) {
-            take(step.output, echo);
+        for (Recording::Step& step : recording.steps) {
+            take(echo, step.output);
             console_->Type(step.answer);
-            echo = on_terminal ? step.answer + "\n" : "";
+            if (IsReadme()) echo = step.answer + "\n";
         }
         console_->ExpectExit(0, Console::Rest::kIgnored);
-        take(conversation.rest, echo);
+        take(echo, recording.rest);
     }
 
-    // What both threads print at the start may come in another order.
+    // The order of what both threads print at the start is not defined.
     void Compare(const std::string& expected, bool in_any_order) {
-        const auto form = [&](const std::string& text) {
-            return in_any_order ? SortedLines(text) : text;
+        const auto lines = [in_any_order](const std::string& text) {
+            std::vector<std::string> all = FindAll(text + "\n", "(.*)\n");
+            if (in_any_order) std::sort(all.begin(), all.end());
+            return all;
         };
         const auto is_expected = [&](std::string_view bytes) {
-            return (StandsAtPrompt(bytes) || !EndsInPrompt(expected)) &&
-                   form(AsDocumented(bytes)) == form(expected);
+            return (IsAtPrompt(bytes) || !EndsInPrompt(expected)) &&
+                   lines(AsDocumented(bytes)) == lines(expected);
         };
         if (console_->TakeOutputIf(is_expected)) return;
-        EXPECT_EQ(form(expected), form(AsDocumented(console_->Unconsumed())));
-        FailTest(Here::Now(), document_.Name() + " shows what does not come.");
+        EXPECT_EQ(lines(expected), lines(AsDocumented(console_->Unconsumed())));
+        FailTest(Here::Now(), Name() + " differs from the output.");
     }
 
-    // What comes until a prompt stands, or the end, and nothing more for a while.
+    // The output up to a prompt, or the end, that nothing follows for a while.
     std::string Record() {
         std::string before;
         std::string now;
@@ -188,7 +171,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
             before = console_->Unconsumed();
             std::this_thread::sleep_for(Stretched(Duration(1000)));
             now = console_->Unconsumed();
-        } while (now != before || !(StandsAtPrompt(now) || console_->HasEnded()));
+        } while (now != before || !(IsAtPrompt(now) || console_->HasEnded()));
         console_->TakeOutputIf([](std::string_view) { return true; });
         return AsDocumented(now);
     }
@@ -200,45 +183,39 @@ class Transcripts : public testing::TestWithParam<std::string> {
     }
 
   private:
-    Document document_{GetParam()};
     ScriptTree tree_;
     std::optional<Console> console_;
 };
 
-TEST_P(Transcripts, GoAsShown) {
+TEST_P(Transcripts, AreTheOutput) {
+    Recording recording = IsRecording() ? Outline() : Read();
     if (IsRecording()) {
-        Conversation conversation = document().Outline();
-        Play(conversation, "", [this](std::string& output, const std::string& echo) {
+        Play(recording, "", [this](const std::string& echo, std::string& output) {
             output = Record().substr(echo.size());
         });
-        document().Write(conversation);
-        return;
+        return Write(recording);
     }
-    Conversation conversation = document().Read();
     bool is_start = true;
-    Play(conversation, Delays(), [&](const std::string& output, const std::string& echo) {
+    Play(recording, Delays(), [&](const std::string& echo, const std::string& output) {
         Compare(echo + output, is_start);
         is_start = false;
     });
 }
 
-TEST_P(Transcripts, AreWhatTheirKeysPlay) {
-    const Conversation outline = document().Outline();
-    const Conversation conversation = document().Read();
-    EXPECT_EQ(conversation.command, outline.command);
-    ASSERT_EQ(conversation.steps.size(), outline.steps.size());
-    for (std::size_t i = 0; i < conversation.steps.size(); ++i)
-        EXPECT_EQ(conversation.steps[i].answer, outline.steps[i].answer) << "answer " << i;
+TEST_P(Transcripts, HaveTheirKeys) {
+    const Recording outline = Outline();
+    const Recording recording = Read();
+    EXPECT_EQ(recording.command, outline.command);
+    ASSERT_EQ(recording.steps.size(), outline.steps.size());
+    for (std::size_t i = 0; i < recording.steps.size(); ++i)
+        EXPECT_EQ(recording.steps[i].answer, outline.steps[i].answer) << "answer " << i;
 }
 
-std::vector<std::string> Documents() {
-    std::vector<std::string> names = FindSources("^examples/.*\\.keys$");
-    names.emplace_back(kReadme);
-    return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(Documents, Transcripts, testing::ValuesIn(Documents()),
-                         [](const auto& document) { return AsTestName(document.param); });
+INSTANTIATE_TEST_SUITE_P(Examples, Transcripts,
+                         testing::ValuesIn(FindSources("^examples/.*\\.keys$")),
+                         [](const auto& keys) { return AsTestName(keys.param); });
+INSTANTIATE_TEST_SUITE_P(Readme, Transcripts, testing::Values(kReadme),
+                         [](const auto&) { return std::string(kReadmeBlock); });
 
 }  // namespace
 }  // namespace morvane_test
