@@ -1,7 +1,6 @@
 #include "console/console_input.h"
 
 #include "fuzz/fuzz.h"
-#include "fuzz/typed_input.h"
 #include "support/captured_output.h"
 #include "support/messages.h"
 

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-// Stands in for libFuzzer where there is none: tries every file of the folders that are named.
+// Replaces libFuzzer in other builds: tries every file of the folders that are its arguments.
 int main(int argc, char** argv) {
     LLVMFuzzerInitialize(&argc, &argv);
     int tried = 0;
