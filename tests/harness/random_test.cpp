@@ -156,26 +156,30 @@ TEST_F(Verdict, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnowItsFileOnly)
 }
 
 TEST_F(Verdict, AcceptsEachEndingForItsReasonOnly) {
-    played_.ending = Ending{1, std::nullopt};
-    EXPECT_EQ(Mistakes(), 1U);
-    played_.ending = Ending{std::nullopt, SIGINT};
+    const auto mistakes_of = [this](std::optional<int> status, std::optional<int> signal) {
+        played_.ending = Ending{status, signal};
+        return Mistakes();
+    };
+    EXPECT_EQ(mistakes_of(1, {}), 1U);
     played_.interrupts = 1;
-    EXPECT_EQ(Mistakes(), 1U);
+    EXPECT_EQ(mistakes_of({}, SIGINT), 1U);
     played_.interrupts = 2;
-    EXPECT_EQ(Mistakes(), 0U);
-    played_.ending = Ending{std::nullopt, SIGTERM};
-    EXPECT_EQ(Mistakes(), 1U);
+    EXPECT_EQ(mistakes_of({}, SIGINT), 0U);
+    EXPECT_EQ(mistakes_of({}, SIGHUP), 1U);
+    played_.hung_up = true;
+    EXPECT_EQ(mistakes_of({}, SIGHUP), 0U);
+    EXPECT_EQ(mistakes_of({}, SIGTERM), 1U);
     played_.bus_died = true;
-    EXPECT_EQ(Mistakes(), 0U);
-    played_.ending.reset();
-    EXPECT_EQ(Mistakes(), 1U);
-    played_.ending = Ending{std::nullopt, SIGABRT};
+    EXPECT_EQ(mistakes_of({}, SIGTERM), 0U);
     played_.errors =
         "terminate called after throwing an instance of 'std::logic_error'\n"
         "  what():  basic_string: construction from null is not valid\n";
-    EXPECT_EQ(Mistakes(), 3U);
+    EXPECT_EQ(mistakes_of({}, SIGABRT), 3U);
     Hear(&DaemonEvent::hides_address);
-    EXPECT_EQ(Mistakes(), 0U);
+    EXPECT_EQ(mistakes_of({}, SIGABRT), 0U);
+    played_.errors.clear();
+    played_.ending.reset();
+    EXPECT_EQ(Mistakes(), 1U);
 }
 
 TEST_F(Verdict, ReportsErrorsOrphansAndAToolThatIsStuck) {

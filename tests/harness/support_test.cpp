@@ -33,19 +33,18 @@ testing::TestPartResult FailureOf(const std::function<void()>& statement) {
 
 class ShellTest : public testing::Test {
   protected:
-    Console& Run(const std::string& script, Wiring wiring = Wiring::kTerminal) {
-        ConsoleOptions options;
+    Console& Run(const std::string& script, ConsoleOptions options = {}) {
         options.program = "/bin/sh";
         options.arguments = {"-c", script};
-        options.wiring = wiring;
         options.directory = directory_.Path();
         return console_.emplace(options);
     }
 
     Console& console() { return *console_; }
 
+    const TemporaryDirectory directory_;
+
   private:
-    TemporaryDirectory directory_;
     std::optional<Console> console_;
 };
 
@@ -87,71 +86,57 @@ TEST_F(ShellTest, ReportsOtherOutputAtOnceWithTheLineOfTheTest) {
     console().Kill();
 }
 
-TEST_F(ShellTest, TerminalHoldsNothingButTheProgramsBytes) {
-    Run("read word; echo got $word");
-    console().Type("this");
-    console().Expect("got this\n");
-    console().ExpectExit(0);
-}
-
-TEST_F(ShellTest, PersonsTerminalEchoes) {
-    Run("echo ready; read word; echo got $word", Wiring::kPersonsTerminal);
-    console().Expect("ready\n");
-    console().Type("this");
-    console().Expect("this\ngot this\n");
-    console().ExpectExit(0);
-    EXPECT_EQ(console().Output(), "ready\r\nthis\r\ngot this\r\n");
-}
-
-TEST_F(ShellTest, InputEndsOnTerminalAndPipe) {
-    for (const Wiring wiring : {Wiring::kTerminal, Wiring::kPipes}) {
-        Run("cat; echo end", wiring).CloseInput();
+TEST_F(ShellTest, OnlyAPersonsTerminalChangesBytesAndEachInputEnds) {
+    for (const Wiring wiring : {Wiring::kTerminal, Wiring::kPersonsTerminal, Wiring::kPipes}) {
+        const bool echoes = wiring == Wiring::kPersonsTerminal;
+        Run("echo ready; read word; echo got $word; cat; echo end", Wired(wiring));
+        console().Expect("ready\n");
+        console().Type("this");
+        console().Expect(echoes ? "this\ngot this\n" : "got this\n");
+        console().CloseInput();
         console().Expect("end\n");
         console().ExpectExit(0);
+        EXPECT_EQ(console().Output(),
+                  echoes ? "ready\r\nthis\r\ngot this\r\nend\r\n" : "ready\ngot this\nend\n");
     }
 }
 
-TEST_F(ShellTest, HangUpEndsTheProgram) {
-    Run("echo ready; sleep 60").Expect("ready\n");
+TEST_F(ShellTest, HangUpAndControlCEndTheProgram) {
+    Run("echo ready; exec sleep 60").Expect("ready\n");
     console().HangUp();
     console().ExpectEndBySignal(SIGHUP);
-}
-
-TEST_F(ShellTest, HangUpCanBeIgnored) {
-    ConsoleOptions options;
-    options.program = "/bin/sh";
-    options.arguments = {"-c", "echo ready; read word; echo $? > result; exit 3"};
-    TemporaryDirectory directory;
-    options.directory = directory.Path();
-    options.ignore_hang_up = true;
-    Console console(options);
-    console.Expect("ready\n");
-    console.HangUp();
-    console.ExpectExit(3);
-    EXPECT_TRUE(std::filesystem::exists(directory.File("result")));
-}
-
-TEST_F(ShellTest, ControlCInterruptsTheProgram) {
     Run("echo ready; exec sleep 60").Expect("ready\n");
     console().TypeBytes("\x03");
     console().ExpectEndBySignal(SIGINT);
 }
 
+TEST_F(ShellTest, HangUpCanBeIgnored) {
+    Run("echo ready; read word; echo $? > result; exit 3", UnderNohup()).Expect("ready\n");
+    console().HangUp();
+    console().ExpectExit(3);
+    EXPECT_TRUE(std::filesystem::exists(directory_.File("result")));
+}
+
 TEST_F(ShellTest, FailsAtItsEndUnlessAllIsDeclaredOrConsumed) {
-    const auto expect_failure = [this](const char* script, const auto& end, const char* message) {
-        Run(script);
-        const std::string failure = FailureOf(end).message();
-        EXPECT_NE(failure.find(message), std::string::npos) << failure;
-    };
-    expect_failure(
-        "echo '(x:1): GLib-CRITICAL **: failed' >&2", [this] { console().Finish(); },
-        "undeclared: (x:1): GLib-CRITICAL");
-    expect_failure(
-        "exit 66", [this] { console().Finish(); }, "exit status 66; awaited: exit status 0");
+    const auto finish = [this] { console().Finish(); };
     const auto expect_exit = [this] { console().ExpectExit(0); };
-    expect_failure("echo more", expect_exit, "more\\n");
-    Run("echo one >&2; echo two 2 >&2");
-    console().ExpectError("one\n");
+    struct Row {
+        const char* script;
+        std::function<void()> end;
+        const char* failure;
+    };
+    const Row rows[] = {
+        {"echo '(x:1): GLib-CRITICAL **: a' >&2", finish, "undeclared: (x:1): GLib-CRITICAL"},
+        {"exit 66", finish, "exit status 66; awaited: exit status 0"},
+        {"echo more", expect_exit, "more\\n"},
+    };
+    for (const Row& row : rows) {
+        Run(row.script);
+        const std::string failure = FailureOf(row.end).message();
+        EXPECT_NE(failure.find(row.failure), std::string::npos) << failure;
+    }
+    Run("echo '(one)' >&2; echo two 2 >&2");
+    console().ExpectError("(one)\n");
     console().AllowStderr("^two [0-9]$");
     console().Finish();
 }

@@ -92,15 +92,9 @@ void Operator::Expect(const DaemonEvent& event) {
 }
 
 std::string Operator::DrawApt() {
-    switch (RowOf(Now()).asks) {
-        case Asks::kKey:
-            return DrawKey();
-        case Asks::kNumber:
-            return DrawNumber();
-        case Asks::kText:
-            return DrawText();
-    }
-    return "";
+    const Asks asks = RowOf(Now()).asks;
+    if (asks == Asks::kKey) return DrawKey();
+    return asks == Asks::kNumber ? DrawNumber() : DrawText();
 }
 
 unsigned Operator::PastOf(PromptId prompt) const {

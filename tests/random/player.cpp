@@ -22,13 +22,10 @@ constexpr std::size_t kNotRedrawn = 1;  // which of two awaited texts
 constexpr Duration kHangingCall{300};
 constexpr Duration kBriefly{1000};
 
-// The ends of prompts that were drawn for an input. Those that are drawn again beneath a message
-// have no reset before the marker.
-const std::vector<std::string>& PromptEnds() {
-    static const std::vector<std::string> ends = {Normal("").substr(4) + Red(" > "),
-                                                  Normal("").substr(4) + Red(" ? ")};
-    return ends;
-}
+// The ends of prompts that were drawn for an input. Those that are drawn again below a message have
+// no reset before the marker.
+const std::vector<std::string> kPromptEnds = {kResetSequence + Red(" > "),
+                                              kResetSequence + Red(" ? ")};
 
 // The tool was started with setsid(2), so its children have its id as theirs.
 std::vector<std::string> ChildrenLeft(pid_t tool) {
@@ -69,8 +66,7 @@ class Player {
     }
 
     ConsoleOptions Options(const std::string& program) const {
-        ConsoleOptions options;
-        options.wiring = plan_.wiring;
+        ConsoleOptions options = Wired(plan_.wiring);
         options.bus_address = bus_.Address();
         options.directory = directory_.Path();
         options.program = program;
@@ -149,7 +145,7 @@ class Player {
         while (owed_ > 0) {
             const bool excused = hanging_ || !owed_is_known_;
             const Duration limit = excused ? kHangingCall : 3 * Patience();
-            if (console_.SkipPastAny(PromptEnds(), limit)) {
+            if (console_.SkipPastAny(kPromptEnds, limit)) {
                 --owed_;
             } else {
                 if (!excused && !console_.AwaitEnd(kBriefly)) played_.stuck = what;
@@ -158,12 +154,12 @@ class Player {
         }
     }
 
-    /// Awaits also that the tool has heard of all that the daemon has announced so far.
+    /// Awaits also that the tool has handled everything that the daemon has announced so far.
     void Settle(const std::string& what) {
         AwaitPrompts(what);
         settled_ = false;
         if (owed_ > 0 || !owed_is_known_ || hanging_ || away_ || played_.interrupts > 0) return;
-        // It must be gone before it can be chosen: it has no address for whoever comes too late.
+        // The device is removed before it can be chosen, since it has no usable address.
         const std::string path = kSettledPath;
         daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
         const std::string found_line = "Found Device " + path + "\n";

@@ -52,10 +52,6 @@ Ending EndingOf(int wait_status) {
     return {WEXITSTATUS(wait_status), std::nullopt};
 }
 
-std::chrono::microseconds ToDuration(const timeval& time) {
-    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
-}
-
 std::chrono::microseconds CpuTimeOfRunning(pid_t id) {
     clockid_t clock = 0;
     timespec time = {};
@@ -81,7 +77,7 @@ ChildProcess::~ChildProcess() {
 }
 
 void ChildProcess::AwaitAndReap() {
-    // The id must stay taken until the end is noted, or Signal might hit a stranger.
+    // The id is released only under the lock, or Signal() might reach another process.
     siginfo_t info = {};
     while (waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
     }
@@ -90,7 +86,8 @@ void ChildProcess::AwaitAndReap() {
     rusage usage = {};
     wait4(id_, &status, 0, &usage);
     ending_ = EndingOf(status);
-    cpu_time_ = ToDuration(usage.ru_utime) + ToDuration(usage.ru_stime);
+    cpu_time_ = std::chrono::seconds(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                std::chrono::microseconds(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
     ended_.notify_all();
 }
 

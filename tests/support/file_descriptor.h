@@ -1,5 +1,10 @@
 #pragma once
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace morvane_test {
@@ -16,7 +21,9 @@ class FileDescriptor {
     ~FileDescriptor() { Close(); }
 
     int Number() const noexcept { return number_; }
-    void Close() noexcept;
+    void Close() noexcept {
+        if (number_ >= 0) close(std::exchange(number_, -1));
+    }
 
   private:
     int number_;
@@ -28,10 +35,17 @@ struct Pipe {
     FileDescriptor writer;
 };
 
-/// `flags` as for pipe2(2). Throws std::system_error.
-Pipe MakePipe(int flags = 0);
-
 /// Returns `result`; throws std::system_error named after `what` if it is negative.
-int Checked(int result, const char* what);
+inline int Checked(int result, const char* what) {
+    if (result < 0) throw std::system_error(errno, std::generic_category(), what);
+    return result;
+}
+
+/// `flags` as for pipe2(2). Throws std::system_error.
+inline Pipe MakePipe(int flags = 0) {
+    int ends[2] = {-1, -1};
+    Checked(pipe2(ends, O_CLOEXEC | flags), "pipe2");
+    return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
 
 }  // namespace morvane_test

@@ -8,20 +8,18 @@ namespace {
 constexpr char kTitle[] = "Vantor";
 constexpr std::size_t kFrameWidth = 53;
 
-std::string Message(const char* colour, const std::string& text) {
-    return colour + text + kResetSequence;
-}
-
 }  // namespace
 
 std::string Green(const std::string& text) {
-    return Message(kGreenSequence, text);
+    return kGreenSequence + text + kResetSequence;
 }
+
 std::string Red(const std::string& text) {
-    return Message(kRedSequence, text);
+    return kRedSequence + text + kResetSequence;
 }
+
 std::string Normal(const std::string& text) {
-    return Message(kResetSequence, text);
+    return kResetSequence + text + kResetSequence;
 }
 
 std::string Prompt(const std::string& segment) {
@@ -73,7 +71,7 @@ std::string Banner() {
 
 std::string DeviceList(const std::vector<std::string>& devices) {
     std::string lines;
-    for (const std::string& device : devices) lines += Normal(" " + device + "\n");
+    for (const std::string& device : devices) lines += Lines({" " + device});
     return Stars() + lines + Stars();
 }
 

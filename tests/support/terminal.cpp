@@ -13,16 +13,7 @@ namespace {
 
 constexpr char kControlD = 4;
 
-void DoNotBlock(int descriptor) {
-    const int flags = Checked(fcntl(descriptor, F_GETFL), "fcntl");
-    Checked(fcntl(descriptor, F_SETFL, flags | O_NONBLOCK), "fcntl");
-}
-
-void CloseInChildren(int descriptor) {
-    Checked(fcntl(descriptor, F_SETFD, FD_CLOEXEC), "fcntl");
-}
-
-// Lines, Ctrl-C and Ctrl-D work as ever, but the output holds nothing but the program's bytes.
+// Lines, Ctrl-C and Ctrl-D work as usual, but the output is nothing but the program's bytes.
 void Quieten(int terminal) {
     termios settings = {};
     Checked(tcgetattr(terminal, &settings), "tcgetattr");
@@ -39,13 +30,11 @@ bool AwaitRoom(int descriptor, Duration limit) {
 }  // namespace
 
 Terminal::Terminal(Wiring wiring) : wiring_(wiring) {
-    if (IsTerminal()) {
-        MakeTerminal();
-    } else {
-        MakePipes();
+    IsTerminal() ? MakeTerminal() : MakePipes();
+    for (const int descriptor : {input_.Number(), Output()}) {
+        const int flags = Checked(fcntl(descriptor, F_GETFL), "fcntl");
+        Checked(fcntl(descriptor, F_SETFL, flags | O_NONBLOCK), "fcntl");
     }
-    DoNotBlock(input_.Number());
-    DoNotBlock(Output());
 }
 
 void Terminal::MakePipes() {
@@ -63,8 +52,8 @@ void Terminal::MakeTerminal() {
     Checked(openpty(&ours, &programs, nullptr, nullptr, nullptr), "openpty");
     input_ = FileDescriptor(ours);
     program_input_ = FileDescriptor(programs);
-    CloseInChildren(ours);
-    CloseInChildren(programs);
+    for (const int descriptor : {ours, programs})
+        Checked(fcntl(descriptor, F_SETFD, FD_CLOEXEC), "fcntl");
     if (!IsPersons()) Quieten(programs);
 }
 
