@@ -95,6 +95,13 @@ TEST_P(InstallDependencies, InstallsOrPrintsTheCommandForAnAdministrator) {
                   (machine.installs ? kUpdate + kInstall : ""));
 }
 
+TEST(InstallDependenciesFor, OnePurpose) {
+    const std::string script = "'" + SourcePath("scripts/install-dependencies") + "'";
+    const std::string usage = ScriptTree().OutputOf(script, 2);
+    EXPECT_EQ(usage.find("Usage: scripts/install-dependencies build|demo|"), 0U) << usage;
+    EXPECT_EQ(ScriptTree().OutputOf(script + " build demo", 2), usage);
+}
+
 INSTANTIATE_TEST_SUITE_P(On, InstallDependencies, testing::ValuesIn(kMachines),
                          [](const auto& machine) { return std::string(machine.param.test); });
 

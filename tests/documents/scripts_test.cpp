@@ -165,7 +165,8 @@ TEST_F(Scripts, ClangFormatIsTheFirstOfAKnownVersion) {
         const ScriptTree tree;
         std::filesystem::create_symlink("/bin/sed", tree.File("bin/sed"));
         for (const auto& [command, version] : row.versions)
-            tree.Write("bin/" + command, "echo 'Debian clang-format version " + version + " (3)'");
+            tree.Write("bin/" + command,
+                       "echo 'Debian clang-format version " + version + " (version 3)'");
         EXPECT_EQ(tree.OutputOf(find, row.status), row.output);
     }
 }

@@ -287,6 +287,12 @@ bool NeedsSelection(PromptId id) {
     });
 }
 
+std::vector<std::string> Operation::AllLines() const {
+    std::vector<std::string> all = lines;
+    if (filters) all.emplace_back("d");
+    return all;
+}
+
 const std::vector<Operation>& Operations() {
     static const std::vector<Operation> operations = MakeOperations();
     return operations;

@@ -113,6 +113,9 @@ struct Operation {
     std::string reply_type;
     std::string reply;   ///< one that is possible
     std::string result;  ///< displayed after that
+
+    /// `lines`, and "d" in the filter menu.
+    [[nodiscard]] std::vector<std::string> AllLines() const;
 };
 
 const std::vector<Operation>& Operations();
