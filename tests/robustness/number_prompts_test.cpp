@@ -31,7 +31,7 @@ class RefusingPrompt : public PlaceTest, public testing::WithParamInterface<Plac
     // From the menu above, with each question on the way.
     void OpenAgain(Here here = Here::Now()) {
         const std::vector<Answer>& way = GetParam().opening;
-        auto step = std::find_if(way.begin(), way.end(), [this](const Answer& answer) {
+        auto step = std::find_if(way.begin(), way.end(), [](const Answer& answer) {
             return answer.at == MenuAbove(GetParam().id);
         });
         for (; step != way.end(); ++step) {

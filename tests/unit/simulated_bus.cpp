@@ -42,11 +42,11 @@ simulator::Options SimulatedBus::Options(const std::string& instance) const {
 }
 
 void SimulatedBus::OpenSession() {
-    constexpr char kAddress[] = "00:1B:DC:07:31:9A";
-    daemon_.AddDevice("/dev_1", kAddress, "Phone");
+    constexpr char kPhoneAddress[] = "00:1B:DC:07:31:9A";
+    daemon_.AddDevice("/dev_1", kPhoneAddress, "Phone");
     morvane::ClientProxyContext& client = *morvane::obexProxy.Client();
     std::mutex mutex;
-    if (!client.CreateSession(kAddress, morvane::MenuLock(mutex)))
+    if (!client.CreateSession(kPhoneAddress, morvane::MenuLock(mutex)))
         throw std::runtime_error("no session");
     daemon_.SetPullContent("x");
     const auto connection = ConnectToBus(bus_.Address());

@@ -64,16 +64,18 @@ TEST(HexTest, HasAllDigitsInLowerCase) {
     const std::pair<unsigned short, const char*> rows16[] = {
         {0, "0000"}, {0x112f, "112f"}, {0xABCD, "abcd"}, {0xffff, "ffff"}};
     for (const auto& [value, text] : rows16)
-        EXPECT_EQ(Written(4, [&](char* out) { return ConvertU16ToHex(out, value); }), text);
+        EXPECT_EQ(Written(4, [number = value](char* out) { return ConvertU16ToHex(out, number); }),
+                  text);
     const std::pair<unsigned int, const char*> rows32[] = {{0, "00000000"},
                                                            {0x0012ABCD, "0012abcd"},
                                                            {0x89abcdef, "89abcdef"},
                                                            {0xffffffff, "ffffffff"}};
     for (const auto& [value, text] : rows32) {
-        EXPECT_EQ(Written(8, [&](char* out) { return ConvertU32ToHex(out, value); }), text);
+        EXPECT_EQ(Written(8, [number = value](char* out) { return ConvertU32ToHex(out, number); }),
+                  text);
         EXPECT_EQ(Written(36,
-                          [&](char* out) {
-                              ConvertUUID32to128Char(out, value);
+                          [number = value](char* out) {
+                              ConvertUUID32to128Char(out, number);
                               return out + 36;
                           }),
                   text + kPhonebookServer.substr(8));
