@@ -1,8 +1,8 @@
 #include "simulator/daemon.h"
 
 #include "interfaces/bus_name.h"
-#include "simulator/event_thread.h"
-#include "simulator/stack.h"
+#include "simulator/bus/event_thread.h"
+#include "simulator/objects/stack.h"
 
 #include <limits>
 #include <stdexcept>

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "simulator/names.h"
-#include "simulator/options.h"
-#include "simulator/recorder.h"
+#include "simulator/faults/property_faults.h"
+#include "simulator/faults/recorder.h"
+#include "simulator/objects/descriptions.h"
+#include "simulator/objects/names.h"
+#include "simulator/objects/options.h"
 
 #include <gio/gio.h>
 
@@ -19,15 +21,6 @@ namespace simulator {
 
 /// In place of a number of times: until `ClearFaults`.
 inline constexpr unsigned kAlways = 0;
-
-/// A phone with contents, made from the seed.
-struct PhoneInfo {
-    std::string path;  ///< of its device object
-    std::string address;
-    std::string name;
-    bool demands_authentication;
-    bool present;  ///< false between `RemoveDevice` and `ReturnDevice`
-};
 
 /// The stack's daemon with the phones behind it, on a bus of the caller's choice.
 ///

@@ -1,7 +1,7 @@
 // The simulator's commands and options, as its documents describe them.
 
 #include "documents/document.h"
-#include "simulator/commands.h"
+#include "simulator/program/commands.h"
 #include "simulator/simulator_fixture.h"
 
 #include <algorithm>

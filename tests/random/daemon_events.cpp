@@ -1,6 +1,6 @@
 #include "random/daemon_events.h"
 
-#include "simulator/names.h"
+#include "simulator/objects/names.h"
 
 namespace morvane_test {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "random/daemon_events.h"
-#include "simulator/options.h"
+#include "simulator/objects/options.h"
 #include "support/terminal.h"
 
 #include <cstdint>

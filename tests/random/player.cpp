@@ -1,6 +1,6 @@
 #include "random/player.h"
 
-#include "simulator/commands.h"
+#include "simulator/program/commands.h"
 #include "support/console.h"
 #include "support/messages.h"
 #include "support/temporary_directory.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "random/plan.h"
-#include "simulator/recorder.h"
+#include "simulator/faults/recorder.h"
 #include "support/child_process.h"
 #include "support/private_bus.h"
 

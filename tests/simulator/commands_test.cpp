@@ -1,5 +1,5 @@
-#include "simulator/commands.h"
-#include "simulator/command_line.h"
+#include "simulator/program/commands.h"
+#include "simulator/program/command_line.h"
 #include "simulator/simulator_fixture.h"
 
 #include <sstream>

@@ -1,5 +1,5 @@
-#include "simulator/phone.h"
-#include "simulator/selection.h"
+#include "simulator/phone/phone.h"
+#include "simulator/phone/selection.h"
 
 #include <gtest/gtest.h>
 

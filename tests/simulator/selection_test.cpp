@@ -1,6 +1,6 @@
-#include "simulator/selection.h"
+#include "simulator/phone/selection.h"
 #include "interfaces/glib_ptr.h"
-#include "simulator/refusal.h"
+#include "simulator/phone/refusal.h"
 
 #include <gtest/gtest.h>
 

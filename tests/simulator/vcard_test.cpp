@@ -1,4 +1,4 @@
-#include "simulator/vcard_writer.h"
+#include "simulator/phone/vcard_writer.h"
 
 #include <gtest/gtest.h>
 

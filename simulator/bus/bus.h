@@ -1,0 +1,66 @@
+#pragma once
+
+#include "interfaces/glib_ptr.h"
+#include "simulator/faults/message_filter.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// The daemon's connection to the bus and its name there. Used in the daemon's thread only, but
+/// for `OnLost`'s handler.
+class Bus {
+  public:
+    /// Opens connections to an address.
+    Bus(std::string address, std::string name, std::shared_ptr<Instruments> instruments);
+    /// Uses one connection that stays open at the end.
+    Bus(GDBusConnection* connection, std::string name, std::shared_ptr<Instruments> instruments);
+    ~Bus();
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+
+    [[nodiscard]] const std::string& name() const { return name_; }
+    [[nodiscard]] GDBusConnection* connection() const { return connection_.get(); }
+    [[nodiscard]] bool IsOpen() const;
+    [[nodiscard]] bool HasName() const { return has_name_; }
+
+    // These throw `std::runtime_error` with one line that names what could not be had.
+    void Open();
+    void TakeName();
+
+    void DropName();
+    /// Closes the connection without giving up the name first.
+    void Close();
+    /// Waits until the bus has dealt with all that was sent. Merely to write it would not do: what
+    /// others send later through their own sockets could overtake it.
+    void Settle();
+    void OnLost(std::function<void()> handler) { on_lost_ = std::move(handler); }
+
+    /// Sends a PropertiesChanged; with `kSentAsItStands` no fault edits it.
+    void EmitChanges(const std::string& path, const std::string& interface, GVariant* changed,
+                     const std::vector<std::string>& invalidated = {},
+                     GDBusMessageFlags flags = G_DBUS_MESSAGE_FLAGS_NONE);
+
+    /// Carries out calls that were held back, as if they came now, and sends the answers to their
+    /// callers. `done` is called when the last has been answered.
+    void CarryOut(std::vector<MessagePtr> calls, std::function<void()> done);
+
+  private:
+    void Use(morvane::GlibPtr<GDBusConnection> connection);
+    void Forget();
+    guint32 AskForName(const char* method, GVariant* arguments);
+
+    const std::string address_;  // empty when the connection is the caller's
+    const std::string name_;
+    const std::shared_ptr<Instruments> instruments_;
+    morvane::GlibPtr<GDBusConnection> connection_;
+    guint filter_ = 0;
+    gulong closed_handler_ = 0;
+    bool has_name_ = false;
+    std::function<void()> on_lost_;
+};
+
+}  // namespace simulator

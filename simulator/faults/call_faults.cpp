@@ -1,0 +1,75 @@
+#include "simulator/faults/call_faults.h"
+
+namespace simulator {
+namespace {
+
+MessagePtr MakeAnswer(GDBusMessage* call, const CallFault& fault) {
+    if (fault.kind == CallFault::Kind::kRefuse) {
+        return MessagePtr(g_dbus_message_new_method_error_literal(call, fault.error_name.c_str(),
+                                                                  fault.error_message.c_str()));
+    }
+    MessagePtr reply(g_dbus_message_new_method_reply(call));
+    g_dbus_message_set_body(reply.get(), fault.body.get());
+    return reply;
+}
+
+}  // namespace
+
+void CallFaults::Set(const std::string& method, CallFault fault, unsigned times) {
+    const morvane::Hold hold(mutex_);
+    plans_.insert_or_assign(method, Planned{std::move(fault), times});
+}
+
+void CallFaults::Clear() {
+    const morvane::Hold hold(mutex_);
+    plans_.clear();
+}
+
+MessagePtr CallFaults::Answer(GDBusMessage* call, const Call& description, bool& hangs) {
+    const morvane::Hold hold(mutex_);
+    const auto planned = Find(description);
+    hangs = planned != plans_.end() && planned->second.fault.kind == CallFault::Kind::kHang;
+    if (planned == plans_.end()) {
+        return nullptr;
+    }
+    MessagePtr answer;
+    if (hangs) {
+        hanging_.emplace_back(static_cast<GDBusMessage*>(g_object_ref(call)));
+    } else {
+        answer = MakeAnswer(call, planned->second.fault);
+    }
+    CountDown(planned);
+    return answer;
+}
+
+CallFaults::Plans::iterator CallFaults::Find(const Call& call) {
+    const auto exact = plans_.find(call.interface + "." + call.method);
+    return exact == plans_.end() ? plans_.find(call.method) : exact;
+}
+
+void CallFaults::CountDown(Plans::iterator planned) {
+    if (planned->second.times == 0) {
+        return;
+    }
+    if (--planned->second.times == 0) {
+        plans_.erase(planned);
+    }
+}
+
+std::vector<MessagePtr> CallFaults::Release() {
+    const morvane::Hold hold(mutex_);
+    for (auto plan = plans_.begin(); plan != plans_.end();) {
+        const bool hangs = plan->second.fault.kind == CallFault::Kind::kHang;
+        plan = hangs ? plans_.erase(plan) : std::next(plan);
+    }
+    std::vector<MessagePtr> hanging;
+    hanging.swap(hanging_);
+    return hanging;
+}
+
+void CallFaults::ForgetHanging() {
+    const morvane::Hold hold(mutex_);
+    hanging_.clear();
+}
+
+}  // namespace simulator

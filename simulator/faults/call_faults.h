@@ -1,0 +1,56 @@
+#pragma once
+
+#include "console/mutex.h"
+#include "interfaces/glib_ptr.h"
+#include "simulator/faults/recorder.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+using MessagePtr = morvane::GlibPtr<GDBusMessage>;
+
+/// What happens to a call instead of what it asks for.
+struct CallFault {
+    enum class Kind { kRefuse, kReply, kHang };
+    Kind kind;
+    std::string error_name;     ///< of kRefuse
+    std::string error_message;  ///< of kRefuse
+    morvane::VariantPtr body;   ///< of kReply
+};
+
+/// Which calls go wrong, and those that have had no answer yet. Safe from any thread.
+class CallFaults {
+  public:
+    /// `method` with or without its interface; `times` 0 is always.
+    void Set(const std::string& method, CallFault fault, unsigned times);
+    void Clear();
+
+    /// The answer that a fault has for the call, if it has one. A call that is to hang is kept and
+    /// `hangs` set. `description` is the call's.
+    MessagePtr Answer(GDBusMessage* call, const Call& description, bool& hangs);
+
+    /// The calls that hang, oldest first; they are the caller's to answer. Faults that make calls
+    /// hang end.
+    std::vector<MessagePtr> Release();
+    void ForgetHanging();
+
+  private:
+    struct Planned {
+        CallFault fault;
+        unsigned times;
+    };
+    using Plans = std::map<std::string, Planned>;
+
+    Plans::iterator Find(const Call& call) MORVANE_REQUIRES(mutex_);
+    void CountDown(Plans::iterator planned) MORVANE_REQUIRES(mutex_);
+
+    morvane::Mutex mutex_;
+    Plans plans_ MORVANE_GUARDED_BY(mutex_);
+    std::vector<MessagePtr> hanging_ MORVANE_GUARDED_BY(mutex_);
+};
+
+}  // namespace simulator

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "simulator/objects/descriptions.h"
+#include "simulator/objects/device_object.h"
+#include "simulator/objects/session.h"
+#include "simulator/phone/phone.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// The phones and other devices, in reach or not.
+class Devices {
+  public:
+    Devices(World& world, Sessions& sessions);
+
+    struct Device {
+        std::string path;
+        std::string address;  ///< empty when it has none
+        std::string alias;
+        bool scripted;
+        bool demands_authentication;
+        std::shared_ptr<Phone> phone;          ///< what sessions to it find
+        std::unique_ptr<DeviceObject> object;  ///< null while it is out of reach
+    };
+
+    /// A device that is in reach; null when there is none with that address.
+    [[nodiscard]] const Device* FindInReach(const std::string& address) const;
+    /// By path or address, in reach or not; throws `std::runtime_error` when there is none.
+    Device& Get(const std::string& path_or_address);
+    [[nodiscard]] std::vector<PhoneInfo> Phones() const;
+
+    // What these are for is told where `Daemon` declares them.
+    void Add(const std::string& path, const std::string& address, const std::string& alias);
+    void AddExact(const std::string& path, GVariant* properties);
+    void Remove(const std::string& path);
+    void Return(const std::string& path);
+
+  private:
+    void MakePhone(unsigned index);
+    Device& AddScripted(const std::string& path, const std::string& address,
+                        const std::string& alias);
+    void Show(Device& device);
+
+    World& world_;
+    Sessions& sessions_;
+    std::vector<Device> devices_;
+};
+
+}  // namespace simulator

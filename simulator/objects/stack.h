@@ -1,0 +1,47 @@
+#pragma once
+
+#include "simulator/bus/bus.h"
+#include "simulator/objects/client_object.h"
+#include "simulator/objects/devices.h"
+#include "simulator/objects/session.h"
+#include "simulator/objects/world.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace simulator {
+
+/// The daemon itself, inside its thread: its objects and its place on the bus.
+class Stack {
+  public:
+    /// Exports everything and takes the name; throws `std::runtime_error` when it cannot be had.
+    Stack(const Options& options, const std::function<std::unique_ptr<Bus>()>& make_bus,
+          PropertyFaults& property_faults);
+    ~Stack();
+    Stack(const Stack&) = delete;
+    Stack& operator=(const Stack&) = delete;
+
+    Bus& bus() { return *bus_; }
+    World& world() { return world_; }
+    Devices& devices() { return devices_; }
+    Sessions& sessions() { return sessions_; }
+    // These throw `std::runtime_error` when there is none.
+    Session& GetSession(const std::string& path);
+    Transfer& GetTransfer(const std::string& path);
+
+    void RemoveClient();
+    void AddClient();
+    void LeaveBus();
+    void Crash();
+    void ReturnToBus();
+
+  private:
+    const std::unique_ptr<Bus> bus_;
+    World world_;
+    Sessions sessions_;
+    Devices devices_;
+    std::unique_ptr<ClientObject> client_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "simulator/bus/timer.h"
+#include "simulator/objects/world.h"
+
+#include <obex-transfer1.h>
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+namespace simulator {
+
+/// What a pull downloads, and where to.
+struct Download {
+    std::string name;     ///< of the object on the phone
+    std::string type;     ///< its MIME type
+    std::string file;     ///< absolute path
+    std::string content;  ///< all of it
+};
+
+/// One download: writes its file piece by piece and says so.
+class Transfer {
+  public:
+    /// Opens the file and exports the object; throws `Refusal` when the file cannot be written.
+    Transfer(World& world, std::string path, const std::string& session, Download download);
+    ~Transfer();
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    /// The a{sv} with which a pull is answered.
+    [[nodiscard]] morvane::VariantPtr Properties() const;
+
+    // These throw `std::runtime_error` when the transfer is over; `Advance` also when it is
+    // suspended.
+    void Start();
+    void Advance(std::uint64_t bytes);
+    void Abort();
+    [[nodiscard]] std::uint64_t Remaining() const { return download_.content.size() - written_; }
+    [[nodiscard]] bool IsOver() const;
+
+  private:
+    enum class Status { kQueued, kActive, kSuspended, kComplete, kError };
+
+    morvane::VariantPtr Suspend();
+    morvane::VariantPtr Resume();
+    morvane::VariantPtr Cancel();
+
+    void OpenFile();
+    void Export(const std::string& session);
+    void SetStatus(Status status);
+    void RunByRate();
+    void AdvanceByRate();
+    void DemandRunning() const;
+    void Write(std::uint64_t bytes);
+    void Finish(Status status);
+
+    World& world_;
+    const std::string path_;
+    const Download download_;
+    morvane::GlibPtr<ObexTransfer1> skeleton_;
+    std::ofstream file_;
+    Status status_ = Status::kQueued;
+    std::uint64_t written_ = 0;
+    gint64 last_advance_ = 0;  // monotonic microseconds
+    Timer timer_;
+};
+
+}  // namespace simulator

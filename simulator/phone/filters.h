@@ -1,0 +1,38 @@
+#pragma once
+
+#include "simulator/phone/card.h"
+#include "simulator/phone/vcard_writer.h"
+
+#include <gio/gio.h>
+
+#include <cstdint>
+#include <string>
+
+namespace simulator {
+
+enum class Order { kIndexed, kAlphanumeric, kPhonetic };
+
+/// What a call asks for besides the phone book.
+struct Filters {
+    VcardFormat format = VcardFormat::kVcard21;
+    Order order = Order::kIndexed;
+    std::uint16_t max_count = 65535;
+    std::uint16_t offset = 0;
+    bool reset_new_missed_calls = false;
+    FieldSet fields;  ///< empty: all
+    FieldSet all;     ///< properties each of which a card must have
+    FieldSet any;     ///< properties one of which a card must have, unless empty
+};
+
+enum class FilteredCall { kPullAll, kPull, kList, kSize };
+
+/// Reads an a{sv}. Throws `Refusal` for a key that is unknown or not the call's, a wrong type or a
+/// wrong value.
+Filters ParseFilters(GVariant* dictionary, FilteredCall call);
+
+enum class SearchField { kName, kNumber, kSound };
+
+/// "name", "number" or "sound"; throws `Refusal` for anything else.
+SearchField ParseSearchField(const std::string& name);
+
+}  // namespace simulator

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "simulator/phone/filters.h"
+#include "simulator/phone/phone.h"
+
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// Whether the value is found in that field, whatever the case of its letters. Of numbers only
+/// digits count. An empty value is found everywhere.
+bool Matches(const Entry& entry, SearchField field, const std::string& value);
+
+using Selected = std::vector<const Entry*>;
+
+/// Whether the card has the properties that the filters name.
+bool IsSelected(const Entry& entry, const Filters& filters);
+
+/// The entries that the filters select, in the order asked for, the owner's card first; then
+/// without the first `offset`, and at most `max_count`.
+Selected SelectEntries(const Phonebook& book, const Filters& filters);
+/// The same among those that match a search.
+Selected SearchEntries(const Phonebook& book, const Filters& filters, SearchField field,
+                       const std::string& value);
+
+/// "1A.vcf"
+std::string HandleName(const Entry& entry);
+
+/// The entry with a handle ("1A.vcf", either case) or a unique id ("X-BT-UID:" and 32 digits).
+/// Throws `Refusal` when the name is malformed or there is none.
+const Entry& FindEntry(const Phonebook& book, const std::string& name);
+
+}  // namespace simulator

@@ -1,0 +1,279 @@
+#include "simulator/program/command_line.h"
+
+#include "interfaces/glib_ptr.h"
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <regex>
+#include <stdexcept>
+
+namespace simulator {
+namespace {
+
+using morvane::ErrorPtr;
+using morvane::Out;
+using morvane::TextArrayPtr;
+using morvane::TextPtr;
+
+struct ContextRelease {
+    void operator()(GOptionContext* context) const noexcept { g_option_context_free(context); }
+};
+using ContextPtr = std::unique_ptr<GOptionContext, ContextRelease>;
+
+constexpr char kSummary[] =
+    "Stands in for the Bluetooth stack's daemon, and for the phones behind it, on the system bus\n"
+    "(or the bus that DBUS_SYSTEM_BUS_ADDRESS names). Commands are read from standard input, one "
+    "a line;\n\"help\" lists them.";
+
+/// What GOption fills.
+struct Arguments {
+    gint64 phones;
+    gint64 contacts;
+    gint64 seed;
+    gint64 rate;
+    gint64 start_delay;
+    gint64 announce_delay;
+    gint64 state;
+    gboolean by_hand;
+    gboolean late_size;
+    gboolean silent;
+    gboolean version;
+    gboolean help;
+    TextPtr instance;
+    TextPtr directory;
+    TextPtr user_id;
+    TextPtr password;
+    TextArrayPtr commands;
+    std::string help_text;  // if asked for
+};
+
+// Aliases because versions of clang-format disagree about the space in "Arguments::*value".
+using NumberMember = gint64 Arguments::*;
+using FlagMember = gboolean Arguments::*;
+using TextMember = TextPtr Arguments::*;
+
+struct NumberOption {
+    const char* name;
+    NumberMember value;
+    gint64 smallest;
+    gint64 largest;
+    const char* unit;
+    const char* help;
+};
+
+constexpr gint64 kAnyNumber = std::numeric_limits<gint64>::max();
+constexpr gint64 kOneHour = 3600000;
+constexpr std::array<NumberOption, 7> kNumbers = {{
+    {"phones", &Arguments::phones, 0, 99, "N", "Phones in reach"},
+    {"contacts", &Arguments::contacts, 0, 9999, "N", "Contacts in each phone"},
+    {"seed", &Arguments::seed, 0, std::numeric_limits<std::uint32_t>::max(), "N",
+     "Equal seeds give equal contents"},
+    {"rate", &Arguments::rate, 0, kAnyNumber, "N", "Bytes a second of a transfer, 0 for no limit"},
+    {"start-delay", &Arguments::start_delay, 0, kOneHour, "MS", "A transfer's time in the queue"},
+    {"announce-delay", &Arguments::announce_delay, 0, kOneHour, "MS", "From a reply to its news"},
+    {"state", &Arguments::state, 0, 255, "N", "Connection state of new sessions"},
+}};
+
+struct FlagOption {
+    const char* name;
+    gchar letter;
+    FlagMember value;
+    const char* help;
+};
+
+constexpr std::array<FlagOption, 5> kFlags = {{
+    {"help", 'h', &Arguments::help, "Show the options"},
+    {"by-hand", 0, &Arguments::by_hand, "Transfers move only by command"},
+    {"late-size", 0, &Arguments::late_size, "A transfer's size is known only when it starts"},
+    {"silent", 0, &Arguments::silent, "Do not announce folder, counters and missed calls"},
+    {"version", 0, &Arguments::version, "Show the version"},
+}};
+
+struct TextOption {
+    const char* name;
+    TextMember value;
+    const char* what;
+    const char* help;
+};
+
+constexpr std::array<TextOption, 4> kTexts = {{
+    {"instance", &Arguments::instance, "NAME", "Own com.veltrisonix.NAME"},
+    {"directory", &Arguments::directory, "DIR", "Write pulled files here"},
+    {"user-id", &Arguments::user_id, "TEXT", "Demanded by the phone with the highest address"},
+    {"password", &Arguments::password, "TEXT", "Demanded by the phone with the highest address"},
+}};
+
+Arguments Defaults() {
+    const Options options;
+    Arguments arguments{};
+    arguments.phones = options.phones;
+    arguments.contacts = options.contacts;
+    arguments.seed = options.seed;
+    arguments.rate = static_cast<gint64>(options.rate);
+    arguments.start_delay = options.start_delay.count();
+    arguments.announce_delay = options.announce_delay.count();
+    arguments.state = options.connection_state;
+    arguments.user_id.reset(g_strdup(options.user_id.c_str()));
+    arguments.password.reset(g_strdup(options.password.c_str()));
+    return arguments;
+}
+
+/// The tables in GOption's form. What the options hold belongs to the arguments once this is gone.
+/// Texts are taken as file names are, untouched: the bus wants UTF-8 whatever the locale says.
+class OptionEntries {
+  public:
+    explicit OptionEntries(Arguments& to) : commands_(to.commands) {
+        for (const NumberOption& option : kNumbers) {
+            Add(option.name, 0, G_OPTION_ARG_INT64, &(to.*option.value), option.unit,
+                Help(option.help, std::to_string(to.*option.value)));
+        }
+        for (const FlagOption& option : kFlags) {
+            Add(option.name, option.letter, G_OPTION_ARG_NONE, &(to.*option.value), nullptr,
+                option.help);
+        }
+        for (const TextOption& option : kTexts) {
+            const TextPtr& preset = to.*option.value;
+            const std::string help = Help(option.help, preset ? preset.get() : "");
+            gchar** text = texts_.emplace_back(to.*option.value);
+            Add(option.name, 0, G_OPTION_ARG_FILENAME, static_cast<gpointer>(text), option.what,
+                help);
+        }
+        gchar*** commands = commands_;
+        Add("do", 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(commands), "COMMAND",
+            "Carry out a command at the start (may be repeated)");
+        entries_.push_back({});
+    }
+
+    [[nodiscard]] const GOptionEntry* data() const { return entries_.data(); }
+
+  private:
+    static std::string Help(const std::string& help, const std::string& preset) {
+        return preset.empty() ? help : help + " (" + preset + ")";
+    }
+    void Add(const char* name, gchar letter, GOptionArg kind, gpointer target, const char* what,
+             const std::string& help) {
+        helps_.push_back(help);
+        entries_.push_back({name, letter, 0, kind, target, helps_.back().c_str(), what});
+    }
+
+    std::deque<Out<gchar>> texts_;
+    Out<gchar*> commands_;
+    std::deque<std::string> helps_;
+    std::vector<GOptionEntry> entries_;
+};
+
+TextArrayPtr ToTextArray(const std::vector<std::string>& words) {
+    TextArrayPtr texts(g_new0(gchar*, words.size() + 1));
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        texts.get()[i] = g_strdup(words[i].c_str());
+    }
+    return texts;
+}
+
+// GLib's usage line contains an ellipsis character, which the C locale cannot print.
+std::string HelpText(GOptionContext* context) {
+    const TextPtr text(g_option_context_get_help(context, TRUE, nullptr));
+    return std::regex_replace(text.get(), std::regex("\u2026"), "...");
+}
+
+void Parse(const std::vector<std::string>& words, Arguments& to) {
+    const OptionEntries entries(to);
+    const ContextPtr context(g_option_context_new(nullptr));
+    g_option_context_set_help_enabled(context.get(), FALSE);  // GLib would print it itself
+    g_option_context_set_summary(context.get(), kSummary);
+    g_option_context_add_main_entries(context.get(), entries.data(), nullptr);
+    ErrorPtr error;
+    gchar** rest = ToTextArray(words).release();
+    const gboolean understood = g_option_context_parse_strv(context.get(), &rest, Out(error));
+    const TextArrayPtr owned_rest(rest);
+    if (understood == FALSE) {
+        throw std::runtime_error(error->message);
+    }
+    if (to.help != FALSE) {
+        to.help_text = HelpText(context.get());
+    }
+    if (rest[0] != nullptr && rest[1] != nullptr) {
+        throw std::runtime_error(std::string("Unexpected argument ") + rest[1]);
+    }
+}
+
+void CheckNumbers(const Arguments& arguments) {
+    for (const NumberOption& option : kNumbers) {
+        const gint64 value = arguments.*option.value;
+        if (value >= option.smallest && value <= option.largest) {
+            continue;
+        }
+        throw std::runtime_error("--" + std::string(option.name) + " takes a number from " +
+                                 std::to_string(option.smallest) + " to " +
+                                 std::to_string(option.largest));
+    }
+}
+
+void Assign(std::string& to, const TextPtr& from) {
+    if (from) {
+        to = from.get();
+    }
+}
+
+Options ToOptions(const Arguments& arguments) {
+    Options options;
+    options.phones = static_cast<unsigned>(arguments.phones);
+    options.contacts = static_cast<unsigned>(arguments.contacts);
+    options.seed = static_cast<std::uint32_t>(arguments.seed);
+    options.rate = static_cast<std::uint64_t>(arguments.rate);
+    options.start_delay = std::chrono::milliseconds(arguments.start_delay);
+    options.announce_delay = std::chrono::milliseconds(arguments.announce_delay);
+    options.connection_state = static_cast<std::uint8_t>(arguments.state);
+    if (arguments.by_hand != FALSE) {
+        options.pace = TransferPace::kByHand;
+    }
+    options.size_in_reply = arguments.late_size == FALSE;
+    options.announce = arguments.silent == FALSE;
+    Assign(options.instance, arguments.instance);
+    Assign(options.directory, arguments.directory);
+    Assign(options.user_id, arguments.user_id);
+    Assign(options.password, arguments.password);
+    return options;
+}
+
+/// All of it may go to the bus, which carries nothing else.
+void CheckEncoding(const std::vector<std::string>& words) {
+    for (const std::string& word : words) {
+        if (g_utf8_validate(word.c_str(), -1, nullptr) == FALSE) {
+            throw std::runtime_error("An argument is not in UTF-8");
+        }
+    }
+}
+
+void CheckDirectory(const std::string& directory) {
+    std::error_code ignored;
+    if (directory.empty() || std::filesystem::is_directory(directory, ignored)) {
+        return;
+    }
+    throw std::runtime_error("--directory: no such directory: " + directory);
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+    CheckEncoding(arguments);
+    Arguments parsed = Defaults();
+    Parse(arguments, parsed);
+    CheckNumbers(parsed);
+    CommandLine line;
+    line.help = parsed.help_text;
+    line.options = ToOptions(parsed);
+    line.show_version = parsed.version != FALSE;
+    CheckDirectory(line.options.directory);
+    for (gchar** command = parsed.commands.get(); command != nullptr && *command != nullptr;
+         ++command) {
+        line.commands.emplace_back(*command);
+    }
+    return line;
+}
+
+}  // namespace simulator

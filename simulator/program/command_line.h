@@ -1,0 +1,22 @@
+#pragma once
+
+#include "simulator/objects/options.h"
+
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// What the operator of the executable asked for.
+struct CommandLine {
+    Options options;
+    std::string help;  ///< to be printed instead of serving, unless empty
+    bool show_version = false;
+    std::vector<std::string> commands;  ///< to carry out at the start
+};
+
+/// Reads the arguments, the program's name first. Throws `std::runtime_error` with one line for
+/// what cannot be understood.
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace simulator
