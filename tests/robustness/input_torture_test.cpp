@@ -58,7 +58,7 @@ ConsoleOptions NonBlocking(ConsoleOptions options) {
 }
 
 // All bytes that a line can hold, none of which is a key, a number or the beginning of a handle in
-// its place.
+// its place().
 std::string EveryByte() {
     std::string bytes = {'\x01', '\xff', '\0'};
     for (int byte = 0; byte < 256; ++byte)
@@ -66,12 +66,12 @@ std::string EveryByte() {
     return bytes;
 }
 
-class InputTorture : public PlaceTest, public testing::WithParamInterface<Place> {
+class InputTorture : public EachPlaceTest {
   protected:
     void ReachPlace(const ConsoleOptions& options = {}) {
-        Reach(GetParam(), options);
+        Reach(place(), options);
         cpu_time_ = console().CpuTime();
-        calls_ = CountCalls(GetParam().call.method);
+        calls_ = CountCalls(place().call.method);
         if (kMemoryIsTheTools) memory_ = PeakMemory(console().ProcessId());
     }
 
@@ -93,20 +93,19 @@ class InputTorture : public PlaceTest, public testing::WithParamInterface<Place>
 
     // As the end of input is one.
     static bool AcceptsAnEmptyText() {
-        return GetParam().asks == Asks::kText && GetParam().id != PromptId::kHandle;
+        return place().asks == Asks::kText && place().id != PromptId::kHandle;
     }
 
     // What comes of a line after Ctrl-C, if the daemon refuses what is still called.
     std::string OutputAfterControlC() const {
-        const Place& place = GetParam();
-        if (place.leaves_loss_to_its_call)
-            return Red(place.call.failure + "GDBus.Error:com.veltrisonix.Error.Failed: no\n");
-        return place.HasTransfer() ? place.lost + place.end_of_input : place.lost;
+        if (place().leaves_loss_to_its_call)
+            return Red(place().call.failure + "GDBus.Error:com.veltrisonix.Error.Failed: no\n");
+        return place().HasTransfer() ? place().lost + place().end_of_input : place().lost;
     }
 
     // The call that an answer makes has been made so often.
     void ExpectCalls(std::size_t count) {
-        EXPECT_EQ(CountCalls(GetParam().call.method), calls_ + count);
+        EXPECT_EQ(CountCalls(place().call.method), calls_ + count);
     }
 
   private:
@@ -117,31 +116,30 @@ class InputTorture : public PlaceTest, public testing::WithParamInterface<Place>
 
 TEST_P(InputTorture, EndOfInput) {
     ReachPlace();
-    EndTransfer(GetParam());
+    EndTransfer(place());
     console().CloseInput();
-    ExpectOutput(GetParam().end_of_input);
+    ExpectOutput(place().end_of_input);
     ExpectEnd();
     ExpectCalls(AcceptsAnEmptyText() ? 1 : 0);
 }
 
 TEST_P(InputTorture, EndOfInputThroughAPipe) {
     ReachPlace(Pipes());
-    EndTransfer(GetParam());
+    EndTransfer(place());
     console().CloseInput();
-    ExpectOutput(GetParam().end_of_input);
+    ExpectOutput(place().end_of_input);
     ExpectEnd();
 }
 
 // Keys and numbers need their end of line, a text does not.
 TEST_P(InputTorture, AnswerWithoutItsEnd) {
-    const Place& place = GetParam();
     ReachPlace(Pipes());
-    EndTransfer(place);
-    console().TypeBytes(place.asks == Asks::kKey ? place.call.line : place.answer);
+    EndTransfer(place());
+    console().TypeBytes(place().asks == Asks::kKey ? place().call.line : place().answer);
     console().CloseInput();
-    ExpectOutput(place.unterminated);
+    ExpectOutput(place().unterminated);
     ExpectEnd();
-    ExpectCalls(place.asks == Asks::kText ? 1 : 0);
+    ExpectCalls(place().asks == Asks::kText ? 1 : 0);
 }
 
 TEST_P(InputTorture, HangUp) {
@@ -161,7 +159,7 @@ TEST_P(InputTorture, HangUpUnderNohup) {
 TEST_P(InputTorture, ClosedOutput) {
     ReachPlace(Pipes());
     console().CloseOutput();
-    Type(GetParam().answer);
+    Type(place().answer);
     Type("");
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
@@ -169,27 +167,26 @@ TEST_P(InputTorture, ClosedOutput) {
 
 TEST_P(InputTorture, ControlC) {
     ReachPlace();
-    EndTransfer(GetParam());
+    EndTransfer(place());
     PressControlC();
     EXPECT_FALSE(console().HasEnded());
-    if (!GetParam().call.method.empty())
-        daemon().Refuse(GetParam().call.method, "com.veltrisonix.Error.Failed", "no", 1);
-    Type(GetParam().answer);
+    if (!place().call.method.empty())
+        daemon().Refuse(place().call.method, "com.veltrisonix.Error.Failed", "no", 1);
+    Type(place().answer);
     ExpectOutput(OutputAfterControlC());
     ExpectEnd();
 }
 
 // A blank line is an answer to the question for a text only.
 TEST_P(InputTorture, BlankLineAfterControlC) {
-    const Place& place = GetParam();
     ReachPlace();
     PressControlC();
     Type("");
-    if (place.asks != Asks::kText) {
-        Expect(Prompt(place.id));
-        if (place.asks == Asks::kNumber) {
+    if (place().asks != Asks::kText) {
+        Expect(Prompt(place().id));
+        if (place().asks == Asks::kNumber) {
             Type("z");
-            ExpectOutput(place.nonsense);
+            ExpectOutput(place().nonsense);
         }
         EXPECT_FALSE(console().HasEnded());
         Type("0");
@@ -209,9 +206,9 @@ TEST_P(InputTorture, ControlCTwice) {
 TEST_P(InputTorture, LineTypedWhileStopped) {
     ReachPlace();
     console().Signal(SIGSTOP);
-    Type(GetParam().answer);
+    Type(place().answer);
     console().Signal(SIGCONT);
-    ExpectOutput(GetParam().output);
+    ExpectOutput(place().output);
     ExpectLittleWork();
 }
 
@@ -220,15 +217,15 @@ TEST_P(InputTorture, LineOfFourMegabytes) {
     constexpr std::size_t kLength = 15 << 18;
     ReachPlace(ThriftyPipes());
     Type(std::string(kLength, 'z'));
-    ExpectOutput(GetParam().nonsense);
+    ExpectOutput(place().nonsense);
     ExpectMemory(kLength * 3 / 2);
     ExpectLittleWork();
 }
 
 TEST_P(InputTorture, NonBlockingTerminal) {
     ReachPlace(NonBlocking({}));
-    Type(GetParam().answer);
-    ExpectOutput(GetParam().output);
+    Type(place().answer);
+    ExpectOutput(place().output);
     ExpectLittleWork();
 }
 
@@ -236,7 +233,7 @@ TEST_P(InputTorture, NonBlockingTerminal) {
 TEST_P(InputTorture, NonBlockingPipe) {
     ReachPlace(NonBlocking(Pipes()));
     Type(std::string(kMegabyte, 'z'));
-    ExpectOutput(GetParam().nonsense);
+    ExpectOutput(place().nonsense);
     ExpectLittleWork();
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
@@ -245,7 +242,7 @@ TEST_P(InputTorture, NonBlockingPipe) {
 TEST_P(InputTorture, LineOfEveryByte) {
     ReachPlace(Pipes());
     Type(EveryByte());
-    ExpectOutput(GetParam().nonsense);
+    ExpectOutput(place().nonsense);
     ExpectLittleWork();
 }
 
@@ -257,24 +254,18 @@ TEST_P(InputTorture, LineWithoutEnd) {
 }
 
 TEST_P(InputTorture, TypedAhead) {
-    StartPlaceDaemon(GetParam());
+    StartPlaceDaemon(place());
     Start(Pipes());
-    std::string lines = InSession(GetParam().id) ? "c\n0\n" : "";
-    if (NeedsSelection(GetParam().id)) lines += "s\n0\n0\n";
-    for (const Answer& answer : GetParam().opening) lines += answer.line + "\n";
-    console().TypeBytes(lines + GetParam().answer + "\n");
-    Await(Prompt(GetParam().id) + GetParam().output);
+    std::string lines = InSession(place().id) ? "c\n0\n" : "";
+    if (NeedsSelection(place().id)) lines += "s\n0\n0\n";
+    for (const Answer& answer : place().opening) lines += answer.line + "\n";
+    console().TypeBytes(lines + place().answer + "\n");
+    Await(Prompt(place().id) + place().output);
 }
 
-INSTANTIATE_TEST_SUITE_P(, InputTorture, testing::ValuesIn(Places()),
-                         [](const auto& place) { return place.param.name; });
-
-std::vector<Place> PlacesThatAskAgain() {
-    std::vector<Place> places;
-    for (const Place& place : Places())
-        if (place.asks != Asks::kText) places.push_back(place);
-    return places;
-}
+INSTANTIATE_TEST_SUITE_P(, InputTorture,
+                         testing::ValuesIn(PlacesThat([](const Place&) { return true; })),
+                         NameOfPlace);
 
 class FloodOfLines : public InputTorture {};
 
@@ -285,7 +276,7 @@ TEST_P(FloodOfLines, IsTakenLineByLine) {
     std::string lines;
     for (std::size_t i = 0; i < kLines; ++i) lines += "z\n";
     console().TypeBytes(lines);
-    for (int i = 0; i < 5; ++i) ExpectOutput(GetParam().nonsense);
+    for (int i = 0; i < 5; ++i) ExpectOutput(place().nonsense);
     ExpectMemory(kMegabyte / 2);
     // Not awaited: a menu ends with its next line, and the process possibly before the bus library
     // has written what shows the end of the main loop.
@@ -294,8 +285,10 @@ TEST_P(FloodOfLines, IsTakenLineByLine) {
     ExpectEnd(Console::Rest::kIgnored);
 }
 
-INSTANTIATE_TEST_SUITE_P(, FloodOfLines, testing::ValuesIn(PlacesThatAskAgain()),
-                         [](const auto& place) { return place.param.name; });
+INSTANTIATE_TEST_SUITE_P(, FloodOfLines, testing::ValuesIn(PlacesThat([](const Place& row) {
+                             return row.asks != Asks::kText;
+                         })),
+                         NameOfPlace);
 
 }  // namespace
 }  // namespace morvane_test

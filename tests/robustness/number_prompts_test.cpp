@@ -22,17 +22,15 @@ std::vector<std::string> OutOfRange(const PromptRow& row) {
     return answers;
 }
 
-class RefusingPrompt : public PlaceTest, public testing::WithParamInterface<Place> {
+class RefusingPrompt : public EachPlaceTest {
   protected:
-    std::string Error() const {
-        return Red(GetParam().error + "\n") + Prompt(MenuAbove(GetParam().id));
-    }
+    std::string Error() const { return Red(place().error + "\n") + Prompt(MenuAbove(place().id)); }
 
     // From the menu above, with each question on the way.
     void OpenAgain(Here here = Here::Now()) {
-        const std::vector<Answer>& way = GetParam().opening;
+        const std::vector<Answer>& way = place().opening;
         auto step = std::find_if(way.begin(), way.end(), [](const Answer& answer) {
-            return answer.at == MenuAbove(GetParam().id);
+            return answer.at == MenuAbove(place().id);
         });
         for (; step != way.end(); ++step) {
             Type(step->line, here);
@@ -44,8 +42,8 @@ class RefusingPrompt : public PlaceTest, public testing::WithParamInterface<Plac
 class NumberPrompt : public RefusingPrompt {};
 
 TEST_P(NumberPrompt, RefusesOtherNumbers) {
-    Reach(GetParam());
-    std::vector<std::string> answers = OutOfRange(GetParam());
+    Reach(place());
+    std::vector<std::string> answers = OutOfRange(place());
     // "x" leaves the prompt, and so does the number that stands for it.
     for (const char* const answer : {"x", "x0", "xyz", "4294967295", "-1"})
         answers.emplace_back(answer);
@@ -55,45 +53,37 @@ TEST_P(NumberPrompt, RefusesOtherNumbers) {
         Expect(Error());
         OpenAgain();
     }
-    EXPECT_EQ(CountCalls(GetParam().call.method), 0U);
+    EXPECT_EQ(CountCalls(place().call.method), 0U);
 }
 
 TEST_P(NumberPrompt, AsksAgainForWhatIsNoNumber) {
-    Reach(GetParam());
+    Reach(place());
     for (const std::string answer : {"one", " x", "X", "4294967296", "-", "  ", "\t", ".5"}) {
         SCOPED_TRACE(answer);
         Type(answer);
-        ExpectOutput(GetParam().nonsense);
+        ExpectOutput(place().nonsense);
     }
     Type("");
-    Expect(Prompt(GetParam().id));
-    ExpectQuiet(GetParam().segment);
-    Type(" +" + GetParam().answer + " and more");
-    ExpectOutput(GetParam().output);
+    Expect(Prompt(place().id));
+    ExpectQuiet(place().segment);
+    Type(" +" + place().answer + " and more");
+    ExpectOutput(place().output);
 }
 
 TEST_P(RefusingPrompt, LooksForTheSessionBeforeItRefuses) {
-    const Place& place = GetParam();
-    Reach(place);
-    InSession(place.id) ? LoseConnection(place.segment) : RemoveClient(place.segment);
-    Type(place.asks == Asks::kNumber ? "x" : "1G");
-    Expect(place.lost + Prompt());
-}
-
-std::vector<Place> PlacesThat(bool (*condition)(const Place&)) {
-    std::vector<Place> places;
-    std::copy_if(Places().begin(), Places().end(), std::back_inserter(places), condition);
-    return places;
+    Reach(place());
+    InSession(place().id) ? LoseConnection(place().segment) : RemoveClient(place().segment);
+    Type(place().asks == Asks::kNumber ? "x" : "1G");
+    Expect(place().lost + Prompt());
 }
 
 const auto kNumbers = [](const Place& place) { return place.asks == Asks::kNumber; };
 const auto kRefusing = [](const Place& place) {
     return place.asks == Asks::kNumber || place.id == PromptId::kHandle;
 };
-const auto kName = [](const auto& row) { return row.param.name; };
 
-INSTANTIATE_TEST_SUITE_P(, NumberPrompt, testing::ValuesIn(PlacesThat(kNumbers)), kName);
-INSTANTIATE_TEST_SUITE_P(, RefusingPrompt, testing::ValuesIn(PlacesThat(kRefusing)), kName);
+INSTANTIATE_TEST_SUITE_P(, NumberPrompt, testing::ValuesIn(PlacesThat(kNumbers)), NameOfPlace);
+INSTANTIATE_TEST_SUITE_P(, RefusingPrompt, testing::ValuesIn(PlacesThat(kRefusing)), NameOfPlace);
 
 }  // namespace
 }  // namespace morvane_test

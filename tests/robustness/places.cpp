@@ -192,4 +192,19 @@ void PlaceTest::ExpectInAnyOrder(const std::vector<std::string>& messages, Here 
         FailTest(here, "other output came between: " + console().Consumed().substr(before));
 }
 
+std::vector<const Place*> PlacesThat(bool (*condition)(const Place&)) {
+    std::vector<const Place*> places;
+    for (const Place& place : Places())
+        if (condition(place)) places.push_back(&place);
+    return places;
+}
+
+std::string NameOfPlace(const testing::TestParamInfo<const Place*>& place) {
+    return place.param->name;
+}
+
+void PrintTo(const Place* place, std::ostream* stream) {
+    *stream << place->name;
+}
+
 }  // namespace morvane_test

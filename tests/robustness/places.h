@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -75,5 +76,17 @@ class PlaceTest : public ConversationTest {
     /// Exactly these messages come next, in any order.
     void ExpectInAnyOrder(const std::vector<std::string>& messages, Here here = Here::Now());
 };
+
+/// A conversation at the place that is the test's parameter. A pointer, because each process, which
+/// runs one test, makes several copies of every parameter of all tests.
+class EachPlaceTest : public PlaceTest, public testing::WithParamInterface<const Place*> {
+  protected:
+    static const Place& place() { return *GetParam(); }
+};
+
+/// Parameters for `EachPlaceTest`, and the names of its tests.
+std::vector<const Place*> PlacesThat(bool (*condition)(const Place&));
+std::string NameOfPlace(const testing::TestParamInfo<const Place*>& place);
+void PrintTo(const Place* place, std::ostream* stream);
 
 }  // namespace morvane_test
