@@ -26,7 +26,7 @@ ScriptTree::ScriptTree() {
                                    "scripts/fault-matrix", "scripts/quietly.sh", "scripts/test"})
         std::filesystem::create_symlink(SourcePath(name), File(name));
     for (const char* const name : {"bin/cmake", "scripts/install-dependencies",
-                                   "scripts/check-format", "scripts/lint", "scripts/picture"})
+                                   "scripts/check-format", "scripts/picture"})
         Write(name, "");
     Write("bin/ctest", kCtest);
     Write("build/demo/morvane", "exec " + Launcher() + " '" + ToolPath() + "' \"$@\"\n");
