@@ -12,7 +12,7 @@ bool Refuse() {
     return false;
 }
 
-// Whatever follows "-bus" but a colon is taken as the bare switch: scripts in the field rely on it.
+// "-bus" followed by anything but a colon is the bare switch: scripts in the field rely on it.
 bool ParseBusSwitch(const char* argument, std::string& instance) {
     if (std::strncmp(argument + 2, "us", 2) != 0) {
         return Refuse();

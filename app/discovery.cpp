@@ -24,9 +24,9 @@ ObjectKind KindOf(const std::string& path) {
 
 using ManagerPtr = GlibPtr<GDBusObjectManager>;
 
-// Null after telling why. A daemon that is not there yet is no failure: the manager waits for it.
+// Null after printing the error. An absent daemon is no error: the manager waits for it.
 ManagerPtr ConnectManager(const std::string& bus_name) {
-    // GLib would refuse such a name with an assertion of its own and no error.
+    // GLib rejects an invalid name by a failed assertion and sets no error.
     if (g_dbus_is_name(bus_name.c_str()) == FALSE) {
         PROXY_Print(kRed, "Error getting object manager client\n");
         return nullptr;
@@ -41,8 +41,7 @@ ManagerPtr ConnectManager(const std::string& bus_name) {
     return manager;
 }
 
-// The handlers run between C frames, which no exception may cross: one that leaves
-// ObjectAdded() or ObjectRemoved() ends the process here.
+// Exceptions must not propagate through GLib's C frames: noexcept terminates the process instead.
 void OnObjectAdded(GDBusObjectManager* /*manager*/, GDBusObject* object,
                    gpointer /*data*/) noexcept {
     obexProxy.ObjectAdded(g_dbus_object_get_object_path(object));
@@ -65,8 +64,8 @@ void ReportPresentObjects(ObexProxy& proxy, GDBusObjectManager* manager) {
     }
 }
 
-// A quit that came before the loop ran is lost on the loop; this look at the flag, from inside the
-// loop and ahead of everything else, finds it.
+// g_main_loop_quit() has no effect before the loop runs. This callback, the first in the loop,
+// repeats a quit that came too early.
 gboolean QuitIfStopped(gpointer /*data*/) {
     if (!obexProxy.IsRunning()) {
         obexProxy.StopThreads();
@@ -74,7 +73,7 @@ gboolean QuitIfStopped(gpointer /*data*/) {
     return G_SOURCE_REMOVE;
 }
 
-/// The handler of SIGINT, which has removed itself if it has run.
+/// The GLib source of SIGINT; it removes itself when its handler runs.
 class InterruptSource {
   public:
     explicit InterruptSource(GMainLoop* loop)
@@ -108,7 +107,7 @@ void ObexProxy::GDBusRun() {
     g_main_loop_run(loop);
 }
 
-// The loop lives as long as this object: StopThreads() may come at any time.
+// Destroyed with this object, because StopThreads() may be called at any time.
 GMainLoop* ObexProxy::CreateMainLoop() {
     const Hold hold(contents_mutex_);
     main_loop_.reset(g_main_loop_new(nullptr, FALSE));

@@ -14,8 +14,8 @@
 
 namespace {
 
-// The bus library's own descriptors would take the places of those with which we were not started,
-// and be read and written as the terminal. Closed input is at its end.
+// GLib would reuse closed descriptors 0-2 for its own files, which would then be read and written
+// as the terminal. /dev/null reads as the end of the input.
 void OpenClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) < 0) {
@@ -39,7 +39,7 @@ int Run(int argc, char** argv) {
         return -1;
     }
     obexProxy.DBusInstance(instance);
-    // Joined on the way out only: an exception with both threads running ends the process.
+    // Not joined if an exception propagates: std::terminate() is wanted while both threads run.
     std::thread menu_thread(RunMenuThread, &obexProxy);
     obexProxy.AwaitMenuThread(start_lock);
     obexProxy.GDBusRun();

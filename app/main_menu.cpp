@@ -8,7 +8,7 @@ namespace {
 using MainAction = void (*)(ObexProxy& proxy, MenuLock& lock);
 using MainRow = MenuRow<MainAction>;
 
-// StopThreads() is called by whoever leaves the menu.
+// RunMenu() calls StopThreads() when it leaves the menu.
 void Quit(ObexProxy& /*proxy*/, MenuLock& /*lock*/) {}
 
 constexpr MainRow kRows[] = {
@@ -41,7 +41,7 @@ void PrintBanner(const std::string& title) {
     PROXY_Print(kGreen, "\n");
 }
 
-// Without a client object there is nothing to do but quit.
+// Without a client object only the keys that quit are accepted.
 bool NeedsClient(char key) {
     const MainRow* const row = FindRow(kMenu, key);
     return row == nullptr || row->after_key != AfterKey::kLeave;
@@ -118,7 +118,7 @@ void ObexProxy::RunSession(MenuLock& lock) {
     }
 }
 
-// The client may have gone while its session's menus ran.
+// The client may have been removed while its session's menus ran.
 void ObexProxy::RemoveSession() {
     if (ClientProxyContext* const client = Client()) {
         client->RemoveSession();

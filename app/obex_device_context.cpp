@@ -32,7 +32,7 @@ void ObexDeviceContext::Display(bool select, int index) const {
 
 std::string ObexDeviceContext::GetAddress() const {
     const TextPtr address(device1_dup_address(proxy_.get()));
-    return address.get();  // the string's constructor refuses null
+    return address.get();  // the constructor throws std::logic_error on null
 }
 
 }  // namespace morvane

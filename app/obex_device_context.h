@@ -21,8 +21,7 @@ class ObexDeviceContext {
     /// Prints the device's line, with `select` numbered by `index`.
     void Display(bool select, int index) const;
 
-    /// A device always has an address. Throws std::logic_error, which no menu catches, if the
-    /// daemon has given none.
+    /// Throws std::logic_error, which no menu catches, if the daemon has announced no address.
     [[nodiscard]] std::string GetAddress() const;
 
     [[nodiscard]] std::string GetPathName() const { return path_; }

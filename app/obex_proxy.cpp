@@ -37,12 +37,12 @@ void ObexProxy::AwaitMenuThread(std::unique_lock<std::mutex>& start_lock) {
 void ObexProxy::MenuThread() {
     running_ = true;
     {
-        // Taken only here, where the main thread is sure to wait or to look: no wake-up is lost.
+        // Locked, so that the main thread cannot miss the wake-up between its check and its wait.
         const Hold hold(start_mutex_);
         started_ = true;
     }
     start_condition_.notify_all();
-    usleep(500000);  // what is already on the bus is reported before the banner
+    usleep(500000);  // report the objects that are already on the bus before the banner
     RunMenu();
 }
 

@@ -19,10 +19,10 @@
 namespace morvane {
 
 /// The application: starts and stops its two threads, follows the daemon's objects and runs the
-/// main menu. There is one, `obexProxy`; it outlives main() and everything that it holds.
+/// main menu. There is one, `obexProxy`; it is destroyed after main() returns.
 ///
 /// The main thread runs GDBusRun() and what that calls. The menu thread runs MenuThread() and all
-/// menus. Which mutex guards what stands beside the members.
+/// menus. Each member is annotated with the mutex that guards it.
 class ObexProxy {
   public:
     explicit ObexProxy(std::string title);
@@ -39,7 +39,7 @@ class ObexProxy {
     /// The path that a prompt shows: the title and one segment of its own.
     [[nodiscard]] std::string PromptPath(const char* segment) const { return title_ + segment; }
 
-    /// Main thread: the hold on the start mutex that lasts until main() returns.
+    /// Main thread: locks the start mutex until main() returns.
     [[nodiscard]] std::unique_lock<std::mutex> LockStart();
     /// Main thread: waits until the menu thread has set the running flag, even if the flag has
     /// been cleared again since.
@@ -57,8 +57,8 @@ class ObexProxy {
     void ObjectAdded(const std::string& path);
     void ObjectRemoved(const std::string& path);
 
-    // Registry (registry.cpp). Additions never wait for the menu thread; removals, and with them
-    // the main loop, wait until it asks the operator something.
+    // Registry (registry.cpp). Additions never wait for the menu thread; a removal blocks the main
+    // loop until that thread next asks the operator.
 
     /// Main thread. Replaces a client that is there; may throw ProxyException.
     void AllocClient(const std::string& path);
@@ -67,11 +67,11 @@ class ObexProxy {
     void AllocDevice(const std::string& path);
     /// Removes every device with this path.
     void FreeDevice(const std::string& path);
-    /// For objects of other kinds: of no interest yet.
+    /// For objects of other kinds, which are ignored.
     void ClientAddObject(const std::string& /*path*/) {}
     void ClientRemoveObject(const std::string& /*path*/) {}
 
-    // The rest is the menu thread's, with the registry mutex held.
+    // The rest is called on the menu thread with the registry mutex locked.
 
     /// The daemon's client object, or null.
     [[nodiscard]] ClientProxyContext* Client() const MORVANE_EXCLUDES(contents_mutex_);
@@ -79,12 +79,12 @@ class ObexProxy {
     [[nodiscard]] bool IsClientValid() const;
     /// Valid, and with a connected session.
     [[nodiscard]] bool IsValid() const;
-    /// Whether `phonebook` is the context of the present session. Does not look into it, so that a
-    /// context can ask whether it is still alive.
+    /// Whether `phonebook` is the context of the current session. Does not dereference it, so that
+    /// a context can ask whether it still exists.
     [[nodiscard]] bool IsCurrent(const PhonebookContext* phonebook) const;
 
-    /// Calls `ask` with the registry mutex released and holds it again on return: what was valid
-    /// before may be gone then.
+    /// Calls `ask` with the registry mutex unlocked and locks it again on return. Objects that were
+    /// valid before the call may have been destroyed.
     template <typename Ask>
     auto AskUnlocked(MenuLock& lock, Ask ask) {
         const Unlocked unlocked(*this, lock);
@@ -141,17 +141,17 @@ class ObexProxy {
     std::atomic<bool> running_{false};
     static_assert(decltype(running_)::is_always_lock_free);
 
-    // Whoever holds it may look into the contexts, and only then are they destroyed. Removals are
-    // checked; the menus hold it as a MenuLock, which the analysis does not follow.
+    // Contexts are used and destroyed only with this mutex locked. Clang checks this for removals;
+    // the menus lock it by a MenuLock, which the analysis does not track.
     Mutex registry_mutex_ MORVANE_ACQUIRED_BEFORE(contents_mutex_);
     RemovalTurns removal_turns_;
 
-    // Innermost: never held over a bus call, an output or an input.
+    // Innermost: not locked during a bus call, output or input.
     mutable Mutex contents_mutex_;
     GlibPtr<GMainLoop> main_loop_ MORVANE_GUARDED_BY(contents_mutex_);
     std::unique_ptr<ClientProxyContext> client_ MORVANE_GUARDED_BY(contents_mutex_);
     std::vector<std::unique_ptr<ObexDeviceContext>> devices_ MORVANE_GUARDED_BY(contents_mutex_);
-    // The menu thread may still be inside these.
+    // The menu thread may still be running their functions.
     std::vector<std::unique_ptr<ClientProxyContext>> replaced_clients_
         MORVANE_GUARDED_BY(contents_mutex_);
 };

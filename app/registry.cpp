@@ -15,15 +15,16 @@ void ObexProxy::AllocClient(const std::string& path) {
             replaced_clients_.push_back(std::move(client));
         }
     }
-    // A client announced twice without going in between: an addition does not wait, so if the menu
-    // thread is inside a client, that thread destroys the replaced one before its next input.
+    // A client re-added without a removal. An addition must not wait: if the menu thread has the
+    // registry mutex locked, that thread destroys the replaced client before its next input.
     if (registry_mutex_.try_lock()) {
         const Hold hold(registry_mutex_, std::adopt_lock);
         DestroyReplacedClients();
     }
 }
 
-// What goes is declared before the hold and so destroyed after it: it prints.
+// `replaced` is declared before the lock so that it is destroyed after unlocking: destructors
+// print.
 void ObexProxy::DestroyReplacedClients() {
     std::vector<std::unique_ptr<ClientProxyContext>> replaced;
     const Hold hold(contents_mutex_);

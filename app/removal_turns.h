@@ -7,12 +7,12 @@
 
 namespace morvane {
 
-/// Gives removals their turn at the registry mutex. The menu thread lets go of that mutex only
-/// while it asks the operator; with lines typed ahead that is too short for a waiting thread to
-/// wake up, and a removal could wait for ever.
+/// Prevents starvation of removals waiting for the registry mutex. The menu thread unlocks that
+/// mutex only while it asks the operator; with lines typed ahead that is too short for a waiting
+/// thread to wake up.
 class RemovalTurns {
   public:
-    /// One removal on the main thread: holds the registry mutex while it lives.
+    /// One removal on the main thread: keeps the registry mutex locked for its lifetime.
     class MORVANE_SCOPED_HOLD Removal {
       public:
         Removal(RemovalTurns& turns, Mutex& registry_mutex) MORVANE_ACQUIRES(registry_mutex);
@@ -25,8 +25,8 @@ class RemovalTurns {
         Mutex& registry_mutex_;
     };
 
-    /// Waits for the removals that wait for the registry mutex at this moment, but for no later
-    /// ones. The caller does not hold that mutex.
+    /// Returns when all removals that now wait for the registry mutex have finished; does not wait
+    /// for later ones. The caller must not have that mutex locked.
     void LetPass() MORVANE_EXCLUDES(mutex_);
 
   private:

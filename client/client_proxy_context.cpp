@@ -21,7 +21,7 @@ VariantPtr SessionArguments() {
     return arguments.End();
 }
 
-// Tells the operator if the daemon has refused `operation`.
+// Prints the error if the daemon has refused `operation`.
 bool Accepted(const char* operation, const ErrorPtr& error) {
     if (error) {
         PROXY_Print(kRed, "%s failed %s\n", operation, error->message);
@@ -44,7 +44,7 @@ ClientProxyContext::ClientProxyContext(const std::string& path) : path_(path) {
     BuildProxy();
 }
 
-// No call can be made any more when the session's context goes and prints.
+// The proxy first: the destructor of the session's context prints.
 ClientProxyContext::~ClientProxyContext() {
     proxy_.reset();
     phonebook_.reset();
@@ -93,7 +93,7 @@ void ClientProxyContext::SetPassword(MenuLock&& lock) {
                   lock);
 }
 
-// Static: while the operator types, one client object may go and another come.
+// Static: the client object may be replaced while the operator types.
 void ClientProxyContext::SetCredential(const Credential& credential, MenuLock& lock) {
     const std::string text = BusText(obexProxy.AskText(
         lock, obexProxy.PromptPath(credential.prompt_segment), credential.title, credential.limit));

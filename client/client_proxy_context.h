@@ -13,10 +13,10 @@ namespace morvane {
 
 /// The daemon's OBEX client object: opens and removes the session, sets user id and password.
 ///
-/// Made on the main thread; everything else runs on the menu thread with the registry mutex held.
-/// An operation that takes the lock and asks the operator releases it meanwhile, and this object
-/// may be destroyed then: afterwards it touches its members only if the application's session, or
-/// client, is still valid.
+/// Constructed on the main thread; everything else runs on the menu thread with the registry mutex
+/// locked. An operation with a MenuLock parameter unlocks it while it asks the operator. This
+/// object may be destroyed meanwhile: afterwards the operation accesses members only if the
+/// application's session, or client, is still valid.
 class ClientProxyContext {
   public:
     /// Throws ProxyException.
@@ -28,20 +28,21 @@ class ClientProxyContext {
     void BuildProxy();
 
     /// Opens a phone book session to the device with the address `destination`. False after
-    /// printing the daemon's refusal; throws ProxyException if the session cannot be reached.
-    /// Keeps the lock.
+    /// printing the daemon's error; throws ProxyException if the session's proxy cannot be created.
+    /// Does not unlock `lock`.
     [[nodiscard]] bool CreateSession(const std::string& destination, MenuLock&& lock);
 
-    /// Removes the session. False after printing the daemon's refusal, which leaves the session's
-    /// context in place. The path is kept: removing twice asks the daemon twice.
+    /// Removes the session. False after printing the daemon's error; the session's context is kept
+    /// then. The path is always kept: removing twice calls the daemon twice.
     bool RemoveSession();
 
-    /// Ask the operator and send the answer to the client object that is there by then, which may
-    /// be another. Print the daemon's refusal; throw InvalidObjectException if there is no client.
+    /// Ask the operator and send the answer to the client object that exists afterwards, which may
+    /// be another one. Print the daemon's error; throw InvalidObjectException if there is no
+    /// client.
     void SetUserId(MenuLock&& lock);
     void SetPassword(MenuLock&& lock);
 
-    /// Throws ProxyException; then the present context stays.
+    /// Throws ProxyException; the current context is kept then.
     void AllocPhonebook(const std::string& session_path);
 
     /// A session is open and connected.
@@ -51,7 +52,7 @@ class ClientProxyContext {
     [[nodiscard]] PhonebookContext* Phonebook() const { return phonebook_.get(); }
 
     void DisplayPhonebookMenu() const;
-    /// Runs the session's menu. Throws InvalidObjectException when client or session have gone.
+    /// Runs the session's menu. Throws InvalidObjectException when client or session are removed.
     void RunProfileMenu(MenuLock&& lock, const std::string& name);
 
   private:

@@ -81,7 +81,7 @@ void ClientProxyContext::RunProfileMenu(MenuLock&& lock, const std::string& /*na
         RequireClientAndSession();
         const char key = obexProxy.AskKey(lock, prompt_path);
         RequireClientAndSession();
-        // A valid session is one of this client: only this thread opens any.
+        // A valid session belongs to this client: only this thread opens sessions.
         next = ActOnKeyReporting(key, *this, lock);
     }
 }

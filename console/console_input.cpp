@@ -17,8 +17,8 @@ namespace {
 
 using ShowPrompt = void (*)(const char* text, int show);
 
-// Whoever shares the terminal may have made it non-blocking: nothing to read yet is no end of
-// input. Returns when there is something, or false if the input has ended.
+// Another process may have set the shared terminal to O_NONBLOCK: EAGAIN is not the end of input.
+// Returns true when there is input, false if it has ended.
 bool AwaitMoreInput() {
     if (std::ferror(stdin) == 0 || errno != EAGAIN) {
         return false;
@@ -29,7 +29,7 @@ bool AwaitMoreInput() {
     return true;
 }
 
-// Up to the line's end or that of the input. A line may be long: nothing copies it.
+// Discards input up to the end of the line or of the input, without buffering it.
 std::string ReadTypedLine() {
     std::string line;
     while (!PROXY_InputEnded()) {

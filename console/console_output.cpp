@@ -26,7 +26,7 @@ struct ConsoleState {
     bool prompt_showing MORVANE_GUARDED_BY(lock) = false;
 };
 
-// Contexts that die after main() still print.
+// Never destroyed: destructors that run after main() print.
 static_assert(std::is_trivially_destructible_v<ConsoleState>);
 ConsoleState console;
 
@@ -56,7 +56,7 @@ class Message {
     }
 
   private:
-    // The terminal may have been made non-blocking by whoever shares it with us.
+    // Another process may have set the shared terminal to O_NONBLOCK.
     static void AwaitRoom() {
         pollfd output = {STDOUT_FILENO, POLLOUT, 0};
         poll(&output, 1, -1);
@@ -95,8 +95,8 @@ __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const cha
     return length;
 }
 
-// Drawing and marking as showing are one hold of the lock: a message of the other thread between
-// the two would leave the prompt above itself.
+// Display the prompt and set the flag under one lock: a message of the other thread in between
+// would not display the prompt again.
 void SetPrompt(const char* text, int show, const char* marker) MORVANE_EXCLUDES(console.lock) {
     const Hold hold(console.lock);
     std::strncpy(console.saved_prompt, text, kPromptRoom - 1);

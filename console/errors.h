@@ -5,8 +5,8 @@
 
 namespace morvane {
 
-// What may go wrong in a menu's action. None derives from another: each menu names the types that
-// it reports, and whatever it does not name goes up to the menu above.
+// Errors of a menu's action. None derives from another: each menu names the types that it reports;
+// others propagate to the calling menu.
 
 /// A typed proxy could not be created.
 class ProxyException : public std::runtime_error {
@@ -14,13 +14,13 @@ class ProxyException : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The operator chose or typed something unusable, or has not selected what an action needs.
+/// The operator's answer is invalid, or a required selection is missing.
 class InvalidValueException : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The object that a menu works on went away while the operator was asked.
+/// The object of a menu was removed while the operator was asked.
 class InvalidObjectException : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -32,7 +32,7 @@ class IapiException : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A service refused with a code of its own. The menus report it; nothing throws it yet.
+/// A service refused with its own error code. Reported by the menus; nothing throws it yet.
 class SapiException : public std::runtime_error {
   public:
     SapiException(const std::string& text, int code) : std::runtime_error(text), code_(code) {}
@@ -43,8 +43,8 @@ class SapiException : public std::runtime_error {
     int code_;
 };
 
-/// No error and never printed: standard input ended in a menu that offers no key to quit. Unwinds
-/// to a menu whose next read will find the end of the input and quit.
+/// Standard input ended in a menu without a key to quit. Not an error and never printed: it unwinds
+/// to a menu whose next read returns the key to quit.
 class InputEnded {};
 
 }  // namespace morvane

@@ -2,7 +2,7 @@
 
 namespace morvane {
 
-/// The lines that frame menus, choice lists and results.
+/// The lines above and below menus, choice lists and results.
 void PrintStars();
 void PrintDashes();
 

@@ -10,11 +10,11 @@
 
 namespace morvane {
 
-/// Whether a menu goes on after a key's action.
+/// Whether a menu continues after a key's action.
 enum class AfterKey { kGoOn, kLeave };
 
-/// One line of a menu: the printed menu and what its keys do both come from these rows. A row
-/// without text offers its key without showing it; a row without key draws a line of dashes.
+/// One line of a menu and the action of its key. A row without text accepts its key but is not
+/// printed; a row without key prints a line of dashes.
 template <typename Action>
 struct MenuRow {
     char key = 0;
@@ -23,7 +23,7 @@ struct MenuRow {
     AfterKey after_key = AfterKey::kGoOn;
 };
 
-/// Whether each key stands in one row only: a second one would never be found.
+/// Whether each key is in one row only: FindRow() finds the first.
 template <typename Action, std::size_t N>
 constexpr bool HasDistinctKeys(const MenuRow<Action> (&rows)[N]) {
     for (std::size_t i = 0; i < N; ++i) {
@@ -36,7 +36,7 @@ constexpr bool HasDistinctKeys(const MenuRow<Action> (&rows)[N]) {
     return true;
 }
 
-/// Prints the menu between its frames, under a heading if there is a title.
+/// Prints the menu, under a heading if `title` is not null.
 template <typename Action>
 void PrintMenu(const char* title, Table<MenuRow<Action>> rows) {
     title == nullptr ? PrintStars() : PrintHeading(title);
@@ -50,7 +50,7 @@ void PrintMenu(const char* title, Table<MenuRow<Action>> rows) {
     PrintStars();
 }
 
-/// The row that `key` selects, or null. A zero byte may be typed; it does not select the dashes.
+/// The row of `key`, or null. A typed zero byte does not match the rows without key.
 template <typename Action>
 const MenuRow<Action>* FindRow(Table<MenuRow<Action>> rows, char key) {
     for (const MenuRow<Action>& row : rows) {
@@ -61,7 +61,7 @@ const MenuRow<Action>* FindRow(Table<MenuRow<Action>> rows, char key) {
     return nullptr;
 }
 
-/// Does what `key` asks for, or tells the operator that the menu has no such key.
+/// Runs the action of `key`, or prints that the menu has no such key.
 template <typename Action, typename... Arguments>
 AfterKey ActOnKey(Table<MenuRow<Action>> rows, char key, Arguments&... arguments) {
     const MenuRow<Action>* const row = FindRow(rows, key);
@@ -73,7 +73,7 @@ AfterKey ActOnKey(Table<MenuRow<Action>> rows, char key, Arguments&... arguments
     return row->after_key;
 }
 
-/// Lets what the daemon has just announced be printed before a prompt is drawn.
+/// Waits 200 ms so that notifications in flight are printed before the next prompt.
 inline void MenuPause() {
     usleep(200000);
 }

@@ -2,8 +2,7 @@
 
 #include <mutex>
 
-// What clang's -Wthread-safety checks; other compilers see nothing. Attributes of another
-// compiler can only be hidden by macros.
+// Attributes for clang's -Wthread-safety. Macros, because other compilers do not know them.
 #ifdef __clang__
 #define MORVANE_THREAD_SAFETY(attribute) __attribute__((attribute))
 #else
@@ -19,8 +18,8 @@
 
 namespace morvane {
 
-/// A std::mutex whose use the compiler can check, except in constructors and destructors: it does
-/// not look into those.
+/// A std::mutex whose use clang checks, except in constructors and destructors, which its analysis
+/// leaves out.
 class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
   public:
     void lock() MORVANE_THREAD_SAFETY(acquire_capability()) { mutex_.lock(); }
@@ -29,21 +28,21 @@ class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
     }
     void unlock() MORVANE_ENDS_HOLD { mutex_.unlock(); }
 
-    /// For a hold that is passed from function to function, which the analysis does not follow:
-    /// what that one protects is the caller's own affair.
+    /// For a lock that is passed from function to function, which the analysis does not track: the
+    /// caller is responsible for what it protects.
     [[nodiscard]] std::mutex& Unchecked() { return mutex_; }
-    /// Tells the analysis of such a hold.
+    /// Tells the analysis that such a lock exists.
     void AssertHeld() const MORVANE_THREAD_SAFETY(assert_capability(this)) {}
 
   private:
     std::mutex mutex_;
 };
 
-/// Holds a Mutex while it lives.
+/// Lock guard of a Mutex.
 class MORVANE_SCOPED_HOLD Hold {
   public:
     explicit Hold(Mutex& mutex) MORVANE_ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
-    /// Takes over a hold that was tried for.
+    /// Adopts a mutex locked by try_lock().
     Hold(Mutex& mutex, std::adopt_lock_t /*taken*/) MORVANE_REQUIRES(mutex) : mutex_(mutex) {}
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;

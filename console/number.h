@@ -6,13 +6,13 @@
 namespace morvane {
 
 /// The number at the beginning of `text`, by the rules by which a standard stream extracts an
-/// unsigned int: leading blanks and a sign are passed over, "-1" wraps round, what follows the
-/// digits is ignored, and what does not fit is nothing. `base` is 10 or 16; 16 allows "0x".
+/// unsigned int: skips leading blanks and a sign, wraps "-1" around, ignores what follows the
+/// digits. Empty on overflow or without digits. `base` is 10 or 16; 16 allows "0x".
 ///
-/// Not a stream, whose locales would cost the tool as much memory as all of its own code.
+/// Streams are avoided because their locales would take as much memory as all of the tool's code.
 [[nodiscard]] std::optional<unsigned int> ParseNumber(std::string_view text, int base);
 
-/// `text` without its leading blanks, which are those of the "C" locale.
+/// `text` without leading white space as in the "C" locale.
 [[nodiscard]] std::string_view SkipBlanks(std::string_view text);
 
 }  // namespace morvane

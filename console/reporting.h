@@ -9,7 +9,7 @@ inline void PrintError(const std::exception& error) {
     PROXY_Print(kRed, "%s\n", error.what());
 }
 
-/// Runs `action`. An error of one of the types named is printed in red; any other goes up.
+/// Runs `action`. Prints an error of the named types in red; others propagate.
 template <typename Caught, typename... Others, typename Action>
 void ReportErrors(const Action& action) {
     try {

@@ -4,7 +4,7 @@
 
 namespace morvane {
 
-/// A view of rows that live for the whole program.
+/// A view of rows with static storage duration.
 template <typename Row>
 class Table {
   public:

@@ -7,15 +7,15 @@
 namespace morvane {
 namespace {
 
-// Where the first byte at or after `from` stands that no valid character holds.
+// Offset of the first invalid UTF-8 byte at or after `from`.
 std::size_t FindInvalid(const std::string& text, std::size_t from) {
     const gchar* end = nullptr;
     g_utf8_validate(text.data() + from, static_cast<gssize>(text.size() - from), &end);
     return static_cast<std::size_t>(end - text.data());
 }
 
-// Whether further bytes would make one character of all that stands from `position` on. Behind some
-// first bytes the one or the other of these two cannot stand.
+// Whether the bytes from `position` on are the beginning of one valid character. After some first
+// bytes only one of these two second bytes is valid.
 bool IsCutOff(const std::string& text, std::size_t position) {
     constexpr std::size_t kLongestCharacter = 4;
     for (const char continuation : {'\x80', '\xBF'}) {
@@ -30,7 +30,7 @@ bool IsCutOff(const std::string& text, std::size_t position) {
     return false;
 }
 
-// The length stays, unless the text may be cut and is.
+// The length changes only if a truncated last character is dropped.
 std::string MakeValid(std::string text, bool may_be_cut) {
     for (std::size_t i = FindInvalid(text, 0); i < text.size(); i = FindInvalid(text, i)) {
         if (may_be_cut && IsCutOff(text, i)) {

@@ -4,14 +4,13 @@
 
 namespace morvane {
 
-// D-Bus carries valid UTF-8 only, and a terminal carries whatever was typed.
+// D-Bus carries only valid UTF-8; a terminal may deliver any bytes.
 
-/// For text that was taken whole. Replaces each byte that is no part of a UTF-8 character by '?';
-/// the length stays.
+/// For complete text. Replaces each byte that is not part of a valid UTF-8 character by '?', so
+/// that the length does not change.
 std::string ReplaceInvalidBytes(std::string text);
 
-/// For text that a length limit may have cut. The same, but a last character that is incomplete is
-/// dropped.
+/// For text that may have been truncated: the same, but drops an incomplete last character.
 std::string BusText(std::string text);
 
 }  // namespace morvane

@@ -6,7 +6,7 @@
 
 namespace morvane {
 
-/// Releases one reference to, or the whole of, any GLib thing that the project holds.
+/// Unreferences or frees a GLib object of any type that the project owns.
 struct GlibRelease {
     void operator()(gchar* text) const noexcept { g_free(text); }
     void operator()(gchar** texts) const noexcept { g_strfreev(texts); }

@@ -7,9 +7,9 @@
 
 namespace morvane {
 
-/// How the change of one property of a typed proxy is reported. `report` runs on the main thread
-/// with the proxy that notified, which outlives the context that subscribed while a notification is
-/// delivered: a report reaches for nothing but that proxy.
+/// How the change of one property of a typed proxy is reported. `report` is called on the main
+/// thread with the proxy. The context that subscribed may already be destroyed by then: the
+/// callback must access only the proxy.
 template <typename Proxy>
 struct PropertyNotice {
     const char* signal;  ///< "notify::" and the property's hyphenated name
@@ -23,7 +23,7 @@ void OnNotify(Proxy* proxy, GParamSpec* /*property*/, gpointer row) {
     notice->report(proxy, notice->label);
 }
 
-/// Reports every later change on `proxy` that has a row, for as long as the proxy lives.
+/// Reports every later change of the properties in `rows`, for the lifetime of `proxy`.
 template <typename Proxy>
 void FollowChanges(Proxy* proxy, Table<PropertyNotice<Proxy>> notices) {
     for (const PropertyNotice<Proxy>& notice : notices) {
@@ -37,8 +37,8 @@ inline const char* OrUnknown(const char* text) {
     return text == nullptr ? "Unknown" : text;
 }
 
-// Reports for the generated property getters. Texts are borrowed from the proxy's cache, which is
-// safe on the main thread only: there the cache changes.
+// Callbacks for the generated property getters. Texts are borrowed from the proxy's cache, which is
+// safe only on the main thread, where the cache is updated.
 
 template <auto kGet, typename Proxy>
 void ReportText(Proxy* proxy, const char* label) {

@@ -11,8 +11,8 @@
 namespace morvane {
 
 /// Makes a typed proxy on the system bus with `new_for_bus`, one of the generated
-/// `..._proxy_new_for_bus_sync`. Its notifications arrive on the main thread, whichever thread
-/// makes it. Throws ProxyException, in whose text `kind` names the proxy.
+/// `..._proxy_new_for_bus_sync`. Notifications are delivered on the main thread, whichever thread
+/// creates the proxy. Throws ProxyException, whose text names the proxy by `kind`.
 template <typename Proxy>
 GlibPtr<Proxy> MakeProxy(Proxy* (*new_for_bus)(GBusType, GDBusProxyFlags, const gchar*,
                                                const gchar*, GCancellable*, GError**),
@@ -27,9 +27,9 @@ GlibPtr<Proxy> MakeProxy(Proxy* (*new_for_bus)(GBusType, GDBusProxyFlags, const 
     return proxy;
 }
 
-/// Makes the call `call_sync`, one of the generated `..._call_..._sync`, and waits for its reply.
-/// Gives the bus's error, or null if the daemon accepted. A daemon that does not answer blocks the
-/// caller, and whatever waits for a lock that it holds, for the bus library's 25 seconds.
+/// Calls `call_sync`, one of the generated `..._call_..._sync`, and waits for the reply. Returns
+/// the error, or null on success. If the daemon does not answer, blocks for GLib's default time-out
+/// of 25 s; threads that wait for the caller's locks are blocked as long.
 template <typename Call, typename Proxy, typename... Arguments>
 [[nodiscard]] ErrorPtr CallRemote(Call call_sync, const GlibPtr<Proxy>& proxy,
                                   Arguments&&... arguments) {

@@ -9,7 +9,7 @@
 
 namespace morvane {
 
-/// An `a{sv}` being put together; what was not ended is released.
+/// A builder of an `a{sv}`; released if it was not ended.
 class VariantDict {
   public:
     VariantDict() { g_variant_dict_init(&dict_, nullptr); }
@@ -19,7 +19,7 @@ class VariantDict {
 
     [[nodiscard]] GVariantDict* Get() { return &dict_; }
 
-    /// The finished dictionary; leaves this one empty.
+    /// Returns the dictionary and leaves the builder empty.
     [[nodiscard]] VariantPtr End() {
         return VariantPtr(g_variant_ref_sink(g_variant_dict_end(&dict_)));
     }

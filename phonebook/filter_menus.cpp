@@ -11,7 +11,7 @@ namespace {
 
 struct FilterMenu;
 
-// One run of a filter menu: where the answers go, and what was chosen but not yet set.
+// State of one run of a filter menu: the dictionary, and fields chosen but not yet stored in it.
 struct FilterRun {
     const FilterMenu& menu;
     PhonebookContext& context;
@@ -112,7 +112,7 @@ struct FilterMenu {
     const char* title;
     Table<FilterRow> rows;
     bool pauses_on_entry = true;
-    bool leaves_quietly = false;  // when the session is lost while the operator types
+    bool leaves_quietly = false;  // without an error if the session is lost meanwhile
 };
 
 constexpr FilterMenu kPullAll = {"Select Optional PullAll Filters", kPullAllRows, false};
@@ -146,7 +146,7 @@ void Run(const FilterMenu& menu, PhonebookContext& context, MenuLock& lock, GVar
         RequireSession();
         ReportErrors<InvalidValueException>([&] { next = ActOnKey(menu.rows, key, run); });
         if (input_ended) {
-            return;  // there is no key to quit with: it would be refused for ever
+            return;  // this menu has no key to quit: it would print errors endlessly
         }
     }
 }

@@ -7,7 +7,7 @@ namespace morvane {
 
 namespace {
 
-// A number that goes into the filter dictionary.
+// A prompt for a number in the filter dictionary.
 struct NumberPrompt {
     const char* segment;  // of the prompt path
     const char* title;
@@ -26,7 +26,7 @@ constexpr ChoicePrompt kSelectorPrompt = {"/Select vCard Selector Filter",
                                           "Select a vCard Selector Filter",
                                           "Invalid vCard selector selected"};
 
-// A count of 0 would ask the phone for its size instead, so it cannot be entered.
+// A count of 0 is refused: it would make the phone return only the size.
 constexpr NumberPrompt kCountPrompt = {"/MaxCount", "Enter number of Phonebook Entries to return",
                                        "Invalid MaxCount entered", "MaxCount", 1};
 constexpr NumberPrompt kOffsetPrompt = {"/Offset", "Enter the Phonebook List Start Offset",

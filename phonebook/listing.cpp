@@ -10,7 +10,7 @@ void PrintListing(GVariant* listing) {
     PrintHeading("vCard Listing");
     GVariantIter iterator;
     g_variant_iter_init(&iterator, listing);
-    // Not by a format string: to read it again for each vCard costs as much as to print the vCard.
+    // Without a format string: parsing it for each vCard takes as long as printing the vCard.
     while (const VariantPtr vcard{g_variant_iter_next_value(&iterator)}) {
         const VariantPtr handle(g_variant_get_child_value(vcard.get(), 0));
         const VariantPtr name(g_variant_get_child_value(vcard.get(), 1));

@@ -43,8 +43,8 @@ void ReportVersion(ObexPhonebookAccess1* proxy, const char* label) {
     PROXY_Print(kNormal, "%s: %x.%x\n", label, version >> 8, version & 0xFF);
 }
 
-// "connected" is no property of today's daemon, so that row sleeps and a lost connection shows only
-// in the answer to the next key. Watching the state instead would add a line to every session.
+// Today's daemon has no property "connected", so this row never fires, and a lost connection is
+// reported only after the next key. Watching the state instead would print a line in each session.
 constexpr PropertyNotice<ObexSession1> kSessionNotices[] = {
     {"notify::source", ReportText<obex_session1_get_source>, "Source Attribute Received"},
     {"notify::destination", ReportText<obex_session1_get_destination>,
@@ -81,7 +81,7 @@ PhonebookContext::PhonebookContext(const std::string& path) : path_(path) {
     BuildProxy();
 }
 
-// Proxies first: nothing is reported any more when the file goes.
+// Release the proxies first so that no callback runs while the file is deleted.
 PhonebookContext::~PhonebookContext() {
     session_proxy_.reset();
     phonebook_proxy_.reset();

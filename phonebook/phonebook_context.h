@@ -15,21 +15,22 @@ namespace morvane {
 
 /// One open phone book access session and every operation on it.
 ///
-/// All operations run on the menu thread with the registry mutex held. Those that take the lock ask
-/// the operator and release it meanwhile; this object may be destroyed then. After asking they
-/// throw InvalidObjectException, before they touch any member, unless the session is still valid.
+/// All operations run on the menu thread with the registry mutex locked. Those with a MenuLock
+/// parameter unlock it while they ask the operator; this object may be destroyed meanwhile. After
+/// asking they throw InvalidObjectException, before they access any member, unless the session is
+/// still valid.
 ///
-/// Operations throw InvalidValueException for an unusable answer or a missing selection,
-/// IapiException for a refused call, ProxyException for a transfer that cannot be reached, and
-/// InputEnded when the input ends in a filter menu. Nothing is printed then, and nothing changed
-/// unless a line says so.
+/// Operations throw InvalidValueException for an invalid answer or a missing selection,
+/// IapiException for a refused call, ProxyException if a transfer's proxy cannot be created, and
+/// InputEnded when the input ends in a filter menu. They print nothing then and change no state
+/// unless documented.
 class PhonebookContext {
   public:
-    /// Prints the session's properties and follows them. Throws ProxyException.
+    /// Prints the session's properties and subscribes to their changes. Throws ProxyException.
     explicit PhonebookContext(const std::string& path);
     PhonebookContext(const PhonebookContext&) = delete;
     PhonebookContext& operator=(const PhonebookContext&) = delete;
-    /// Deletes the file that a held transfer has downloaded.
+    /// Deletes the file of the current transfer, if there is one.
     ~PhonebookContext();
 
     // Session and properties (phonebook_context.cpp).
@@ -43,13 +44,13 @@ class PhonebookContext {
 
     // Selection (selection.cpp).
 
-    /// Has a location and a phone book chosen and selects them. A refused call leaves nothing
+    /// Asks for a location and a phone book and selects them. After a refused call nothing is
     /// selected.
     void Select(MenuLock&& lock);
     [[nodiscard]] std::string SelectLocation(MenuLock&& lock);
     [[nodiscard]] std::string SelectPhonebook(MenuLock&& lock, const std::string& location);
 
-    // Retrieval into the fixed files (retrieval.cpp). A pull replaces the held transfer.
+    // Retrieval into the fixed files (retrieval.cpp). A pull replaces the current transfer.
 
     void PullAll(MenuLock&& lock);
     void Pull(MenuLock&& lock);
@@ -63,17 +64,17 @@ class PhonebookContext {
     void GetSizePhonebook(MenuLock&& lock);
     void GetSizeListing(MenuLock&& lock);
     void UpdateVersion();
-    /// Replaces the stored filter fields by the daemon's; prints them if asked to.
+    /// Reads the filter fields from the daemon and stores them; prints them if `print`.
     void ListFilterFields(bool print);
     [[nodiscard]] const std::vector<std::string>& FilterFields() const { return filter_fields_; }
     [[nodiscard]] std::string SelectSearchField(MenuLock&& lock);
     [[nodiscard]] std::string SetSearchValue(MenuLock&& lock);
 
-    // Filter menus (filter_menus.cpp). What was set stays in `dict`, also when one throws.
+    // Filter menus (filter_menus.cpp). If one throws, `dict` keeps the filters set so far.
 
     void SelectPullAllFilters(MenuLock&& lock, GVariantDict* dict);
-    /// Returns, as if done, when the session is lost while the operator types: the caller looks
-    /// whether this object is still there.
+    /// Returns as if 'd' were typed when the session is lost meanwhile: the caller checks whether
+    /// this object still exists.
     void SelectPullFilters(MenuLock&& lock, GVariantDict* dict);
     void SelectListFilters(MenuLock&& lock, GVariantDict* dict);
     void SelectSizeFilters(MenuLock&& lock, GVariantDict* dict);
@@ -97,7 +98,7 @@ class PhonebookContext {
 
     // Transfer (transfer/transfer_menu.cpp).
 
-    /// Holds the transfer at `path` in place of the present one, whose file stays.
+    /// Replaces the current transfer, whose file is kept, by the one at `path`.
     void AllocTransfer(const std::string& path, GVariant* properties);
     void DisplayTransferMenu() const;
     void RunTransferMenu(MenuLock&& lock);

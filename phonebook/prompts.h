@@ -7,10 +7,10 @@
 
 namespace morvane {
 
-// What the phone book's operations ask the operator. All run on the menu thread, release the lock
-// while they ask, and throw InvalidObjectException if the session was lost meanwhile.
+// Prompts of the phone book operations. All run on the menu thread, unlock `lock` while they ask,
+// and throw InvalidObjectException if the session was lost meanwhile.
 
-/// A list from which one entry is chosen by its number.
+/// A numbered list of which the operator chooses one entry.
 struct ChoicePrompt {
     const char* segment;  ///< of the prompt path
     const char* title;
@@ -22,10 +22,10 @@ using Choices = std::vector<std::string>;
 /// Throws InvalidObjectException unless client and session are valid.
 void RequireSession();
 
-/// The answer as typed, at most `limit` bytes.
+/// The answer, truncated to `limit` bytes.
 [[nodiscard]] std::string AskText(MenuLock& lock, const char* segment, const char* title,
                                   unsigned int limit);
-/// `kInputLeft` if the operator left the input or it has ended.
+/// `kInputLeft` if the operator typed "x" or the input has ended.
 [[nodiscard]] unsigned int AskNumber(MenuLock& lock, const char* segment);
 [[nodiscard]] std::string Choose(MenuLock& lock, const ChoicePrompt& prompt,
                                  const Choices& choices);

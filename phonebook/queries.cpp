@@ -67,7 +67,7 @@ std::string PhonebookContext::SetSearchValue(MenuLock&& lock) {
         AskText(lock, "/Search Value", "Enter search value string", kMaxSearchValueLength));
 }
 
-// The three sizes are told apart by their wording.
+// The printed text shows which of the three sizes it is.
 
 void PhonebookContext::GetSize() {
     RequireSelection();

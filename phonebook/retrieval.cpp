@@ -30,7 +30,7 @@ void PhonebookContext::Pull(MenuLock&& lock) {
     RequireSelection();
     const std::string name = SelectVcard(Lend(lock));
     const VariantPtr filters = AskFilters(&PhonebookContext::SelectPullFilters, lock);
-    // The filter menu returns quietly when the session is lost; this object may be lost with it.
+    // The filter menu returns without an error when the session is lost, and this object with it.
     if (!obexProxy.IsCurrent(this)) {
         throw InvalidObjectException("Phonebook Access Proxy is invalid");
     }

@@ -16,7 +16,7 @@ constexpr std::size_t kMaxHandleDigits = 8;
 bool IsHandle(const std::string& typed) {
     char* end = nullptr;
     errno = 0;
-    static_cast<void>(std::strtoul(typed.c_str(), &end, 16));  // only where it stopped counts
+    static_cast<void>(std::strtoul(typed.c_str(), &end, 16));  // only `end` is used
     const auto consumed = static_cast<std::size_t>(end - typed.c_str());
     return errno == 0 && consumed > 0 && consumed <= kMaxHandleDigits && consumed == typed.size();
 }

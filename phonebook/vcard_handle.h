@@ -4,14 +4,14 @@
 
 namespace morvane {
 
-/// The longest text that can name a vCard, in bytes. A reader takes one byte more, so that a text
-/// that is too long is refused and not cut to one that is valid.
+/// The longest text that can name a vCard, in bytes. The prompt reads one byte more so that a
+/// longer text is refused and not truncated to a valid one.
 inline constexpr unsigned int kMaxVcardHandleLength = 41;
 
-/// The name under which the phone knows the vCard that the operator typed: a unique id
-/// ("X-BT-UID:" and 32 bytes) as it is, a hexadecimal handle with ".vcf" behind it. Whatever the
-/// base-16 conversion takes within eight characters is a handle, also with blanks, a sign or "0x"
-/// in front. Throws InvalidValueException for anything else.
+/// The object name of the vCard that the operator typed: a unique id ("X-BT-UID:" and 32 bytes)
+/// unchanged, a hexadecimal handle with ".vcf" appended. A handle is up to eight characters that
+/// strtoul() accepts with base 16, including leading blanks, a sign or "0x". Throws
+/// InvalidValueException for anything else.
 [[nodiscard]] std::string VcardName(const std::string& typed);
 
 }  // namespace morvane

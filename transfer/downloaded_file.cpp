@@ -18,7 +18,7 @@ struct FileClose {
 };
 using FilePtr = std::unique_ptr<std::FILE, FileClose>;
 
-// Non-blocking, or opening a pipe would wait for its writer.
+// O_NONBLOCK, because opening a pipe would wait for its writer.
 FilePtr Open(const char* name) {
     const int descriptor = open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     return FilePtr(descriptor < 0 ? nullptr : fdopen(descriptor, "r"));
@@ -29,7 +29,7 @@ bool IsRegular(std::FILE* file) {
     return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// A piece that the end of the file cuts short, or empties, is printed too. A failed read ends it.
+// Also prints the last piece, which may be shorter or empty. Stops at a failed read.
 void PrintPieces(std::FILE* file) {
     while (std::feof(file) == 0 && std::ferror(file) == 0) {
         char piece[kPieceSize + 1];

@@ -2,8 +2,8 @@
 
 namespace morvane {
 
-/// Prints the file `name` in pieces of 512 bytes, or that it cannot be opened. Only a regular file
-/// has contents to print; nothing else is waited for.
+/// Prints the file `name` in pieces of 512 bytes, or that it cannot be opened. Prints no contents
+/// of files that are not regular, since reading them could block.
 void DisplayFile(const char* name);
 
 }  // namespace morvane

@@ -9,8 +9,8 @@
 namespace morvane {
 namespace {
 
-// How one property's value is printed. `types`, a letter each, are those that count; a value of any
-// other is treated as absent.
+// How the value of a property is printed. `types` lists the accepted D-Bus types; a value of
+// another type is treated as absent.
 struct InitialLine {
     const char* property;
     const char* types;

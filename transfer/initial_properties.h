@@ -6,13 +6,13 @@
 
 namespace morvane {
 
-// How the properties of a transfer that begins are printed: a line for each, where a value of a
-// wrong type counts as absent. Both give the size in bytes if it was among them, 0 if it is absent.
+// Print the initial properties of a transfer, a line for each; a value of a wrong type is treated
+// as absent. Both return the size in bytes, 0 if it is absent.
 
-/// Those of an `a{sv}`, in its order; what else is in it prints nothing.
+/// Those in an `a{sv}`, in its order; prints nothing for unknown entries.
 std::optional<guint64> PrintProperties(GVariant* dictionary);
 
-/// Those that the proxy of the transfer knows.
+/// Those in the proxy's cache.
 std::optional<guint64> PrintCachedProperties(GDBusProxy* proxy);
 
 }  // namespace morvane

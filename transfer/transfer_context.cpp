@@ -13,13 +13,14 @@
 
 namespace morvane {
 
-/// What the notices of a transfer share. Belongs to the proxy, which a notice being delivered
-/// keeps alive, and not to the context, which the other thread may be destroying meanwhile.
+/// State shared by the notification callbacks of a transfer. Owned by the proxy, which is
+/// referenced during a callback, not by the context, which the other thread may destroy meanwhile.
 struct TransferProgress {
     std::atomic<guint64> size{0};
     std::atomic<int> percent{0};
 
-    // Both threads touch them; a notice must not wait for a lock, nor the board need libatomic.
+    // Accessed by both threads. A callback must not block on a mutex, and 32-bit ARM must not need
+    // libatomic.
     static_assert(decltype(size)::is_always_lock_free && decltype(percent)::is_always_lock_free);
 };
 
@@ -38,7 +39,7 @@ void ReportSize(ObexTransfer1* proxy, const char* label) {
 }
 
 void PrintPercent(int percent) {
-    // The lone percent sign is part of the line as it has always been printed.
+    // Printing a lone percent sign: the format of this line must not change.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
     PROXY_Print(kNormal, "Transferred Percent: %d%\n", percent);
@@ -69,7 +70,7 @@ constexpr PropertyNotice<ObexTransfer1> kNotices[] = {
     {"notify::filename", ReportText<obex_transfer1_get_filename>, "Filename Attribute Received"},
 };
 
-// Tells the operator if the daemon has refused.
+// Prints the error if the daemon has refused the call.
 bool Accepted(const ErrorPtr& error) {
     if (error) {
         PROXY_Print(kRed, "Remote Call failed %s\n", error->message);
@@ -87,7 +88,7 @@ TransferContext::TransferContext(const std::string& path, GVariant* properties) 
     BuildProxy(properties);
 }
 
-// Transfers stand under the default name, whichever instance the sessions come from.
+// Transfers are exported under the default name, whichever instance owns the session.
 void TransferContext::BuildProxy(GVariant* properties) {
     proxy_ = MakeProxy(obex_transfer1_proxy_new_for_bus_sync, kDefaultBusName, path_, "Transfer");
     g_object_set_data_full(

@@ -10,39 +10,39 @@ namespace morvane {
 
 struct TransferProgress;
 
-/// One download that the daemon carries on in the background, and the file that it writes.
+/// A download by the daemon in the background, and its file.
 ///
-/// Made and used on the menu thread; its progress is reported on the main thread.
+/// Constructed and used on the menu thread; progress is printed on the main thread.
 class TransferContext {
   public:
-    /// Prints the transfer's properties, those of the `a{sv}` `properties` or, without it, those
-    /// of the daemon's object, and follows them. Throws ProxyException.
+    /// Prints the transfer's properties, those of the `a{sv}` `properties` or, if it is null, those
+    /// of the daemon's object, and subscribes to their changes. Throws ProxyException.
     TransferContext(const std::string& path, GVariant* properties);
     TransferContext(const TransferContext&) = delete;
     TransferContext& operator=(const TransferContext&) = delete;
-    ~TransferContext() = default;  ///< the downloaded file stays
+    ~TransferContext() = default;  ///< keeps the downloaded file
 
     void BuildProxy(GVariant* properties);
     void GetInitialProperties(GVariant* properties);
     void Subscribe();
 
-    // True if the daemon accepted; a refusal is printed.
+    // True on success; otherwise the daemon's error is printed.
     bool Cancel();
     bool Suspend();
     bool Resume();
 
     void DisplayStatus() const;
-    /// Prints the file in pieces of 512 bytes; says so if it has no name or cannot be opened.
+    /// Prints the file in pieces of 512 bytes, or an error if it has no name or cannot be opened.
     void DisplayDownloadedFile() const;
-    /// Deletes the file; whether that worked is not reported.
+    /// Deletes the file; does not report errors.
     void RemoveDownloadedFile() const;
 
     [[nodiscard]] std::string GetPathName() const { return path_; }
-    // As last announced; empty if absent.
+    // The last announced values; empty if absent.
     [[nodiscard]] std::string GetStatus() const;
     [[nodiscard]] std::string GetName() const;
     [[nodiscard]] std::string GetFileName() const;
-    /// In bytes; 0 as long as it is unknown. Progress is counted against this.
+    /// In bytes; 0 while unknown. The percentage is relative to this size.
     [[nodiscard]] guint64 GetSize() const;
     void SetSize(guint64 size);
     /// The last percentage printed.

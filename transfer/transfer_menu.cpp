@@ -64,7 +64,7 @@ void PhonebookContext::DisplayTransferMenu() const {
 
 void PhonebookContext::RunTransferMenu(MenuLock&& lock) {
     const std::string prompt_path = obexProxy.PromptPath("/Transfer Menu");
-    MenuPause();  // for the transfer's first notices
+    MenuPause();  // for the transfer's first notifications
     auto next = AfterKey::kGoOn;
     while (obexProxy.IsRunning() && next == AfterKey::kGoOn) {
         MenuPause();
@@ -72,7 +72,7 @@ void PhonebookContext::RunTransferMenu(MenuLock&& lock) {
         const char key = obexProxy.AskKey(lock, prompt_path);
         RequireSession();
         if (!transfer_) {
-            return;  // cancelled: the next key ends the menu, whatever it is
+            return;  // cancelled: any next key ends the menu
         }
         next = ActOnKey(kMenu, key, *this, *transfer_);
     }

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <iterator>
 
-// The functions take their arguments as the set that they belong to has always been declared.
+// The signatures are those of an existing interface.
 // NOLINTBEGIN(performance-unnecessary-value-param, google-runtime-int)
 
 namespace morvane {
@@ -17,7 +17,7 @@ static_assert(sizeof kBaseUuid == kUuidTextSize);
 constexpr std::size_t kTextLength = kUuidTextSize - 1;
 constexpr std::size_t kFirstGroupLength = 8;
 
-// Where each byte's two digits stand in the text form.
+// Offset of each byte's two digits in the text form.
 constexpr std::size_t kBytePositions[] = {0,  2,  4,  6,  9,  11, 14, 16,
                                           19, 21, 24, 26, 28, 30, 32, 34};
 
