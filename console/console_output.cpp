@@ -90,6 +90,9 @@ __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const cha
     char text[kTextRoom];
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): both callers have started it
     const int length = std::vsnprintf(text, sizeof text, format, arguments);
+    if (length < 0) {
+        return length;  // `text` is unspecified then
+    }
     const Hold hold(console.lock);
     Emit(redraw, colour, text);
     return length;

@@ -53,6 +53,11 @@ TEST(PrintTest, WritesColourTextAndResetAtOnce) {
     EXPECT_EQ(WritesOf([] { PROXY_Print(kGreen, "%s", ""); }), Writes{Green("")});
 }
 
+TEST(PrintTest, PrintsNothingThatCannotBeFormatted) {
+    // In the C locale there is no multibyte character for this one.
+    EXPECT_EQ(WritesOf([] { EXPECT_LT(PROXY_Print(kRed, "text %lc", L'\u20AC'), 0); }), Writes{});
+}
+
 TEST(PrintTest, TruncatesTo999Bytes) {
     for (const std::size_t length : {998U, 999U, 1000U, 5000U}) {
         SCOPED_TRACE(length);
