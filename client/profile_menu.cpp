@@ -1,7 +1,7 @@
 #include "app/obex_proxy.h"
 #include "client/client_proxy_context.h"
-#include "client/profile_errors.h"
 #include "console/menu.h"
+#include "console/reporting.h"
 
 namespace morvane {
 namespace {
@@ -57,7 +57,11 @@ constexpr Table<ProfileRow> kMenu = kRows;
 
 AfterKey ActOnKeyReporting(char key, ClientProxyContext& client, MenuLock& lock) {
     auto next = AfterKey::kGoOn;
-    ReportProfileErrors([&] { next = ActOnKey(kMenu, key, client, lock); });
+    try {
+        ReportErrors<InvalidValueException, IapiException, SapiException>(
+            [&] { next = ActOnKey(kMenu, key, client, lock); });
+    } catch (const InputEnded&) {  // NOLINT(bugprone-empty-catch): the menu's own next read quits
+    }
     return next;
 }
 

@@ -9,6 +9,10 @@ inline void PrintError(const std::exception& error) {
     PROXY_Print(kRed, "%s\n", error.what());
 }
 
+inline void PrintError(const SapiException& error) {
+    PROXY_Print(kRed, "%s %d\n", error.what(), error.Code());
+}
+
 /// Runs `action`. Prints an error of the named types in red; others propagate.
 template <typename Caught, typename... Others, typename Action>
 void ReportErrors(const Action& action) {
