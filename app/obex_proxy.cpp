@@ -28,7 +28,7 @@ std::unique_lock<std::mutex> ObexProxy::LockStart() {
 }
 
 void ObexProxy::AwaitMenuThread(std::unique_lock<std::mutex>& start_lock) {
-    start_mutex_.AssertHeld();
+    start_mutex_.AssertHeld(start_lock);
     while (!started_) {
         start_condition_.wait(start_lock);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <mutex>
 
 // Attributes for clang's -Wthread-safety. Macros, because other compilers do not know them.
@@ -31,8 +32,12 @@ class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
     /// For a lock that is passed from function to function, which the analysis does not track: the
     /// caller is responsible for what it protects.
     [[nodiscard]] std::mutex& Unchecked() { return mutex_; }
-    /// Tells the analysis that such a lock exists.
-    void AssertHeld() const MORVANE_THREAD_SAFETY(assert_capability(this)) {}
+    /// Tells the analysis that `lock` is such a lock; debug builds check it.
+    void AssertHeld(const std::unique_lock<std::mutex>& lock) const
+        MORVANE_THREAD_SAFETY(assert_capability(this)) {
+        assert(lock.owns_lock() && lock.mutex() == &mutex_);
+        static_cast<void>(lock);
+    }
 
   private:
     std::mutex mutex_;
