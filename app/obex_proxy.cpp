@@ -73,12 +73,15 @@ unsigned int ObexProxy::AskNumber(MenuLock& lock, const std::string& prompt_path
     return AskUnlocked(lock, [&] { return PROXY_InputUint32(prompt_path.c_str(), nullptr); });
 }
 
-std::string ObexProxy::AskText(MenuLock& lock, const std::string& prompt_path, const char* title,
-                               unsigned int limit) {
+std::optional<std::string> ObexProxy::AskText(MenuLock& lock, const std::string& prompt_path,
+                                              const char* title, unsigned int limit) {
     std::vector<char> text(limit + 1);
-    AskUnlocked(lock, [&] {
+    const unsigned int length = AskUnlocked(lock, [&] {
         return PROXY_InputString(prompt_path.c_str(), title, text.data(), limit + 1);
     });
+    if (length == kInputLeft) {
+        return std::nullopt;
+    }
     return text.data();
 }
 

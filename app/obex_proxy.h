@@ -13,6 +13,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -92,9 +93,10 @@ class ObexProxy {
     }
     [[nodiscard]] char AskKey(MenuLock& lock, const std::string& prompt_path);
     [[nodiscard]] unsigned int AskNumber(MenuLock& lock, const std::string& prompt_path);
-    /// At most `limit` bytes, as typed.
-    [[nodiscard]] std::string AskText(MenuLock& lock, const std::string& prompt_path,
-                                      const char* title, unsigned int limit);
+    /// The answer, truncated to `limit` bytes; empty if PROXY_InputString() returns `kInputLeft`,
+    /// which it never does today.
+    [[nodiscard]] std::optional<std::string> AskText(MenuLock& lock, const std::string& prompt_path,
+                                                     const char* title, unsigned int limit);
 
     // Main menu (main_menu.cpp).
 

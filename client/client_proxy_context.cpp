@@ -95,8 +95,11 @@ void ClientProxyContext::SetPassword(MenuLock&& lock) {
 
 // Static: the client object may be replaced while the operator types.
 void ClientProxyContext::SetCredential(const Credential& credential, MenuLock& lock) {
-    const std::string text = BusText(obexProxy.AskText(
-        lock, obexProxy.PromptPath(credential.prompt_segment), credential.title, credential.limit));
+    const std::string text =
+        BusText(obexProxy
+                    .AskText(lock, obexProxy.PromptPath(credential.prompt_segment),
+                             credential.title, credential.limit)
+                    .value_or(""));
     if (!obexProxy.IsClientValid()) {
         throw InvalidObjectException("Client Proxy is invalid");
     }

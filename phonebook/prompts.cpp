@@ -12,8 +12,10 @@ void RequireSession() {
     }
 }
 
-std::string AskText(MenuLock& lock, const char* segment, const char* title, unsigned int limit) {
-    std::string text = obexProxy.AskText(lock, obexProxy.PromptPath(segment), title, limit);
+std::optional<std::string> AskText(MenuLock& lock, const char* segment, const char* title,
+                                   unsigned int limit) {
+    std::optional<std::string> text =
+        obexProxy.AskText(lock, obexProxy.PromptPath(segment), title, limit);
     RequireSession();
     return text;
 }

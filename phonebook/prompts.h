@@ -2,6 +2,7 @@
 
 #include "app/menu_lock.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,9 +23,9 @@ using Choices = std::vector<std::string>;
 /// Throws InvalidObjectException unless client and session are valid.
 void RequireSession();
 
-/// The answer, truncated to `limit` bytes.
-[[nodiscard]] std::string AskText(MenuLock& lock, const char* segment, const char* title,
-                                  unsigned int limit);
+/// The answer, truncated to `limit` bytes; see ObexProxy::AskText().
+[[nodiscard]] std::optional<std::string> AskText(MenuLock& lock, const char* segment,
+                                                 const char* title, unsigned int limit);
 /// `kInputLeft` if the operator typed "x" or the input has ended.
 [[nodiscard]] unsigned int AskNumber(MenuLock& lock, const char* segment);
 [[nodiscard]] std::string Choose(MenuLock& lock, const ChoicePrompt& prompt,

@@ -64,7 +64,8 @@ std::string PhonebookContext::SelectSearchField(MenuLock&& lock) {
 
 std::string PhonebookContext::SetSearchValue(MenuLock&& lock) {
     return BusText(
-        AskText(lock, "/Search Value", "Enter search value string", kMaxSearchValueLength));
+        AskText(lock, "/Search Value", "Enter search value string", kMaxSearchValueLength)
+            .value_or(""));
 }
 
 // The printed text shows which of the three sizes it is.

@@ -44,7 +44,8 @@ void PhonebookContext::Pull(MenuLock&& lock) {
 
 std::string PhonebookContext::SelectVcard(MenuLock&& lock) {
     PrintHeading("Enter handle of vCard to download");
-    const std::string typed = AskText(lock, "/vCard Handle", "", kMaxVcardHandleLength + 1);
+    const std::optional<std::string> typed =
+        AskText(lock, "/vCard Handle", "", kMaxVcardHandleLength + 1);
     return ReplaceInvalidBytes(VcardName(typed));
 }
 

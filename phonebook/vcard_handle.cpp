@@ -23,7 +23,11 @@ bool IsHandle(const std::string& typed) {
 
 }  // namespace
 
-std::string VcardName(const std::string& typed) {
+std::string VcardName(const std::optional<std::string>& answer) {
+    if (!answer) {
+        throw InvalidValueException("Invalid vCard handle entered");
+    }
+    const std::string& typed = *answer;
     if (typed.compare(0, kUniqueIdPrefix.size(), kUniqueIdPrefix) == 0) {
         if (typed.size() != kUniqueIdPrefix.size() + kUniqueIdLength) {
             throw InvalidValueException("Invalid X-BT-UID entered");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace morvane {
@@ -11,7 +12,7 @@ inline constexpr unsigned int kMaxVcardHandleLength = 41;
 /// The object name of the vCard that the operator typed: a unique id ("X-BT-UID:" and 32 bytes)
 /// unchanged, a hexadecimal handle with ".vcf" appended. A handle is up to eight characters that
 /// strtoul() accepts with base 16, including leading blanks, a sign or "0x". Throws
-/// InvalidValueException for anything else.
-[[nodiscard]] std::string VcardName(const std::string& typed);
+/// InvalidValueException for anything else, and without an answer.
+[[nodiscard]] std::string VcardName(const std::optional<std::string>& answer);
 
 }  // namespace morvane

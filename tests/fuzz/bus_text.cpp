@@ -30,7 +30,7 @@ std::string Read(const std::string& typed, unsigned limit) {
     std::mutex mutex;
     morvane::MenuLock lock(mutex);
     std::string text;
-    morvane_test::Printed([&] { text = proxy.AskText(lock, "Path", "What", limit); });
+    morvane_test::Printed([&] { text = proxy.AskText(lock, "Path", "What", limit).value(); });
     Require(lock.owns_lock(), "the lock is locked again");
     return text;
 }

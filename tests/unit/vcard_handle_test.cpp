@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace morvane {
@@ -20,7 +21,7 @@ std::string UniqueId(std::size_t length) {
 }
 
 // What is sent, or why nothing is.
-std::string Outcome(const std::string& typed) {
+std::string Outcome(const std::optional<std::string>& typed) {
     try {
         return "sent: " + VcardName(typed);
     } catch (const InvalidValueException& error) {
@@ -38,6 +39,10 @@ TEST(VcardHandleTest, SendsAsManyAsEightCharactersThatAreANumber) {
                                      "0x1234567"s, ""s, " "s, "-"s, "0x"s, "G"s, "1G"s, "1A "s,
                                      "1A.vcf"s, "1 2"s, "1A\0"s, "\xC3\xA4"s, std::string(41, '0')})
         EXPECT_EQ(Outcome(typed), kInvalidHandle) << testing::PrintToString(typed);
+}
+
+TEST(VcardHandleTest, RefusesAMissingAnswer) {
+    EXPECT_EQ(Outcome(std::nullopt), "Invalid vCard handle entered");
 }
 
 TEST(VcardHandleTest, SendsUniqueIdsOfTheirLengthWithTheirPrefix) {
