@@ -1,4 +1,5 @@
 #include "app/obex_proxy.h"
+#include "client/client_proxy_context.h"
 #include "console/menu.h"
 #include "console/reporting.h"
 

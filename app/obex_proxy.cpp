@@ -1,5 +1,6 @@
 #include "app/obex_proxy.h"
 
+#include "client/client_proxy_context.h"
 #include "console/console_input.h"
 #include "interfaces/bus_name.h"
 

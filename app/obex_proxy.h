@@ -1,9 +1,8 @@
 #pragma once
 
-#include "app/menu_lock.h"
 #include "app/obex_device_context.h"
 #include "app/removal_turns.h"
-#include "client/client_proxy_context.h"
+#include "console/menu_lock.h"
 #include "console/mutex.h"
 #include "interfaces/glib_ptr.h"
 
@@ -18,6 +17,9 @@
 #include <vector>
 
 namespace morvane {
+
+class ClientProxyContext;
+class PhonebookContext;
 
 /// The application: starts and stops its two threads, follows the daemon's objects and runs the
 /// main menu. There is one, `obexProxy`; it is destroyed after main() returns.

@@ -1,5 +1,7 @@
 #include "app/obex_proxy.h"
 
+#include "client/client_proxy_context.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>

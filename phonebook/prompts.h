@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/menu_lock.h"
+#include "console/menu_lock.h"
 
 #include <optional>
 #include <string>

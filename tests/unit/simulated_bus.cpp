@@ -1,6 +1,7 @@
 #include "unit/simulated_bus.h"
 
 #include "app/obex_proxy.h"
+#include "client/client_proxy_context.h"
 #include "console/console_output.h"
 
 #include <cstdlib>
