@@ -139,6 +139,14 @@ void Daemon::ForgetCalls() {
     impl_->instruments().recorder.Forget();
 }
 
+Subscription Daemon::OnCall(std::function<void(const Call&)> handler) {
+    return impl_->instruments().calls.Add(std::move(handler));
+}
+
+Subscription Daemon::OnAnswer(std::function<void(const Answer&)> handler) {
+    return impl_->instruments().answers.Add(std::move(handler));
+}
+
 std::vector<PhoneInfo> Daemon::Phones() const {
     return impl_->Ask([](Stack& stack) { return stack.devices().Phones(); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/faults/listeners.h"
 #include "simulator/faults/property_faults.h"
 #include "simulator/faults/recorder.h"
 #include "simulator/objects/descriptions.h"
@@ -59,6 +60,14 @@ class Daemon {
     /// See `Recorder::Await`.
     std::optional<Call> AwaitCall(const std::string& method, std::chrono::milliseconds timeout);
     void ForgetCalls();
+
+    // Every call to the daemon's objects, those of the standard interfaces too, and what was
+    // answered to it. Handlers are called in GDBus' worker thread, one at a time, for as long as
+    // the subscription exists; no message is sent or received meanwhile. They must not call the
+    // daemon. A call that hangs is announced as answered with `kHangs`, and again when it is
+    // released.
+    [[nodiscard]] Subscription OnCall(std::function<void(const Call&)> handler);
+    [[nodiscard]] Subscription OnAnswer(std::function<void(const Answer&)> handler);
 
     // Coming and going.
     [[nodiscard]] std::vector<PhoneInfo> Phones() const;

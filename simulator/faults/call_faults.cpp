@@ -1,7 +1,14 @@
 #include "simulator/faults/call_faults.h"
 
+#include <array>
+
 namespace simulator {
 namespace {
+
+const char* NameOf(CallFault::Kind kind) {
+    constexpr std::array<const char*, 3> kNames = {"refuse", "reply", "hang"};
+    return kNames.at(static_cast<std::size_t>(kind));
+}
 
 MessagePtr MakeAnswer(GDBusMessage* call, const CallFault& fault) {
     if (fault.kind == CallFault::Kind::kRefuse) {
@@ -25,18 +32,18 @@ void CallFaults::Clear() {
     plans_.clear();
 }
 
-MessagePtr CallFaults::Answer(GDBusMessage* call, const Call& description, bool& hangs) {
+FaultyAnswer CallFaults::AnswerTo(GDBusMessage* call, const Call& description) {
     const morvane::Hold hold(mutex_);
     const auto planned = Find(description);
-    hangs = planned != plans_.end() && planned->second.fault.kind == CallFault::Kind::kHang;
     if (planned == plans_.end()) {
-        return nullptr;
+        return {};
     }
-    MessagePtr answer;
-    if (hangs) {
+    const CallFault& fault = planned->second.fault;
+    FaultyAnswer answer{NameOf(fault.kind), nullptr};
+    if (fault.kind == CallFault::Kind::kHang) {
         hanging_.emplace_back(static_cast<GDBusMessage*>(g_object_ref(call)));
     } else {
-        answer = MakeAnswer(call, planned->second.fault);
+        answer.message = MakeAnswer(call, fault);
     }
     CountDown(planned);
     return answer;

@@ -22,6 +22,12 @@ struct CallFault {
     morvane::VariantPtr body;   ///< of kReply
 };
 
+/// What a fault makes of a call.
+struct FaultyAnswer {
+    const char* fault = nullptr;  ///< name of the fault's command; null when no fault applies
+    MessagePtr message;           ///< null when the call hangs
+};
+
 /// Which calls go wrong, and those that have had no answer yet. Safe from any thread.
 class CallFaults {
   public:
@@ -29,9 +35,9 @@ class CallFaults {
     void Set(const std::string& method, CallFault fault, unsigned times);
     void Clear();
 
-    /// The answer that a fault has for the call, if it has one. A call that is to hang is kept and
-    /// `hangs` set. `description` is the call's.
-    MessagePtr Answer(GDBusMessage* call, const Call& description, bool& hangs);
+    /// The answer that a fault has for the call, if it has one. A call that is to hang is kept.
+    /// `description` is the call's.
+    FaultyAnswer AnswerTo(GDBusMessage* call, const Call& description);
 
     /// The calls that hang, oldest first; they are the caller's to answer. Faults that make calls
     /// hang end.

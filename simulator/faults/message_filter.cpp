@@ -88,96 +88,131 @@ GDBusMessage* MessageFilter::Filter(GDBusConnection* connection, GDBusMessage* m
 }
 
 MessagePtr MessageFilter::OnCall(GDBusConnection* connection, MessagePtr call) {
-    if (!IsReleased(connection, call.get())) {
-        const Call description = Describe(call.get());
-        if (IsOurs(description)) {
-            instruments_->recorder.Record(description);
+    Pending pending;
+    pending.call = Describe(call.get());
+    pending.is_released = IsReleased(connection, call.get());
+    FaultyAnswer answer;
+    if (!pending.is_released) {
+        if (IsOurs(pending.call)) {
+            instruments_->recorder.Record(pending.call);
         }
-        bool hangs = false;
-        const MessagePtr answer = AnswerFaultily(call.get(), description, hangs);
-        if (answer) {
-            g_dbus_connection_send_message(connection, answer.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE,
-                                           nullptr, nullptr);
-        }
-        if (answer || hangs) {
-            return nullptr;
-        }
+        instruments_->calls.Announce(pending.call);
+        answer = AnswerFaultily(call.get(), pending.call);
     }
-    Remember(call.get());
-    return call;
+    pending.fault = answer.fault;
+    pending.hangs = answer.fault != nullptr && !answer.message;
+    Remember(call.get(), std::move(pending));
+    if (answer.message) {
+        g_dbus_connection_send_message(connection, answer.message.get(),
+                                       G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+    }
+    return answer.fault == nullptr ? std::move(call) : nullptr;
 }
 
-MessagePtr MessageFilter::AnswerFaultily(GDBusMessage* call, const Call& description, bool& hangs) {
-    MessagePtr answer = instruments_->call_faults.Answer(call, description, hangs);
-    if (!answer && !hangs && Is(call, kProperties, "Get") && HasBody(call, "(ss)")) {
+FaultyAnswer MessageFilter::AnswerFaultily(GDBusMessage* call, const Call& description) {
+    FaultyAnswer answer = instruments_->call_faults.AnswerTo(call, description);
+    if (answer.fault == nullptr && Is(call, kProperties, "Get") && HasBody(call, "(ss)")) {
         return AnswerGet(call);
     }
     return answer;
 }
 
-MessagePtr MessageFilter::AnswerGet(GDBusMessage* call) {
+FaultyAnswer MessageFilter::AnswerGet(GDBusMessage* call) {
     const gchar* interface = nullptr;
     const gchar* name = nullptr;
     g_variant_get(g_dbus_message_get_body(call), "(&s&s)", &interface, &name);
     const PropertyFaults::Reading reading =
         instruments_->property_faults.Read(PathOf(call), interface, name);
     if (!reading.faulty) {
-        return nullptr;
+        return {};
     }
     if (!reading.value) {
-        return MessagePtr(g_dbus_message_new_method_error(
-            call, "org.freedesktop.DBus.Error.InvalidArgs", "No such property “%s”", name));
+        return {"hide", MessagePtr(g_dbus_message_new_method_error(
+                            call, "org.freedesktop.DBus.Error.InvalidArgs", "No such property “%s”",
+                            name))};
     }
     MessagePtr reply(g_dbus_message_new_method_reply(call));
     g_dbus_message_set_body(reply.get(), g_variant_new("(v)", reading.value.get()));
-    return reply;
+    return {"override", std::move(reply)};
 }
 
-void MessageFilter::Remember(GDBusMessage* call) {
-    const bool all_objects = Is(call, kObjectManager, "GetManagedObjects");
-    const bool one_object = Is(call, kProperties, "GetAll") && HasBody(call, "(s)");
-    if (!all_objects && !one_object) {
+void MessageFilter::Remember(GDBusMessage* call, Pending pending) {
+    const bool wants_reply =
+        (g_dbus_message_get_flags(call) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) == 0;
+    if (pending.hangs || !wants_reply) {
+        const auto kind = pending.hangs ? Answer::Kind::kHangs : Answer::Kind::kNotWanted;
+        instruments_->answers.Announce({pending.call, kind, "", "", TextOrEmpty(pending.fault)});
+    }
+    if (!wants_reply) {
         return;
     }
-    const gchar* interface = "";
-    if (one_object) {
+    pending.reads_objects = Is(call, kObjectManager, "GetManagedObjects");
+    pending.reads_interface = Is(call, kProperties, "GetAll") && HasBody(call, "(s)");
+    if (pending.reads_interface) {
+        const gchar* interface = nullptr;
         g_variant_get(g_dbus_message_get_body(call), "(&s)", &interface);
+        pending.interface = interface;
     }
     const morvane::Hold hold(mutex_);
-    questions_[{TextOrEmpty(g_dbus_message_get_sender(call)), g_dbus_message_get_serial(call)}] =
-        Subject{PathOf(call), interface, all_objects};
+    pending_[{pending.call.sender, g_dbus_message_get_serial(call)}] = std::move(pending);
 }
 
 MessagePtr MessageFilter::OnOutgoing(MessagePtr message) {
-    VariantPtr body;
-    if (g_dbus_message_get_message_type(message.get()) == G_DBUS_MESSAGE_TYPE_SIGNAL) {
-        body = EditSignal(message.get());
-    } else {
-        body = EditReply(message.get());
+    if (g_dbus_message_get_message_type(message.get()) != G_DBUS_MESSAGE_TYPE_SIGNAL) {
+        return OnReply(std::move(message));
     }
+    const VariantPtr body = EditSignal(message.get());
     return body ? CopyWithBody(message, body) : std::move(message);
 }
 
-VariantPtr MessageFilter::EditReply(GDBusMessage* reply) {
-    Subject subject;
-    {
-        const morvane::Hold hold(mutex_);
-        const auto question = questions_.find({TextOrEmpty(g_dbus_message_get_destination(reply)),
-                                               g_dbus_message_get_reply_serial(reply)});
-        if (question == questions_.end()) {
-            return nullptr;
-        }
-        subject = question->second;
-        questions_.erase(question);
+MessagePtr MessageFilter::OnReply(MessagePtr reply) {
+    std::optional<Pending> answered = TakeAnswered(reply.get());
+    if (!answered) {
+        return reply;
     }
-    if (!HasBody(reply, subject.all_objects ? "(a{oa{sa{sv}}})" : "(a{sv})")) {
+    const VariantPtr body = EditReply(reply.get(), *answered);
+    if (body) {
+        const bool differs = g_variant_equal(body.get(), g_dbus_message_get_body(reply.get())) == 0;
+        answered->fault = differs ? "override or hide" : nullptr;
+        reply = CopyWithBody(reply, body);
+    }
+    if (reply && !answered->is_released && !instruments_->answers.IsEmpty()) {
+        AnnounceAnswer(reply.get(), *answered);
+    }
+    return reply;
+}
+
+std::optional<MessageFilter::Pending> MessageFilter::TakeAnswered(GDBusMessage* reply) {
+    const morvane::Hold hold(mutex_);
+    const auto found = pending_.find({TextOrEmpty(g_dbus_message_get_destination(reply)),
+                                      g_dbus_message_get_reply_serial(reply)});
+    if (found == pending_.end()) {
+        return std::nullopt;
+    }
+    Pending answered = std::move(found->second);
+    pending_.erase(found);
+    return answered;
+}
+
+void MessageFilter::AnnounceAnswer(GDBusMessage* reply, const Pending& answered) const {
+    const std::string error = TextOrEmpty(g_dbus_message_get_error_name(reply));
+    instruments_->answers.Announce(
+        {answered.call, error.empty() ? Answer::Kind::kReply : Answer::Kind::kError, error,
+         Print(g_dbus_message_get_body(reply)), TextOrEmpty(answered.fault)});
+}
+
+/// Null for a reply that is sent unchanged.
+VariantPtr MessageFilter::EditReply(GDBusMessage* reply, const Pending& answered) const {
+    const bool reads = answered.reads_objects || answered.reads_interface;
+    if (!reads || answered.fault != nullptr ||
+        !HasBody(reply, answered.reads_objects ? "(a{oa{sa{sv}}})" : "(a{sv})")) {
         return nullptr;
     }
     const VariantPtr content(g_variant_get_child_value(g_dbus_message_get_body(reply), 0));
-    const VariantPtr edited =
-        subject.all_objects
-            ? EditObjects(content.get())
-            : instruments_->property_faults.Apply(subject.path, subject.interface, content.get());
+    const VariantPtr edited = answered.reads_objects
+                                  ? EditObjects(content.get())
+                                  : instruments_->property_faults.Apply(
+                                        answered.call.path, answered.interface, content.get());
     GVariant* child = edited.get();
     return Own(g_variant_new_tuple(&child, 1));
 }

@@ -2,6 +2,7 @@
 
 #include "console/mutex.h"
 #include "simulator/faults/call_faults.h"
+#include "simulator/faults/listeners.h"
 #include "simulator/faults/property_faults.h"
 #include "simulator/faults/recorder.h"
 
@@ -9,6 +10,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -19,6 +21,9 @@ struct Instruments {
     Recorder recorder;
     CallFaults call_faults;
     PropertyFaults property_faults;
+    // Both are called in GDBus' worker thread.
+    Listeners<Call> calls;
+    Listeners<Answer> answers;
 };
 
 /// A signal with this flag, which means nothing on a signal, is sent as it stands.
@@ -34,24 +39,31 @@ class MessageFilter {
         : instruments_(std::move(instruments)) {}
 
   private:
-    /// A reading of properties that has not been answered yet: who asked, and for what.
-    using Question = std::pair<std::string, guint32>;  // caller, serial
-    struct Subject {
-        std::string path;
+    using CallId = std::pair<std::string, guint32>;  // caller, serial
+    /// A call that has not been answered yet.
+    struct Pending {
+        Call call;
+        bool is_released = false;     ///< answered to the connection itself first
+        const char* fault = nullptr;  ///< name of its command; null when none applies
+        bool hangs = false;
+        bool reads_objects = false;    ///< GetManagedObjects
+        bool reads_interface = false;  ///< GetAll, of this one:
         std::string interface;
-        bool all_objects;
     };
 
     static GDBusMessage* Filter(GDBusConnection* connection, GDBusMessage* message,
                                 gboolean incoming, gpointer self);
 
     MessagePtr OnCall(GDBusConnection* connection, MessagePtr call);
-    MessagePtr AnswerFaultily(GDBusMessage* call, const Call& description, bool& hangs);
-    MessagePtr AnswerGet(GDBusMessage* call);
-    void Remember(GDBusMessage* call);
+    FaultyAnswer AnswerFaultily(GDBusMessage* call, const Call& description);
+    FaultyAnswer AnswerGet(GDBusMessage* call);
+    void Remember(GDBusMessage* call, Pending pending);
+    std::optional<Pending> TakeAnswered(GDBusMessage* reply);
 
     MessagePtr OnOutgoing(MessagePtr message);
-    morvane::VariantPtr EditReply(GDBusMessage* reply);
+    MessagePtr OnReply(MessagePtr reply);
+    void AnnounceAnswer(GDBusMessage* reply, const Pending& answered) const;
+    morvane::VariantPtr EditReply(GDBusMessage* reply, const Pending& answered) const;
     morvane::VariantPtr EditSignal(GDBusMessage* signal);
     morvane::VariantPtr EditObjects(GVariant* objects) const;
     morvane::VariantPtr EditInterfaces(const std::string& path, GVariant* interfaces) const;
@@ -59,7 +71,7 @@ class MessageFilter {
 
     const std::shared_ptr<Instruments> instruments_;
     morvane::Mutex mutex_;
-    std::map<Question, Subject> questions_ MORVANE_GUARDED_BY(mutex_);
+    std::map<CallId, Pending> pending_ MORVANE_GUARDED_BY(mutex_);
 };
 
 }  // namespace simulator

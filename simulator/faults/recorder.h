@@ -19,6 +19,22 @@ struct Call {
     std::string body;  ///< GVariant text with type annotations; "()" without arguments
 };
 
+/// How a call was answered.
+struct Answer {
+    enum class Kind {
+        kReply,
+        kError,
+        kHangs,      ///< not yet; another answer follows if the call is released
+        kNotWanted,  ///< the caller expects no reply
+    };
+    Call call;
+    Kind kind;
+    std::string error_name;  ///< of kError, otherwise empty
+    std::string body;        ///< GVariant text with type annotations; empty without an answer
+    /// The command whose fault changed the answer, such as "refuse"; empty if none did.
+    std::string fault;
+};
+
 /// One line for a failure message: "/path interface.Method(body)".
 std::string Describe(const Call& call);
 

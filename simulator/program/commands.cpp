@@ -26,11 +26,15 @@ struct Command {
     std::string (*execute)(Commands& commands, Daemon& daemon, const Words& words);
 };
 
+CommandError Invalid(const std::string& message) {
+    return {CommandErrorKind::kInvalidArguments, message};
+}
+
 VariantPtr ParseValue(const std::string& text) {
     ErrorPtr error;
     VariantPtr value(g_variant_parse(nullptr, text.c_str(), nullptr, nullptr, Out(error)));
     if (!value) {
-        throw std::runtime_error("Not a value: " + text + " (" + error->message + ")");
+        throw Invalid("Not a value: " + text + " (" + error->message + ")");
     }
     return value;
 }
@@ -38,7 +42,7 @@ VariantPtr ParseValue(const std::string& text) {
 std::uint64_t ParseNumber(const std::string& text, std::uint64_t largest) {
     guint64 number = 0;
     if (g_ascii_string_to_unsigned(text.c_str(), 10, 0, largest, &number, nullptr) == FALSE) {
-        throw std::runtime_error("Not a number from 0 to " + std::to_string(largest) + ": " + text);
+        throw Invalid("Not a number from 0 to " + std::to_string(largest) + ": " + text);
     }
     return number;
 }
@@ -49,7 +53,7 @@ std::uint64_t ParseNumber(const std::string& text) {
 
 bool ParseSwitch(const std::string& text) {
     if (text != "on" && text != "off") {
-        throw std::runtime_error("Neither on nor off: " + text);
+        throw Invalid("Neither on nor off: " + text);
     }
     return text == "on";
 }
@@ -220,7 +224,8 @@ const Command& FindCommand(const std::string& name) {
             return command;
         }
     }
-    throw std::runtime_error("Unknown command: " + name + " (try help)");
+    throw CommandError(CommandErrorKind::kUnknownCommand,
+                       "Unknown command: " + name + " (try help)");
 }
 
 std::string UsageOf(const Command& command) {
@@ -276,7 +281,7 @@ Words Split(std::istringstream& line, std::size_t count) {
 
 std::string Commands::Execute(const std::string& line) {
     if (g_utf8_validate(line.c_str(), static_cast<gssize>(line.size()), nullptr) == FALSE) {
-        throw std::runtime_error("The command is not in UTF-8");
+        throw Invalid("The command is not in UTF-8");
     }
     std::istringstream stream(line);
     std::string name;
@@ -288,9 +293,17 @@ std::string Commands::Execute(const std::string& line) {
     const Words words = Split(stream, count.most);
     std::string rest;
     if (words.size() < count.least || stream >> rest) {
-        throw std::runtime_error("Usage: " + UsageOf(command));
+        throw Invalid("Usage: " + UsageOf(command));
     }
-    return command.execute(*this, daemon_, words);
+    try {
+        return command.execute(*this, daemon_, words);
+    } catch (const std::invalid_argument& failure) {
+        throw Invalid(failure.what());
+    } catch (const CommandError&) {
+        throw;
+    } catch (const std::exception& failure) {
+        throw CommandError(CommandErrorKind::kFailed, failure.what());
+    }
 }
 
 }  // namespace simulator

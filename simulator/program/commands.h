@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/daemon.h"
+#include "simulator/program/command_error.h"
 
 #include <string>
 
@@ -12,9 +13,8 @@ class Commands {
   public:
     explicit Commands(Daemon& daemon) : daemon_(daemon) {}
 
-    /// What there is to tell, empty or ending in a line end. Throws `std::runtime_error` or
-    /// `std::invalid_argument` with one line for a command that is not understood or fails. Empty
-    /// lines and those that begin with "#" do nothing.
+    /// What there is to tell, empty or ending in a line end. Throws `CommandError`.
+    /// Empty lines and those that begin with "#" do nothing.
     std::string Execute(const std::string& line);
     [[nodiscard]] bool IsQuitting() const { return quitting_; }
     void Quit() { quitting_ = true; }

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace simulator {
+
+enum class CommandErrorKind {
+    kUnknownCommand,
+    kInvalidArguments,  ///< too few or too many, malformed, or naming what the interfaces lack
+    kNoSuchObject,      ///< no such session, transfer or device
+    kFailed,            ///< understood, but not possible now
+};
+
+/// Why a command was not carried out, in one line.
+class CommandError : public std::runtime_error {
+  public:
+    CommandError(CommandErrorKind kind, const std::string& message)
+        : std::runtime_error(message), kind_(kind) {}
+    [[nodiscard]] CommandErrorKind kind() const noexcept { return kind_; }
+
+  private:
+    CommandErrorKind kind_;
+};
+
+}  // namespace simulator
