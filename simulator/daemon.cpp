@@ -5,7 +5,9 @@
 #include "simulator/objects/stack.h"
 
 #include <limits>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -49,6 +51,16 @@ void DemandInterface(const std::string& interface) {
            "Not an interface name: " + interface);
 }
 
+template <typename Info>
+std::vector<std::string> PathsOf(const std::vector<Info>& infos) {
+    std::vector<std::string> paths;
+    paths.reserve(infos.size());
+    for (const Info& info : infos) {
+        paths.push_back(info.path);
+    }
+    return paths;
+}
+
 std::string BusNameOf(const std::string& instance) {
     std::string name =
         instance.empty() ? kDefaultBusName : std::string(kDefaultBusName) + "." + instance;
@@ -86,6 +98,13 @@ class Daemon::Impl {
             stack_->bus().Settle();
         });
     }
+    /// The same for an action that returns whether it changed anything.
+    template <typename Action>
+    bool Change(Action action) {
+        bool changed = false;
+        Do([&](Stack& stack) { changed = action(stack); });
+        return changed;
+    }
 
     template <typename Question>
     auto Ask(Question question) {
@@ -94,13 +113,17 @@ class Daemon::Impl {
         return answer;
     }
 
-    void Release() {
+    bool Release() {
         std::promise<void> answered;
+        bool changed = false;
         thread_.Run([&] {
-            stack_->bus().CarryOut(instruments_->call_faults.Release(),
+            CallFaults::Released released = instruments_->call_faults.Release();
+            changed = released.faults_ended || !released.calls.empty();
+            stack_->bus().CarryOut(std::move(released.calls),
                                    [&answered] { answered.set_value(); });
         });
         answered.get_future().get();
+        return changed;
     }
 
     [[nodiscard]] const std::string& bus_name() const { return bus_name_; }
@@ -135,8 +158,8 @@ std::optional<Call> Daemon::AwaitCall(const std::string& method,
     return impl_->instruments().recorder.Await(method, timeout);
 }
 
-void Daemon::ForgetCalls() {
-    impl_->instruments().recorder.Forget();
+bool Daemon::ForgetCalls() {
+    return impl_->instruments().recorder.Forget();
 }
 
 Subscription Daemon::OnCall(std::function<void(const Call&)> handler) {
@@ -149,6 +172,10 @@ Subscription Daemon::OnAnswer(std::function<void(const Answer&)> handler) {
 
 std::vector<PhoneInfo> Daemon::Phones() const {
     return impl_->Ask([](Stack& stack) { return stack.devices().Phones(); });
+}
+
+std::vector<PhoneInfo> Daemon::Devices() const {
+    return impl_->Ask([](Stack& stack) { return stack.devices().All(); });
 }
 
 void Daemon::AddDevice(const std::string& path, GVariant* properties) {
@@ -167,29 +194,30 @@ void Daemon::RemoveDevice(const std::string& path) {
     impl_->Do([&](Stack& stack) { stack.devices().Remove(path); });
 }
 
-void Daemon::ReturnDevice(const std::string& path) {
-    impl_->Do([&](Stack& stack) { stack.devices().Return(path); });
+bool Daemon::ReturnDevice(const std::string& path) {
+    return impl_->Change([&](Stack& stack) { return stack.devices().Return(path); });
 }
 
-void Daemon::RemoveClient() {
-    impl_->Do([](Stack& stack) { stack.RemoveClient(); });
+bool Daemon::RemoveClient() {
+    return impl_->Change([](Stack& stack) { return stack.RemoveClient(); });
 }
 
-void Daemon::AddClient() {
-    impl_->Do([](Stack& stack) { stack.AddClient(); });
+bool Daemon::AddClient() {
+    return impl_->Change([](Stack& stack) { return stack.AddClient(); });
 }
 
-void Daemon::LeaveBus() {
-    impl_->Do([](Stack& stack) { stack.LeaveBus(); });
+bool Daemon::LeaveBus() {
+    return impl_->Change([](Stack& stack) { return stack.LeaveBus(); });
 }
 
-void Daemon::Crash() {
-    impl_->Do([](Stack& stack) { stack.Crash(); });
+bool Daemon::Crash() {
+    const bool changed = impl_->Change([](Stack& stack) { return stack.Crash(); });
     impl_->instruments().call_faults.ForgetHanging();
+    return changed;
 }
 
-void Daemon::ReturnToBus() {
-    impl_->Do([](Stack& stack) { stack.ReturnToBus(); });
+bool Daemon::ReturnToBus() {
+    return impl_->Change([](Stack& stack) { return stack.ReturnToBus(); });
 }
 
 void Daemon::OnBusLost(std::function<void()> handler) {
@@ -197,15 +225,24 @@ void Daemon::OnBusLost(std::function<void()> handler) {
 }
 
 std::vector<std::string> Daemon::Sessions() const {
-    return impl_->Ask([](Stack& stack) { return stack.sessions().Paths(); });
+    return PathsOf(DescribeSessions());
 }
 
 std::vector<std::string> Daemon::Transfers() const {
-    return impl_->Ask([](Stack& stack) { return stack.sessions().TransferPaths(); });
+    return PathsOf(DescribeTransfers());
 }
 
-void Daemon::SetConnectionState(const std::string& session, std::uint8_t state) {
-    impl_->Do([&](Stack& stack) { stack.GetSession(session).SetConnectionState(state); });
+std::vector<SessionInfo> Daemon::DescribeSessions() const {
+    return impl_->Ask([](Stack& stack) { return stack.sessions().Describe(); });
+}
+
+std::vector<TransferInfo> Daemon::DescribeTransfers() const {
+    return impl_->Ask([](Stack& stack) { return stack.sessions().DescribeTransfers(); });
+}
+
+bool Daemon::SetConnectionState(const std::string& session, std::uint8_t state) {
+    return impl_->Change(
+        [&](Stack& stack) { return stack.GetSession(session).SetConnectionState(state); });
 }
 
 void Daemon::CloseSession(const std::string& session) {
@@ -219,16 +256,18 @@ void Daemon::SetPullContent(const std::string& content) {
     impl_->Do([&](Stack& stack) { stack.world().pull_content = content; });
 }
 
-void Daemon::RestorePullContent() {
-    impl_->Do([](Stack& stack) { stack.world().pull_content.reset(); });
+bool Daemon::RestorePullContent() {
+    return impl_->Change([](Stack& stack) {
+        return std::exchange(stack.world().pull_content, std::nullopt).has_value();
+    });
 }
 
 void Daemon::AdvanceTransfer(const std::string& transfer, std::uint64_t bytes) {
     impl_->Do([&](Stack& stack) { stack.GetTransfer(transfer).Advance(bytes); });
 }
 
-void Daemon::StartTransfer(const std::string& transfer) {
-    impl_->Do([&](Stack& stack) { stack.GetTransfer(transfer).Start(); });
+bool Daemon::StartTransfer(const std::string& transfer) {
+    return impl_->Change([&](Stack& stack) { return stack.GetTransfer(transfer).Start(); });
 }
 
 void Daemon::CompleteTransfer(const std::string& transfer) {
@@ -239,12 +278,15 @@ void Daemon::AbortTransfer(const std::string& transfer) {
     impl_->Do([&](Stack& stack) { stack.GetTransfer(transfer).Abort(); });
 }
 
-void Daemon::StallTransfers(bool stall) {
-    impl_->Do([&](Stack& stack) { stack.world().transfers_stalled = stall; });
+bool Daemon::StallTransfers(bool stall) {
+    return impl_->Change([&](Stack& stack) {
+        return std::exchange(stack.world().transfers_stalled, stall) != stall;
+    });
 }
 
-void Daemon::UseEmptyTransferPath(bool use) {
-    impl_->Do([&](Stack& stack) { stack.world().empty_transfer_path = use; });
+bool Daemon::UseEmptyTransferPath(bool use) {
+    return impl_->Change(
+        [&](Stack& stack) { return std::exchange(stack.world().empty_transfer_path, use) != use; });
 }
 
 void Daemon::MissCall(const std::string& phone, const std::string& number) {
@@ -273,12 +315,12 @@ void Daemon::Hang(const std::string& method, unsigned times) {
     impl_->instruments().call_faults.Set(method, {CallFault::Kind::kHang, "", "", nullptr}, times);
 }
 
-void Daemon::Release() {
-    impl_->Release();
+bool Daemon::Release() {
+    return impl_->Release();
 }
 
-void Daemon::ClearFaults() {
-    impl_->instruments().call_faults.Clear();
+bool Daemon::ClearFaults() {
+    return impl_->instruments().call_faults.Clear();
 }
 
 void Daemon::OverrideProperty(const std::string& path, const std::string& interface,
@@ -291,8 +333,8 @@ void Daemon::HideProperty(const std::string& path, const std::string& interface,
     impl_->instruments().property_faults.Hide(path, interface, name);
 }
 
-void Daemon::ClearPropertyFaults() {
-    impl_->instruments().property_faults.Clear();
+bool Daemon::ClearPropertyFaults() {
+    return impl_->instruments().property_faults.Clear();
 }
 
 void Daemon::Notify(const std::string& path, const std::string& interface, const std::string& name,

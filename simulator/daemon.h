@@ -38,6 +38,8 @@ inline constexpr unsigned kAlways = 0;
 /// path or address is not known; `std::invalid_argument` when an argument is malformed (no object
 /// path, no tuple where one is due).
 ///
+/// Members that return `bool` return whether they changed anything, if nothing else is documented.
+///
 /// Values: every `GVariant*` parameter is consumed when floating, and otherwise only referred to.
 /// A null value is refused.
 class Daemon {
@@ -59,7 +61,7 @@ class Daemon {
     [[nodiscard]] std::vector<Call> Calls() const;
     /// See `Recorder::Await`.
     std::optional<Call> AwaitCall(const std::string& method, std::chrono::milliseconds timeout);
-    void ForgetCalls();
+    bool ForgetCalls();
 
     // Every call to the daemon's objects, those of the standard interfaces too, and what was
     // answered to it. Handlers are called in GDBus' worker thread, one at a time, for as long as
@@ -71,6 +73,8 @@ class Daemon {
 
     // Coming and going.
     [[nodiscard]] std::vector<PhoneInfo> Phones() const;
+    /// With what `AddDevice` added.
+    [[nodiscard]] std::vector<PhoneInfo> Devices() const;
     /// Adds a device that has exactly these properties (a{sv}), whatever their types, and no
     /// others. A path that is in use is refused. Sessions can be made to it when it has an
     /// "Address" of type s: a phone with the seed's contents then stands behind it.
@@ -81,46 +85,48 @@ class Daemon {
     /// `AddDevice` is forgotten, a phone may return.
     void RemoveDevice(const std::string& path);
     /// Brings back a phone that `RemoveDevice` took away.
-    void ReturnDevice(const std::string& path);
+    bool ReturnDevice(const std::string& path);
     /// Takes the client object away, and with it all sessions, without a change of their state.
-    void RemoveClient();
-    void AddClient();  ///< does nothing when it is there
+    bool RemoveClient();
+    bool AddClient();  ///< does nothing when it is there
     /// Gives up the bus name; the connection stays. Sessions end, as in a daemon that stops.
-    void LeaveBus();
+    bool LeaveBus();
     /// Drops the connection without a word, as a killed process does: callers still waiting are
     /// told by the bus, as soon as it notices. Sessions end.
-    void Crash();
-    void ReturnToBus();  ///< after `LeaveBus` or `Crash`; does nothing when it is there
+    bool Crash();
+    bool ReturnToBus();  ///< after `LeaveBus` or `Crash`; does nothing when it is there
     /// Called in the daemon's thread when the bus goes away by itself. It must not call back here.
     void OnBusLost(std::function<void()> handler);
 
     // Sessions and transfers.
     [[nodiscard]] std::vector<std::string> Sessions() const;   ///< paths, oldest first
     [[nodiscard]] std::vector<std::string> Transfers() const;  ///< paths, oldest first
+    [[nodiscard]] std::vector<SessionInfo> DescribeSessions() const;
+    [[nodiscard]] std::vector<TransferInfo> DescribeTransfers() const;
     /// Sets and announces it.
-    void SetConnectionState(const std::string& session, std::uint8_t state);
+    bool SetConnectionState(const std::string& session, std::uint8_t state);
     /// Ends the session from the phone's side: state 0 is announced, the object goes.
     void CloseSession(const std::string& session);
     /// The next pulls download exactly these bytes, until `RestorePullContent`. They need no
     /// selected phone book, handle or filter that makes sense.
     void SetPullContent(const std::string& content);
-    void RestorePullContent();
+    bool RestorePullContent();
     /// Makes the transfer active if it is queued, writes up to so many further bytes to its file
     /// and announces Transferred; Status too when it changes. At its end it is complete. Refused
     /// when it is already complete or in error.
     void AdvanceTransfer(const std::string& transfer, std::uint64_t bytes);
     /// Makes it active (announced) without writing.
-    void StartTransfer(const std::string& transfer);
+    bool StartTransfer(const std::string& transfer);
     /// All that is left at once.
     void CompleteTransfer(const std::string& transfer);
     /// Status "error", announced; what was written stays.
     void AbortTransfer(const std::string& transfer);
     /// Whether transfers stand still, as on a lost radio link. Nothing is announced. Concerns
     /// transfers moved by rate, present and future.
-    void StallTransfers(bool stall);
+    bool StallTransfers(bool stall);
     /// An object path cannot be empty on D-Bus. The nearest thing that can be sent is "/", with
     /// no transfer object behind it, in the reply to every pull while this is on.
-    void UseEmptyTransferPath(bool use);
+    bool UseEmptyTransferPath(bool use);
 
     // What happens on a phone, by its device path or address. Clients hear of it when a call of
     // theirs brings the news, as the profile has it.
@@ -138,9 +144,9 @@ class Daemon {
     /// Gives no answer until `Release`.
     void Hang(const std::string& method, unsigned times = kAlways);
     /// Answers all calls that hang, by then carrying them out, and lets later ones pass.
-    void Release();
+    bool Release();
     /// Forgets faults of calls. What hangs goes on hanging.
-    void ClearFaults();
+    bool ClearFaults();
 
     // Faults of properties, in every way in which a client can read them: Get, GetAll,
     // GetManagedObjects, InterfacesAdded, the dictionary of a pull's reply and the changes that the
@@ -150,7 +156,7 @@ class Daemon {
                           const std::string& name, GVariant* value);
     void HideProperty(const std::string& path, const std::string& interface,
                       const std::string& name);
-    void ClearPropertyFaults();
+    bool ClearPropertyFaults();
 
     // Notifications. The object need not exist, the property neither; nothing else changes, so
     // that a later reading shows the old value unless it was overridden.

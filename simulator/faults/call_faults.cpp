@@ -1,6 +1,7 @@
 #include "simulator/faults/call_faults.h"
 
 #include <array>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -27,9 +28,11 @@ void CallFaults::Set(const std::string& method, CallFault fault, unsigned times)
     plans_.insert_or_assign(method, Planned{std::move(fault), times});
 }
 
-void CallFaults::Clear() {
+bool CallFaults::Clear() {
     const morvane::Hold hold(mutex_);
+    const bool any = !plans_.empty();
     plans_.clear();
+    return any;
 }
 
 FaultyAnswer CallFaults::AnswerTo(GDBusMessage* call, const Call& description) {
@@ -63,15 +66,14 @@ void CallFaults::CountDown(Plans::iterator planned) {
     }
 }
 
-std::vector<MessagePtr> CallFaults::Release() {
+CallFaults::Released CallFaults::Release() {
     const morvane::Hold hold(mutex_);
+    const std::size_t planned = plans_.size();
     for (auto plan = plans_.begin(); plan != plans_.end();) {
         const bool hangs = plan->second.fault.kind == CallFault::Kind::kHang;
         plan = hangs ? plans_.erase(plan) : std::next(plan);
     }
-    std::vector<MessagePtr> hanging;
-    hanging.swap(hanging_);
-    return hanging;
+    return {std::exchange(hanging_, {}), plans_.size() != planned};
 }
 
 void CallFaults::ForgetHanging() {

@@ -31,9 +31,15 @@ struct FaultyAnswer {
 /// Which calls go wrong, and those that have had no answer yet. Safe from any thread.
 class CallFaults {
   public:
+    struct Released {
+        std::vector<MessagePtr> calls;
+        bool faults_ended;
+    };
+
     /// `method` with or without its interface; `times` 0 is always.
     void Set(const std::string& method, CallFault fault, unsigned times);
-    void Clear();
+    /// Returns whether there were any.
+    bool Clear();
 
     /// The answer that a fault has for the call, if it has one. A call that is to hang is kept.
     /// `description` is the call's.
@@ -41,7 +47,7 @@ class CallFaults {
 
     /// The calls that hang, oldest first; they are the caller's to answer. Faults that make calls
     /// hang end.
-    std::vector<MessagePtr> Release();
+    Released Release();
     void ForgetHanging();
 
   private:

@@ -23,9 +23,11 @@ void PropertyFaults::Hide(const std::string& path, const std::string& interface,
     Override(path, interface, name, nullptr);
 }
 
-void PropertyFaults::Clear() {
+bool PropertyFaults::Clear() {
     const morvane::Hold hold(mutex_);
+    const bool any = !faults_.empty();
     faults_.clear();
+    return any;
 }
 
 void PropertyFaults::SetExact(const std::string& path, const std::string& interface,

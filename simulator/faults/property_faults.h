@@ -22,8 +22,8 @@ class PropertyFaults {
     void Override(const std::string& path, const std::string& interface, const std::string& name,
                   morvane::VariantPtr value);
     void Hide(const std::string& path, const std::string& interface, const std::string& name);
-    /// Forgets what `Override` and `Hide` did.
-    void Clear();
+    /// Forgets what `Override` and `Hide` did; returns whether there was anything.
+    bool Clear();
 
     /// Gives an object's interface exactly these properties (a{sv}), until `ForgetExact`.
     void SetExact(const std::string& path, const std::string& interface,

@@ -23,9 +23,11 @@ void Recorder::Record(Call call) {
     arrival_.notify_all();
 }
 
-void Recorder::Forget() {
+bool Recorder::Forget() {
     const morvane::Hold hold(mutex_);
+    const bool any = !entries_.empty();
     entries_.clear();
+    return any;
 }
 
 std::vector<Call> Recorder::Calls() const {

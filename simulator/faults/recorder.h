@@ -42,7 +42,8 @@ std::string Describe(const Call& call);
 class Recorder {
   public:
     void Record(Call call);
-    void Forget();
+    /// Returns whether there were any.
+    bool Forget();
     [[nodiscard]] std::vector<Call> Calls() const;
 
     /// The first call of `method` that no earlier `Await` has returned, waiting for it if need be;

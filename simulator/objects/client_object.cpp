@@ -57,7 +57,7 @@ VariantPtr ClientObject::CreateSession(const gchar* destination, GVariant* argum
     if (device->demands_authentication) {
         DemandAuthentication();
     }
-    const Session& session = sessions_.Open(device->address, device->phone);
+    const Session& session = sessions_.Open(device->address, device->alias, device->phone);
     return VariantPtr(g_variant_ref_sink(g_variant_new("(o)", session.path().c_str())));
 }
 

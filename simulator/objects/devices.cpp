@@ -83,13 +83,21 @@ Devices::Device& Devices::Get(const std::string& path_or_address) {
 }
 
 std::vector<PhoneInfo> Devices::Phones() const {
+    return Describe([](const Device& device) { return !device.scripted; });
+}
+
+std::vector<PhoneInfo> Devices::All() const {
+    return Describe([](const Device&) { return true; });
+}
+
+template <typename Condition>
+std::vector<PhoneInfo> Devices::Describe(const Condition& condition) const {
     std::vector<PhoneInfo> phones;
     for (const Device& device : devices_) {
-        if (device.scripted) {
-            continue;
+        if (condition(device)) {
+            phones.push_back({device.path, device.address, device.alias,
+                              device.demands_authentication, device.object != nullptr});
         }
-        phones.push_back({device.path, device.address, device.alias, device.demands_authentication,
-                          device.object != nullptr});
     }
     return phones;
 }
@@ -131,11 +139,13 @@ void Devices::Remove(const std::string& path) {
                                 [&device](const Device& one) { return &one == &device; }));
 }
 
-void Devices::Return(const std::string& path) {
+bool Devices::Return(const std::string& path) {
     Device& device = Get(path);
-    if (!device.object) {
-        Show(device);
+    if (device.object) {
+        return false;
     }
+    Show(device);
+    return true;
 }
 
 }  // namespace simulator

@@ -31,14 +31,17 @@ class Devices {
     /// By path or address, in reach or not; throws `std::runtime_error` when there is none.
     Device& Get(const std::string& path_or_address);
     [[nodiscard]] std::vector<PhoneInfo> Phones() const;
+    [[nodiscard]] std::vector<PhoneInfo> All() const;
 
     // What these are for is told where `Daemon` declares them.
     void Add(const std::string& path, const std::string& address, const std::string& alias);
     void AddExact(const std::string& path, GVariant* properties);
     void Remove(const std::string& path);
-    void Return(const std::string& path);
+    bool Return(const std::string& path);
 
   private:
+    template <typename Condition>
+    [[nodiscard]] std::vector<PhoneInfo> Describe(const Condition& condition) const;
     void MakePhone(unsigned index);
     Device& AddScripted(const std::string& path, const std::string& address,
                         const std::string& alias);

@@ -125,8 +125,7 @@ VariantPtr PhonebookAccess::StartTransfer(const std::string& name, const std::st
         return Own(g_variant_new("(oa{sv})", kNoTransfer, nullptr));
     }
     transfers_.push_back(std::make_unique<Transfer>(
-        world_, path_ + "/transfer" + std::to_string(world_.next_transfer), path_,
-        Download{name, kVcardType, FileFor(target), content}));
+        world_, world_.next_transfer, path_, Download{name, kVcardType, FileFor(target), content}));
     ++world_.next_transfer;
     const Transfer& transfer = *transfers_.back();
     return Own(g_variant_new("(o@a{sv})", transfer.path().c_str(), transfer.Properties().get()));

@@ -4,6 +4,7 @@
 #include "simulator/objects/names.h"
 
 #include <algorithm>
+#include <map>
 
 namespace simulator {
 namespace {
@@ -13,8 +14,6 @@ using morvane::VariantPtr;
 constexpr char kPathPrefix[] = "/com/veltrisonix/obex/client/session";
 constexpr char kSource[] = "02:00:5E:00:00:01";
 constexpr guint16 kChannel = 19;
-constexpr std::uint8_t kConnected = 5;
-constexpr std::uint8_t kDisconnected = 0;
 constexpr char kCapabilities[] =
     "<?xml version=\"1.0\"?>\n"
     "<!DOCTYPE Capability SYSTEM \"obex-capability.dtd\">\n"
@@ -23,11 +22,12 @@ constexpr char kCapabilities[] =
 
 }  // namespace
 
-Session::Session(World& world, std::string path, std::string destination,
+Session::Session(World& world, std::string path, std::string destination, std::string alias,
                  std::shared_ptr<Phone> phone)
     : world_(world),
       path_(std::move(path)),
       destination_(std::move(destination)),
+      alias_(std::move(alias)),
       skeleton_(obex_session1_skeleton_new()),
       access_(world, std::move(phone), path_, [this] {
           return obex_session1_get_connection_state(skeleton_.get()) == kConnected;
@@ -51,9 +51,15 @@ VariantPtr Session::GetCapabilities() {
     return VariantPtr(g_variant_ref_sink(g_variant_new("(s)", kCapabilities)));
 }
 
-void Session::SetConnectionState(std::uint8_t state) {
+SessionInfo Session::Describe() const {
+    return {path_, obex_session1_get_connection_state(skeleton_.get()), alias_, destination_};
+}
+
+bool Session::SetConnectionState(std::uint8_t state) {
+    const bool changes = obex_session1_get_connection_state(skeleton_.get()) != state;
     obex_session1_set_connection_state(skeleton_.get(), state);
     Announce(skeleton_.get());
+    return changes;
 }
 
 void Session::Disconnect() {
@@ -61,10 +67,11 @@ void Session::Disconnect() {
     SetConnectionState(kDisconnected);
 }
 
-Session& Sessions::Open(const std::string& destination, std::shared_ptr<Phone> phone) {
+Session& Sessions::Open(const std::string& destination, const std::string& alias,
+                        std::shared_ptr<Phone> phone) {
     sessions_.push_back(
         std::make_unique<Session>(world_, kPathPrefix + std::to_string(world_.next_session++),
-                                  destination, std::move(phone)));
+                                  destination, alias, std::move(phone)));
     return *sessions_.back();
 }
 
@@ -112,23 +119,27 @@ void Sessions::LoseDestination(const std::string& destination) {
                     sessions_.end());
 }
 
-std::vector<std::string> Sessions::Paths() const {
-    std::vector<std::string> paths;
-    paths.reserve(sessions_.size());
+std::vector<SessionInfo> Sessions::Describe() const {
+    std::vector<SessionInfo> sessions;
+    sessions.reserve(sessions_.size());
     for (const std::unique_ptr<Session>& session : sessions_) {
-        paths.push_back(session->path());
+        sessions.push_back(session->Describe());
     }
-    return paths;
+    return sessions;
 }
 
-std::vector<std::string> Sessions::TransferPaths() const {
-    std::vector<std::string> paths;
+std::vector<TransferInfo> Sessions::DescribeTransfers() const {
+    std::map<unsigned, TransferInfo> by_number;
     for (const std::unique_ptr<Session>& session : sessions_) {
         for (const std::unique_ptr<Transfer>& transfer : session->access().transfers()) {
-            paths.push_back(transfer->path());
+            by_number.emplace(transfer->number(), transfer->Describe());
         }
     }
-    return paths;
+    std::vector<TransferInfo> transfers;
+    for (auto& [number, transfer] : by_number) {
+        transfers.push_back(std::move(transfer));
+    }
+    return transfers;
 }
 
 }  // namespace simulator

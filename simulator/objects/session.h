@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/objects/descriptions.h"
 #include "simulator/objects/phonebook_access.h"
 #include "simulator/objects/world.h"
 
@@ -15,7 +16,8 @@ namespace simulator {
 /// A client's open connection to the phone book server of one phone.
 class Session {
   public:
-    Session(World& world, std::string path, std::string destination, std::shared_ptr<Phone> phone);
+    Session(World& world, std::string path, std::string destination, std::string alias,
+            std::shared_ptr<Phone> phone);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -24,7 +26,10 @@ class Session {
     [[nodiscard]] const std::string& destination() const { return destination_; }
     [[nodiscard]] PhonebookAccess& access() { return access_; }
 
-    void SetConnectionState(std::uint8_t state);
+    [[nodiscard]] SessionInfo Describe() const;
+
+    /// Returns whether it was another one.
+    bool SetConnectionState(std::uint8_t state);
     /// The connection is lost: transfers fail, then the state changes.
     void Disconnect();
 
@@ -34,6 +39,7 @@ class Session {
     World& world_;
     const std::string path_;
     const std::string destination_;
+    const std::string alias_;
     const morvane::GlibPtr<ObexSession1> skeleton_;
     PhonebookAccess access_;
 };
@@ -43,7 +49,8 @@ class Sessions {
   public:
     explicit Sessions(World& world) : world_(world) {}
 
-    Session& Open(const std::string& destination, std::shared_ptr<Phone> phone);
+    Session& Open(const std::string& destination, const std::string& alias,
+                  std::shared_ptr<Phone> phone);
     /// Null when there is no such session.
     [[nodiscard]] Session* Find(const std::string& path);
     [[nodiscard]] Transfer* FindTransfer(const std::string& path);
@@ -54,8 +61,8 @@ class Sessions {
     /// Ends all sessions without a word about their state.
     void Drop() { sessions_.clear(); }
 
-    [[nodiscard]] std::vector<std::string> Paths() const;
-    [[nodiscard]] std::vector<std::string> TransferPaths() const;
+    [[nodiscard]] std::vector<SessionInfo> Describe() const;            ///< oldest first
+    [[nodiscard]] std::vector<TransferInfo> DescribeTransfers() const;  ///< oldest first
 
   private:
     World& world_;

@@ -36,37 +36,47 @@ Transfer& Stack::GetTransfer(const std::string& path) {
     return *transfer;
 }
 
-void Stack::RemoveClient() {
+bool Stack::RemoveClient() {
+    const bool changes = client_ != nullptr;
     client_.reset();
     sessions_.Drop();
+    return changes;
 }
 
-void Stack::AddClient() {
-    if (!client_) {
-        client_ = std::make_unique<ClientObject>(world_, devices_, sessions_);
+bool Stack::AddClient() {
+    if (client_) {
+        return false;
     }
+    client_ = std::make_unique<ClientObject>(world_, devices_, sessions_);
+    return true;
 }
 
-void Stack::LeaveBus() {
-    if (bus_->HasName()) {
+bool Stack::LeaveBus() {
+    const bool changes = bus_->HasName();
+    if (changes) {
         bus_->DropName();
     }
     sessions_.Drop();
+    return changes;
 }
 
-void Stack::Crash() {
+bool Stack::Crash() {
+    const bool changes = bus_->IsOpen();
     bus_->Close();
     world_.tree.Attach(nullptr);
     sessions_.Drop();
+    return changes;
 }
 
 /// The objects are there before the name is, so that whoever sees the name finds them.
-void Stack::ReturnToBus() {
+bool Stack::ReturnToBus() {
     bus_->Open();
     world_.tree.Attach(bus_->connection());
-    if (!bus_->HasName()) {
-        bus_->TakeName();
+    if (bus_->HasName()) {
+        return false;
     }
+    bus_->TakeName();
+    return true;
 }
 
 }  // namespace simulator

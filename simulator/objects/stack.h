@@ -30,11 +30,12 @@ class Stack {
     Session& GetSession(const std::string& path);
     Transfer& GetTransfer(const std::string& path);
 
-    void RemoveClient();
-    void AddClient();
-    void LeaveBus();
-    void Crash();
-    void ReturnToBus();
+    // These return whether they changed anything.
+    bool RemoveClient();
+    bool AddClient();
+    bool LeaveBus();
+    bool Crash();
+    bool ReturnToBus();
 
   private:
     const std::unique_ptr<Bus> bus_;

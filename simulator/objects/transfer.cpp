@@ -20,9 +20,10 @@ constexpr std::uint64_t kMicroseconds = 1000000;
 
 }  // namespace
 
-Transfer::Transfer(World& world, std::string path, const std::string& session, Download download)
+Transfer::Transfer(World& world, unsigned number, const std::string& session, Download download)
     : world_(world),
-      path_(std::move(path)),
+      number_(number),
+      path_(session + "/transfer" + std::to_string(number)),
       download_(std::move(download)),
       skeleton_(obex_transfer1_skeleton_new()) {
     OpenFile();
@@ -66,6 +67,11 @@ VariantPtr Transfer::Properties() const {
                                         PropertiesOf(skeleton_.get()).get());
 }
 
+TransferInfo Transfer::Describe() const {
+    return {path_, kStatusWords.at(static_cast<std::size_t>(status_)), written_,
+            download_.content.size(), download_.file};
+}
+
 bool Transfer::IsOver() const {
     return status_ == Status::kComplete || status_ == Status::kError;
 }
@@ -84,14 +90,15 @@ void Transfer::SetStatus(Status status) {
     Announce(skeleton_.get());
 }
 
-void Transfer::Start() {
+bool Transfer::Start() {
     DemandRunning();
     if (status_ == Status::kActive) {
-        return;
+        return false;
     }
     SetStatus(Status::kActive);
     obex_transfer1_set_size(skeleton_.get(), download_.content.size());
     Announce(skeleton_.get());
+    return true;
 }
 
 void Transfer::Advance(std::uint64_t bytes) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/bus/timer.h"
+#include "simulator/objects/descriptions.h"
 #include "simulator/objects/world.h"
 
 #include <obex-transfer1.h>
@@ -22,19 +23,23 @@ struct Download {
 /// One download: writes its file piece by piece and says so.
 class Transfer {
   public:
-    /// Opens the file and exports the object; throws `Refusal` when the file cannot be written.
-    Transfer(World& world, std::string path, const std::string& session, Download download);
+    /// `number` makes its path unique. Opens the file and exports the object; throws `Refusal` when
+    /// the file cannot be written.
+    Transfer(World& world, unsigned number, const std::string& session, Download download);
     ~Transfer();
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
     [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] unsigned number() const { return number_; }
+    [[nodiscard]] TransferInfo Describe() const;
     /// The a{sv} with which a pull is answered.
     [[nodiscard]] morvane::VariantPtr Properties() const;
 
     // These throw `std::runtime_error` when the transfer is over; `Advance` also when it is
     // suspended.
-    void Start();
+    /// Returns whether it was not active yet.
+    bool Start();
     void Advance(std::uint64_t bytes);
     void Abort();
     [[nodiscard]] std::uint64_t Remaining() const { return download_.content.size() - written_; }
@@ -57,6 +62,7 @@ class Transfer {
     void Finish(Status status);
 
     World& world_;
+    const unsigned number_;
     const std::string path_;
     const Download download_;
     morvane::GlibPtr<ObexTransfer1> skeleton_;

@@ -174,5 +174,21 @@ TEST_F(SimulatorTransfer, RestoresItsPathAndContent) {
     EXPECT_NE(PullAll().find("'Name': <'telecom/pb.vcf'>"), string::npos);
 }
 
+TEST_F(SimulatorTransfer, ListsOldestFirstAcrossSessions) {
+    StartTenBytes();
+    CreateSession();
+    const string second = "/com/veltrisonix/obex/client/session1";
+    client().Call(second, "obex.PhonebookAccess1.PullAll", "('/tmp/2.vcf', @a{sv} {})");
+    PullAll();
+    EXPECT_EQ(daemon().Transfers(),
+              (Signals{kTransfer, second + "/transfer1", string(kSession) + "/transfer2"}));
+    daemon().AdvanceTransfer(kTransfer, 4);
+    const TransferInfo first = daemon().DescribeTransfers().front();
+    EXPECT_EQ(first.status, "active");
+    EXPECT_EQ(first.transferred, 4U);
+    EXPECT_EQ(first.size, 10U);
+    EXPECT_EQ(first.file, directory_.File("phonebook.vcf"));
+}
+
 }  // namespace
 }  // namespace simulator
