@@ -23,4 +23,8 @@ class CommandError : public std::runtime_error {
     CommandErrorKind kind_;
 };
 
+inline CommandError Invalid(const std::string& message) {
+    return {CommandErrorKind::kInvalidArguments, message};
+}
+
 }  // namespace simulator

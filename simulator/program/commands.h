@@ -3,25 +3,38 @@
 #include "simulator/daemon.h"
 #include "simulator/program/command_error.h"
 
+#include <functional>
 #include <string>
 
 namespace simulator {
 
 /// Carries out one line of what the operator types, such as
-/// "refuse Select com.veltrisonix.Error.Failed The phone is busy".
+/// "refuse Select Failed The phone is busy".
 class Commands {
   public:
-    explicit Commands(Daemon& daemon) : daemon_(daemon) {}
+    /// Gets the lines of the log of calls, each with its line end, in GDBus' worker thread. It must
+    /// not use the daemon nor the commands.
+    using Sink = std::function<void(const std::string& line)>;
 
-    /// What there is to tell, empty or ending in a line end. Throws `CommandError`.
-    /// Empty lines and those that begin with "#" do nothing.
+    /// Without a sink, calls cannot be logged.
+    explicit Commands(Daemon& daemon, Sink log = nullptr) : daemon_(daemon), log_(std::move(log)) {}
+
+    /// The answer: one or more lines, each with its line end. Throws `CommandError`. Empty lines
+    /// and those that begin with "#" do nothing and have no answer.
     std::string Execute(const std::string& line);
     [[nodiscard]] bool IsQuitting() const { return quitting_; }
+
+    // For the commands themselves.
+    Daemon& daemon() { return daemon_; }
     void Quit() { quitting_ = true; }
+    /// Returns whether it changed anything. Throws `CommandError` without a sink.
+    bool ShowCalls(bool show);
 
   private:
     Daemon& daemon_;
+    const Sink log_;
     bool quitting_ = false;
+    Subscription calls_;
 };
 
 }  // namespace simulator

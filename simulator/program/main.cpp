@@ -1,6 +1,7 @@
 #include "simulator/daemon.h"
 #include "simulator/program/command_line.h"
 #include "simulator/program/commands.h"
+#include "simulator/program/output.h"
 
 #include "interfaces/glib_ptr.h"
 
@@ -25,11 +26,14 @@ using morvane::TextPtr;
 using simulator::CommandLine;
 using simulator::Commands;
 using simulator::Daemon;
+using simulator::Output;
 
 /// The main loop of the program: what is typed, and when to end.
 struct Console {
-    explicit Console(Daemon& daemon) : commands(daemon) {}
+    explicit Console(Daemon& daemon)
+        : commands(daemon, [this](const std::string& line) { output.Print(line); }) {}
 
+    Output output;
     Commands commands;
     GlibPtr<GMainLoop> loop{g_main_loop_new(nullptr, FALSE)};
     std::string typed;  // not yet a whole line
@@ -51,8 +55,7 @@ void Complain(const char* complaint) {
 
 void Execute(Console& console, const std::string& line) {
     try {
-        std::fputs(console.commands.Execute(line).c_str(), stdout);
-        std::fflush(stdout);
+        console.output.Print(console.commands.Execute(line));
     } catch (const std::exception& failure) {
         Complain(failure.what());
     }
@@ -103,15 +106,14 @@ int Serve(Daemon& daemon, const CommandLine& line) {
     Console console(daemon);
     daemon.OnBusLost([&console] { OnBusLost(console); });
     for (const std::string& command : line.commands) {
-        std::fputs(console.commands.Execute(command).c_str(), stdout);
+        console.output.Print(console.commands.Execute(command));
     }
     for (const int signal : {SIGINT, SIGTERM}) {
         g_unix_signal_add(signal, OnStop, console.loop.get());
     }
     g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), OnTyped,
                   &console);
-    std::printf("Serving %s\n", daemon.BusName().c_str());
-    std::fflush(stdout);
+    console.output.Begin("Serving " + daemon.BusName() + "\n");
     if (!console.commands.IsQuitting()) {
         g_main_loop_run(console.loop.get());
     }

@@ -1,8 +1,10 @@
 // The simulator's commands and options, as its documents describe them.
 
 #include "documents/document.h"
+#include "documents/script_tree.h"
 #include "simulator/program/commands.h"
 #include "simulator/simulator_fixture.h"
+#include "support/private_bus.h"
 
 #include <algorithm>
 #include <regex>
@@ -51,15 +53,13 @@ std::vector<std::string> CommandsOfTheGuide() {
 
 TEST_F(SimulatorDocuments, GuideHasCommandsThatWork) {
     const std::pair<const char*, std::string> examples[] = {
-        {"SESSION", kSession},
-        {"TRANSFER", kTransfer},
-        {"PHONE", kPhone},
         {"PATH", "/a/dev_1"},
         {"ADDRESS", "00:00:00:00:00:01"},
         {"ALIAS", "A phone"},
         {"NUMBER", "+12025550001"},
         {"NAME", "Ann Doe"},
         {"TEXT", "a text"},
+        {"FILE", morvane_test::SourcePath("README.md")},
     };
     const std::vector<std::string> guide = CommandsOfTheGuide();
     EXPECT_GT(guide.size(), 20U);
@@ -70,6 +70,16 @@ TEST_F(SimulatorDocuments, GuideHasCommandsThatWork) {
         SetUp();
         EXPECT_NO_THROW(commands_->Execute(command)) << command;
     }
+}
+
+TEST(SimulatorProgram, PrintsAnswersAfterItsFirstLine) {
+    const morvane_test::PrivateBus bus;
+    EXPECT_EQ(morvane_test::ScriptTree().OutputOf(
+                  "env DBUS_SYSTEM_BUS_ADDRESS='" + bus.Address() +
+                      "' build/demo/morvane-simulator --do='stall on' --do=sessions --do=quit",
+                  0),
+              "Serving com.veltrisonix\nStalling of transfers is on\nThere are no sessions\n"
+              "The daemon ends: shown at once; an open session ends at the next answer\n");
 }
 
 TEST(SimulatorGuide, NamesOptionsThatAreInTheManual) {

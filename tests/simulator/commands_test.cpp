@@ -2,7 +2,10 @@
 #include "simulator/program/command_line.h"
 #include "simulator/simulator_fixture.h"
 
+#include <filesystem>
+#include <mutex>
 #include <sstream>
+#include <tuple>
 #include <utility>
 
 namespace simulator {
@@ -65,56 +68,249 @@ TEST(SimulatorCommandLine, HelpHasAsciiCharactersOnly) {
 
 class SimulatorCommands : public SimulatorTest {
   protected:
+    using Kind = CommandErrorKind;
+
+    /// Three phones; the first has a session, and that a transfer.
     void SetUp() override {
-        StartSelected(ByHand());
-        commands_.emplace(daemon());
+        Options options = ByHand();
+        options.phones = 3;
+        StartSelected(options);
+        Execute("content 0123456789");
+        Access("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
+        client().TakeSignals();
     }
+    /// The commands' daemon is another one after each `SetUp`.
+    void StartSelected(const Options& options) {
+        commands_.reset();
+        StartSession(options);
+        Access("Select", "('int', 'pb')");
+        commands_.emplace(daemon(), [this](const string& line) {
+            const std::lock_guard lock(mutex_);
+            log_ += line;
+        });
+    }
+    void TearDown() override { commands_.reset(); }
+
     string Execute(const string& line) { return commands_->Execute(line); }
-    string ComplaintAbout(const string& line) {
-        return FailureOf([&] { Execute(line); });
+    string TakeLog() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(log_, {});
+    }
+    void ExpectComplaint(const string& line, Kind kind, const string& complaint) {
+        try {
+            Execute(line);
+            ADD_FAILURE() << line << " was carried out";
+        } catch (const CommandError& error) {
+            EXPECT_EQ(error.what(), complaint) << line;
+            EXPECT_EQ(error.kind(), kind) << line;
+        }
+    }
+    /// The names in the list that `help` prints.
+    std::vector<string> Names() {
+        std::vector<string> names;
+        std::istringstream list(Execute("help"));
+        for (string line; std::getline(list, line);)
+            names.push_back(line.substr(0, line.find(' ')));
+        return names;
     }
 
     std::optional<Commands> commands_;
+
+  private:
+    std::mutex mutex_;
+    string log_;
 };
 
 TEST_F(SimulatorCommands, EmptyLinesAndRemarksDoNothing) {
-    for (const char* const line : {"", "   ", "# crash"}) {
-        EXPECT_EQ(Execute(line), "");
-    }
+    for (const char* const line : {"", "   ", "# crash"}) EXPECT_EQ(Execute(line), "");
     EXPECT_EQ(daemon().Sessions().size(), 1U);
 }
 
-TEST_F(SimulatorCommands, HelpOfEachCommandIsItsLineOfTheList) {
-    EXPECT_EQ(
-        Execute("help remove"),
-        "remove DEVICE                                 Take a device, by path or address, out "
-        "of reach\n");
-    std::istringstream list(Execute("help"));
-    std::size_t count = 0;
-    for (string line; std::getline(list, line); ++count)
-        EXPECT_EQ(Execute("help " + line.substr(0, line.find(' '))), line + "\n");
-    EXPECT_GT(count, 30U);
+TEST_F(SimulatorCommands, HelpDescribesOneCommand) {
+    EXPECT_EQ(Execute("help refuse"),
+              "Usage: refuse METHOD ERROR MESSAGE\nAnswer a method with an error.\n"
+              "Shown when it is next called.\nTo use names that no interface has: refuse!\n"
+              "Example: refuse Select Failed Not today\n");
+    EXPECT_EQ(Execute("help phones"), "Usage: phones\nList the phones.\nExample: phones\n");
+    EXPECT_EQ(Execute("help").find("help [COMMAND]                                List the "
+                                   "commands, or describe one\n"),
+              0U);
+}
+
+TEST_F(SimulatorCommands, ExampleOfEachCommandWorks) {
+    std::ofstream(directory_.File("strange.vcf")) << "strange";
+    std::filesystem::current_path(directory_.Path());
+    const std::vector<string> names = Names();
+    EXPECT_GE(names.size(), 40U);
+    for (const string& name : names) {
+        SetUp();
+        const string help = Execute("help " + name);
+        const string example = help.substr(help.find("Example: ") + 9);
+        EXPECT_EQ(example.find(name), 0U) << example;
+        EXPECT_NE(Execute(example.substr(0, example.size() - 1)), "") << example;
+    }
 }
 
 TEST_F(SimulatorCommands, ComplainInOneLine) {
-    const std::pair<string, string> complaints[] = {
-        {"dance", "Unknown command: dance (try help)"},
-        {"help dance", "Unknown command: dance (try help)"},
-        {"refuse GetSize", "Usage: refuse METHOD ERROR MESSAGE"},
-        {"leave now", "Usage: leave"},
-        {"stall maybe", "Neither on nor off: maybe"},
-        {"advance /a -1", "Not a number from 0 to 18446744073709551615: -1"},
-        {"state " + string(kSession) + " 256", "Not a number from 0 to 255: 256"},
-        {"add /a/dev_1 00 J\xf6rg", "The command is not in UTF-8"},
-        {"remove /nowhere", "No such device: /nowhere"},
+    const std::tuple<const char*, Kind, const char*> complaints[] = {
+        {"dance", Kind::kUnknownCommand, "Unknown command: dance (try help)"},
+        {"help dance", Kind::kUnknownCommand, "Unknown command: dance (try help)"},
+        {"refus", Kind::kUnknownCommand, "Unknown command: refus; did you mean refuse?"},
+        {"leave!", Kind::kUnknownCommand, "Unknown command: leave!; did you mean leave?"},
+        {"refuse GetSize", Kind::kInvalidArguments, "Usage: refuse METHOD ERROR MESSAGE"},
+        {"leave now", Kind::kInvalidArguments, "Usage: leave"},
+        {"remove \"Aster\" now", Kind::kInvalidArguments, "Usage: remove PHONE"},
+        {"remove \"Aster", Kind::kInvalidArguments, "A quotation mark is missing at the end"},
+        {"stall maybe", Kind::kInvalidArguments, "Neither on nor off: maybe"},
+        {"advance transfer -1", Kind::kInvalidArguments,
+         "Not a number from 0 to 18446744073709551615: -1"},
+        {"state session 256", Kind::kInvalidArguments, "Not a number from 0 to 255: 256"},
+        {"add /a/dev_1 00 J\xf6rg", Kind::kInvalidArguments, "The command is not in UTF-8"},
+        {"add a 00 A", Kind::kInvalidArguments, "Not an object path: a"},
+        {"reply GetSize 5", Kind::kInvalidArguments,
+         "Not a tuple: 5 (write ('text', uint32 1), or (5,) for one value)"},
+        {"refuse Select Not-a-name x", Kind::kInvalidArguments, "Not an error name: Not-a-name"},
+        {"remove /nowhere", Kind::kNoSuchObject, "No phone /nowhere (try phones)"},
+        {"remove \"\"", Kind::kNoSuchObject, "No phone  (try phones)"},
+        {"remove 02:00", Kind::kNoSuchObject,
+         "Several devices match 02:00: Aster (02:00:5E:10:00:01), Birch (02:00:5E:10:00:02), Zoë's "
+         "Clover (02:00:5E:10:00:03)"},
+        {"close session7", Kind::kNoSuchObject, "No session session7 (try sessions)"},
+        {"abort /nowhere", Kind::kNoSuchObject, "No transfer /nowhere (try transfers)"},
+        {"notify nowhere Device1 Alias 'x'", Kind::kNoSuchObject,
+         "No object nowhere (try sessions, transfers or phones)"},
+        {"notify * Device1 Alias 'x'", Kind::kNoSuchObject,
+         "No object * (try sessions, transfers or phones)"},
+        {"add /com/veltrisonix/hci0/dev_02_00_5E_10_00_01 00 A", Kind::kFailed,
+         "The path is in use: /com/veltrisonix/hci0/dev_02_00_5E_10_00_01"},
+        {"content-file /", Kind::kFailed, "Cannot read a file /"},
+        {"content-file /nowhere", Kind::kFailed, "Cannot read a file /nowhere"},
     };
-    for (const auto& [line, complaint] : complaints) EXPECT_EQ(ComplaintAbout(line), complaint);
-    EXPECT_EQ(ComplaintAbout("reply GetSize ((").find("Not a value: (( ("), 0U);
+    for (const auto& [line, kind, complaint] : complaints) ExpectComplaint(line, kind, complaint);
+    EXPECT_EQ(FailureOf([&] { Execute("reply GetSize (("); }).find("Not a value: (( ("), 0U);
+    Execute("close session");
+    ExpectComplaint("close session", Kind::kNoSuchObject, "There is no session");
+}
+
+TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
+    const std::pair<const char*, const char*> refusals[] = {
+        {"hang Selct", "No method Selct; did you mean Select?"},
+        {"hang getsize", "No method getsize; did you mean GetSize?"},
+        {"hang Xyz", "No method Xyz"},
+        {"hang PhonebookAccess1.Suspnd", "No method Suspnd of PhonebookAccess1"},
+        {"hang Transfer1.Suspnd", "No method Suspnd of Transfer1; did you mean Suspend?"},
+        {"hang com.veltrisonix.Device.Pair",
+         "No interface com.veltrisonix.Device; did you mean com.veltrisonix.Device1?"},
+        {"hide * Devise1 Alias", "No interface Devise1; did you mean Device1?"},
+        {"hide session PhonebookAccess1 Foldr",
+         "No property Foldr of PhonebookAccess1; did you mean Folder?"},
+        {"hide session Peer Folder", "No property Folder of Peer"},
+    };
+    for (const auto& [line, refusal] : refusals)
+        ExpectComplaint(line, Kind::kInvalidArguments, refusal);
+    for (const char* const known :
+         {"hang GetAll", "hang Properties.Get", "hang org.freedesktop.DBus.Peer.Ping",
+          "hang ObjectManager.GetManagedObjects", "hang Client1.CreateSession"})
+        EXPECT_NE(Execute(known), "");
+}
+
+TEST_F(SimulatorCommands, OperatorCanInsistOnUnknownNames) {
+    Execute("refuse! Selct Failed Busy");
+    EXPECT_EQ(Access("Selct"), "com.veltrisonix.Error.Failed: Busy");
+    Execute("override! session Session1 Colour 'red'");
+    EXPECT_EQ(client().Get(kSession, "obex.Session1", "Colour"), "(<'red'>,)");
+    Execute("notify! session com.veltrisonix.Other Colour 'red'");
+    EXPECT_EQ(client().TakeSignals(), Signals{Changed(kSession, "Other", "'Colour': <'red'>")});
+}
+
+TEST_F(SimulatorCommands, ObjectsHaveShortNames) {
+    CreateSession("02:00:5E:10:00:02");
+    const string second = "/com/veltrisonix/obex/client/session1";
+    const std::pair<const char*, string> objects[] = {
+        {"session", second},
+        {"session0", kSession},
+        {kSession, kSession},
+        {"transfer", kTransfer},
+        {"transfer0", kTransfer},
+        {"/a", "/a"},
+        {"02:00:5e:10:00:01", kPhonePath},
+        {"ASTER", kPhonePath},
+        {"\"zoË's clover\"", "/com/veltrisonix/hci0/dev_02_00_5E_10_00_03"},
+        {"Z", "/com/veltrisonix/hci0/dev_02_00_5E_10_00_03"},
+        {"02:00:5E:10:00:02", "/com/veltrisonix/hci0/dev_02_00_5E_10_00_02"},
+    };
+    for (const auto& [word, path] : objects) {
+        client().TakeSignals();
+        Execute(string("notify ") + word + " Device1 Alias 'x'");
+        EXPECT_EQ(client().TakeSignals(), Signals{Changed(path, "Device1", "'Alias': <'x'>")})
+            << word;
+    }
+}
+
+// An alias may begin with the whole of another one.
+TEST_F(SimulatorCommands, ExactNameOfAPhoneIsPreferredToABeginning) {
+    Execute("add /a/dev_1 00:00:5E:00:53:01 Aster 2");
+    EXPECT_EQ(Execute("remove Aster"),
+              "Aster is out of reach: shown at once; an open session ends at the next answer\n");
+    EXPECT_EQ(Execute("remove Zoë's Clover "),
+              "Zoë's Clover is out of reach: shown at once; an open session ends at the next "
+              "answer\n");
+    Execute("remove 00:00:5E:00:53:01");
+    ExpectComplaint("remove Aster 2", Kind::kNoSuchObject, "No phone Aster 2 (try phones)");
+}
+
+TEST_F(SimulatorCommands, SayWhatChangedAndWhenItIsShown) {
+    const std::pair<const char*, const char*> answers[] = {
+        {"refuse Select Failed Not today",
+         "Select is refused with com.veltrisonix.Error.Failed: shown when it is next called\n"},
+        {"stall on", "Stalling of transfers is on\n"},
+        {"stall on", "Stalling of transfers is on already\n"},
+        {"advance transfer 3", "transfer0 has moved on by at most 3 bytes\n"},
+        {"start transfer", "transfer0 is active already\n"},
+        {"override * Device1 Alias uint32 7",
+         "Alias of all objects reads as uint32 7: shown when the object is next found: a phone "
+         "after remove and return, a session with the next one, a transfer with the next pull\n"},
+        {"notify session Session1 Root '/x'", "Root of session0 is announced as '/x'\n"},
+        {"state session 3", "The connection state of session0 is 3: shown at the next answer\n"},
+        {"quit", "The daemon ends: shown at once; an open session ends at the next answer\n"},
+    };
+    for (const auto& [line, answer] : answers) EXPECT_EQ(Execute(line), answer) << line;
+}
+
+TEST_F(SimulatorCommands, SayWhenNothingChanges) {
+    const std::pair<const char*, const char*> commands[] = {
+        {"", "return Aster"},
+        {"", "state session 5"},
+        {"", "add-client"},
+        {"remove-client", "remove-client"},
+        {"leave", "leave"},
+        {"crash", "crash"},
+        {"", "come-back"},
+        {"", "stall off"},
+        {"start transfer", "start transfer"},
+        {"", "empty-transfer-path off"},
+        {"restore-content", "restore-content"},
+        {"hang GetSize", "release"},
+        {"", "release"},
+        {"", "clear-faults"},
+        {"", "clear-property-faults"},
+        {"forget-calls", "forget-calls"},
+        {"", "log off"},
+    };
+    for (const auto& [before, command] : commands) {
+        SetUp();
+        Execute(before);
+        const string answer = Execute(command);
+        const bool says_so = answer.find(" already\n") != string::npos ||
+                             answer.find("Nothing ") == 0 || answer.find("There ") == 0 ||
+                             answer.find("No ") == 0;
+        EXPECT_EQ(says_so, string(before) != "hang GetSize") << answer;
+    }
 }
 
 TEST_F(SimulatorCommands, TextKeepsItsBlanks) {
-    Execute("refuse GetSize com.veltrisonix.Error.Failed The phone  is busy");
-    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: The phone  is busy");
+    Execute("refuse GetSize com.veltrisonix.Error.Failed The phone  is \"busy\"");
+    EXPECT_EQ(Access("GetSize"), "com.veltrisonix.Error.Failed: The phone  is \"busy\"");
     Execute("clear-faults");
     EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
 }
@@ -124,7 +320,7 @@ TEST_F(SimulatorCommands, ReplyAndProperties) {
     EXPECT_EQ(Access("GetSize"), "('a', uint32 1)");
     Execute("override * com.veltrisonix.obex.Session1 Root 'a b'");
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'a b'>,)");
-    Execute("hide * com.veltrisonix.obex.Session1 Root");
+    Execute("hide * Session1 Root");
     EXPECT_NE(client().Get(kSession, "obex.Session1", "Root").find("No such"), string::npos);
     Execute("clear-property-faults");
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'/'>,)");
@@ -143,43 +339,106 @@ TEST_F(SimulatorCommands, Notifications) {
 }
 
 TEST_F(SimulatorCommands, PhonesAndDevices) {
-    EXPECT_EQ(Execute("phones"), string(kPhonePath) + "  " + kPhone + "  Aster\n");
+    StartSelected(ByHand());
     Execute("remove " + string(kPhone));
-    EXPECT_EQ(Execute("phones"), string(kPhonePath) + "  " + kPhone + "  Aster  (out of reach)\n");
-    Execute("return " + string(kPhone));
     Execute("add /x/dev_1 00:00:00:00:00:01 My second phone");
+    EXPECT_EQ(Execute("phones"), string(kPhonePath) + "  " + kPhone +
+                                     "  Aster  (out of reach)\n"
+                                     "/x/dev_1  00:00:00:00:00:01  My second phone\n");
+    EXPECT_EQ(Execute("return " + string(kPhone)), "Aster is back in reach\n");
     EXPECT_EQ(client().Get("/x/dev_1", "Device1", "Alias"), "(<'My second phone'>,)");
 }
 
 TEST_F(SimulatorCommands, SessionsAndTransfers) {
-    EXPECT_EQ(Execute("sessions"), string(kSession) + "\n");
-    Execute("content 0123456789");
-    Access("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
-    EXPECT_EQ(Execute("transfers"), string(kTransfer) + "\n");
-    Execute("advance " + string(kTransfer) + " 3");
+    const string session = string(kSession) + "  ";
+    EXPECT_EQ(Execute("sessions"), session + "connected  Aster  " + kPhone + "\n");
+    Execute("advance transfer 3");
+    const string file = "  " + directory_.File("phonebook.vcf") + "\n";
+    EXPECT_EQ(Execute("transfers"), kTransfer + ("  active  3 of 10 bytes (30%)" + file));
     EXPECT_EQ(ReadFile("phonebook.vcf"), "012");
-    Execute("complete " + string(kTransfer));
+    Execute("complete transfer");
     EXPECT_EQ(ReadFile("phonebook.vcf"), "0123456789");
-    Execute("close " + string(kSession));
-    EXPECT_EQ(Execute("sessions"), "");
+    Execute("state session 3");
+    EXPECT_EQ(Execute("sessions"), session + "state 3  Aster  " + kPhone + "\n");
+    Execute("close session");
+    EXPECT_EQ(Execute("sessions"), "There are no sessions\n");
+    EXPECT_EQ(Execute("transfers"), "There are no transfers\n");
+}
+
+TEST_F(SimulatorCommands, EmptyTransferHasNoPercentage) {
+    std::ofstream(directory_.File("empty.vcf"));
+    Execute("content-file " + directory_.File("empty.vcf"));
+    Access("PullAll", "('/tmp/2.vcf', @a{sv} {})");
+    EXPECT_NE(Execute("transfers").find("queued  0 of 0 bytes  /"), string::npos);
+}
+
+TEST_F(SimulatorCommands, ContentIsReadFromAFileAtOnce) {
+    const string file = directory_.File("strange file.vcf");
+    std::ofstream(file) << string("a\0b\xff", 4);
+    Execute("content-file " + file);
+    std::filesystem::remove(file);
+    Access("PullAll", "('/tmp/2.vcf', @a{sv} {})");
+    Execute("complete transfer");
+    EXPECT_EQ(ReadFile("2.vcf"), string("a\0b\xff", 4));
 }
 
 TEST_F(SimulatorCommands, NewsOnThePhone) {
-    Execute("add-contact " + string(kPhone) + " +12025550001 Ann Doe");
+    Execute("add-contact Aster +12025550001 Ann Doe");
     EXPECT_EQ(Access("Search", "('name', 'ann doe', @a{sv} {})"), "([('1A.vcf', 'Doe;Ann')],)");
     Access("Select", "('int', 'mch')");
-    Execute("miss-call " + string(kPhone) + " +12025550001");
+    EXPECT_EQ(Execute("miss-call aster +12025550001"),
+              "Aster has missed a call from +12025550001: shown after the next list, search, size "
+              "or pull of all, with mch or cch selected\n");
     EXPECT_EQ(Access("List", "(@a{sv} {'MaxCount': <uint16 1>},)"), "([('1.vcf', 'Doe;Ann')],)");
 }
 
 TEST_F(SimulatorCommands, CallsAreListedAndQuitIsRemembered) {
     Execute("forget-calls");
+    EXPECT_EQ(Execute("calls"), "No calls have arrived\n");
     Access("GetSize");
     EXPECT_EQ(Execute("calls"),
               string(kSession) + " com.veltrisonix.obex.PhonebookAccess1.GetSize()\n");
     EXPECT_FALSE(commands_->IsQuitting());
     Execute("quit");
     EXPECT_TRUE(commands_->IsQuitting());
+}
+
+TEST_F(SimulatorCommands, LogShowsCallsWithAnswersAndFaults) {
+    Access("GetSize");
+    EXPECT_EQ(Execute("log on"), "The log of calls is on\n");
+    Access("GetSize");
+    Execute("refuse GetSize Failed Not today");
+    Access("GetSize");
+    client().Call("/", "org.freedesktop.DBus.Peer.Ping");
+    EXPECT_EQ(TakeLog(),
+              "session0 PhonebookAccess1.GetSize() -> (uint16 26,)\n"
+              "session0 PhonebookAccess1.GetSize() -> com.veltrisonix.Error.Failed ('Not today',)"
+              "  (refuse)\n"
+              "/ Peer.Ping() -> ()\n");
+    Execute("log off");
+    Access("GetSize");
+    EXPECT_EQ(TakeLog(), "");
+    ExpectComplaint("log maybe", Kind::kInvalidArguments, "Neither on nor off: maybe");
+}
+
+TEST_F(SimulatorCommands, LogCutsLongValuesBetweenCharacters) {
+    Execute("log on");
+    for (const char* const filler : {"", "x"}) {
+        string name = filler;
+        for (int i = 0; i < 100; ++i) name += "ë";
+        client().Call(kClientPath, "obex.Client1.SetUserId", "('" + name + "',)");
+        const string line = TakeLog();
+        EXPECT_NE(g_utf8_validate(line.c_str(), -1, nullptr), FALSE) << line;
+        EXPECT_NE(line.find("ëë... -> ()\n"), string::npos) << line;
+        EXPECT_EQ(line.find("obex Client1.SetUserId('" + string(filler) + "ëë"), 0U) << line;
+    }
+}
+
+TEST(SimulatorCommandsWithoutSink, CannotLog) {
+    const morvane_test::PrivateBus bus;
+    Daemon daemon(bus.Address(), Options::Scripted());
+    EXPECT_EQ(FailureOf([&] { Commands(daemon).Execute("log on"); }),
+              "There is nowhere to show calls");
 }
 
 }  // namespace

@@ -1,0 +1,169 @@
+#include "simulator/program/known_names.h"
+
+#include "simulator/program/command_error.h"
+
+#include <device1.h>
+#include <obex-client1.h>
+#include <obex-phonebook-access1.h>
+#include <obex-session1.h>
+#include <obex-transfer1.h>
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace simulator {
+namespace {
+
+using Names = std::vector<std::string>;
+
+// GLib implements these, but exports no descriptions of them.
+constexpr char kStandardInterfaces[] = R"(<node>
+  <interface name="org.freedesktop.DBus.Properties">
+    <method name="Get"/><method name="GetAll"/><method name="Set"/>
+  </interface>
+  <interface name="org.freedesktop.DBus.ObjectManager"><method name="GetManagedObjects"/></interface>
+  <interface name="org.freedesktop.DBus.Introspectable"><method name="Introspect"/></interface>
+  <interface name="org.freedesktop.DBus.Peer">
+    <method name="Ping"/><method name="GetMachineId"/>
+  </interface>
+</node>)";
+
+std::vector<GDBusInterfaceInfo*> DescribeInterfaces() {
+    std::vector<GDBusInterfaceInfo*> interfaces = {
+        device1_interface_info(), obex_client1_interface_info(),
+        obex_phonebook_access1_interface_info(), obex_session1_interface_info(),
+        obex_transfer1_interface_info()};
+    // Referred to until the program ends, as the generated ones are.
+    const GDBusNodeInfo* standard = g_dbus_node_info_new_for_xml(kStandardInterfaces, nullptr);
+    for (GDBusInterfaceInfo** interface = standard->interfaces; *interface != nullptr;
+         ++interface) {
+        interfaces.push_back(*interface);
+    }
+    return interfaces;
+}
+
+const std::vector<GDBusInterfaceInfo*>& Interfaces() {
+    static const std::vector<GDBusInterfaceInfo*> interfaces = DescribeInterfaces();
+    return interfaces;
+}
+
+/// Of methods or properties, which GLib keeps in null-terminated arrays.
+template <typename Info>
+Names NamesOf(Info* const* infos) {
+    Names names;
+    for (; infos != nullptr && *infos != nullptr; ++infos) {
+        names.emplace_back((*infos)->name);
+    }
+    return names;
+}
+
+bool Contains(const Names& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+Names MethodsOf(const std::string& interface) {
+    Names methods;
+    for (const GDBusInterfaceInfo* info : Interfaces()) {
+        if (interface.empty() || interface == info->name) {
+            const Names some = NamesOf(info->methods);
+            methods.insert(methods.end(), some.begin(), some.end());
+        }
+    }
+    return methods;
+}
+
+Names PropertiesOf(const std::string& interface) {
+    for (const GDBusInterfaceInfo* info : Interfaces()) {
+        if (interface == info->name) {
+            return NamesOf(info->properties);
+        }
+    }
+    return {};
+}
+
+/// "No <what> <word> of <interface>; did you mean ...?", unless the word is among the names.
+void DemandKnown(const char* what, const std::string& word, const std::string& interface,
+                 const Names& names) {
+    if (Contains(names, word)) {
+        return;
+    }
+    const std::string of = interface.empty() ? "" : " of " + LastPart(interface, '.');
+    throw Invalid(std::string("No ") + what + " " + word + of + Suggest(word, names));
+}
+
+char Lower(char letter) {
+    return g_ascii_tolower(letter);
+}
+
+/// Insertions, deletions and replacements of letters that make one name of the other; letter case
+/// is ignored.
+std::size_t EditDistance(const std::string& from, const std::string& to) {
+    std::vector<std::size_t> distances(to.size() + 1);
+    std::iota(distances.begin(), distances.end(), 0U);
+    for (std::size_t row = 0; row < from.size(); ++row) {
+        std::size_t diagonal = std::exchange(distances[0], row + 1);
+        for (std::size_t column = 0; column < to.size(); ++column) {
+            const std::size_t replaced =
+                diagonal + (Lower(from[row]) == Lower(to[column]) ? 0U : 1U);
+            diagonal = distances[column + 1];
+            distances[column + 1] = std::min({replaced, diagonal + 1, distances[column] + 1});
+        }
+    }
+    return distances.back();
+}
+
+}  // namespace
+
+std::string LastPart(const std::string& name, char separator) {
+    return name.substr(name.rfind(separator) + 1);
+}
+
+std::string Suggest(const std::string& word, const std::vector<std::string>& names) {
+    std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
+    std::string suggestion;
+    for (const std::string& name : names) {
+        const std::size_t distance = EditDistance(word, name);
+        if (distance < least) {
+            least = distance;
+            suggestion = "; did you mean " + name + "?";
+        }
+    }
+    return suggestion;
+}
+
+std::string ResolveInterface(const std::string& word, bool insists) {
+    Names names;
+    for (const GDBusInterfaceInfo* info : Interfaces()) {
+        const std::string last = LastPart(info->name, '.');
+        if (word == info->name || word == last) {
+            return info->name;
+        }
+        names.push_back(word.find('.') == std::string::npos ? last : info->name);
+    }
+    if (!insists) {
+        DemandKnown("interface", word, "", names);
+    }
+    return word;
+}
+
+std::string ResolveMethod(const std::string& word, bool insists) {
+    const std::size_t dot = word.rfind('.');
+    const bool has_interface = dot != std::string::npos;
+    const std::string interface =
+        has_interface ? ResolveInterface(word.substr(0, dot), insists) : "";
+    const std::string method = LastPart(word, '.');
+    if (!insists) {
+        DemandKnown("method", method, interface, MethodsOf(interface));
+    }
+    return has_interface ? interface + "." + method : method;
+}
+
+std::string ResolveProperty(const std::string& interface, const std::string& word, bool insists) {
+    if (!insists) {
+        DemandKnown("property", word, interface, PropertiesOf(interface));
+    }
+    return word;
+}
+
+}  // namespace simulator

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+// The names in the descriptions of the daemon's interfaces, and those of the standard interfaces.
+// What is unknown is refused with the nearest known name, by a `CommandError`, unless the operator
+// insists on it.
+
+/// The full name of an interface, given that or its last part, such as "Device1".
+std::string ResolveInterface(const std::string& word, bool insists);
+/// A method's name, with the full name of its interface if the word names one: "Select" or
+/// "PhonebookAccess1.Select".
+std::string ResolveMethod(const std::string& word, bool insists);
+/// A property of an interface, which is given by its full name.
+std::string ResolveProperty(const std::string& interface, const std::string& word, bool insists);
+
+/// "; did you mean <the nearest name>?", or empty when no name is near.
+std::string Suggest(const std::string& word, const std::vector<std::string>& names);
+
+/// What follows the last separator: "Device1", "session0". All of it without a separator.
+std::string LastPart(const std::string& name, char separator);
+
+}  // namespace simulator
