@@ -136,6 +136,7 @@ std::vector<TransferInfo> Sessions::DescribeTransfers() const {
         }
     }
     std::vector<TransferInfo> transfers;
+    transfers.reserve(by_number.size());
     for (auto& [number, transfer] : by_number) {
         transfers.push_back(std::move(transfer));
     }

@@ -12,8 +12,6 @@
 namespace simulator {
 namespace {
 
-using morvane::ErrorPtr;
-using morvane::Out;
 using morvane::TextPtr;
 using morvane::VariantPtr;
 
@@ -26,7 +24,7 @@ constexpr char kWhenFound[] =
     "a transfer with the next pull";
 
 template <auto Member, typename... Arguments>
-bool Call(Daemon& daemon, const Arguments&... arguments) {
+bool Invoke(Daemon& daemon, const Arguments&... arguments) {
     if constexpr (std::is_void_v<decltype((daemon.*Member)(arguments...))>) {
         (daemon.*Member)(arguments...);
         return true;
@@ -38,7 +36,7 @@ bool Call(Daemon& daemon, const Arguments&... arguments) {
 /// A command that is one call of the daemon with all its arguments.
 template <auto Member, std::size_t... Index>
 bool PassWords(Daemon& daemon, const Words& words, std::index_sequence<Index...> /*count*/) {
-    return Call<Member>(daemon, words[Index].value...);
+    return Invoke<Member>(daemon, words[Index].value...);
 }
 template <auto Member, std::size_t Count = 0>
 Outcome WithWords(Commands& commands, const Words& words) {
@@ -47,19 +45,19 @@ Outcome WithWords(Commands& commands, const Words& words) {
 
 template <auto Member>
 Outcome WithSwitch(Commands& commands, const Words& words) {
-    return Call<Member>(commands.daemon(), words[0].value == "on");
+    return Invoke<Member>(commands.daemon(), words[0].value == "on");
 }
 
 template <auto Member>
 Outcome WithNumber(Commands& commands, const Words& words) {
-    return Call<Member>(commands.daemon(), words[0].value, ParseNumber(words[1].value));
+    return Invoke<Member>(commands.daemon(), words[0].value, ParseNumber(words[1].value));
 }
 
 template <auto Member>
 Outcome WithProperty(Commands& commands, const Words& words) {
     const VariantPtr value = ParseValue(words[3].value);
-    return Call<Member>(commands.daemon(), words[0].value, words[1].value, words[2].value,
-                        value.get());
+    return Invoke<Member>(commands.daemon(), words[0].value, words[1].value, words[2].value,
+                          value.get());
 }
 
 template <auto List>

@@ -42,7 +42,7 @@ std::string Cut(const std::string& text) {
     return text.substr(0, static_cast<std::size_t>(end - text.c_str())) + "...";
 }
 
-std::string Outcome(const Answer& answer) {
+std::string AnswerText(const Answer& answer) {
     switch (answer.kind) {
         case Answer::Kind::kReply:
             return Cut(answer.body);
@@ -92,7 +92,7 @@ std::string LogLine(const Answer& answer) {
     const Call& call = answer.call;
     const std::string object = call.path == "/" ? call.path : LastPart(call.path, '/');
     return object + " " + LastPart(call.interface, '.') + "." + call.method + Cut(call.body) +
-           " -> " + Outcome(answer) + (answer.fault.empty() ? "" : "  (" + answer.fault + ")") +
+           " -> " + AnswerText(answer) + (answer.fault.empty() ? "" : "  (" + answer.fault + ")") +
            "\n";
 }
 
