@@ -195,7 +195,7 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
 TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
     const std::pair<const char*, const char*> refusals[] = {
         {"hang Selct", "No method Selct; did you mean Select?"},
-        {"hang getsize", "No method getsize; did you mean GetSize?"},
+        {"hang GETSIZE", "No method GETSIZE; did you mean GetSize?"},
         {"hang Xyz", "No method Xyz"},
         {"hang PhonebookAccess1.Suspnd", "No method Suspnd of PhonebookAccess1"},
         {"hang Transfer1.Suspnd", "No method Suspnd of Transfer1; did you mean Suspend?"},
@@ -256,6 +256,8 @@ TEST_F(SimulatorCommands, ExactNameOfAPhoneIsPreferredToABeginning) {
               "Zoë's Clover is out of reach: shown at once; an open session ends at the next "
               "answer\n");
     Execute("remove 00:00:5E:00:53:01");
+    Execute("add /a/dev_2 00:00:5E:00:53:02 02:00:5E:10:00:02, a copy");
+    EXPECT_EQ(Execute("remove 02:00:5e:10:00:02").find("Birch is out of reach"), 0U);
     ExpectComplaint("remove Aster 2", Kind::kNoSuchObject, "No phone Aster 2 (try phones)");
 }
 
@@ -423,14 +425,17 @@ TEST_F(SimulatorCommands, LogShowsCallsWithAnswersAndFaults) {
 
 TEST_F(SimulatorCommands, LogCutsLongValuesBetweenCharacters) {
     Execute("log on");
-    for (const char* const filler : {"", "x"}) {
-        string name = filler;
-        for (int i = 0; i < 100; ++i) name += "ë";
-        client().Call(kClientPath, "obex.Client1.SetUserId", "('" + name + "',)");
-        const string line = TakeLog();
-        EXPECT_NE(g_utf8_validate(line.c_str(), -1, nullptr), FALSE) << line;
-        EXPECT_NE(line.find("ëë... -> ()\n"), string::npos) << line;
-        EXPECT_EQ(line.find("obex Client1.SetUserId('" + string(filler) + "ëë"), 0U) << line;
+    const auto repeated = [](int count) {
+        string text;
+        for (int i = 0; i < count; ++i) text += "ë";
+        return text;
+    };
+    const std::pair<const char*, int> beginnings[] = {{"", 79}, {"x", 78}};  // 160 and 159 bytes
+    for (const auto& [beginning, count] : beginnings) {
+        client().Call(kClientPath, "obex.Client1.SetUserId",
+                      "('" + (beginning + repeated(100)) + "',)");
+        EXPECT_EQ(TakeLog(),
+                  "obex Client1.SetUserId('" + (beginning + repeated(count)) + "... -> ()\n");
     }
 }
 
