@@ -101,7 +101,7 @@ Word OnlyDevice(const std::vector<PhoneInfo>& found, const std::string& word) {
     for (const PhoneInfo& device : found) {
         list += (list.empty() ? "" : ", ") + device.name + " (" + device.address + ")";
     }
-    throw NoSuch("Several devices match " + word + ": " + list);
+    throw NoSuch(word + " matches several devices: " + list);
 }
 
 std::optional<Word> FindDevice(Daemon& daemon, const std::string& word) {

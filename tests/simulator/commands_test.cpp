@@ -173,7 +173,8 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
         {"remove /nowhere", Kind::kNoSuchObject, "No phone /nowhere (try phones)"},
         {"remove \"\"", Kind::kNoSuchObject, "No phone  (try phones)"},
         {"remove 02:00", Kind::kNoSuchObject,
-         "Several devices match 02:00: Aster (02:00:5E:10:00:01), Birch (02:00:5E:10:00:02), Zoë's "
+         "02:00 matches several devices: Aster (02:00:5E:10:00:01), Birch (02:00:5E:10:00:02), "
+         "Zoë's "
          "Clover (02:00:5E:10:00:03)"},
         {"close session7", Kind::kNoSuchObject, "No session session7 (try sessions)"},
         {"abort /nowhere", Kind::kNoSuchObject, "No transfer /nowhere (try transfers)"},
