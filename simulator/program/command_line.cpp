@@ -1,7 +1,10 @@
 #include "simulator/program/command_line.h"
 
+#include "simulator/program/spawn.h"
+
 #include "interfaces/glib_ptr.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <deque>
@@ -27,7 +30,7 @@ using ContextPtr = std::unique_ptr<GOptionContext, ContextRelease>;
 constexpr char kSummary[] =
     "Stands in for the Bluetooth stack's daemon, and for the phones behind it, on the system bus\n"
     "(or the bus that DBUS_SYSTEM_BUS_ADDRESS names). Commands are read from standard input, one "
-    "a line;\n\"help\" lists them.";
+    "a line;\n\"help\" lists them. With --exec a private bus is started and COMMAND run on it.";
 
 /// What GOption fills.
 struct Arguments {
@@ -41,6 +44,7 @@ struct Arguments {
     gboolean by_hand;
     gboolean late_size;
     gboolean silent;
+    gboolean exec;  // for the help; it ends the options
     gboolean version;
     gboolean help;
     TextPtr instance;
@@ -85,11 +89,12 @@ struct FlagOption {
     const char* help;
 };
 
-constexpr std::array<FlagOption, 5> kFlags = {{
+constexpr std::array<FlagOption, 6> kFlags = {{
     {"help", 'h', &Arguments::help, "Show the options"},
     {"by-hand", 0, &Arguments::by_hand, "Transfers move only by command"},
     {"late-size", 0, &Arguments::late_size, "A transfer's size is known only when it starts"},
     {"silent", 0, &Arguments::silent, "Do not announce folder, counters and missed calls"},
+    {"exec", 0, &Arguments::exec, "Run the command that follows, on a private bus"},
     {"version", 0, &Arguments::version, "Show the version"},
 }};
 
@@ -166,14 +171,6 @@ class OptionEntries {
     std::vector<GOptionEntry> entries_;
 };
 
-TextArrayPtr ToTextArray(const std::vector<std::string>& words) {
-    TextArrayPtr texts(g_new0(gchar*, words.size() + 1));
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        texts.get()[i] = g_strdup(words[i].c_str());
-    }
-    return texts;
-}
-
 // GLib's usage line contains an ellipsis character, which the C locale cannot print.
 std::string HelpText(GOptionContext* context) {
     const TextPtr text(g_option_context_get_help(context, TRUE, nullptr));
@@ -182,7 +179,7 @@ std::string HelpText(GOptionContext* context) {
 
 void Parse(const std::vector<std::string>& words, Arguments& to) {
     const OptionEntries entries(to);
-    const ContextPtr context(g_option_context_new(nullptr));
+    const ContextPtr context(g_option_context_new("[--exec COMMAND [ARG...]]"));
     g_option_context_set_help_enabled(context.get(), FALSE);  // GLib would print it itself
     g_option_context_set_summary(context.get(), kSummary);
     g_option_context_add_main_entries(context.get(), entries.data(), nullptr);
@@ -198,6 +195,12 @@ void Parse(const std::vector<std::string>& words, Arguments& to) {
     }
     if (rest[0] != nullptr && rest[1] != nullptr) {
         throw std::runtime_error(std::string("Unexpected argument ") + rest[1]);
+    }
+}
+
+void Demand(bool condition, const std::string& complaint) {
+    if (!condition) {
+        throw std::runtime_error(complaint);
     }
 }
 
@@ -259,12 +262,18 @@ void CheckDirectory(const std::string& directory) {
 
 }  // namespace
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+CommandLine ParseCommandLine(const std::vector<std::string>& words) {
+    const auto exec = std::find(words.begin(), words.end(), "--exec");
+    const std::vector<std::string> arguments(words.begin(), exec);
     CheckEncoding(arguments);
     Arguments parsed = Defaults();
     Parse(arguments, parsed);
     CheckNumbers(parsed);
     CommandLine line;
+    if (exec != words.end()) {
+        line.program.assign(exec + 1, words.end());
+        Demand(!line.program.empty(), "--exec needs a command");
+    }
     line.help = parsed.help_text;
     line.options = ToOptions(parsed);
     line.show_version = parsed.version != FALSE;

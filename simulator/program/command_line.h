@@ -13,10 +13,11 @@ struct CommandLine {
     std::string help;  ///< to be printed instead of serving, unless empty
     bool show_version = false;
     std::vector<std::string> commands;  ///< to carry out at the start
+    std::vector<std::string> program;   ///< to run on a private bus, with its arguments
 };
 
 /// Reads the arguments, the program's name first. Throws `std::runtime_error` with one line for
 /// what cannot be understood.
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
+CommandLine ParseCommandLine(const std::vector<std::string>& words);
 
 }  // namespace simulator

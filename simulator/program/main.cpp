@@ -1,7 +1,9 @@
-#include "simulator/daemon.h"
 #include "simulator/program/command_line.h"
-#include "simulator/program/commands.h"
+#include "simulator/program/foreground.h"
 #include "simulator/program/output.h"
+#include "simulator/program/private_bus.h"
+#include "simulator/program/server.h"
+#include "simulator/program/work_directory.h"
 
 #include "interfaces/glib_ptr.h"
 
@@ -13,31 +15,24 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <memory>
 #include <stdexcept>
 #include <string>
 
 namespace {
 
 using morvane::ErrorPtr;
-using morvane::GlibPtr;
 using morvane::Out;
 using morvane::TextPtr;
 using simulator::CommandLine;
-using simulator::Commands;
-using simulator::Daemon;
+using simulator::ExitError;
 using simulator::Output;
+using simulator::Server;
 
-/// The main loop of the program: what is typed, and when to end.
+/// What is typed.
 struct Console {
-    explicit Console(Daemon& daemon)
-        : commands(daemon, [this](const std::string& line) { output.Print(line); }) {}
-
-    Output output;
-    Commands commands;
-    GlibPtr<GMainLoop> loop{g_main_loop_new(nullptr, FALSE)};
+    Server& server;
+    Output& output;
     std::string typed;  // not yet a whole line
-    bool bus_lost = false;
 };
 
 std::string SystemBusAddress() {
@@ -55,12 +50,9 @@ void Complain(const char* complaint) {
 
 void Execute(Console& console, const std::string& line) {
     try {
-        console.output.Print(console.commands.Execute(line));
+        console.output.Print(console.server.Execute(line));
     } catch (const std::exception& failure) {
         Complain(failure.what());
-    }
-    if (console.commands.IsQuitting()) {
-        g_main_loop_quit(console.loop.get());
     }
 }
 
@@ -86,42 +78,71 @@ gboolean OnTyped(gint file, GIOCondition /*condition*/, gpointer console) {
     return length > 0 ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 
-gboolean OnStop(gpointer loop) {
-    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+gboolean OnStop(gpointer server) {
+    static_cast<Server*>(server)->Stop();
     return G_SOURCE_CONTINUE;
 }
 
-/// Runs in the daemon's thread.
-void OnBusLost(Console& console) {
-    const auto stop = [](gpointer data) -> gboolean {
-        auto& lost = *static_cast<Console*>(data);
-        lost.bus_lost = true;
-        g_main_loop_quit(lost.loop.get());
-        return G_SOURCE_REMOVE;
-    };
-    g_idle_add(stop, &console);
+/// nohup(1) has SIGHUP ignored, and that remains so.
+void StopOnSignals(Server& server) {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        if (signal != SIGHUP || action.sa_handler != SIG_IGN) {
+            g_unix_signal_add(signal, OnStop, &server);
+        }
+    }
 }
 
-int Serve(Daemon& daemon, const CommandLine& line) {
-    Console console(daemon);
-    daemon.OnBusLost([&console] { OnBusLost(console); });
+int Serve(const CommandLine& line) {
+    Output output;
+    Server server(SystemBusAddress(), line.options,
+                  [&output](const std::string& text) { output.Print(text); });
     for (const std::string& command : line.commands) {
-        console.output.Print(console.commands.Execute(command));
+        output.Print(server.Execute(command));
     }
-    for (const int signal : {SIGINT, SIGTERM}) {
-        g_unix_signal_add(signal, OnStop, console.loop.get());
-    }
+    StopOnSignals(server);
+    Console console = {server, output, {}};
     g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), OnTyped,
                   &console);
-    console.output.Begin("Serving " + daemon.BusName() + "\n");
-    if (!console.commands.IsQuitting()) {
-        g_main_loop_run(console.loop.get());
-    }
-    daemon.OnBusLost(nullptr);
-    if (console.bus_lost) {
-        throw std::runtime_error("The bus has gone away");
-    }
+    output.Begin("Serving " + server.BusName() + "\n");
+    server.Run();
     return EXIT_SUCCESS;
+}
+
+/// Runs the command on a bus of its own. When the simulation ends first, the command is terminated.
+int ServeInBackground(const CommandLine& line) {
+    simulator::SignalQueue signals;
+    const simulator::WorkDirectory directory;
+    const simulator::PrivateBus bus(directory);
+    simulator::Options options = line.options;
+    if (options.directory.empty()) {
+        options.directory = directory.path();
+    }
+    // Standard output is the command's.
+    Server server(bus.address(), options,
+                  [](const std::string& text) { std::fputs(text.c_str(), stderr); });
+    for (const std::string& command : line.commands) {
+        server.Execute(command);
+    }
+    if (server.IsQuitting()) {
+        return EXIT_SUCCESS;
+    }
+    if (const int signal = signals.TakeTermination(); signal != 0) {
+        return simulator::kEndedBySignal + signal;
+    }
+    simulator::Foreground command(signals, line.program, bus.address(),
+                                  [&server] { server.Stop(); });
+    int status = EXIT_SUCCESS;
+    try {
+        server.Run();
+    } catch (const std::exception& failure) {
+        Complain(failure.what());
+        status = EXIT_FAILURE;
+    }
+    command.Terminate();
+    const int command_status = command.AwaitEnd();
+    return status != EXIT_SUCCESS ? status : command_status;
 }
 
 int Run(int argc, char** argv) {
@@ -134,8 +155,7 @@ int Run(int argc, char** argv) {
         std::printf("morvane-simulator %s\n", MORVANE_VERSION);
         return EXIT_SUCCESS;
     }
-    Daemon daemon(SystemBusAddress(), line.options);
-    return Serve(daemon, line);
+    return line.program.empty() ? Serve(line) : ServeInBackground(line);
 }
 
 }  // namespace
@@ -143,6 +163,9 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
+    } catch (const ExitError& failure) {
+        Complain(failure.what());
+        return failure.status();
     } catch (const std::exception& failure) {
         Complain(failure.what());
         return EXIT_FAILURE;

@@ -60,7 +60,7 @@ TEST(SimulatorCommandLine, RefusesWhatItDoesNotKnow) {
 TEST(SimulatorCommandLine, HelpHasAsciiCharactersOnly) {
     const string help = ParseCommandLine({"morvane-simulator", "--help"}).help;
     EXPECT_EQ(help.find("Usage:\n  "), 0U) << help;
-    EXPECT_NE(help.find(" [OPTION...]\n"), string::npos) << help;
+    EXPECT_NE(help.find(" [OPTION...] [--exec COMMAND [ARG...]]\n"), string::npos) << help;
     EXPECT_TRUE(g_str_is_ascii(help.c_str())) << help;
     EXPECT_EQ(ParseCommandLine({"morvane-simulator", "-h"}).help, help);
     EXPECT_EQ(ParseCommandLine({"morvane-simulator"}).help, "");

@@ -1,0 +1,148 @@
+#include "simulator/program/foreground.h"
+
+#include "simulator/program/spawn.h"
+
+#include <glib-unix.h>
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+
+namespace simulator {
+namespace {
+
+using morvane::ErrorPtr;
+using morvane::TextArrayPtr;
+
+constexpr int kCannotExecute = 126;
+constexpr int kNotFound = 127;
+
+constexpr std::array kTerminating = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+sigset_t QueuedSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : kTerminating) {
+        sigaddset(&set, signal);
+    }
+    sigaddset(&set, SIGTSTP);
+    sigaddset(&set, SIGCHLD);
+    return set;
+}
+
+void PrepareCommand(gpointer signals) {
+    static_cast<const SignalQueue*>(signals)->Restore();
+}
+
+pid_t StartCommand(SignalQueue& signals, const std::vector<std::string>& command,
+                   const std::string& bus_address) {
+    const TextArrayPtr environment(
+        g_environ_setenv(g_get_environ(), "DBUS_SYSTEM_BUS_ADDRESS", bus_address.c_str(), TRUE));
+    constexpr auto kSpawnFlags =
+        static_cast<GSpawnFlags>(G_SPAWN_CHILD_INHERITS_STDIN | G_SPAWN_LEAVE_DESCRIPTORS_OPEN);
+    ErrorPtr error;
+    const pid_t process =
+        Start({command, kSpawnFlags, environment.get(), -1, -1, PrepareCommand, &signals}, error);
+    if (g_error_matches(error.get(), G_SPAWN_ERROR, G_SPAWN_ERROR_NOENT) != FALSE) {
+        throw ExitError(kNotFound, "No such command: " + command.front());
+    }
+    if (error) {
+        throw ExitError(kCannotExecute, "Cannot execute " + command.front());
+    }
+    return process;
+}
+
+}  // namespace
+
+SignalQueue::SignalQueue()
+    : descriptor_([] {
+          const sigset_t set = QueuedSignals();
+          return Checked(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK), "signalfd");
+      }()) {
+    const sigset_t set = QueuedSignals();
+    pthread_sigmask(SIG_BLOCK, &set, &original_mask_);
+    sigaction(SIGPIPE, nullptr, &on_broken_pipe_);  // GIO ignores it
+}
+
+std::optional<signalfd_siginfo> SignalQueue::Take() {
+    signalfd_siginfo info = {};
+    if (read(descriptor(), &info, sizeof info) != sizeof info) {
+        return std::nullopt;
+    }
+    return info;
+}
+
+int SignalQueue::TakeTermination() {
+    int first = 0;
+    while (const auto info = Take()) {
+        const auto signal = static_cast<int>(info->ssi_signo);
+        if (first == 0 &&
+            std::find(kTerminating.begin(), kTerminating.end(), signal) != kTerminating.end()) {
+            first = signal;
+        }
+    }
+    return first;
+}
+
+void SignalQueue::Restore() const {
+    sigaction(SIGPIPE, &on_broken_pipe_, nullptr);
+    pthread_sigmask(SIG_SETMASK, &original_mask_, nullptr);
+}
+
+Foreground::Foreground(SignalQueue& signals, const std::vector<std::string>& command,
+                       const std::string& bus_address, std::function<void()> on_end)
+    : signals_(signals),
+      on_end_(std::move(on_end)),
+      process_(StartCommand(signals, command, bus_address)),
+      source_(g_unix_fd_add(
+          signals.descriptor(), G_IO_IN,
+          [](gint /*file*/, GIOCondition /*condition*/, gpointer self) -> gboolean {
+              static_cast<Foreground*>(self)->OnSignals();
+              return G_SOURCE_CONTINUE;
+          },
+          this)) {}
+
+Foreground::~Foreground() {
+    g_source_remove(source_);
+}
+
+void Foreground::Terminate() const {
+    if (!status_) {
+        kill(process_, SIGTERM);
+        kill(process_, SIGCONT);
+    }
+}
+
+int Foreground::AwaitEnd() const {
+    while (!status_) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    return *status_;
+}
+
+void Foreground::OnSignals() {
+    while (const auto info = signals_.Take()) {
+        const auto signal = static_cast<int>(info->ssi_signo);
+        if (signal == SIGCHLD) {
+            Reap();
+        } else if (!status_ && (info->ssi_code <= 0 || signal == SIGHUP)) {
+            kill(process_, signal);
+        }
+    }
+}
+
+void Foreground::Reap() {
+    int status = 0;
+    while (!status_ && waitpid(process_, &status, WNOHANG | WUNTRACED) > 0) {
+        if (WIFSTOPPED(status)) {
+            raise(SIGSTOP);
+            kill(process_, SIGCONT);
+        } else {
+            status_ = WIFSIGNALED(status) ? kEndedBySignal + WTERMSIG(status) : WEXITSTATUS(status);
+            on_end_();
+        }
+    }
+}
+
+}  // namespace simulator

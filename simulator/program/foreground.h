@@ -1,0 +1,82 @@
+#pragma once
+
+#include "simulator/program/file_descriptor.h"
+
+#include <sys/signalfd.h>
+#include <sys/types.h>
+
+#include <csignal>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// Added to a signal's number, as shells do, it is the exit status.
+inline constexpr int kEndedBySignal = 128;
+
+/// What ends the program with another status than `EXIT_FAILURE`.
+class ExitError : public std::runtime_error {
+  public:
+    ExitError(int status, const std::string& message)
+        : std::runtime_error(message), status_(status) {}
+    [[nodiscard]] int status() const { return status_; }
+
+  private:
+    int status_;
+};
+
+/// Blocks the signals that concern a command in the foreground, for good, and queues them. To be
+/// constructed before any other thread exists.
+class SignalQueue {
+  public:
+    SignalQueue();
+
+    [[nodiscard]] int descriptor() const { return descriptor_.number(); }
+    std::optional<signalfd_siginfo> Take();
+    /// Removes all signals; returns the first that would have ended the process, or 0.
+    int TakeTermination();
+    /// Gives the calling process what this one had. Async-signal-safe.
+    void Restore() const;
+
+  private:
+    sigset_t original_mask_ = {};
+    struct sigaction on_broken_pipe_ = {};
+    FileDescriptor descriptor_;
+};
+
+/// A command that runs as if this process did not exist, in the same process group and with the
+/// same descriptors. What the terminal sends to the group (Ctrl-C, Ctrl-\, Ctrl-Z) is the command's
+/// affair; signals that another process sends to this one are passed on, and so is a hang-up, which
+/// the kernel sends to the leader of a session only. When the command stops this process stops, and
+/// continues it when continued.
+class Foreground {
+  public:
+    /// `on_end` is called in the default main context. Throws `ExitError` with the status of a
+    /// shell, 127 or 126, if the command cannot be executed.
+    Foreground(SignalQueue& signals, const std::vector<std::string>& command,
+               const std::string& bus_address, std::function<void()> on_end);
+    Foreground(const Foreground&) = delete;
+    Foreground& operator=(const Foreground&) = delete;
+    ~Foreground();
+
+    /// Sends SIGTERM, unless the command has ended.
+    void Terminate() const;
+    /// Runs the default main context until the command has ended. Returns its exit status, or
+    /// 128 + N if signal N has ended it.
+    [[nodiscard]] int AwaitEnd() const;
+
+  private:
+    void OnSignals();
+    void Reap();
+
+    SignalQueue& signals_;
+    const std::function<void()> on_end_;
+    const pid_t process_;
+    const unsigned source_;
+    std::optional<int> status_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,45 @@
+#include "simulator/program/server.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace simulator {
+
+Server::Server(const std::string& address, const Options& options, Commands::Sink log)
+    : daemon_(address, options), commands_(daemon_, std::move(log)) {
+    daemon_.OnBusLost([this] { OnBusLost(); });
+}
+
+Server::~Server() {
+    daemon_.OnBusLost(nullptr);
+}
+
+/// Runs in the daemon's thread.
+void Server::OnBusLost() {
+    const auto stop = [](gpointer self) -> gboolean {
+        auto& server = *static_cast<Server*>(self);
+        server.bus_is_lost_ = true;
+        server.Stop();
+        return G_SOURCE_REMOVE;
+    };
+    g_idle_add(stop, this);
+}
+
+std::string Server::Execute(const std::string& line) {
+    std::string answer = commands_.Execute(line);
+    if (commands_.IsQuitting()) {
+        Stop();
+    }
+    return answer;
+}
+
+void Server::Run() {
+    if (!commands_.IsQuitting()) {
+        g_main_loop_run(loop_.get());
+    }
+    if (bus_is_lost_) {
+        throw std::runtime_error("The bus has gone away");
+    }
+}
+
+}  // namespace simulator

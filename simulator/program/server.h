@@ -1,0 +1,39 @@
+#pragma once
+
+#include "simulator/daemon.h"
+#include "simulator/program/commands.h"
+
+#include "interfaces/glib_ptr.h"
+
+#include <string>
+
+namespace simulator {
+
+/// The daemon of the program, with its commands, in the main thread and its default main context.
+class Server {
+  public:
+    /// `log`: see `Commands`. Throws what `Daemon` throws.
+    Server(const std::string& address, const Options& options, Commands::Sink log);
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+    ~Server();
+
+    [[nodiscard]] std::string BusName() const { return daemon_.BusName(); }
+    /// See `Commands::Execute`.
+    std::string Execute(const std::string& line);
+    /// Returns after `Stop` or the command `quit`, even if that was before. Throws
+    /// `std::runtime_error` when the bus is lost.
+    void Run();
+    [[nodiscard]] bool IsQuitting() const { return commands_.IsQuitting(); }
+    void Stop() { g_main_loop_quit(loop_.get()); }
+
+  private:
+    void OnBusLost();
+
+    Daemon daemon_;
+    Commands commands_;
+    const morvane::GlibPtr<GMainLoop> loop_{g_main_loop_new(nullptr, FALSE)};
+    bool bus_is_lost_ = false;
+};
+
+}  // namespace simulator

@@ -1,0 +1,232 @@
+// The simulator with a command in the foreground.
+
+#include "simulator/program_fixture.h"
+#include "support/private_bus.h"
+
+#include <csignal>
+
+namespace simulator {
+namespace {
+
+using morvane_test::CallOnBus;
+using morvane_test::ConnectToBus;
+
+class Exec : public ProgramTest {
+  protected:
+    Console& RunShell(const std::string& script, const std::vector<std::string>& options = {},
+                      Wiring wiring = Wiring::kPipes) {
+        std::vector<std::string> words = options;
+        words.insert(words.end(), {"--exec", "sh", "-c", script});
+        return Run(words, wiring);
+    }
+
+    /// The rest of the line.
+    static std::string NextLine(Console& console) {
+        console.Await("\n");
+        std::string output = console.Consumed();
+        output.pop_back();
+        return output.substr(output.rfind('\n') + 1);
+    }
+
+    static pid_t BusProcess(const std::string& address) {
+        const auto connection = ConnectToBus(address);
+        const morvane::VariantPtr reply =
+            CallOnBus(connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                      "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+                      g_variant_new("(s)", "org.freedesktop.DBus"));
+        guint32 process = 0;
+        g_variant_get(reply.get(), "(u)", &process);
+        return static_cast<pid_t>(process);
+    }
+
+    static bool Runs(pid_t process) { return kill(process, 0) == 0; }
+
+    void ExpectNothingLeft() const { EXPECT_TRUE(std::filesystem::is_empty(TemporaryFolder())); }
+};
+
+struct Outcome {
+    const char* test;
+    const char* script;
+    int status;
+};
+
+class ExecStatus : public Exec, public testing::WithParamInterface<Outcome> {};
+
+TEST_P(ExecStatus, IsThatOfTheCommand) {
+    RunShell(GetParam().script).ExpectExit(GetParam().status);
+    ExpectNothingLeft();
+}
+
+constexpr Outcome kOutcomes[] = {
+    {"Success", "exit 0", 0},
+    {"Failure", "exit 3", 3},
+    {"EndBySignal", "kill -TERM $$", 143},
+    {"EndByKill", "kill -KILL $$", 137},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, ExecStatus, testing::ValuesIn(kOutcomes),
+                         [](const auto& outcome) { return outcome.param.test; });
+
+TEST_F(Exec, EndsWith127IfThereIsNoSuchCommand) {
+    Console& console = Run({"--exec", "no-such-command"});
+    console.ExpectError("morvane-simulator: No such command: no-such-command\n");
+    console.ExpectExit(127);
+    ExpectNothingLeft();
+}
+
+TEST_F(Exec, EndsWith126IfTheCommandCannotBeExecuted) {
+    Console& console = Run({"--exec", "/dev/null"});
+    console.ExpectError("morvane-simulator: Cannot execute /dev/null\n");
+    console.ExpectExit(126);
+    ExpectNothingLeft();
+}
+
+TEST_F(Exec, NeedsACommand) {
+    Console& console = Run({"--exec"});
+    console.ExpectError("morvane-simulator: --exec needs a command\n");
+    console.ExpectExit(1);
+}
+
+TEST_F(Exec, LeavesTheWordsAfterItToTheCommand) {
+    Console& console = Run({"--phones=1", "--exec", "echo", "--help", "--exec", "\xff"});
+    console.Expect("--help --exec \xff\n");
+    console.ExpectExit(0);
+}
+
+TEST_F(Exec, ServesOnABusOfItsOwn) {
+    Console& console = RunShell(
+        "gdbus call --system --dest com.veltrisonix --object-path /"
+        " --method org.freedesktop.DBus.ObjectManager.GetManagedObjects");
+    console.Await("02:00:5E:10:00:03");
+    console.ExpectExit(0, Console::Rest::kIgnored);
+}
+
+// The masks and dispositions of signals, the descriptors and the environment, but for the bus.
+constexpr char kSurroundings[] =
+    "grep -E 'Sig(Blk|Ign)' /proc/self/status; ls /proc/self/fd; env | grep -v BUS_ADDRESS | sort";
+
+TEST_F(Exec, LetsTheCommandFindWhatItWouldFindAlone) {
+    Console& alone = Launch(Running({"sh", "-c", kSurroundings}));
+    alone.ExpectExit(0, Console::Rest::kIgnored);
+    Console& console = RunShell(kSurroundings);
+    console.Expect(alone.Output());
+    console.ExpectExit(0);
+}
+
+TEST_F(Exec, LeavesInputAndOutputToTheCommand) {
+    Console& console = RunShell("cat", {"--do=phones"});
+    console.Type("phones");
+    console.Expect("phones\n");
+    console.CloseInput();
+    console.ExpectExit(0);
+}
+
+TEST_F(Exec, EndsBeforeTheCommandStartsIfACommandFails) {
+    Console& console = RunShell("echo started", {"--do=no-such-command"});
+    console.ExpectError("Unknown command");
+    console.ExpectExit(1);
+    ExpectNothingLeft();
+}
+
+TEST_F(Exec, DoesNotStartTheCommandAfterQuit) {
+    RunShell("echo started", {"--do=quit"}).ExpectExit(0);
+    ExpectNothingLeft();
+}
+
+TEST_F(Exec, StopsTheBusAtTheEnd) {
+    Console& console = RunShell("echo $DBUS_SYSTEM_BUS_ADDRESS; read line");
+    const pid_t bus = BusProcess(NextLine(console));
+    EXPECT_TRUE(Runs(bus));
+    console.Type("");
+    console.ExpectExit(0);
+    EXPECT_FALSE(Runs(bus));
+}
+
+TEST_F(Exec, StopsTheBusIfItIsKilled) {
+    Console& console = RunShell("echo $DBUS_SYSTEM_BUS_ADDRESS; read line");
+    const auto connection = ConnectToBus(NextLine(console));
+    bool closed = false;
+    g_signal_connect(connection.get(), "closed",
+                     G_CALLBACK(+[](GDBusConnection*, gboolean, GError*, bool* is_closed) {
+                         *is_closed = true;
+                     }),
+                     &closed);
+    console.Signal(SIGKILL);
+    while (!closed) g_main_context_iteration(nullptr, TRUE);
+    console.CloseInput();  // of the command, which goes on
+    console.ExpectEndBySignal(SIGKILL);
+}
+
+TEST_F(Exec, TerminatesTheCommandIfTheBusEnds) {
+    Console& console = RunShell(
+        "trap 'echo terminated; exit 0' TERM; echo $DBUS_SYSTEM_BUS_ADDRESS; while :; do read "
+        "line; "
+        "done");
+    kill(BusProcess(NextLine(console)), SIGKILL);
+    console.ExpectError("morvane-simulator: The bus has gone away\n");
+    console.Expect("terminated\n");
+    console.ExpectExit(1);
+    ExpectNothingLeft();
+}
+
+// Counts signals; the line "end" ends it.
+constexpr char kCounter[] =
+    "for name in HUP INT QUIT TERM; do trap \"echo $name\" $name; done; echo ready; "
+    "while [ \"$line\" != end ]; do read line && echo \"read $line\"; done; exit 4";
+
+TEST_F(Exec, PassesOnTheSignalsOfOtherProcesses) {
+    Console& console = RunShell(kCounter);
+    console.Expect("ready\n");
+    for (const auto& [signal, name] :
+         {std::pair(SIGHUP, "HUP\n"), std::pair(SIGINT, "INT\n"), std::pair(SIGQUIT, "QUIT\n"),
+          std::pair(SIGTERM, "TERM\n")}) {
+        console.Signal(signal);
+        console.Expect(name);
+    }
+    console.Type("end");
+    console.Expect("read end\n");
+    console.ExpectExit(4);
+    ExpectNothingLeft();
+}
+
+TEST_F(Exec, LeavesControlCAndControlBackslashToTheCommand) {
+    Console& console = RunShell(kCounter, {}, Wiring::kTerminal);
+    console.Expect("ready\n");
+    for (const auto& [key, name] : {std::pair("\x03", "INT\n"), std::pair("\x1c", "QUIT\n")}) {
+        console.TypeBytes(key);
+        console.Expect(name);
+        console.Type("next");
+        console.Expect("read next\n");
+    }
+    console.Type("end");
+    console.Expect("read end\n");
+    console.ExpectExit(4);
+}
+
+TEST_F(Exec, EndsWhenItsTerminalHangsUp) {
+    Console& console = RunShell("echo $$; read line; read line", {}, Wiring::kTerminal);
+    NextLine(console);
+    console.HangUp();
+    console.ExpectExit(129);
+    ExpectNothingLeft();
+}
+
+// The shell's terminal is its standard error.
+TEST_F(Exec, StopsAndContinuesWithTheCommand) {
+    std::string words;
+    for (const std::string& word : ProgramWords()) words += word + " ";
+    const std::string script = "exec 2>&1; set -m; " + words +
+                               "--exec sh -c 'echo ready; read line; echo \"got $line\"; exit 5'; "
+                               "echo \"stopped $?\"; fg >fg.output; echo \"ended $?\"";
+    Console& console = Launch(Running({"bash", "-c", script}, Wiring::kTerminal));
+    console.Expect("ready\n");
+    console.TypeBytes("\x1a");
+    console.Await("stopped 147\n");
+    console.Type("word");
+    console.Expect("got word\nended 5\n");
+    console.ExpectExit(0);
+    ExpectNothingLeft();
+}
+
+}  // namespace
+}  // namespace simulator

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "support/console.h"
+#include "support/programs.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// The simulator as a program, in a directory of the test's own.
+class ProgramTest : public testing::Test {
+  protected:
+    using Console = morvane_test::Console;
+    using Wiring = morvane_test::Wiring;
+
+    static std::vector<std::string> ProgramWords() {
+        std::istringstream launcher(morvane_test::Launcher());
+        std::vector<std::string> words(std::istream_iterator<std::string>(launcher), {});
+        words.push_back(morvane_test::SimulatorPath());
+        return words;
+    }
+
+    ProgramTest() { std::filesystem::create_directory(TemporaryFolder()); }
+
+    /// Where the program makes its temporary directory.
+    std::string TemporaryFolder() const { return directory_.File("tmp"); }
+
+    /// How to run any program as `Run` does.
+    morvane_test::ConsoleOptions Running(std::vector<std::string> words,
+                                         Wiring wiring = Wiring::kPipes) const {
+        morvane_test::ConsoleOptions options;
+        options.program = words.front();
+        options.arguments.assign(words.begin() + 1, words.end());
+        options.wiring = wiring;
+        options.directory = directory_.Path();
+        options.environment = {"TMPDIR=" + TemporaryFolder()};
+        return options;
+    }
+    Console& Launch(const morvane_test::ConsoleOptions& options) {
+        return consoles_.emplace_back(options);
+    }
+    Console& Run(const std::vector<std::string>& arguments, Wiring wiring = Wiring::kPipes) {
+        std::vector<std::string> words = ProgramWords();
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return Launch(Running(words, wiring));
+    }
+
+    void TearDown() override {
+        for (Console& console : consoles_) {
+            if (HasFailure()) std::cout << console.Story();
+            console.Finish();
+        }
+    }
+
+    morvane_test::TemporaryDirectory directory_;
+
+  private:
+    std::deque<Console> consoles_;
+};
+
+}  // namespace simulator
