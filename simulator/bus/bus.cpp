@@ -1,5 +1,7 @@
 #include "simulator/bus/bus.h"
 
+#include "simulator/bus/connect.h"
+
 #include <stdexcept>
 
 namespace simulator {
@@ -15,19 +17,6 @@ constexpr char kBusPath[] = "/org/freedesktop/DBus";
 constexpr guint32 kDoNotQueue = 4;
 constexpr guint32 kPrimaryOwner = 1;
 constexpr guint32 kAlreadyOwner = 4;
-
-GlibPtr<GDBusConnection> Connect(const std::string& address) {
-    ErrorPtr error;
-    constexpr auto kFlags =
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    GlibPtr<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-        address.c_str(), kFlags, nullptr, nullptr, Out(error)));
-    if (!connection) {
-        throw std::runtime_error(std::string("Cannot connect to the bus: ") + error->message);
-    }
-    return connection;
-}
 
 /// One call that was held back, on its way through our own objects.
 struct HeldCall {

@@ -44,6 +44,7 @@ struct Arguments {
     gboolean by_hand;
     gboolean late_size;
     gboolean silent;
+    gboolean list;
     gboolean exec;  // for the help; it ends the options
     gboolean version;
     gboolean help;
@@ -51,7 +52,9 @@ struct Arguments {
     TextPtr directory;
     TextPtr user_id;
     TextPtr password;
+    TextPtr simulator;
     TextArrayPtr commands;
+    TextArrayPtr told;
     std::string help_text;  // if asked for
 };
 
@@ -89,11 +92,12 @@ struct FlagOption {
     const char* help;
 };
 
-constexpr std::array<FlagOption, 6> kFlags = {{
+constexpr std::array<FlagOption, 7> kFlags = {{
     {"help", 'h', &Arguments::help, "Show the options"},
     {"by-hand", 0, &Arguments::by_hand, "Transfers move only by command"},
     {"late-size", 0, &Arguments::late_size, "A transfer's size is known only when it starts"},
     {"silent", 0, &Arguments::silent, "Do not announce folder, counters and missed calls"},
+    {"list", 0, &Arguments::list, "List the simulators that run"},
     {"exec", 0, &Arguments::exec, "Run the command that follows, on a private bus"},
     {"version", 0, &Arguments::version, "Show the version"},
 }};
@@ -105,11 +109,12 @@ struct TextOption {
     const char* help;
 };
 
-constexpr std::array<TextOption, 4> kTexts = {{
+constexpr std::array<TextOption, 5> kTexts = {{
     {"instance", &Arguments::instance, "NAME", "Own com.veltrisonix.NAME"},
     {"directory", &Arguments::directory, "DIR", "Write pulled files here"},
     {"user-id", &Arguments::user_id, "TEXT", "Demanded by the phone with the highest address"},
     {"password", &Arguments::password, "TEXT", "Demanded by the phone with the highest address"},
+    {"simulator", &Arguments::simulator, "PID", "The simulator to tell, if several run"},
 }};
 
 Arguments Defaults() {
@@ -131,7 +136,7 @@ Arguments Defaults() {
 /// Texts are taken as file names are, untouched: the bus wants UTF-8 whatever the locale says.
 class OptionEntries {
   public:
-    explicit OptionEntries(Arguments& to) : commands_(to.commands) {
+    explicit OptionEntries(Arguments& to) : commands_(to.commands), told_(to.told) {
         for (const NumberOption& option : kNumbers) {
             Add(option.name, 0, G_OPTION_ARG_INT64, &(to.*option.value), option.unit,
                 Help(option.help, std::to_string(to.*option.value)));
@@ -150,6 +155,9 @@ class OptionEntries {
         gchar*** commands = commands_;
         Add("do", 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(commands), "COMMAND",
             "Carry out a command at the start (may be repeated)");
+        gchar*** told = told_;
+        Add("tell", 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(told), "COMMAND",
+            "Carry out a command in a running simulator (may be repeated)");
         entries_.push_back({});
     }
 
@@ -167,6 +175,7 @@ class OptionEntries {
 
     std::deque<Out<gchar>> texts_;
     Out<gchar*> commands_;
+    Out<gchar*> told_;
     std::deque<std::string> helps_;
     std::vector<GOptionEntry> entries_;
 };
@@ -198,7 +207,7 @@ void Parse(const std::vector<std::string>& words, Arguments& to) {
     }
 }
 
-void Demand(bool condition, const std::string& complaint) {
+void Require(bool condition, const std::string& complaint) {
     if (!condition) {
         throw std::runtime_error(complaint);
     }
@@ -219,6 +228,12 @@ void CheckNumbers(const Arguments& arguments) {
 void Assign(std::string& to, const TextPtr& from) {
     if (from) {
         to = from.get();
+    }
+}
+
+void Assign(std::vector<std::string>& to, const TextArrayPtr& from) {
+    for (gchar** text = from.get(); text != nullptr && *text != nullptr; ++text) {
+        to.emplace_back(*text);
     }
 }
 
@@ -260,6 +275,19 @@ void CheckDirectory(const std::string& directory) {
     throw std::runtime_error("--directory: no such directory: " + directory);
 }
 
+/// Nothing that was asked for is ignored.
+void CheckCombination(const CommandLine& line, const std::vector<std::string>& arguments) {
+    const bool serves = line.told.empty() && !line.list;
+    Require(serves || line.program.empty(), "--exec cannot be combined with --tell or --list");
+    Require(line.told.empty() || !line.list, "--list cannot be combined with --tell");
+    Require(!line.told.empty() || line.simulator.empty(), "--simulator needs --tell");
+    const std::regex allowed("--(tell|list|simulator|instance)(=[^]*)?|[^-][^]*");
+    for (std::size_t i = 1; i < arguments.size() && !serves; ++i) {
+        Require(std::regex_match(arguments[i], allowed),
+                arguments[i] + " cannot be combined with --tell or --list");
+    }
+}
+
 }  // namespace
 
 CommandLine ParseCommandLine(const std::vector<std::string>& words) {
@@ -272,16 +300,17 @@ CommandLine ParseCommandLine(const std::vector<std::string>& words) {
     CommandLine line;
     if (exec != words.end()) {
         line.program.assign(exec + 1, words.end());
-        Demand(!line.program.empty(), "--exec needs a command");
+        Require(!line.program.empty(), "--exec needs a command");
     }
     line.help = parsed.help_text;
     line.options = ToOptions(parsed);
     line.show_version = parsed.version != FALSE;
     CheckDirectory(line.options.directory);
-    for (gchar** command = parsed.commands.get(); command != nullptr && *command != nullptr;
-         ++command) {
-        line.commands.emplace_back(*command);
-    }
+    Assign(line.commands, parsed.commands);
+    Assign(line.told, parsed.told);
+    Assign(line.simulator, parsed.simulator);
+    line.list = parsed.list != FALSE;
+    CheckCombination(line, arguments);
     return line;
 }
 

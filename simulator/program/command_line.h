@@ -13,6 +13,9 @@ struct CommandLine {
     std::string help;  ///< to be printed instead of serving, unless empty
     bool show_version = false;
     std::vector<std::string> commands;  ///< to carry out at the start
+    std::vector<std::string> told;      ///< commands for a running simulator, instead of serving
+    std::string simulator;              ///< its process id; empty: the only one
+    bool list = false;                  ///< list the running ones instead
     std::vector<std::string> program;   ///< to run on a private bus, with its arguments
 };
 

@@ -3,6 +3,7 @@
 #include "simulator/program/output.h"
 #include "simulator/program/private_bus.h"
 #include "simulator/program/server.h"
+#include "simulator/program/tell.h"
 #include "simulator/program/work_directory.h"
 
 #include "interfaces/glib_ptr.h"
@@ -153,6 +154,14 @@ int Run(int argc, char** argv) {
     }
     if (line.show_version) {
         std::printf("morvane-simulator %s\n", MORVANE_VERSION);
+        return EXIT_SUCCESS;
+    }
+    if (line.list) {
+        simulator::ListRunning();
+        return EXIT_SUCCESS;
+    }
+    if (!line.told.empty()) {
+        simulator::TellRunning(line);
         return EXIT_SUCCESS;
     }
     return line.program.empty() ? Serve(line) : ServeInBackground(line);

@@ -1,5 +1,6 @@
 #include "simulator/program/server.h"
 
+#include <cstdio>
 #include <stdexcept>
 #include <utility>
 
@@ -8,10 +9,22 @@ namespace simulator {
 Server::Server(const std::string& address, const Options& options, Commands::Sink log)
     : daemon_(address, options), commands_(daemon_, std::move(log)) {
     daemon_.OnBusLost([this] { OnBusLost(); });
+    OfferControl(address, options.instance);
 }
 
 Server::~Server() {
     daemon_.OnBusLost(nullptr);
+}
+
+void Server::OfferControl(const std::string& address, const std::string& instance) {
+    try {
+        control_.emplace(address, instance, daemon_,
+                         [this](const std::string& line) { return Execute(line); });
+        file_.emplace(Running{{}, {}, daemon_.BusName(), control_->bus_name(), address});
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "morvane-simulator: It cannot be controlled by --tell: %s\n",
+                     failure.what());
+    }
 }
 
 /// Runs in the daemon's thread.

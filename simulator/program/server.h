@@ -2,17 +2,22 @@
 
 #include "simulator/daemon.h"
 #include "simulator/program/commands.h"
+#include "simulator/program/control.h"
+#include "simulator/program/running.h"
 
 #include "interfaces/glib_ptr.h"
 
+#include <optional>
 #include <string>
 
 namespace simulator {
 
-/// The daemon of the program, with its commands, in the main thread and its default main context.
+/// The daemon of the program, and what controls it, in the main thread and its default main
+/// context.
 class Server {
   public:
-    /// `log`: see `Commands`. Throws what `Daemon` throws.
+    /// `log`: see `Commands`. Throws what `Daemon` throws. A bus that does not admit the control
+    /// interface, or a runtime directory that cannot be written, is reported on standard error only.
     Server(const std::string& address, const Options& options, Commands::Sink log);
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -29,11 +34,14 @@ class Server {
 
   private:
     void OnBusLost();
+    void OfferControl(const std::string& address, const std::string& instance);
 
     Daemon daemon_;
     Commands commands_;
     const morvane::GlibPtr<GMainLoop> loop_{g_main_loop_new(nullptr, FALSE)};
     bool bus_is_lost_ = false;
+    std::optional<Control> control_;
+    std::optional<RunningFile> file_;
 };
 
 }  // namespace simulator

@@ -104,6 +104,19 @@ TEST_F(Demo, PassesTheInstanceOnToTheTool) {
     }
 }
 
+TEST_F(Demo, TellsTheOneThatRunsACommandWithoutBuilding) {
+    Run("--phones=1").Await(Prompt());
+    Console& console = Run("--tell phones");
+    console.Expect("/com/veltrisonix/hci0/dev_02_00_5E_10_00_01  02:00:5E:10:00:01  Aster\n");
+    console.ExpectExit(0);
+}
+
+TEST_F(Demo, RunsAnotherCommandThanTheTool) {
+    Console& console = Run("--phones=1 --exec echo --tell");
+    console.Expect("Building the tool and its simulator ...\n--tell\n");
+    console.ExpectExit(0);
+}
+
 class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
 
 TEST_P(DemoInDirectory, PullsAPhonebookAndLeavesNothing) {

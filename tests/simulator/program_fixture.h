@@ -48,10 +48,23 @@ class ProgramTest : public testing::Test {
     Console& Launch(const morvane_test::ConsoleOptions& options) {
         return consoles_.emplace_back(options);
     }
-    Console& Run(const std::vector<std::string>& arguments, Wiring wiring = Wiring::kPipes) {
+    morvane_test::ConsoleOptions RunningProgram(const std::vector<std::string>& arguments,
+                                                Wiring wiring = Wiring::kPipes) const {
         std::vector<std::string> words = ProgramWords();
         words.insert(words.end(), arguments.begin(), arguments.end());
-        return Launch(Running(words, wiring));
+        return Running(words, wiring);
+    }
+    Console& Run(const std::vector<std::string>& arguments, Wiring wiring = Wiring::kPipes) {
+        return Launch(RunningProgram(arguments, wiring));
+    }
+    /// Starts the program with these options, and awaits that it serves on the bus at the address.
+    Console& Serve(const std::string& bus_address, const std::vector<std::string>& arguments = {}) {
+        morvane_test::ConsoleOptions options = RunningProgram(arguments);
+        options.bus_address = bus_address;
+        Console& console = Launch(options);
+        console.Await("Serving com.veltrisonix");
+        console.Await("\n");
+        return console;
     }
 
     void TearDown() override {

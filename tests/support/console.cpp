@@ -25,6 +25,7 @@ constexpr std::array kPassedOn = {
 std::vector<std::string> Environment(const ConsoleOptions& options) {
     std::vector<std::string> environment = {"LC_ALL=C", "TERM=xterm", "G_SLICE=always-malloc",
                                             "HOME=" + options.directory,
+                                            "XDG_RUNTIME_DIR=" + options.directory,
                                             "DBUS_SYSTEM_BUS_ADDRESS=" + options.bus_address};
     for (const char* const name : kPassedOn)
         if (const char* const value = std::getenv(name))

@@ -1,0 +1,53 @@
+// The tool and the simulator as programs, the latter driven by a third one over D-Bus.
+
+#include "support/conversation.h"
+#include "support/gdbus.h"
+#include "support/programs.h"
+
+#include <iterator>
+#include <sstream>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kAster[] = "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01";
+
+class SimulatorProgram : public ConversationTest {
+  protected:
+    void SetUp() override {
+        std::istringstream launcher(Launcher());
+        ConsoleOptions options = Wired(Wiring::kPipes);
+        options.prefix.assign(std::istream_iterator<std::string>(launcher), {});
+        options.program = SimulatorPath();
+        options.arguments = {"--phones=1"};
+        Launch(options).Expect("Serving com.veltrisonix\n");
+    }
+    void TearDown() override {
+        Control("Execute", {"quit"});
+        ConversationTest::TearDown();
+    }
+
+    void Control(const std::string& method, const std::vector<std::string>& arguments) {
+        const std::string answer = method == "Execute" ? "('',)\n" : "()\n";
+        EXPECT_EQ(CallControl(bus().Address(), method, arguments), answer) << method;
+    }
+};
+
+TEST_F(SimulatorProgram, IsControlledWhileTheToolRuns) {
+    Launch();
+    const std::string found = std::string("Found Device ") + kAster + "\n";
+    AwaitAll({"Found Client " + kClient + "\n", found, Prompt()});
+    Control("Execute", {"remove 02:00:5E:10:00:01"});
+    Expect(Notice("", std::string("Removed ") + kAster + "\n", kRedSequence));
+    Control("Execute", {"return 02:00:5E:10:00:01"});
+    Expect(Notice("", found));
+
+    Control("Refuse", {"Select", "com.veltrisonix.Error.Failed", "enough", "1"});
+    for (const char* const key : {"c", "0", "s", "0", "0"}) Type(key);
+    Await(kRefused + kPhonebookPrompt);
+    for (const char* const key : {"s", "0", "0"}) Type(key);
+    Await("Phonebook selected successfully\n");
+}
+
+}  // namespace
+}  // namespace morvane_test

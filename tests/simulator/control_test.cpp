@@ -1,0 +1,193 @@
+// The control interface, as gdbus(1) sees it.
+
+#include "simulator/program/control.h"
+#include "simulator/program_fixture.h"
+#include "support/gdbus.h"
+#include "support/private_bus.h"
+
+#include <fstream>
+
+namespace simulator {
+namespace {
+
+using morvane_test::CallControl;
+using morvane_test::Gdbus;
+using morvane_test::PrivateBus;
+
+constexpr char kControl[] = "org.morvane.Simulator";
+
+class ControlInterface : public ProgramTest {
+  protected:
+    void SetUp() override { console_ = &Serve(bus_.Address(), {"--phones=1"}); }
+    void TearDown() override {
+        if (!console_->HasEnded()) console_->Type("quit");
+        ProgramTest::TearDown();
+    }
+
+    std::string Control(const std::string& method, const std::vector<std::string>& arguments = {}) {
+        return CallControl(bus_.Address(), method, arguments);
+    }
+    std::string Execute(const std::string& command) { return Control("Execute", {command}); }
+    /// A method of the simulated daemon.
+    std::string CallDaemon(const std::string& path, const std::string& method,
+                           const std::vector<std::string>& arguments = {}) {
+        return Gdbus(bus_.Address(), "com.veltrisonix", path, method, arguments);
+    }
+    std::string SetPassword() {
+        return CallDaemon("/com/veltrisonix/obex", "com.veltrisonix.obex.Client1.SetPassword",
+                          {"x"});
+    }
+    void CreateSession() {
+        EXPECT_EQ(CallDaemon("/com/veltrisonix/obex", "com.veltrisonix.obex.Client1.CreateSession",
+                             {"02:00:5E:10:00:01",
+                              "{'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>}"}),
+                  "(objectpath '/com/veltrisonix/obex/client/session0',)\n");
+    }
+    std::string Alias() {
+        return CallDaemon(kPath, "org.freedesktop.DBus.Properties.Get",
+                          {"com.veltrisonix.Device1", "Alias"});
+    }
+
+    /// Prints the signals of that owner.
+    Console& Monitor(const std::string& bus_name) {
+        Console& monitor =
+            Launch(Running({"gdbus", "monitor", "--address", bus_.Address(), "--dest", bus_name}));
+        monitor.Await("is owned by");
+        return monitor;
+    }
+
+    static constexpr char kPath[] = "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01";
+    PrivateBus bus_;
+    Console* console_ = nullptr;
+};
+
+TEST_F(ControlInterface, ExecutesCommands) {
+    EXPECT_EQ(Execute("stall on"), "('',)\n");
+    EXPECT_EQ(Execute("phones"), std::string("('") + kPath + "  02:00:5E:10:00:01  Aster\\n',)\n");
+}
+
+TEST_F(ControlInterface, AnswersQuit) {
+    EXPECT_EQ(Execute("quit"), "('',)\n");
+    console_->ExpectExit(0);
+}
+
+TEST_F(ControlInterface, NamesErrors) {
+    const std::string error = "Error: GDBus.Error:org.morvane.Simulator1.Error.";
+    EXPECT_EQ(Execute("nonsense").find(error + "UnknownCommand: Unknown command: nonsense"), 0U);
+    EXPECT_EQ(Execute("stall maybe").find(error + "InvalidArguments: "), 0U);
+    EXPECT_EQ(Control("Reply", {"GetSize", "<42>", "0"}).find(error + "InvalidArguments: "), 0U);
+    EXPECT_EQ(Control("AddDevice", {kPath, "{}"}).find(error + "Failed: "), 0U);
+}
+
+TEST_F(ControlInterface, IsOutOfReachOfTheFaultsOfTheDaemon) {
+    for (const char* const command : {"hang GetAll", "hang Execute", "leave", "come-back", "crash"})
+        EXPECT_EQ(Execute(command), "('',)\n") << command;
+    EXPECT_NE(SetPassword().find("ServiceUnknown"), std::string::npos);
+    EXPECT_EQ(Execute("come-back"), "('',)\n");
+    EXPECT_EQ(SetPassword(), "()\n");
+}
+
+TEST_F(ControlInterface, RefusesSoManyCalls) {
+    EXPECT_EQ(Control("Refuse", {"SetPassword", "com.example.Error.No", "not today", "1"}), "()\n");
+    EXPECT_EQ(SetPassword().find("Error: GDBus.Error:com.example.Error.No: not today"), 0U);
+    EXPECT_EQ(SetPassword(), "()\n");
+}
+
+TEST_F(ControlInterface, RepliesWithAnyBody) {
+    EXPECT_EQ(Control("Reply", {"SetPassword", "<('text', <@ay []>)>", "0"}), "()\n");
+    EXPECT_EQ(SetPassword(), "('text', <@ay []>)\n");
+}
+
+TEST_F(ControlInterface, HangsAndReleases) {
+    Console& monitor = Monitor(kControl);
+    EXPECT_EQ(Control("Hang", {"SetPassword", "1"}), "()\n");
+    Console& caller = Launch(Running(
+        {"gdbus", "call", "--address", bus_.Address(), "--dest", "com.veltrisonix", "--object-path",
+         "/com/veltrisonix/obex", "--method", "com.veltrisonix.obex.Client1.SetPassword", "x"}));
+    monitor.Await("'SetPassword', \"('x',)\", 'hangs'");
+    EXPECT_EQ(Execute("release"), "('',)\n");
+    caller.Expect("()\n");
+    caller.ExpectExit(0);
+    monitor.Kill();
+}
+
+TEST_F(ControlInterface, OverridesProperties) {
+    EXPECT_EQ(Control("OverrideProperty", {"*", "com.veltrisonix.Device1", "Alias", "<uint32 7>"}),
+              "()\n");
+    EXPECT_EQ(Alias(), "(<uint32 7>,)\n");
+}
+
+TEST_F(ControlInterface, AnnouncesProperties) {
+    Console& monitor = Monitor("com.veltrisonix");
+    EXPECT_EQ(Control("Notify", {kPath, "com.veltrisonix.Device1", "{'Alias': <'Ann'>}"}), "()\n");
+    monitor.Await("PropertiesChanged ('com.veltrisonix.Device1', {'Alias': <'Ann'>}, ");
+    monitor.Kill();
+}
+
+TEST_F(ControlInterface, AddsDevicesAsTheyAreGiven) {
+    EXPECT_EQ(Control("AddDevice", {"/a/device", "{'Alias': <byte 1>}"}), "()\n");
+    EXPECT_EQ(CallDaemon("/a/device", "org.freedesktop.DBus.Properties.GetAll",
+                         {"com.veltrisonix.Device1"}),
+              "({'Alias': <byte 0x01>},)\n");
+}
+
+TEST_F(ControlInterface, ListsPhonesSessionsTransfersAndCalls) {
+    EXPECT_EQ(Control("ListPhones"), std::string("([(objectpath '") + kPath +
+                                         "', '02:00:5E:10:00:01', 'Aster', false, true)],)\n");
+    EXPECT_EQ(Control("ListSessions"), "(@ao [],)\n");
+    CreateSession();
+    EXPECT_EQ(Control("ListSessions"), "([objectpath '/com/veltrisonix/obex/client/session0'],)\n");
+    EXPECT_EQ(Control("ListTransfers"), "(@ao [],)\n");
+    EXPECT_NE(Control("ListCalls")
+                  .find("objectpath '/com/veltrisonix/obex', 'com.veltrisonix.obex.Client1', "
+                        "'CreateSession', "),
+              std::string::npos);
+}
+
+TEST_F(ControlInterface, SetsTheBytesThatPullsDownload) {
+    EXPECT_EQ(Control("SetPullContent", {"[byte 0x41, 0x00, 0xff]"}), "()\n");
+    CreateSession();
+    Console& monitor = Monitor("com.veltrisonix");
+    CallDaemon("/com/veltrisonix/obex/client/session0",
+               "com.veltrisonix.obex.PhonebookAccess1.PullAll", {directory_.File("pulled"), "{}"});
+    monitor.Await("'Status': <'complete'>");
+    monitor.Kill();
+    std::ifstream file(directory_.File("pulled"), std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), std::string("A\0\xff", 3));
+}
+
+TEST_F(ControlInterface, AnnouncesCallsAndAnswers) {
+    Console& monitor = Monitor(kControl);
+    SetPassword();
+    const std::string call =
+        "'/com/veltrisonix/obex', 'com.veltrisonix.obex.Client1', 'SetPassword', \"('x',)\"";
+    monitor.Await("org.morvane.Simulator1.CallArrived (");
+    monitor.Await(call + ")\n");
+    monitor.Await("org.morvane.Simulator1.CallAnswered (");
+    monitor.Await(call + ", 'reply', '', '()', '')\n");
+    monitor.Kill();
+}
+
+TEST(ControlName, IsThatOfTheInstance) {
+    EXPECT_EQ(ControlName(""), kControl);
+    EXPECT_EQ(ControlName("second"), "org.morvane.Simulator.second");
+}
+
+class ControlOnStrictBus : public ProgramTest {};
+
+TEST_F(ControlOnStrictBus, IsMissingButTheDaemonServes) {
+    const PrivateBus bus(
+        "<policy context=\"default\"><allow send_destination=\"*\"/><allow receive_sender=\"*\"/>"
+        "<allow own=\"com.veltrisonix\"/></policy>");
+    Console& console = Serve(bus.Address());
+    console.ExpectError("morvane-simulator: It cannot be controlled by --tell: ");
+    console.AllowStderr("org.morvane.Simulator");
+    EXPECT_EQ(Gdbus(bus.Address(), "com.veltrisonix", "/com/veltrisonix/obex",
+                    "com.veltrisonix.obex.Client1.SetPassword", {"x"}),
+              "()\n");
+    console.Type("quit");
+    console.ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace simulator

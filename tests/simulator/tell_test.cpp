@@ -1,0 +1,168 @@
+// Commands for a running simulator, and how it is found.
+
+#include "simulator/program_fixture.h"
+#include "support/private_bus.h"
+
+#include <csignal>
+
+namespace simulator {
+namespace {
+
+using morvane_test::PrivateBus;
+
+class Tell : public ProgramTest {
+  protected:
+    std::string RuntimeFolder() const { return directory_.File("morvane-simulator"); }
+    std::string RuntimeFile(const Console& console) const {
+        return RuntimeFolder() + "/" + std::to_string(console.ProcessId());
+    }
+
+    /// One in whose company a command runs until its input ends.
+    Console& RunExec(const std::vector<std::string>& options = {}) {
+        std::vector<std::string> words = options;
+        words.insert(words.end(), {"--exec", "sh", "-c", "echo ready; read line; exit 0"});
+        Console& console = Run(words);
+        console.Expect("ready\n");
+        return console;
+    }
+    /// Awaits the end of the program, which must fail with this line.
+    void ExpectRefusal(const std::vector<std::string>& arguments, const std::string& line) {
+        Console& console = Run(arguments);
+        console.ExpectError("morvane-simulator: " + line + "\n");
+        console.ExpectExit(1);
+    }
+    /// The phones as `--tell phones` prints them.
+    static std::string PhoneLine() {
+        return "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01  02:00:5E:10:00:01  Aster\n";
+    }
+    void ExpectPhones(const std::vector<std::string>& arguments, const std::string& phones) {
+        std::vector<std::string> words = {"--tell=phones"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        Console& console = Run(words);
+        console.Expect(phones);
+        console.ExpectExit(0);
+    }
+
+    PrivateBus bus_;
+};
+
+TEST_F(Tell, FailsIfNoneRuns) {
+    ExpectRefusal({"--tell=phones"}, "No simulator is running");
+}
+
+TEST_F(Tell, PrintsTheAnswersUntilACommandFails) {
+    RunExec({"--phones=1"});
+    Console& console = Run({"--tell", "phones", "--tell=nonsense", "--tell=phones"});
+    console.Expect(PhoneLine());
+    console.ExpectError("morvane-simulator: Unknown command: nonsense");
+    console.ExpectExit(1);
+}
+
+TEST_F(Tell, ReachesOneThatServesOnAnotherBus) {
+    Serve(bus_.Address(), {"--phones=1"});
+    ExpectPhones({}, PhoneLine());
+    Run({"--tell=quit"}).ExpectExit(0);
+}
+
+TEST_F(Tell, TerminatesTheCommandByQuit) {
+    Console& console = RunExec();
+    Run({"--tell=quit"}).ExpectExit(0);
+    console.ExpectExit(128 + SIGTERM);
+}
+
+TEST_F(Tell, DemandsAChoiceOfSeveral) {
+    const Console* const simulators[] = {&RunExec(), &RunExec()};
+    Console& console = Run({"--tell=phones"});
+    console.ExpectError(
+        "morvane-simulator: Several are running; choose by --simulator=PID or --instance=NAME:\n");
+    console.AllowStderr("^  [0-9]+  com.veltrisonix  since ");
+    console.ExpectExit(1);
+    console.AwaitEndOfOutput();
+    for (const Console* simulator : simulators)
+        EXPECT_NE(console.Errors().find("\n  " + std::to_string(simulator->ProcessId()) + "  com"),
+                  std::string::npos);
+}
+
+TEST_F(Tell, ChoosesByProcessOrInstance) {
+    RunExec({"--phones=0"});
+    const Console& second = RunExec({"--phones=1", "--instance=second"});
+    ExpectPhones({"--simulator=" + std::to_string(second.ProcessId())}, PhoneLine());
+    ExpectPhones({"--instance=second"}, PhoneLine());
+    ExpectRefusal({"--tell=phones", "--simulator=1"}, "No such simulator is running");
+    ExpectRefusal({"--tell=phones", "--instance=third"}, "No such simulator is running");
+}
+
+TEST_F(Tell, PrefersTheOneOnTheBusOfItsEnvironment) {
+    RunExec({"--phones=0"});
+    std::string script;
+    for (const std::string& word : ProgramWords()) script += word + " ";
+    Console& console = Run({"--phones=1", "--exec", "sh", "-c", script + "--tell=phones"});
+    console.Expect(PhoneLine());
+    console.ExpectExit(0);
+}
+
+TEST_F(Tell, ListsThoseThatRun) {
+    Console& none = Run({"--list"});
+    none.ExpectExit(0);
+    const std::string id = std::to_string(RunExec().ProcessId());
+    Console& one = Run({"--list"});
+    one.Expect(id + "  com.veltrisonix  since ");
+    one.Await("  unix:path=");
+    one.Await("\n");
+    one.ExpectExit(0);
+}
+
+TEST_F(Tell, RemovesTheFileOfOneThatWasKilled) {
+    Console& killed = RunExec();
+    killed.Signal(SIGKILL);
+    killed.AwaitEnd(morvane_test::Patience());
+    ASSERT_TRUE(std::filesystem::exists(RuntimeFile(killed)));
+    ExpectRefusal({"--tell=phones"}, "No simulator is running");
+    EXPECT_FALSE(std::filesystem::exists(RuntimeFile(killed)));
+}
+
+TEST_F(Tell, RefusesADirectoryThatIsOpenToOthers) {
+    std::filesystem::create_directory(RuntimeFolder());
+    std::filesystem::permissions(RuntimeFolder(), std::filesystem::perms::all);
+    const std::string complaint = RuntimeFolder() + " is not a directory of this user alone";
+    ExpectRefusal({"--tell=phones"}, complaint);
+    Console& console = Serve(bus_.Address());
+    console.ExpectError("morvane-simulator: It cannot be controlled by --tell: " + complaint);
+    console.Type("quit");
+    console.ExpectExit(0);
+}
+
+TEST_F(Tell, CannotBeCombinedWithOptionsOfOneThatServes) {
+    ExpectRefusal({"--tell=phones", "--phones=1"},
+                  "--phones=1 cannot be combined with --tell or --list");
+    ExpectRefusal({"--list", "--exec", "true"}, "--exec cannot be combined with --tell or --list");
+    ExpectRefusal({"--list", "--tell=phones"}, "--list cannot be combined with --tell");
+    ExpectRefusal({"--simulator=1"}, "--simulator needs --tell");
+}
+
+class TellAfterSignal : public Tell, public testing::WithParamInterface<int> {};
+
+TEST_P(TellAfterSignal, FindsNothingLeft) {
+    Console& console = Serve(bus_.Address());
+    EXPECT_TRUE(std::filesystem::exists(RuntimeFile(console)));
+    console.Signal(GetParam());
+    console.ExpectExit(0);
+    EXPECT_FALSE(std::filesystem::exists(RuntimeFolder()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, TellAfterSignal, testing::Values(SIGHUP, SIGINT, SIGTERM));
+
+TEST_F(Tell, FindsOneThatWasToIgnoreAHangUp) {
+    morvane_test::ConsoleOptions options = RunningProgram({"--phones=1"});
+    options.bus_address = bus_.Address();
+    options.ignore_hang_up = true;
+    Console& console = Launch(options);
+    console.Expect("Serving com.veltrisonix\n");
+    console.Signal(SIGHUP);
+    ExpectPhones({}, PhoneLine());
+    console.Type("quit");
+    console.ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace simulator
