@@ -23,7 +23,9 @@ struct Options {
     std::uint32_t seed = 1;  ///< equal seeds give equal contents
 
     TransferPace pace = TransferPace::kByRate;
-    std::uint64_t rate = 20000;  ///< bytes a second; 0 sends everything in one piece
+    /// Bytes a second; 0 sends everything in one piece. At the default rate a person can suspend,
+    /// resume or cancel the transfer of a whole phone book.
+    std::uint64_t rate = 1200;
     /// How long a transfer stays queued. A client learns of progress only once it has made its
     /// proxy, so a transfer that starts at once seems never to have moved.
     std::chrono::milliseconds start_delay{150};

@@ -146,11 +146,6 @@ void AddExtras(Card& card, Dice& dice) {
     }
 }
 
-void AddPhoto(Card& card, Dice& dice, std::uint32_t number) {
-    const unsigned side = 16 + (8 * dice.Throw(5));
-    card.properties.push_back({Field::kPhoto, {"GIF"}, {MakePhoto(number, side)}, true});
-}
-
 }  // namespace
 
 std::string Dice::HexDigits(unsigned count) {
@@ -165,7 +160,7 @@ std::string MakePhoneNumber(Dice& dice) {
     return dice.Pick(kNumberRanges) + Number(dice.Throw(10000), 4);
 }
 
-Card MakeContact(Dice& dice, std::uint32_t number) {
+Card MakeContact(Dice& dice) {
     const Name& family = dice.Pick(kFamilyNames);
     const Name& given = dice.Pick(kGivenNames);
     Card card;
@@ -174,7 +169,7 @@ Card MakeContact(Dice& dice, std::uint32_t number) {
     AddMail(card, dice, family, given);
     AddExtras(card, dice);
     if (dice.OneIn(2)) {
-        AddPhoto(card, dice, number * 2654435761U);
+        card.properties.push_back({Field::kPhoto, {"GIF"}, {std::string(kPhoto)}, true});
     }
     card.properties.push_back(Text(Field::kBtUid, dice.HexDigits(32)));
     return card;

@@ -27,7 +27,7 @@ class Dice {
 };
 
 /// A contact as a phone's memory holds it, with several numbers, addresses and often a photo.
-Card MakeContact(Dice& dice, std::uint32_t number);
+Card MakeContact(Dice& dice);
 /// The phone's owner: card 0 of every phone book.
 Card MakeOwner(Dice& dice, const std::string& phone_name);
 /// What a SIM card can hold of a contact: a name and one number.

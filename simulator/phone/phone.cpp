@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::array<const char*, 4> kHistories = {"cch", "ich", "och", "mch"};
 constexpr unsigned kCallsInMemory = 40;
-constexpr unsigned kCallsOnSim = 8;
+constexpr unsigned kCallsOnSim = 12;
 constexpr unsigned kShortcuts = 5;
 constexpr std::int64_t kLatestCall = 1704103200;  // 2024-01-01 10:00:00
 constexpr unsigned kLongestPause = 20000;         // seconds from one call to the next
@@ -59,7 +59,7 @@ void Phone::FillContacts(Dice& dice, unsigned count) {
     Phonebook& book = Book("int", "pb");
     book.push_back({0, MakeOwner(dice, name_)});
     for (std::uint32_t handle = 1; handle <= count; ++handle) {
-        book.push_back({handle, MakeContact(dice, handle)});
+        book.push_back({handle, MakeContact(dice)});
     }
 }
 

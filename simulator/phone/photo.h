@@ -1,12 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
+#include <string_view>
 
 namespace simulator {
 
-/// A small square picture (GIF) with a pattern of its own for each number; about as many bytes as
-/// it has pixels, and a few hundred more.
-std::string MakePhoto(std::uint32_t number, unsigned side);
+/// The bytes of photo.gif, the photo of every contact that has one.
+extern const std::string_view kPhoto;
 
 }  // namespace simulator

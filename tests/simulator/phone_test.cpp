@@ -81,6 +81,18 @@ TEST_F(SimulatedPhone, HasSomethingForEverySelector) {
     }
 }
 
+TEST_F(SimulatedPhone, HasSmallPhotosOfTheTypeThatTheyName) {
+    for (const Entry& entry : *phone_.Find("int", "pb")) {
+        const Property* const photo = entry.card.Find(Field::kPhoto);
+        if (photo == nullptr) continue;
+        const string& bytes = photo->components.front();
+        EXPECT_EQ(photo->types, std::vector<string>{"GIF"});
+        EXPECT_EQ(bytes.substr(0, 6), "GIF87a");
+        EXPECT_EQ(bytes.back(), ';');
+        EXPECT_LE(bytes.size(), 200U);
+    }
+}
+
 TEST_F(SimulatedPhone, KeepsTheCombinedHistoryLatestFirst) {
     const Phonebook& calls = *phone_.Find("int", "cch");
     EXPECT_EQ(calls.front().handle, 1U);
