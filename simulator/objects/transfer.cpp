@@ -15,7 +15,9 @@ using morvane::VariantPtr;
 
 constexpr std::array<const char*, 5> kStatusWords = {"queued", "active", "suspended", "complete",
                                                      "error"};
-constexpr std::chrono::milliseconds kBetweenPieces{50};
+/// A client prints a line for each piece, too many of which would scroll away what is typed.
+constexpr std::chrono::milliseconds kBetweenPieces{500};
+constexpr std::chrono::milliseconds kBeforeOnlyPiece{50};
 constexpr std::uint64_t kMicroseconds = 1000000;
 
 }  // namespace
@@ -141,7 +143,7 @@ void Transfer::RunByRate() {
         }
         Start();
         last_advance_ = g_get_monotonic_time();
-        timer_.Start(kBetweenPieces, [this] {
+        timer_.Start(world_.options.rate == 0 ? kBeforeOnlyPiece : kBetweenPieces, [this] {
             AdvanceByRate();
             return !IsOver();
         });

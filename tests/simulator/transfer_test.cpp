@@ -90,6 +90,21 @@ TEST_F(SimulatorTransfer, StandsStillWhileStalled) {
     client().AwaitSignal(Change("'Status': <'complete'>"));
 }
 
+TEST_F(SimulatorTransfer, AnnouncesTwoPiecesASecond) {
+    Options options = Quick();
+    options.rate = 1000;
+    StartSession(options);
+    daemon().SetPullContent(string(300, 'x'));
+    PullAll();
+    const string complete = Change("'Status': <'complete'>");
+    Signals signals;
+    while (signals.empty() || signals.back() != complete)
+        for (const string& signal : client().TakeSignals()) signals.push_back(signal);
+    EXPECT_EQ(
+        Signals(signals.end() - 3, signals.end()),
+        (Signals{Change("'Status': <'active'>"), Change("'Transferred': <uint64 300>"), complete}));
+}
+
 TEST_F(SimulatorTransfer, BringsTheWholePhoneBookOrWhatFiltersLeave) {
     StartSelected(Quick());
     PullAll("{'Format': <'vcard30'>}");
