@@ -51,9 +51,11 @@ void Devices::MakePhone(unsigned index) {
     const Options& options = world_.options;
     const std::string address = AddressOf(index);
     const bool last_of_several = options.phones > 1 && index + 1 == options.phones;
+    const std::vector<Card> cards = index == 0 ? options.phone_book : std::vector<Card>();
     devices_.push_back(
         {PathOf(address), address, NameOf(index), false, last_of_several,
-         std::make_shared<Phone>(NameOf(index), options.seed + index, options.contacts), nullptr});
+         std::make_shared<Phone>(NameOf(index), options.seed + index, options.contacts, cards),
+         nullptr});
     Show(devices_.back());
 }
 

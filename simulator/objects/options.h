@@ -1,8 +1,11 @@
 #pragma once
 
+#include "simulator/phone/card.h"
+
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace simulator {
 
@@ -21,6 +24,8 @@ struct Options {
     unsigned phones = 3;     ///< at most 99
     unsigned contacts = 25;  ///< in the internal memory of each phone; at most 9999
     std::uint32_t seed = 1;  ///< equal seeds give equal contents
+    /// The contacts of the first phone instead of invented people, unless empty.
+    std::vector<Card> phone_book;
 
     TransferPace pace = TransferPace::kByRate;
     /// Bytes a second; 0 sends everything in one piece. At the default rate a person can suspend,

@@ -24,12 +24,22 @@ std::string HexDigits(std::uint64_t value, std::size_t digits) {
     return std::string(digits - std::min(digits, text.size()), '0') + text;
 }
 
+/// The profile gives every contact such an id; a file has none unless it was pulled.
+Card WithUniqueId(Dice& dice, Card card) {
+    if (!card.Has(Field::kBtUid)) {
+        card.properties.push_back({Field::kBtUid, {}, {dice.HexDigits(32)}});
+    }
+    return card;
+}
+
 }  // namespace
 
-Phone::Phone(std::string name, std::uint32_t seed, unsigned contacts) : name_(std::move(name)) {
+Phone::Phone(std::string name, std::uint32_t seed, unsigned contacts,
+             const std::vector<Card>& cards)
+    : name_(std::move(name)) {
     Dice dice(seed);
     database_identifier_ = dice.HexDigits(32);
-    FillContacts(dice, contacts);
+    FillContacts(dice, contacts, cards);
     FillShortcuts(dice);
     FillCalls(dice, "int", kCallsInMemory);
     FillSim(dice, "sim1", contacts / 4);
@@ -55,10 +65,13 @@ Phonebook& Phone::Book(const std::string& location, const std::string& phonebook
     return books_[{location, phonebook}];
 }
 
-void Phone::FillContacts(Dice& dice, unsigned count) {
+void Phone::FillContacts(Dice& dice, unsigned count, const std::vector<Card>& cards) {
     Phonebook& book = Book("int", "pb");
     book.push_back({0, MakeOwner(dice, name_)});
-    for (std::uint32_t handle = 1; handle <= count; ++handle) {
+    for (const Card& card : cards) {
+        book.push_back({static_cast<std::uint32_t>(book.size()), WithUniqueId(dice, card)});
+    }
+    for (std::uint32_t handle = 1; cards.empty() && handle <= count; ++handle) {
         book.push_back({handle, MakeContact(dice)});
     }
 }
@@ -103,7 +116,9 @@ CallEntry Phone::MakeCall(Dice& dice, std::int64_t time) {
         return {kind, time, MakePhoneNumber(dice), ""};
     }
     const Card& contact = dice.Pick(Book("int", "pb")).card;
-    return {kind, time, contact.Text(Field::kTel), contact.Text(Field::kFn)};
+    const std::string number = contact.Text(Field::kTel);
+    return {kind, time, number.empty() ? MakePhoneNumber(dice) : number,
+            number.empty() ? "" : contact.Text(Field::kFn)};
 }
 
 /// Call histories are numbered from 1 with the latest call.

@@ -26,7 +26,9 @@ using Phonebook = std::vector<Entry>;
 /// The memory of a phone: what it holds, not how it is asked for.
 class Phone {
   public:
-    Phone(std::string name, std::uint32_t seed, unsigned contacts);
+    /// `contacts` people are invented, unless there are `cards` to be its contacts.
+    Phone(std::string name, std::uint32_t seed, unsigned contacts,
+          const std::vector<Card>& cards = {});
 
     [[nodiscard]] const std::string& name() const { return name_; }
 
@@ -53,7 +55,7 @@ class Phone {
 
     static std::string Counter(std::uint64_t value);
     Phonebook& Book(const std::string& location, const std::string& phonebook);
-    void FillContacts(Dice& dice, unsigned count);
+    void FillContacts(Dice& dice, unsigned count, const std::vector<Card>& cards);
     void FillShortcuts(Dice& dice);
     void FillSim(Dice& dice, const std::string& location, unsigned count);
     void FillCalls(Dice& dice, const std::string& location, unsigned count);

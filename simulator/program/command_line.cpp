@@ -50,6 +50,7 @@ struct Arguments {
     gboolean help;
     TextPtr instance;
     TextPtr directory;
+    TextPtr phone_book;
     TextPtr user_id;
     TextPtr password;
     TextPtr simulator;
@@ -109,9 +110,10 @@ struct TextOption {
     const char* help;
 };
 
-constexpr std::array<TextOption, 5> kTexts = {{
+constexpr std::array<TextOption, 6> kTexts = {{
     {"instance", &Arguments::instance, "NAME", "Own com.veltrisonix.NAME"},
     {"directory", &Arguments::directory, "DIR", "Write pulled files here"},
+    {"phone-book", &Arguments::phone_book, "FILE.vcf", "Contacts of the first phone"},
     {"user-id", &Arguments::user_id, "TEXT", "Demanded by the phone with the highest address"},
     {"password", &Arguments::password, "TEXT", "Demanded by the phone with the highest address"},
     {"simulator", &Arguments::simulator, "PID", "The simulator to tell, if several run"},
@@ -281,6 +283,7 @@ void CheckCombination(const CommandLine& line, const std::vector<std::string>& a
     Require(serves || line.program.empty(), "--exec cannot be combined with --tell or --list");
     Require(line.told.empty() || !line.list, "--list cannot be combined with --tell");
     Require(!line.told.empty() || line.simulator.empty(), "--simulator needs --tell");
+    Require(line.phone_book.empty() || line.options.phones > 0, "--phone-book: there is no phone");
     const std::regex allowed("--(tell|list|simulator|instance)(=[^]*)?|[^-][^]*");
     for (std::size_t i = 1; i < arguments.size() && !serves; ++i) {
         Require(std::regex_match(arguments[i], allowed),
@@ -306,6 +309,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& words) {
     line.options = ToOptions(parsed);
     line.show_version = parsed.version != FALSE;
     CheckDirectory(line.options.directory);
+    Assign(line.phone_book, parsed.phone_book);
     Assign(line.commands, parsed.commands);
     Assign(line.told, parsed.told);
     Assign(line.simulator, parsed.simulator);

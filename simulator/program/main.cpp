@@ -1,6 +1,7 @@
 #include "simulator/program/command_line.h"
 #include "simulator/program/foreground.h"
 #include "simulator/program/output.h"
+#include "simulator/program/phone_book.h"
 #include "simulator/program/private_bus.h"
 #include "simulator/program/server.h"
 #include "simulator/program/tell.h"
@@ -147,7 +148,7 @@ int ServeInBackground(const CommandLine& line) {
 }
 
 int Run(int argc, char** argv) {
-    const CommandLine line = simulator::ParseCommandLine({argv, argv + argc});
+    CommandLine line = simulator::ParseCommandLine({argv, argv + argc});
     if (!line.help.empty()) {
         std::fputs(line.help.c_str(), stdout);
         return EXIT_SUCCESS;
@@ -163,6 +164,9 @@ int Run(int argc, char** argv) {
     if (!line.told.empty()) {
         simulator::TellRunning(line);
         return EXIT_SUCCESS;
+    }
+    if (!line.phone_book.empty()) {
+        line.options.phone_book = simulator::LoadPhoneBook(line.phone_book);
     }
     return line.program.empty() ? Serve(line) : ServeInBackground(line);
 }

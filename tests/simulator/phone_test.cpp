@@ -133,6 +133,13 @@ TEST_F(SimulatedPhone, CountsChangesOfItsContacts) {
     EXPECT_EQ(added.card.ListingName(), "Doe;Ann Mary");
 }
 
+TEST(PhoneOfCards, HasNumbersInItsCallsIfItsCardsHaveNone) {
+    const Phone phone("Aster", 1, 25, {{{{Field::kN, {}, {"Doe"}}, {Field::kFn, {}, {"Doe"}}}}});
+    EXPECT_EQ(phone.Find("int", "pb")->size(), 2U);
+    for (const Entry& call : *phone.Find("int", "cch"))
+        EXPECT_NE(call.card.Text(Field::kTel), "");
+}
+
 TEST(EmptyPhone, HasOnlyItsOwner) {
     const Phone phone("Bare", 1, 0);
     EXPECT_EQ(phone.Find("int", "pb")->size(), 1U);

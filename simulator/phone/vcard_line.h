@@ -1,0 +1,73 @@
+#pragma once
+
+#include "simulator/phone/vcard_writer.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// Thrown by what reads a card; `line` is that of the file, the first is 1.
+class MalformedVcard : public std::runtime_error {
+  public:
+    MalformedVcard(std::size_t line, const std::string& reason)
+        : std::runtime_error(reason), line_(line) {}
+    [[nodiscard]] std::size_t line() const { return line_; }
+
+  private:
+    std::size_t line_;
+};
+
+/// The lines of a text, each without its end (LF or CR LF), one after the other. The text must
+/// outlive it. A copy reads ahead.
+class LineReader {
+  public:
+    explicit LineReader(const std::string& text);
+
+    [[nodiscard]] bool AtEnd() const { return position_ >= text_.size(); }
+    /// The number of the next line, the first is 1.
+    [[nodiscard]] std::size_t Number() const { return number_; }
+    /// The next line; there must be one.
+    [[nodiscard]] std::string Next() const;
+    std::string Take();
+
+  private:
+    const std::string& text_;
+    std::size_t position_ = 0;
+    std::size_t number_ = 1;
+};
+
+enum class Encoding { kNone, kQuotedPrintable, kBase64 };
+
+/// A property as it is written, without the breaks in its lines.
+struct ContentLine {
+    std::size_t number = 0;          ///< of its first line
+    std::string name;                ///< in capitals, without a group
+    std::vector<std::string> types;  ///< in capitals
+    Encoding encoding = Encoding::kNone;
+    std::string charset;  ///< empty: UTF-8
+    bool is_uri = false;
+    std::string value;  ///< still encoded
+};
+
+/// Reads one property, of at least one line. Throws `MalformedVcard`.
+ContentLine ReadContentLine(LineReader& lines, VcardFormat version);
+
+/// The bytes of its value. Throws `MalformedVcard`.
+std::string Decode(const ContentLine& line);
+/// The same as UTF-8 with LF for each line end, still escaped.
+std::string DecodeText(const ContentLine& line);
+
+/// Parts a text at each ";" if it is `compound`, and removes the escapes of the version.
+std::vector<std::string> SplitText(const std::string& text, VcardFormat version, bool compound);
+/// For what has none in a vCard, such as a URL: removes backslashes and line ends, which some
+/// phones put there.
+std::string WithoutEscapes(const std::string& text);
+
+std::string Upper(const std::string& text);
+/// Without white space at both ends.
+std::string Trimmed(const std::string& text);
+
+}  // namespace simulator

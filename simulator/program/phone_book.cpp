@@ -1,0 +1,53 @@
+#include "simulator/program/phone_book.h"
+
+#include "simulator/phone/vcard_reader.h"
+
+#include <glib.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace simulator {
+namespace {
+
+constexpr std::size_t kMostCards = 9999;  // as many as can be invented
+
+struct FileRelease {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+std::string ReadWholeFile(const std::string& path) {
+    const std::unique_ptr<std::FILE, FileRelease> file(std::fopen(path.c_str(), "re"));
+    std::string text;
+    char buffer[65536];
+    std::size_t size = 0;
+    while (file && (size = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
+        text.append(buffer, size);
+    }
+    if (!file || std::ferror(file.get()) != 0) {
+        throw std::runtime_error("--phone-book: cannot read " + path + ": " + g_strerror(errno));
+    }
+    return text;
+}
+
+}  // namespace
+
+std::vector<Card> LoadPhoneBook(const std::string& path) {
+    const VcardFile file = ReadVcards(ReadWholeFile(path));
+    for (const VcardComplaint& complaint : file.complaints) {
+        std::fprintf(stderr, "%s:%zu: %s\n", path.c_str(), complaint.line,
+                     complaint.reason.c_str());
+    }
+    if (file.cards.empty()) {
+        throw std::runtime_error("--phone-book: no usable card in " + path);
+    }
+    if (file.cards.size() > kMostCards) {
+        throw std::runtime_error("--phone-book: more than " + std::to_string(kMostCards) +
+                                 " cards in " + path);
+    }
+    return file.cards;
+}
+
+}  // namespace simulator
