@@ -65,6 +65,8 @@ const Row kProperties[] = {
             "TEL;TYPE=\"work,cell\":+4\r\nTEL:+5\r\nTEL;X-1=a;type=a/b:+6\r\n"),
      kNames + "TEL;CELL;VOICE=+1\nTEL;HOME;FAX=+2\nTEL;WORK;PREF=+3\nTEL;WORK;CELL=+4\nTEL=+5\n"
               "TEL=+6\n"},
+    {"QuotedParameters", CardOf("3.0", "TEL;X-A=\"b:c;TYPE=HOME\";TYPE=\"cell\":+1\r\n"),
+     kNames + "TEL;CELL=+1\n"},
     {"LowerCaseAndGroups",
      "begin:vcard\nversion:3.0\nn:Doe;Ann\nfn:Ann\nitem1.tel;type=cell:+1\n"
      "item1.X-ABLabel:a\nA-1.Email:a@b\nend:vcard\n",
