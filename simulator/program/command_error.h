@@ -7,9 +7,9 @@ namespace simulator {
 
 enum class CommandErrorKind {
     kUnknownCommand,
-    kInvalidArguments,  ///< too few or too many, malformed, or naming what the interfaces lack
-    kNoSuchObject,      ///< no such session, transfer or device
-    kFailed,            ///< understood, but not possible now
+    kBadArguments,  ///< too few or too many, malformed, or naming what the interfaces lack
+    kNoSuchObject,  ///< no such session, transfer or device
+    kOtherFailure,  ///< understood, but not possible now
 };
 
 /// Why a command was not carried out, in one line.
@@ -24,7 +24,7 @@ class CommandError : public std::runtime_error {
 };
 
 inline CommandError Invalid(const std::string& message) {
-    return {CommandErrorKind::kInvalidArguments, message};
+    return {CommandErrorKind::kBadArguments, message};
 }
 
 }  // namespace simulator

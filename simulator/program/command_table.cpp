@@ -83,7 +83,7 @@ Outcome SetContentFromFile(Commands& commands, const Words& words) {
     gsize length = 0;
     if (!std::filesystem::is_regular_file(file, ignored) ||
         g_file_get_contents(file.c_str(), &content, &length, nullptr) == FALSE) {
-        throw CommandError(CommandErrorKind::kFailed, "Cannot read a file " + file);
+        throw CommandError(CommandErrorKind::kOtherFailure, "Cannot read a file " + file);
     }
     const TextPtr owned(content);
     commands.daemon().SetPullContent({content, length});

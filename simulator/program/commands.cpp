@@ -39,7 +39,7 @@ Outcome Try(const Command& command, Commands& commands, const Words& words) {
     } catch (const std::invalid_argument& failure) {
         throw Invalid(failure.what());
     } catch (const std::exception& failure) {
-        throw CommandError(CommandErrorKind::kFailed, failure.what());
+        throw CommandError(CommandErrorKind::kOtherFailure, failure.what());
     }
 }
 
@@ -65,7 +65,7 @@ std::string Commands::Execute(const std::string& line) {
 
 bool Commands::ShowCalls(bool show) {
     if (!log_) {
-        throw CommandError(CommandErrorKind::kFailed, "There is nowhere to show calls");
+        throw CommandError(CommandErrorKind::kOtherFailure, "There is nowhere to show calls");
     }
     const bool changed = show != static_cast<bool>(calls_);
     if (!show) {

@@ -23,11 +23,11 @@ const char* NameOf(CommandErrorKind kind) {
     switch (kind) {
         case CommandErrorKind::kUnknownCommand:
             return "org.morvane.Simulator1.Error.UnknownCommand";
-        case CommandErrorKind::kInvalidArguments:
+        case CommandErrorKind::kBadArguments:
             return "org.morvane.Simulator1.Error.InvalidArguments";
         case CommandErrorKind::kNoSuchObject:
             return "org.morvane.Simulator1.Error.NoSuchObject";
-        case CommandErrorKind::kFailed:
+        case CommandErrorKind::kOtherFailure:
             break;
     }
     return "org.morvane.Simulator1.Error.Failed";
@@ -45,9 +45,9 @@ auto Try(const Action& action) {
     } catch (const CommandError& failure) {
         throw AsRefusal(failure.kind(), failure);
     } catch (const std::invalid_argument& failure) {
-        throw AsRefusal(CommandErrorKind::kInvalidArguments, failure);
+        throw AsRefusal(CommandErrorKind::kBadArguments, failure);
     } catch (const std::exception& failure) {
-        throw AsRefusal(CommandErrorKind::kFailed, failure);
+        throw AsRefusal(CommandErrorKind::kOtherFailure, failure);
     }
 }
 

@@ -62,7 +62,7 @@ SignalQueue::SignalQueue()
       }()) {
     const sigset_t set = QueuedSignals();
     pthread_sigmask(SIG_BLOCK, &set, &original_mask_);
-    sigaction(SIGPIPE, nullptr, &on_broken_pipe_);  // GIO ignores it
+    sigaction(SIGPIPE, nullptr, &on_broken_pipe_);  // GIO changes it, and so does g_spawn_async()
 }
 
 std::optional<signalfd_siginfo> SignalQueue::Take() {

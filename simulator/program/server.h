@@ -17,7 +17,8 @@ namespace simulator {
 class Server {
   public:
     /// `log`: see `Commands`. Throws what `Daemon` throws. A bus that does not admit the control
-    /// interface, or a runtime directory that cannot be written, is reported on standard error only.
+    /// interface, or a runtime directory that cannot be written, is reported on standard error
+    /// only.
     Server(const std::string& address, const Options& options, Commands::Sink log);
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;

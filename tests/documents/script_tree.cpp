@@ -25,8 +25,8 @@ ScriptTree::ScriptTree() {
     for (const char* const name : {"scripts/build-lock.sh", "scripts/demo", "scripts/failures",
                                    "scripts/fault-matrix", "scripts/quietly.sh", "scripts/test"})
         std::filesystem::create_symlink(SourcePath(name), File(name));
-    for (const char* const name : {"bin/cmake", "scripts/install-dependencies",
-                                   "scripts/check-format", "scripts/picture"})
+    for (const char* const name :
+         {"bin/cmake", "scripts/install-dependencies", "scripts/check-format", "scripts/picture"})
         Write(name, "");
     Write("bin/ctest", kCtest);
     Write("build/demo/morvane", "exec " + Launcher() + " '" + ToolPath() + "' \"$@\"\n");

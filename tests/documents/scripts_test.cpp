@@ -114,10 +114,11 @@ TEST_F(Scripts, FailuresShowTheLastLinesOfAnythingElse) {
 TEST_F(Scripts, TestReportsAFailedStepAndChecksTheRest) {
     tree_.Write("scripts/picture", "echo 'x.cpp:1:1: error: no'; exit 1");
     const std::string output = tree_.OutputOf("scripts/test", 1);
-    for (const char* const part : {"Checking the picture of a session failed:\n"
-                                   "  x.cpp:1:1: error: no\n"
-                                   "All of it is in build/logs/checking-the-picture-of-a-session.log\n",
-                                   "\nFailed: Checking the picture of a session\n3 passed, 0 failed\n"})
+    for (const char* const part :
+         {"Checking the picture of a session failed:\n"
+          "  x.cpp:1:1: error: no\n"
+          "All of it is in build/logs/checking-the-picture-of-a-session.log\n",
+          "\nFailed: Checking the picture of a session\n3 passed, 0 failed\n"})
         EXPECT_NE(output.find(part), output.npos) << output;
 }
 

@@ -157,19 +157,19 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
         {"help dance", Kind::kUnknownCommand, "Unknown command: dance (try help)"},
         {"refus", Kind::kUnknownCommand, "Unknown command: refus; did you mean refuse?"},
         {"leave!", Kind::kUnknownCommand, "Unknown command: leave!; did you mean leave?"},
-        {"refuse GetSize", Kind::kInvalidArguments, "Usage: refuse METHOD ERROR MESSAGE"},
-        {"leave now", Kind::kInvalidArguments, "Usage: leave"},
-        {"remove \"Aster\" now", Kind::kInvalidArguments, "Usage: remove PHONE"},
-        {"remove \"Aster", Kind::kInvalidArguments, "A quotation mark is missing at the end"},
-        {"stall maybe", Kind::kInvalidArguments, "Neither on nor off: maybe"},
-        {"advance transfer -1", Kind::kInvalidArguments,
+        {"refuse GetSize", Kind::kBadArguments, "Usage: refuse METHOD ERROR MESSAGE"},
+        {"leave now", Kind::kBadArguments, "Usage: leave"},
+        {"remove \"Aster\" now", Kind::kBadArguments, "Usage: remove PHONE"},
+        {"remove \"Aster", Kind::kBadArguments, "A quotation mark is missing at the end"},
+        {"stall maybe", Kind::kBadArguments, "Neither on nor off: maybe"},
+        {"advance transfer -1", Kind::kBadArguments,
          "Not a number from 0 to 18446744073709551615: -1"},
-        {"state session 256", Kind::kInvalidArguments, "Not a number from 0 to 255: 256"},
-        {"add /a/dev_1 00 J\xf6rg", Kind::kInvalidArguments, "The command is not in UTF-8"},
-        {"add a 00 A", Kind::kInvalidArguments, "Not an object path: a"},
-        {"reply GetSize 5", Kind::kInvalidArguments,
+        {"state session 256", Kind::kBadArguments, "Not a number from 0 to 255: 256"},
+        {"add /a/dev_1 00 J\xf6rg", Kind::kBadArguments, "The command is not in UTF-8"},
+        {"add a 00 A", Kind::kBadArguments, "Not an object path: a"},
+        {"reply GetSize 5", Kind::kBadArguments,
          "Not a tuple: 5 (write ('text', uint32 1), or (5,) for one value)"},
-        {"refuse Select Not-a-name x", Kind::kInvalidArguments, "Not an error name: Not-a-name"},
+        {"refuse Select Not-a-name x", Kind::kBadArguments, "Not an error name: Not-a-name"},
         {"remove /nowhere", Kind::kNoSuchObject, "No phone /nowhere (try phones)"},
         {"remove \"\"", Kind::kNoSuchObject, "No phone  (try phones)"},
         {"remove 02:00", Kind::kNoSuchObject,
@@ -182,10 +182,10 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
          "No object nowhere (try sessions, transfers or phones)"},
         {"notify * Device1 Alias 'x'", Kind::kNoSuchObject,
          "No object * (try sessions, transfers or phones)"},
-        {"add /com/veltrisonix/hci0/dev_02_00_5E_10_00_01 00 A", Kind::kFailed,
+        {"add /com/veltrisonix/hci0/dev_02_00_5E_10_00_01 00 A", Kind::kOtherFailure,
          "The path is in use: /com/veltrisonix/hci0/dev_02_00_5E_10_00_01"},
-        {"content-file /", Kind::kFailed, "Cannot read a file /"},
-        {"content-file /nowhere", Kind::kFailed, "Cannot read a file /nowhere"},
+        {"content-file /", Kind::kOtherFailure, "Cannot read a file /"},
+        {"content-file /nowhere", Kind::kOtherFailure, "Cannot read a file /nowhere"},
     };
     for (const auto& [line, kind, complaint] : complaints) ExpectComplaint(line, kind, complaint);
     EXPECT_EQ(FailureOf([&] { Execute("reply GetSize (("); }).find("Not a value: (( ("), 0U);
@@ -208,7 +208,7 @@ TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
         {"hide session Peer Folder", "No property Folder of Peer"},
     };
     for (const auto& [line, refusal] : refusals)
-        ExpectComplaint(line, Kind::kInvalidArguments, refusal);
+        ExpectComplaint(line, Kind::kBadArguments, refusal);
     for (const char* const known :
          {"hang GetAll", "hang Properties.Get", "hang org.freedesktop.DBus.Peer.Ping",
           "hang ObjectManager.GetManagedObjects", "hang Client1.CreateSession"})
@@ -421,7 +421,7 @@ TEST_F(SimulatorCommands, LogShowsCallsWithAnswersAndFaults) {
     Execute("log off");
     Access("GetSize");
     EXPECT_EQ(TakeLog(), "");
-    ExpectComplaint("log maybe", Kind::kInvalidArguments, "Neither on nor off: maybe");
+    ExpectComplaint("log maybe", Kind::kBadArguments, "Neither on nor off: maybe");
 }
 
 TEST_F(SimulatorCommands, LogCutsLongValuesBetweenCharacters) {

@@ -136,8 +136,7 @@ TEST_F(SimulatedPhone, CountsChangesOfItsContacts) {
 TEST(PhoneOfCards, HasNumbersInItsCallsIfItsCardsHaveNone) {
     const Phone phone("Aster", 1, 25, {{{{Field::kN, {}, {"Doe"}}, {Field::kFn, {}, {"Doe"}}}}});
     EXPECT_EQ(phone.Find("int", "pb")->size(), 2U);
-    for (const Entry& call : *phone.Find("int", "cch"))
-        EXPECT_NE(call.card.Text(Field::kTel), "");
+    for (const Entry& call : *phone.Find("int", "cch")) EXPECT_NE(call.card.Text(Field::kTel), "");
 }
 
 TEST(EmptyPhone, HasOnlyItsOwner) {

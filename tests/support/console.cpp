@@ -23,7 +23,9 @@ constexpr std::array kPassedOn = {
 
 // G_SLICE is for sanitizers and valgrind, which see no leak in a slice of GLib's.
 std::vector<std::string> Environment(const ConsoleOptions& options) {
-    std::vector<std::string> environment = {"LC_ALL=C", "TERM=xterm", "G_SLICE=always-malloc",
+    std::vector<std::string> environment = {"LC_ALL=C",
+                                            "TERM=xterm",
+                                            "G_SLICE=always-malloc",
                                             "HOME=" + options.directory,
                                             "XDG_RUNTIME_DIR=" + options.directory,
                                             "DBUS_SYSTEM_BUS_ADDRESS=" + options.bus_address};
