@@ -62,12 +62,13 @@ class ControlInterface : public ProgramTest {
 };
 
 TEST_F(ControlInterface, ExecutesCommands) {
-    EXPECT_EQ(Execute("stall on"), "('',)\n");
+    EXPECT_EQ(Execute("stall on"), "('Stalling of transfers is on\\n',)\n");
+    EXPECT_EQ(Execute("# a comment"), "('',)\n");
     EXPECT_EQ(Execute("phones"), std::string("('") + kPath + "  02:00:5E:10:00:01  Aster\\n',)\n");
 }
 
 TEST_F(ControlInterface, AnswersQuit) {
-    EXPECT_EQ(Execute("quit"), "('',)\n");
+    EXPECT_EQ(Execute("quit").find("('The daemon ends"), 0U);
     console_->ExpectExit(0);
 }
 
@@ -75,15 +76,17 @@ TEST_F(ControlInterface, NamesErrors) {
     const std::string error = "Error: GDBus.Error:org.morvane.Simulator1.Error.";
     EXPECT_EQ(Execute("nonsense").find(error + "UnknownCommand: Unknown command: nonsense"), 0U);
     EXPECT_EQ(Execute("stall maybe").find(error + "InvalidArguments: "), 0U);
+    EXPECT_EQ(Execute("close session").find(error + "NoSuchObject: "), 0U);
     EXPECT_EQ(Control("Reply", {"GetSize", "<42>", "0"}).find(error + "InvalidArguments: "), 0U);
     EXPECT_EQ(Control("AddDevice", {kPath, "{}"}).find(error + "Failed: "), 0U);
 }
 
 TEST_F(ControlInterface, IsOutOfReachOfTheFaultsOfTheDaemon) {
-    for (const char* const command : {"hang GetAll", "hang Execute", "leave", "come-back", "crash"})
-        EXPECT_EQ(Execute(command), "('',)\n") << command;
+    for (const char* const command :
+         {"hang GetAll", "hang! Execute", "leave", "come-back", "crash"})
+        EXPECT_EQ(Execute(command).find("('"), 0U) << command;
     EXPECT_NE(SetPassword().find("ServiceUnknown"), std::string::npos);
-    EXPECT_EQ(Execute("come-back"), "('',)\n");
+    EXPECT_EQ(Execute("come-back").find("('"), 0U);
     EXPECT_EQ(SetPassword(), "()\n");
 }
 
@@ -105,7 +108,7 @@ TEST_F(ControlInterface, HangsAndReleases) {
         {"gdbus", "call", "--address", bus_.Address(), "--dest", "com.veltrisonix", "--object-path",
          "/com/veltrisonix/obex", "--method", "com.veltrisonix.obex.Client1.SetPassword", "x"}));
     monitor.Await("'SetPassword', \"('x',)\", 'hangs'");
-    EXPECT_EQ(Execute("release"), "('',)\n");
+    EXPECT_EQ(Execute("release").find("('"), 0U);
     caller.Expect("()\n");
     caller.ExpectExit(0);
     monitor.Kill();
@@ -185,8 +188,7 @@ TEST_F(ControlOnStrictBus, IsMissingButTheDaemonServes) {
     EXPECT_EQ(Gdbus(bus.Address(), "com.veltrisonix", "/com/veltrisonix/obex",
                     "com.veltrisonix.obex.Client1.SetPassword", {"x"}),
               "()\n");
-    console.Type("quit");
-    console.ExpectExit(0);
+    Quit(console);
 }
 
 }  // namespace

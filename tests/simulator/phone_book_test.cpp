@@ -58,7 +58,8 @@ TEST_F(PhoneBookOption, IsPulledFromTheFirstPhoneWithoutMalformedCards) {
     client().Call(second, string(kAccess) + ".Select", "('int', 'pb')");
     EXPECT_EQ(client().Call(second, string(kAccess) + ".GetSize"), "(uint16 26,)");
     program.Type("quit");
-    program.ExpectExit(0);
+    program.Await("The daemon ends");
+    program.ExpectExit(0, Console::Rest::kIgnored);
 }
 
 TEST_F(PhoneBookOption, RefusesAFileWithoutAUsableCard) {

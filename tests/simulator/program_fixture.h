@@ -17,6 +17,10 @@
 namespace simulator {
 
 /// The simulator as a program, in a directory of the test's own.
+/// The answer to the command quit.
+inline const std::string kEnding =
+    "The daemon ends: shown at once; an open session ends at the next answer\n";
+
 class ProgramTest : public testing::Test {
   protected:
     using Console = morvane_test::Console;
@@ -65,6 +69,12 @@ class ProgramTest : public testing::Test {
         console.Await("Serving com.veltrisonix");
         console.Await("\n");
         return console;
+    }
+
+    static void Quit(Console& console) {
+        console.Type("quit");
+        console.Expect(kEnding);
+        console.ExpectExit(0);
     }
 
     void TearDown() override {

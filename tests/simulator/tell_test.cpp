@@ -61,13 +61,17 @@ TEST_F(Tell, PrintsTheAnswersUntilACommandFails) {
 TEST_F(Tell, ReachesOneThatServesOnAnotherBus) {
     Serve(bus_.Address(), {"--phones=1"});
     ExpectPhones({}, PhoneLine());
-    Run({"--tell=quit"}).ExpectExit(0);
+    Console& console = Run({"--tell=quit"});
+    console.Expect(kEnding);
+    console.ExpectExit(0);
 }
 
 TEST_F(Tell, TerminatesTheCommandByQuit) {
-    Console& console = RunExec();
-    Run({"--tell=quit"}).ExpectExit(0);
-    console.ExpectExit(128 + SIGTERM);
+    Console& command = RunExec();
+    Console& console = Run({"--tell=quit"});
+    console.Expect(kEnding);
+    console.ExpectExit(0);
+    command.ExpectExit(128 + SIGTERM);
 }
 
 TEST_F(Tell, DemandsAChoiceOfSeveral) {
@@ -128,8 +132,7 @@ TEST_F(Tell, RefusesADirectoryThatIsOpenToOthers) {
     ExpectRefusal({"--tell=phones"}, complaint);
     Console& console = Serve(bus_.Address());
     console.ExpectError("morvane-simulator: It cannot be controlled by --tell: " + complaint);
-    console.Type("quit");
-    console.ExpectExit(0);
+    Quit(console);
 }
 
 TEST_F(Tell, CannotBeCombinedWithOptionsOfOneThatServes) {
@@ -160,8 +163,7 @@ TEST_F(Tell, FindsOneThatWasToIgnoreAHangUp) {
     console.Expect("Serving com.veltrisonix\n");
     console.Signal(SIGHUP);
     ExpectPhones({}, PhoneLine());
-    console.Type("quit");
-    console.ExpectExit(0);
+    Quit(console);
 }
 
 }  // namespace
