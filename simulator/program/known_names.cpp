@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <numeric>
-#include <utility>
 
 namespace simulator {
 namespace {
@@ -96,21 +95,25 @@ char Lower(char letter) {
     return g_ascii_tolower(letter);
 }
 
-/// Insertions, deletions and replacements of letters that make one name of the other; letter case
-/// is ignored.
+/// How many letters to insert, delete or replace, and neighbours to swap, to make one name of the
+/// other; letter case is ignored.
 std::size_t EditDistance(const std::string& from, const std::string& to) {
-    std::vector<std::size_t> distances(to.size() + 1);
-    std::iota(distances.begin(), distances.end(), 0U);
-    for (std::size_t row = 0; row < from.size(); ++row) {
-        std::size_t diagonal = std::exchange(distances[0], row + 1);
-        for (std::size_t column = 0; column < to.size(); ++column) {
-            const std::size_t replaced =
-                diagonal + (Lower(from[row]) == Lower(to[column]) ? 0U : 1U);
-            diagonal = distances[column + 1];
-            distances[column + 1] = std::min({replaced, diagonal + 1, distances[column] + 1});
+    std::vector<std::vector<std::size_t>> distances(from.size() + 1,
+                                                    std::vector<std::size_t>(to.size() + 1));
+    std::iota(distances[0].begin(), distances[0].end(), 0U);
+    const auto same = [&](std::size_t i, std::size_t j) { return Lower(from[i]) == Lower(to[j]); };
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        distances[i + 1][0] = i + 1;
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            std::size_t& distance = distances[i + 1][j + 1];
+            distance = std::min({distances[i][j] + (same(i, j) ? 0U : 1U), distances[i][j + 1] + 1,
+                                 distances[i + 1][j] + 1});
+            if (i > 0 && j > 0 && same(i, j - 1) && same(i - 1, j)) {
+                distance = std::min(distance, distances[i - 1][j - 1] + 1);
+            }
         }
     }
-    return distances.back();
+    return distances.back().back();
 }
 
 }  // namespace

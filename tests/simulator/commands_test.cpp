@@ -203,6 +203,7 @@ TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
         {"hang com.veltrisonix.Device.Pair",
          "No interface com.veltrisonix.Device; did you mean com.veltrisonix.Device1?"},
         {"hide * Devise1 Alias", "No interface Devise1; did you mean Device1?"},
+        {"hide * Device1 Alais", "No property Alais of Device1; did you mean Alias?"},
         {"hide session PhonebookAccess1 Foldr",
          "No property Foldr of PhonebookAccess1; did you mean Folder?"},
         {"hide session Peer Folder", "No property Folder of Peer"},
