@@ -44,7 +44,8 @@ TEST_P(Documents, LinkToWhatIsThere) {
 
 TEST_P(Documents, NameFilesThatAreThere) {
     const std::string folders =
-        "app|client|cmake|console|docs|examples|interfaces|packaging|phonebook|scripts|simulator|"
+        "app|client|cmake|console|docs|examples|interfaces|packaging|phonebook|play|scripts|"
+        "simulator|"
         "support|tests|transfer|uuid";
     for (const std::string& path :
          FindAll(text_, "(?:^|[^-\\w./~$>])((?:" + folders + ")/[-\\w./]*\\w)"))
@@ -154,7 +155,8 @@ TEST_P(Manuals, HaveThemInTheSynopsis) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Programs, Manuals,
-                         testing::Values(Program{"morvane", 255}, Program{"morvane-simulator", 0}),
+                         testing::Values(Program{"morvane", 255}, Program{"morvane-play", 0},
+                                         Program{"morvane-simulator", 0}),
                          [](const auto& program) { return AsTestName(program.param.name); });
 
 struct Menu {

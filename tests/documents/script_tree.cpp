@@ -32,6 +32,7 @@ ScriptTree::ScriptTree() {
     Write("build/demo/morvane", "exec " + Launcher() + " '" + ToolPath() + "' \"$@\"\n");
     Write("build/demo/morvane-simulator",
           "exec " + Launcher() + " '" + SimulatorPath() + "' \"$@\"\n");
+    Write("build/demo/morvane-play", "exec " + Launcher() + " '" + PlayPath() + "' \"$@\"\n");
 }
 
 void ScriptTree::Write(const std::string& name, const std::string& script) const {

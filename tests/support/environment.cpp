@@ -45,6 +45,10 @@ std::string SimulatorPath() {
     return Variable("MORVANE_TEST_SIMULATOR", MORVANE_SIMULATOR_BINARY);
 }
 
+std::string PlayPath() {
+    return Variable("MORVANE_TEST_PLAY", MORVANE_PLAY_BINARY);
+}
+
 std::string Launcher() {
     return Variable("MORVANE_TEST_LAUNCHER", "");
 }

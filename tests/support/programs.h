@@ -14,6 +14,9 @@ bool IsOtherTool();
 /// The same for the simulator as a program: MORVANE_TEST_SIMULATOR.
 std::string SimulatorPath();
 
+/// morvane-play: MORVANE_TEST_PLAY.
+std::string PlayPath();
+
 /// The words that go before the tool, such as "valgrind -q": MORVANE_TEST_LAUNCHER. May be empty.
 std::string Launcher();
 

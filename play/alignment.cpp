@@ -1,0 +1,212 @@
+#include "play/edits.h"
+#include "play/matcher.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace play {
+namespace {
+
+/// The cheapest way to the first elements and the first lines, and its last move.
+struct Cell {
+    enum class Move { kNone, kMatch, kDelete, kInsert, kSkip, kAbsorb, kGroup };
+
+    std::size_t cost = std::numeric_limits<std::size_t>::max();
+    Move move = Move::kNone;
+    std::size_t count = 0;  ///< of lines, in a group
+};
+
+// A line that is not expected is cheaper inside lines in any order than behind them.
+constexpr std::size_t kChange = 2;
+constexpr std::size_t kChangeInGroup = 1;
+// What is compared at most, in cells; of more, nothing is kept.
+constexpr std::size_t kLargestTable = 4'000'000;
+
+/// An edit distance.
+class Alignment {
+  public:
+    Alignment(const Step& step, const std::vector<std::string>& displayed, Edits& edits)
+        : step_(step), displayed_(displayed), edits_(edits) {}
+
+    void Run() {
+        SkipEqualEnds();
+        if ((Elements() + 1) * (Lines() + 1) > kLargestTable) {
+            ReplaceAll();
+            return;
+        }
+        width_ = Lines() + 1;
+        cells_.resize((Elements() + 1) * width_);
+        At(0, 0).cost = 0;
+        for (std::size_t element = 0; element <= Elements(); ++element) {
+            for (std::size_t line = 0; line <= Lines(); ++line) {
+                Leave(element, line);
+            }
+        }
+        for (const Place& place : Path()) {
+            Apply(place);
+        }
+    }
+
+  private:
+    /// A cell's position; `move` leads to it.
+    struct Place {
+        std::size_t element;
+        std::size_t line;
+        Cell move;
+    };
+
+    [[nodiscard]] std::size_t Elements() const { return last_element_ - first_element_; }
+    [[nodiscard]] std::size_t Lines() const { return last_line_ - first_line_; }
+    [[nodiscard]] const Element& ElementAt(std::size_t i) const {
+        return step_.output[first_element_ + i];
+    }
+    [[nodiscard]] const std::string& LineAt(std::size_t i) const {
+        return displayed_[first_line_ + i];
+    }
+    Cell& At(std::size_t element, std::size_t line) { return cells_[element * width_ + line]; }
+
+    static bool Match(const Element& element, const std::string& line) {
+        return element.kind == Element::Kind::kLine && element.lines.front().pattern.Matches(line);
+    }
+
+    void SkipEqualEnds() {
+        while (Elements() > 0 && Lines() > 0 && Match(ElementAt(0), LineAt(0))) {
+            ++first_element_;
+            ++first_line_;
+        }
+        while (Elements() > 0 && Lines() > 0 &&
+               Match(ElementAt(Elements() - 1), LineAt(Lines() - 1))) {
+            --last_element_;
+            --last_line_;
+        }
+    }
+
+    void ReplaceAll() {
+        for (std::size_t i = 0; i < Elements(); ++i) {
+            DeleteElement(ElementAt(i));
+        }
+        for (std::size_t i = 0; i < Lines(); ++i) {
+            Insert(Elements(), LineAt(i));
+        }
+    }
+
+    void Offer(std::size_t element, std::size_t line, Cell offer) {
+        // The last of equals: deletions come before insertions then, as in other diffs.
+        if (element <= Elements() && line <= Lines() && offer.cost <= At(element, line).cost) {
+            At(element, line) = offer;
+        }
+    }
+
+    void Leave(std::size_t element, std::size_t line) {
+        const std::size_t cost = At(element, line).cost;
+        if (element < Elements()) {
+            const Element& next = ElementAt(element);
+            if (next.kind == Element::Kind::kAnyLines) {
+                Offer(element + 1, line, {cost, Cell::Move::kSkip, 0});
+                Offer(element, line + 1, {cost, Cell::Move::kAbsorb, 0});
+            } else {
+                Offer(element + 1, line,
+                      {cost + kChange * next.lines.size(), Cell::Move::kDelete, 0});
+            }
+            if (line < Lines() && Match(next, LineAt(line))) {
+                Offer(element + 1, line + 1, {cost, Cell::Move::kMatch, 0});
+            }
+            if (next.kind == Element::Kind::kAnyOrder) {
+                LeaveByGroup(element, line);
+            }
+        }
+        Offer(element, line + 1, {cost + kChange, Cell::Move::kInsert, 0});
+    }
+
+    void LeaveByGroup(std::size_t element, std::size_t line) {
+        const Element& group = ElementAt(element);
+        const std::size_t most = std::min(group.lines.size(), Lines() - line);
+        for (std::size_t count = 1; count <= most; ++count) {
+            const std::vector<std::size_t> line_of = AssignLines(group.lines, &LineAt(line), count);
+            const auto unmatched =
+                static_cast<std::size_t>(std::count(line_of.begin(), line_of.end(), kNoLine));
+            const std::size_t matched = line_of.size() - unmatched;
+            if (matched > 0) {
+                const std::size_t change = kChange * unmatched + kChangeInGroup * (count - matched);
+                Offer(element + 1, line + count,
+                      {At(element, line).cost + change, Cell::Move::kGroup, count});
+            }
+        }
+    }
+
+    // From the beginning to the end.
+    std::vector<Place> Path() {
+        std::vector<Place> path;
+        std::size_t element = Elements();
+        std::size_t line = Lines();
+        while (element > 0 || line > 0) {
+            const Cell cell = At(element, line);
+            path.push_back({element, line, cell});
+            if (cell.move != Cell::Move::kInsert && cell.move != Cell::Move::kAbsorb) {
+                --element;
+            }
+            if (cell.move == Cell::Move::kGroup) {
+                line -= cell.count;
+            } else if (cell.move != Cell::Move::kDelete && cell.move != Cell::Move::kSkip) {
+                --line;
+            }
+        }
+        std::reverse(path.begin(), path.end());
+        return path;
+    }
+
+    void Apply(const Place& place) {
+        if (place.move.move == Cell::Move::kDelete) {
+            DeleteElement(ElementAt(place.element - 1));
+        } else if (place.move.move == Cell::Move::kInsert) {
+            Insert(place.element, LineAt(place.line - 1));
+        } else if (place.move.move == Cell::Move::kGroup) {
+            ApplyGroup(ElementAt(place.element - 1), &LineAt(place.line - place.move.count),
+                       place.move.count);
+        }
+    }
+
+    // Behind the elements before this one.
+    void Insert(std::size_t element, const std::string& line) {
+        const std::size_t before = first_element_ + element;
+        edits_.Insert(before == 0 ? step_.begin : step_.output[before - 1].end, WriteGeneral(line));
+    }
+
+    void DeleteElement(const Element& element) {
+        for (std::size_t line = element.begin; line < element.end; ++line) {
+            edits_.Delete(line);
+        }
+    }
+
+    void ApplyGroup(const Element& group, const std::string* lines, std::size_t count) {
+        const std::vector<std::size_t> line_of = AssignLines(group.lines, lines, count);
+        for (std::size_t i = 0; i < line_of.size(); ++i) {
+            if (line_of[i] == kNoLine) {
+                edits_.Delete(group.lines[i].line);
+            }
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            if (std::find(line_of.begin(), line_of.end(), i) == line_of.end()) {
+                edits_.Insert(group.end - 1, WriteGeneral(lines[i]));
+            }
+        }
+    }
+
+    const Step& step_;
+    const std::vector<std::string>& displayed_;
+    Edits& edits_;
+    std::size_t first_element_ = 0;
+    std::size_t last_element_ = step_.output.size();
+    std::size_t first_line_ = 0;
+    std::size_t last_line_ = displayed_.size();
+    std::size_t width_ = 0;
+    std::vector<Cell> cells_;
+};
+
+}  // namespace
+
+void Align(const Step& step, const std::vector<std::string>& displayed, Edits& edits) {
+    Alignment(step, displayed, edits).Run();
+}
+
+}  // namespace play

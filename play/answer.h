@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace play {
+
+/// What is typed at a prompt.
+struct Answer {
+    std::string keys;  ///< ends with a newline, unless the last key takes effect without one
+    std::string echo;  ///< what the terminal displays for them, without the newline
+};
+
+/// Reads an answer as a session file has it behind a prompt: "^C" is a key, a backslash makes the
+/// character behind it ordinary and is nothing at the end. Throws std::invalid_argument with the
+/// reason.
+Answer ParseAnswer(std::string_view written);
+
+/// The answer that types this text and Enter.
+std::string WriteAnswer(std::string_view text);
+
+}  // namespace play

@@ -1,0 +1,150 @@
+#include "play/display.h"
+
+#include "play/prompt.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace play {
+namespace {
+
+bool ContinuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
+}
+
+}  // namespace
+
+void Display::Feed(std::string_view bytes) {
+    for (const char byte : bytes) {
+        FeedByte(byte);
+    }
+    SeparatePrompt();
+}
+
+void Display::FeedByte(char byte) {
+    if (state_ == State::kEscape) {
+        state_ = byte == '[' ? State::kSequence : State::kText;
+    } else if (state_ == State::kSequence) {
+        if (byte >= '@' && byte <= '~') {
+            EndSequence(byte);
+        }
+    } else if (byte == '\x1b') {
+        state_ = State::kEscape;
+    } else {
+        FeedText(byte);
+    }
+}
+
+void Display::FeedText(char byte) {
+    if (byte == '\n') {
+        FinishLine();
+    } else if (byte == '\r') {
+        column_ = 0;
+    } else if (byte == '\b') {
+        MoveLeft();
+    } else if (byte == '\t' || byte < '\0' || (byte >= ' ' && byte != '\x7f')) {
+        Put(byte);
+    }
+}
+
+void Display::MoveLeft() {
+    while (column_ > 0 && ContinuesCharacter(line_[--column_])) {
+    }
+}
+
+// A character replaces the one that is there; bytes that continue it are inserted.
+void Display::Put(char byte) {
+    std::size_t end = column_;
+    if (!ContinuesCharacter(byte) && end < line_.size()) {
+        do {
+            ++end;
+        } while (end < line_.size() && ContinuesCharacter(line_[end]));
+    }
+    line_.replace(column_, end - column_, 1, byte);
+    ++column_;
+}
+
+void Display::EndSequence(char final) {
+    state_ = State::kText;
+    if (final == 'K') {
+        line_.resize(column_);
+    }
+}
+
+void Display::FinishLine() {
+    const std::string line = std::exchange(line_, "");
+    column_ = 0;
+    if (const std::size_t length = PromptLength(line); length > 0) {
+        FinishPrompt(line, length);
+    } else {
+        lines_.push_back({line, ""});
+    }
+}
+
+// Either the line was answered, or something was printed behind the prompt: it was drawn too early,
+// or a notification came.
+// NOLINTNEXTLINE(misc-no-recursion): as above
+void Display::FinishPrompt(std::string_view line, std::size_t length) {
+    const std::string_view rest = line.substr(length);
+    const std::string prompt(line.substr(0, length));
+    if (is_answered_ && (!echo_ || rest == *echo_)) {
+        lines_.push_back(
+            {std::string(rest), IsRedrawn(prompt, first_drawn_) ? first_drawn_ : prompt});
+        is_answered_ = false;
+        first_drawn_.clear();
+        half_typed_.clear();
+        return;
+    }
+    if (!IsRedrawn(prompt, first_drawn_)) {
+        first_drawn_ = prompt;
+    }
+    if (const std::size_t next = PromptLength(rest); next > 0) {
+        // NOLINTNEXTLINE(misc-no-recursion): each call has a shorter line
+        FinishPrompt(rest, next);
+    } else if (!rest.empty() && half_typed_.find(rest) == std::string::npos) {
+        lines_.push_back({std::string(rest), ""});
+    }
+}
+
+// A prompt behind text without a line end is on a line of its own in a file.
+void Display::SeparatePrompt() {
+    const std::size_t begin = FindLastPrompt(line_);
+    if (begin == std::string::npos || begin == 0) {
+        return;
+    }
+    const std::string line = line_.substr(0, begin);
+    line_.erase(0, begin);
+    column_ = line_.size();
+    if (const std::size_t length = PromptLength(line); length > 0) {
+        FinishPrompt(line, length);
+    } else {
+        lines_.push_back({line, ""});
+    }
+}
+
+std::vector<DisplayedLine> Display::TakeLines() {
+    return std::exchange(lines_, {});
+}
+
+std::string Display::Prompt() const {
+    if (is_answered_ || line_.empty() || PromptLength(line_) != line_.size()) {
+        return "";
+    }
+    return IsRedrawn(line_, first_drawn_) ? first_drawn_ : line_;
+}
+
+void Display::ExpectEcho(std::optional<std::string> echo, bool ends_line) {
+    is_answered_ = true;
+    echo_ = std::move(echo);
+    if (!ends_line && echo_ && echo_->empty()) {
+        FinishLine();
+    }
+}
+
+void Display::End() {
+    if (!line_.empty()) {
+        FinishLine();
+    }
+}
+
+}  // namespace play

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace play {
+
+/// A line as a session file has it.
+struct DisplayedLine {
+    std::string text;    ///< without the prompt
+    std::string prompt;  ///< at which `text` was typed; empty for output
+};
+
+/// What a terminal displays, line by line, without colours and without prompts that were redrawn
+/// beneath a notification.
+class Display {
+  public:
+    void Feed(std::string_view bytes);
+
+    /// The lines finished since the last call.
+    std::vector<DisplayedLine> TakeLines();
+    /// The prompt at which the program waits, as it was first drawn. Empty if there is none, or if
+    /// what was typed at it is not yet displayed.
+    [[nodiscard]] std::string Prompt() const;
+    /// The last line, which is not finished.
+    [[nodiscard]] const std::string& Unfinished() const { return line_; }
+
+    /// An answer was typed; `echo` is what the terminal displays for it, or nothing if that is not
+    /// known. `ends_line` is false for keys that act without Enter.
+    void ExpectEcho(std::optional<std::string> echo, bool ends_line);
+    /// What was typed so far of an answer. A notification leaves it on a line of its own.
+    void SetHalfTyped(std::string text) { half_typed_ = std::move(text); }
+    /// The program's output has ended.
+    void End();
+
+  private:
+    enum class State { kText, kEscape, kSequence };
+
+    void FeedByte(char byte);
+    void FeedText(char byte);
+    void MoveLeft();
+    void Put(char byte);
+    void EndSequence(char final);
+    void FinishLine();
+    void FinishPrompt(std::string_view line, std::size_t length);
+    void SeparatePrompt();
+
+    State state_ = State::kText;
+    std::string line_;        // the unfinished one
+    std::size_t column_ = 0;  // in bytes
+    std::vector<DisplayedLine> lines_;
+    bool is_answered_ = false;
+    std::optional<std::string> echo_;
+    std::string first_drawn_;
+    std::string half_typed_;
+};
+
+}  // namespace play

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "play/session_file.h"
+
+#include <string>
+#include <vector>
+
+namespace play {
+
+/// What makes of a file's lines the lines that came.
+class Edits {
+  public:
+    explicit Edits(const std::vector<std::string>& lines)
+        : lines_(&lines), deleted_(lines.size()), inserted_(lines.size() + 1) {}
+
+    void Delete(std::size_t line) { deleted_[line] = true; }
+    /// Before this line of the file, behind what was inserted there earlier.
+    void Insert(std::size_t line, std::string text) { inserted_[line].push_back(std::move(text)); }
+
+    [[nodiscard]] bool IsEmpty() const;
+    [[nodiscard]] std::vector<std::string> Result() const;
+    /// In the unified format, the file named `name` and what came "displayed"; of a very long one
+    /// only the beginning.
+    [[nodiscard]] std::string Diff(const std::string& name) const;
+    /// The first line of the file that differs, and the column if another line replaces it: "12:5".
+    [[nodiscard]] std::string FirstPlace() const;
+
+  private:
+    struct Row {
+        char mark;
+        const std::string* text;
+    };
+    [[nodiscard]] std::vector<Row> Rows() const;
+
+    const std::vector<std::string>* lines_;
+    std::vector<bool> deleted_;
+    std::vector<std::vector<std::string>> inserted_;
+};
+
+/// Adds the fewest edits that make the step's output match `displayed`. Lines that match stay as
+/// they are written, with their wildcards.
+void Align(const Step& step, const std::vector<std::string>& displayed, Edits& edits);
+
+}  // namespace play

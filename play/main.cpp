@@ -1,0 +1,89 @@
+#include "play/command_line.h"
+#include "play/files.h"
+#include "play/recorder.h"
+#include "play/results.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace play {
+namespace {
+
+constexpr int kAgrees = 0;
+constexpr int kDiffers = 1;
+constexpr int kCannotRun = 2;
+
+int PlayFile(const SessionFile& file, PlayOptions options, Results& results, Signals& signals) {
+    options.progress = [&](std::size_t line) {
+        results.Progress(file.name, line, file.lines.size());
+    };
+    try {
+        Player player(file, options, signals);
+        const std::string report = player.Play();
+        if (report.empty() && !player.Differences().IsEmpty()) {
+            ReplaceFile(file.name, player.Differences().Result());
+        }
+        results.Add(file.name, report);
+        return report.empty() ? kAgrees : kDiffers;
+    } catch (const CannotRun& error) {
+        results.Add(file.name, error.what());
+        return kCannotRun;
+    }
+}
+
+// All files are read before the first is played.
+int Play(const CommandLine& line) {
+    std::vector<SessionFile> files;
+    for (const std::string& name : line.files) {
+        files.push_back(ParseSession(name, ReadFile(name)));
+    }
+    Signals signals;
+    Results results(line.tap, files.size());
+    int status = kAgrees;
+    for (const SessionFile& file : files) {
+        status = std::max(status, PlayFile(file, line.play, results, signals));
+    }
+    return status;
+}
+
+int Run(const CommandLine& line) {
+    switch (line.mode) {
+        case CommandLine::Mode::kHelp:
+            std::fputs(HelpText().c_str(), stdout);
+            return kAgrees;
+        case CommandLine::Mode::kVersion:
+            std::puts("morvane-play " MORVANE_VERSION);
+            return kAgrees;
+        case CommandLine::Mode::kRecord:
+            Record(line.files.front(), line.play.command);
+            return kAgrees;
+        case CommandLine::Mode::kPlay:
+            break;
+    }
+    return Play(line);
+}
+
+// Ends as the signal would have ended it.
+int EndBySignal(int number) {
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+    return kCannotRun;
+}
+
+}  // namespace
+}  // namespace play
+
+int main(int argc, char** argv) {
+    try {
+        return play::Run(play::ParseCommandLine({argv, argv + argc}));
+    } catch (const play::Interrupted& interrupted) {
+        return play::EndBySignal(interrupted.Signal());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "morvane-play: %s\n", error.what());
+        return play::kCannotRun;
+    }
+}

@@ -1,0 +1,256 @@
+#include "play/player.h"
+
+#include "play/answer.h"
+#include "play/text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace play {
+namespace {
+
+constexpr Duration kDefaultLimit(10000);
+constexpr Duration kSilence(500);  // after which output that differs is taken as complete
+constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
+constexpr std::size_t kMostOfUnfinished = 1000;
+constexpr std::size_t kMostBytesAfterDifference = std::size_t{64} << 10U;
+
+std::vector<std::string> Join(std::vector<std::string> words,
+                              const std::vector<std::string>& more) {
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
+}  // namespace
+
+Player::Player(const SessionFile& file, const PlayOptions& options, Signals& signals)
+    : file_(file),
+      options_(options),
+      signals_(signals),
+      program_(Join(options.command, file.arguments), {}, signals),
+      edits_(file.lines) {}
+
+std::string Player::Play() {
+    for (const Step& step : file_.steps) {
+        options_.progress(step.line);
+        if (!PlayStep(step)) {
+            program_.End();
+            break;
+        }
+    }
+    if (report_.empty()) {
+        CheckExitStatus();
+    }
+    return report_;
+}
+
+// Whether the next step can be played.
+bool Player::PlayStep(const Step& step) {
+    Outcome outcome = Await(step);
+    if (outcome != Outcome::kReached) {
+        Settle(step);
+        RecordDifference(step);
+        const bool can_go_on = step.action == Step::Action::kEnd
+                                   ? has_ended_
+                                   : !has_ended_ && !display_.Prompt().empty();
+        if (!options_.update || !can_go_on || outcome == Outcome::kFlooded) {
+            Report(step, outcome);
+            return false;
+        }
+    }
+    Act(step);
+    return true;
+}
+
+void Player::Act(const Step& step) {
+    if (step.action == Step::Action::kTell) {
+        Tell(step);
+    } else if (step.action == Step::Action::kType) {
+        const Answer answer = ParseAnswer(step.text);
+        display_.ExpectEcho(answer.echo, answer.keys.back() == '\n');
+        program_.Type(answer.keys, Clock::now() + Limit(step));
+        received_ = 0;
+    }
+}
+
+void Player::Tell(const Step& step) {
+    const Clock::time_point deadline = Clock::now() + Limit(step);
+    const std::string what = Place(step.line) + "the simulator was not told " + Quoted(step.text);
+    std::string output;
+    try {
+        Program simulator({options_.simulator, "--tell", step.text}, {}, signals_);
+        Program::Event event = Program::Event::kOutput;
+        while (event == Program::Event::kOutput && output.size() < kMostBytesAfterDifference) {
+            event = simulator.Wait(deadline, output);
+        }
+        if (event == Program::Event::kEnd && simulator.HasExited() && simulator.ExitStatus() == 0) {
+            return;
+        }
+        output = options_.simulator + " " + simulator.Describe() + "\n" + output;
+    } catch (const CannotRun& error) {
+        output = error.what();
+    }
+    output.erase(std::remove(output.begin(), output.end(), '\r'), output.end());
+    throw CannotRun(what + ": " + output);
+}
+
+Program::Event Player::Receive(Clock::time_point deadline) {
+    std::string output;
+    const Program::Event event = program_.Wait(deadline, output);
+    received_ += output.size();
+    display_.Feed(output);
+    if (event == Program::Event::kEnd) {
+        has_ended_ = true;
+        display_.End();
+    }
+    for (DisplayedLine& line : display_.TakeLines()) {
+        received_ += sizeof line;
+        pending_.push_back(std::move(line));
+    }
+    return event;
+}
+
+// Whether the step's output is complete, or differs. Later lines belong to the next step.
+bool Player::MatchLines(const Step& step) {
+    const bool needs_no_prompt = step.action == Step::Action::kTell && step.prompt.empty();
+    auto line = pending_.begin();
+    while (line != pending_.end() && matcher_->IsViable() &&
+           !(needs_no_prompt && matcher_->IsComplete())) {
+        if (line->prompt.empty()) {
+            matcher_->Add(line->text);
+        }
+        ++line;
+    }
+    pending_.erase(pending_.begin(), line);
+    return !matcher_->IsViable() || IsReached(step);
+}
+
+bool Player::IsReached(const Step& step) const {
+    const bool waits = step.action == Step::Action::kEnd
+                           ? has_ended_
+                           : step.prompt.empty() || display_.Prompt() == step.prompt;
+    return matcher_->IsComplete() && waits;
+}
+
+Duration Player::Limit(const Step& step) const {
+    const std::size_t awaited = matcher_->Awaited();
+    const std::optional<Duration> own =
+        awaited < step.output.size() ? step.output[awaited].limit : step.limit;
+    return own.value_or(options_.limit.value_or(file_.limit.value_or(kDefaultLimit)));
+}
+
+Player::Outcome Player::Await(const Step& step) {
+    matcher_.emplace(step.output);
+    std::size_t awaited = matcher_->Awaited();
+    Clock::time_point deadline = Clock::now() + Limit(step);
+    while (!MatchLines(step)) {
+        if (has_ended_) {
+            return Outcome::kEnded;
+        }
+        if (received_ > kMostBytes) {
+            return Outcome::kFlooded;
+        }
+        if (std::exchange(awaited, matcher_->Awaited()) != awaited) {
+            deadline = Clock::now() + Limit(step);
+        }
+        if (Clock::now() >= deadline) {
+            return Outcome::kTimedOut;
+        }
+        Receive(deadline);
+    }
+    return matcher_->IsViable() ? Outcome::kReached : Outcome::kDiffers;
+}
+
+// The rest of the output belongs into the report.
+void Player::Settle(const Step& step) {
+    const Clock::time_point deadline = Clock::now() + Limit(step);
+    const std::size_t most = received_ + kMostBytesAfterDifference;
+    while (!has_ended_ && received_ < most && Clock::now() < deadline &&
+           Receive(Clock::now() + kSilence) == Program::Event::kOutput) {
+    }
+    for (const DisplayedLine& line : std::exchange(pending_, {})) {
+        if (line.prompt.empty()) {
+            matcher_->Add(line.text);
+        }
+    }
+}
+
+void Player::RecordDifference(const Step& step) {
+    std::vector<std::string> displayed = matcher_->Lines();
+    const std::string prompt = display_.Prompt();
+    const bool other_prompt = !prompt.empty() && prompt != step.prompt;
+    if (prompt.empty() && !display_.Unfinished().empty()) {
+        displayed.push_back(display_.Unfinished().substr(0, kMostOfUnfinished));
+    }
+    Align(step, displayed, edits_);
+    const bool has_prompt = step.action != Step::Action::kEnd && !step.prompt.empty();
+    if (step.action == Step::Action::kType && (other_prompt || prompt.empty())) {
+        edits_.Delete(step.line);
+    }
+    if (other_prompt && (has_prompt || step.action == Step::Action::kEnd)) {
+        edits_.Insert(std::min(step.line + 1, file_.lines.size()),
+                      prompt + (step.action == Step::Action::kType ? step.text : ""));
+    }
+}
+
+std::string Player::Place(std::size_t line) const {
+    return file_.name + ":" + std::to_string(std::min(line, file_.lines.size() - 1) + 1) + ": ";
+}
+
+std::string Player::Awaited(const Step& step) const {
+    const std::size_t awaited = matcher_->Awaited();
+    if (awaited < step.output.size()) {
+        return Quoted(file_.lines[step.output[awaited].lines.front().line]);
+    }
+    return step.action == Step::Action::kEnd ? "the end" : "the prompt " + Quoted(step.prompt);
+}
+
+std::string Player::DescribeDifference(const Step& step) const {
+    const std::string prompt = display_.Prompt();
+    if (!prompt.empty() && prompt != step.prompt && matcher_->IsViable()) {
+        return "; displayed is the prompt " + Quoted(prompt);
+    }
+    return matcher_->Lines().empty() ? "; nothing was displayed"
+                                     : "; displayed last: " + Quoted(matcher_->Lines().back());
+}
+
+void Player::Report(const Step& step, Outcome outcome) {
+    const std::string& name = options_.command.front();
+    const std::size_t awaited = matcher_->Awaited();
+    const std::size_t line = awaited < step.output.size() ? step.output[awaited].begin : step.line;
+    switch (outcome) {
+        case Outcome::kReached:
+            return;
+        case Outcome::kDiffers:
+            report_ = file_.name + ":" + edits_.FirstPlace() + ": the output differs";
+            break;
+        case Outcome::kTimedOut:
+            report_ = Place(line) + Awaited(step) + " did not come within " +
+                      Describe(Limit(step)) + DescribeDifference(step);
+            break;
+        case Outcome::kEnded:
+            report_ =
+                Place(line) + name + " " + program_.Describe() + ", awaited was " + Awaited(step);
+            break;
+        case Outcome::kFlooded:
+            report_ = Place(line) + name + " prints without end\n";
+            return;
+    }
+    report_ += "\n";
+    for (const std::string& need : file_.needs) {
+        report_ += "needed: " + need + "\n";
+    }
+    if (!edits_.IsEmpty()) {
+        report_ += edits_.Diff(file_.name);
+    }
+}
+
+void Player::CheckExitStatus() {
+    if (program_.HasExited() && program_.ExitStatus() == file_.exit_status) {
+        return;
+    }
+    report_ = file_.name + ": " + options_.command.front() + " " + program_.Describe() +
+              ", expected was " + std::to_string(file_.exit_status) + "\n";
+}
+
+}  // namespace play

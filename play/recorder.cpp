@@ -1,0 +1,263 @@
+#include "play/recorder.h"
+
+#include "play/answer.h"
+#include "play/display.h"
+#include "play/files.h"
+#include "play/line_editor.h"
+#include "play/program.h"
+
+#include <poll.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <stdexcept>
+#include <utility>
+
+namespace play {
+namespace {
+
+/// The operator's terminal: while it lives, keys come as they are pressed.
+class RawTerminal {
+  public:
+    RawTerminal() {
+        if (isatty(STDIN_FILENO) != 1 || isatty(STDOUT_FILENO) != 1) {
+            throw CannotRun("--record needs a terminal");
+        }
+        Checked(tcgetattr(STDIN_FILENO, &modes_), "tcgetattr");
+    }
+    RawTerminal(const RawTerminal&) = delete;
+    RawTerminal& operator=(const RawTerminal&) = delete;
+    ~RawTerminal() { Restore(); }
+
+    void MakeRaw() const {
+        termios raw = modes_;
+        cfmakeraw(&raw);
+        tcsetattr(STDIN_FILENO, TCSANOW, &raw);
+    }
+    void Restore() const { tcsetattr(STDIN_FILENO, TCSANOW, &modes_); }
+
+    [[nodiscard]] const termios& Modes() const { return modes_; }
+    [[nodiscard]] winsize Size() const {
+        winsize size = {};
+        ioctl(STDIN_FILENO, TIOCGWINSZ, &size);
+        return size;
+    }
+
+    static void Write(std::string_view bytes) {
+        while (!bytes.empty()) {
+            const ssize_t count = write(STDOUT_FILENO, bytes.data(), bytes.size());
+            if (count > 0) {
+                bytes.remove_prefix(static_cast<std::size_t>(count));
+            } else if (errno == EAGAIN) {
+                pollfd room = {STDOUT_FILENO, POLLOUT, 0};
+                poll(&room, 1, -1);
+            } else if (errno != EINTR) {
+                return;  // the terminal is gone: SIGHUP comes
+            }
+        }
+    }
+
+  private:
+    termios modes_ = {};
+};
+
+class Recorder {
+  public:
+    explicit Recorder(const std::vector<std::string>& command)
+        : editor_(terminal_.Modes()),
+          signals_({SIGWINCH, SIGTSTP, SIGCONT}),
+          program_(command, {&terminal_.Modes(), terminal_.Size()}, signals_) {}
+
+    void Run() {
+        terminal_.MakeRaw();
+        while (Step()) {
+        }
+        if (!interrupts_.empty()) {
+            Answer("", true);
+        }
+        display_.End();
+        TakeLines();
+    }
+
+    // As a file has it.
+    [[nodiscard]] std::vector<std::string> Lines(const std::string& command) const {
+        std::vector<std::string> lines = {command};
+        if (program_.HasExited() && program_.ExitStatus() != 0) {
+            lines.push_back("% exit " + std::to_string(program_.ExitStatus()));
+        }
+        lines.insert(lines.end(), lines_.begin(), lines_.end());
+        return lines;
+    }
+
+  private:
+    // Returns false at the end of the program.
+    bool Step() {
+        std::string output;
+        // Keys are not read faster than they can be typed on.
+        const int input = keys_.size() < kMostKeys ? STDIN_FILENO : -1;
+        const Program::Event event = program_.Wait(Clock::time_point::max(), output, input);
+        RawTerminal::Write(output);
+        display_.Feed(output);
+        TakeLines();
+        if (event == Program::Event::kInput) {
+            ReadKeys();
+        } else if (event == Program::Event::kSignal) {
+            HandleSignal(program_.LastSignal());
+        }
+        TypeKeys();
+        return event != Program::Event::kEnd;
+    }
+
+    void HandleSignal(int number) {
+        if (number == SIGTSTP) {
+            Suspend();
+        } else {
+            ResizeTerminal();
+        }
+    }
+
+    void ResizeTerminal() const {
+        const winsize size = terminal_.Size();
+        ioctl(program_.Terminal(), TIOCSWINSZ, &size);
+    }
+
+    // The kernel does not let a terminal stop the only process group of a session: both are stopped
+    // here, and continue together.
+    void Suspend() const {
+        program_.Signal(SIGSTOP);
+        terminal_.Restore();
+        sigset_t stop;
+        sigemptyset(&stop);
+        sigaddset(&stop, SIGTSTP);
+        kill(0, SIGTSTP);
+        pthread_sigmask(SIG_UNBLOCK, &stop, nullptr);
+        pthread_sigmask(SIG_BLOCK, &stop, nullptr);
+        terminal_.MakeRaw();
+        ResizeTerminal();
+        program_.Signal(SIGCONT);
+    }
+
+    void ReadKeys() {
+        std::array<char, 4096> chunk;
+        const ssize_t count = read(STDIN_FILENO, chunk.data(), chunk.size());
+        if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+            throw Interrupted(SIGHUP);
+        }
+        for (ssize_t i = 0; i < count; ++i) {
+            TakeKey(chunk[static_cast<std::size_t>(i)]);
+        }
+    }
+
+    // Keys that act at once also discard what was typed before them.
+    void TakeKey(char byte) {
+        const LineEditor::Key key = editor_.Classify(byte);
+        if (key != LineEditor::Key::kInterrupt && key != LineEditor::Key::kSuspend) {
+            keys_ += byte;
+            return;
+        }
+        keys_.clear();
+        editor_.Clear();
+        if (key == LineEditor::Key::kSuspend) {
+            RawTerminal::Write("^Z");
+            Suspend();
+            return;
+        }
+        Interrupt(byte);
+    }
+
+    // A file can have the key only at a prompt.
+    void Interrupt(char byte) {
+        const std::string key = byte == '\x03' ? "^C" : "^\\";
+        is_answering_ = is_answering_ || !display_.Prompt().empty();
+        if (is_answering_) {
+            interrupts_ += key;
+        } else {
+            lines_.push_back("# Without a prompt, " + key + " was typed here.");
+        }
+        Type(byte);
+    }
+
+    void Type(char byte) { program_.Type({&byte, 1}, Clock::now() + std::chrono::seconds(10)); }
+
+    // A line is typed when there is a prompt for it, so that it is displayed behind that.
+    void TypeKeys() {
+        while (!keys_.empty()) {
+            is_answering_ = is_answering_ || !display_.Prompt().empty();
+            if (!is_answering_) {
+                return;
+            }
+            const char byte = keys_.front();
+            keys_.erase(0, 1);
+            const LineEditor::Key key = editor_.Classify(byte);
+            Type(byte);
+            if (key == LineEditor::Key::kEnter) {
+                Answer(WriteAnswer(editor_.Line()), true);
+            } else if (key == LineEditor::Key::kEndOfInput && editor_.Line().empty()) {
+                Answer("^D", false);
+            } else if (key == LineEditor::Key::kText) {
+                editor_.Add(byte);
+                display_.SetHalfTyped(editor_.Line());
+            }
+        }
+    }
+
+    void Answer(const std::string& written, bool ends_line) {
+        answer_ = interrupts_ + written;
+        interrupts_.clear();
+        editor_.Clear();
+        is_answering_ = false;
+        if (ends_line) {
+            display_.ExpectEcho(std::nullopt, true);
+        } else {
+            display_.ExpectEcho("", false);
+        }
+    }
+
+    void TakeLines() {
+        for (const DisplayedLine& line : display_.TakeLines()) {
+            lines_.push_back(line.prompt.empty() ? WriteGeneral(line.text) : line.prompt + answer_);
+        }
+    }
+
+    static constexpr std::size_t kMostKeys = 65536;
+
+    RawTerminal terminal_;
+    LineEditor editor_;
+    Signals signals_;
+    Program program_;
+    Display display_;
+    std::string keys_;        // not yet typed
+    std::string interrupts_;  // of this answer, as written
+    std::string answer_;      // the last one, as written
+    bool is_answering_ = false;
+    std::vector<std::string> lines_;
+};
+
+// Of another program nobody knows which arguments it passes to the tool.
+std::string CommandOf(const std::vector<std::string>& words) {
+    const std::string& program = words.front();
+    std::string command = "$ morvane";
+    if (program.substr(program.rfind('/') + 1) == "morvane") {
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            command += " " + words[i];
+        }
+    }
+    return command;
+}
+
+}  // namespace
+
+void Record(const std::string& file, const std::vector<std::string>& command) {
+    CreateFile(file, {});
+    Recorder recorder(command);
+    try {
+        recorder.Run();
+    } catch (const Interrupted&) {
+        ReplaceFile(file, recorder.Lines(CommandOf(command)));
+        throw;
+    }
+    ReplaceFile(file, recorder.Lines(CommandOf(command)));
+}
+
+}  // namespace play

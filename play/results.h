@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace play {
+
+/// Prints the result of each file to standard output, for a person or in the Test Anything
+/// Protocol; on a person's terminal also, on standard error, how far a file is.
+class Results {
+  public:
+    Results(bool tap, std::size_t files);
+
+    void Progress(const std::string& file, std::size_t line, std::size_t lines) const;
+    /// `report` is nothing, or what failed, in lines.
+    void Add(const std::string& file, const std::string& report);
+
+  private:
+    void EraseProgress() const;
+
+    bool tap_;
+    bool shows_progress_;
+    std::size_t number_ = 0;
+};
+
+}  // namespace play

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "play/pattern.h"
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace play {
+
+using Duration = std::chrono::milliseconds;
+
+/// Reads "10s", "500ms", "2min" or, in seconds, "10". Nothing if it is none of these, or not
+/// between 1 ms and a day.
+std::optional<Duration> ParseDuration(std::string_view text);
+/// "10 s" or "500 ms".
+std::string Describe(Duration duration);
+
+// Lines of a file are counted from 0 here, and from 1 wherever a person sees them.
+
+struct PatternLine {
+    std::size_t line;
+    Pattern pattern;
+};
+
+/// A part of the output that is awaited.
+struct Element {
+    enum class Kind { kLine, kAnyLines, kAnyOrder };
+
+    Kind kind;
+    std::size_t begin;  ///< its first line in the file
+    std::size_t end;    ///< behind its last line
+    std::vector<PatternLine> lines;
+    std::optional<Duration> limit;
+};
+
+/// Output, and what is done when it has been displayed.
+struct Step {
+    enum class Action { kType, kTell, kEnd };
+
+    std::size_t begin = 0;  ///< where its output begins in the file
+    std::vector<Element> output;
+    Action action = Action::kEnd;
+    std::size_t line = 0;  ///< of the action
+    std::string prompt;    ///< at which the answer is typed, or the command is given; may be empty
+    std::string text;      ///< the answer as written, or the command
+    std::optional<Duration> limit;
+};
+
+struct SessionFile {
+    std::string name;
+    std::vector<std::string> lines;
+    std::vector<std::string> arguments;
+    std::vector<std::string> needs;
+    std::optional<Duration> limit;
+    int exit_status = 0;
+    std::vector<Step> steps;  ///< the last, and no other, is the end
+};
+
+/// Throws std::runtime_error with the file's name, the line and the reason.
+SessionFile ParseSession(const std::string& name, std::string_view text);
+
+}  // namespace play

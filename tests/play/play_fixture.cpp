@@ -1,0 +1,73 @@
+#include "play/play_fixture.h"
+
+#include "support/programs.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace morvane_test {
+
+const char kFakeTool[] = R"(
+prompt() {
+    printf '\033[1;32m%s\033[0m\033[1;31m%s\033[0m' "$1" "$2"
+    read -r answer
+}
+notify() { printf '\n\033[0m%s\n\033[1;32m%s\033[1;31m > \033[0m' "$1" "$2"; }
+)";
+
+ConsoleOptions Playing(const std::vector<std::string>& arguments) {
+    ConsoleOptions options;
+    options.program = "/bin/sh";
+    options.arguments = {"-c", "exec \"$@\" 2>&1", "sh"};
+    std::istringstream launcher(Launcher());
+    options.arguments.insert(options.arguments.end(), std::istream_iterator<std::string>(launcher),
+                             {});
+    options.arguments.emplace_back(PlayPath());
+    options.arguments.insert(options.arguments.end(), arguments.begin(), arguments.end());
+    options.wiring = Wiring::kPipes;
+    return options;
+}
+
+void PlayTest::Write(const std::string& name, const std::string& text) const {
+    std::ofstream(directory_.File(name)) << text;
+}
+
+std::string PlayTest::Read(const std::string& name) const {
+    std::ifstream file(directory_.File(name));
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool PlayTest::Exists(const std::string& name) const {
+    return std::filesystem::exists(directory_.File(name));
+}
+
+PlayResult PlayTest::Run(const std::vector<std::string>& arguments) const {
+    ConsoleOptions options = Playing(arguments);
+    options.directory = directory_.Path();
+    Console console(options);
+    const std::optional<Ending> ending = console.AwaitEnd(Patience());
+    if (!ending || !ending->status) {
+        ADD_FAILURE() << "morvane-play does not end\n" << console.Output();
+        return {-1, console.Output()};
+    }
+    console.AwaitEndOfOutput();
+    return {*ending->status, console.Output()};
+}
+
+std::vector<std::string> PlayTest::Behind(const std::string& script,
+                                          std::vector<std::string> words) const {
+    Write("tool", kFakeTool + script);
+    words.insert(words.end(), {"--", "/bin/sh", "tool"});
+    return words;
+}
+
+PlayResult PlayTest::Play(const std::string& session, const std::string& script,
+                          std::vector<std::string> options) const {
+    Write("a.session", session);
+    options.emplace_back("a.session");
+    return Run(Behind(script, std::move(options)));
+}
+
+}  // namespace morvane_test

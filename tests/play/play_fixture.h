@@ -1,0 +1,48 @@
+#pragma once
+
+#include "support/console.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace morvane_test {
+
+/// How morvane-play ended, and what it printed on both streams.
+struct PlayResult {
+    int status;
+    std::string output;
+};
+
+/// morvane-play with its arguments. Standard error goes where standard output goes.
+ConsoleOptions Playing(const std::vector<std::string>& arguments);
+
+/// Shell functions for a script in place of the tool: `prompt TEXT MARKER` reads an answer,
+/// `notify MESSAGE TEXT` prints a message while the prompt TEXT is displayed.
+extern const char kFakeTool[];
+
+/// Plays files against a shell script in place of the tool.
+class PlayTest : public testing::Test {
+  protected:
+    void Write(const std::string& name, const std::string& text) const;
+    std::string Read(const std::string& name) const;
+    bool Exists(const std::string& name) const;
+
+    /// morvane-play in the test's directory, with these arguments.
+    PlayResult Run(const std::vector<std::string>& arguments) const;
+    /// The same with a.session and this script.
+    PlayResult Play(const std::string& session, const std::string& script,
+                    std::vector<std::string> options = {}) const;
+    /// "--", and the words that start this script as the tool.
+    std::vector<std::string> Behind(const std::string& script,
+                                    std::vector<std::string> words = {}) const;
+
+    const TemporaryDirectory& directory() const { return directory_; }
+
+  private:
+    TemporaryDirectory directory_;
+};
+
+}  // namespace morvane_test

@@ -1,0 +1,197 @@
+// Options, exit statuses, the simulator, and what is left behind.
+
+#include "play/play_fixture.h"
+
+#include "support/text_form.h"
+
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+
+namespace morvane_test {
+namespace {
+
+constexpr char kOnePrompt[] = "prompt Vantor ' > '; echo \"got $answer\"\n";
+constexpr char kSession[] = "Vantor > x\ngot x\n";
+
+// A process that was not reaped still is in /proc.
+void ExpectGone(const std::string& process) {
+    ASSERT_FALSE(process.empty());
+    EXPECT_FALSE(std::filesystem::exists("/proc/" + process.substr(0, process.find('\n'))));
+}
+
+TEST_F(PlayTest, PlaysAllFilesAndReportsTheWorst) {
+    Write("good.session", kSession);
+    Write("bad.session", "Vantor > x\ngot y\n");
+    const PlayResult result = Run(Behind(kOnePrompt, {"bad.session", "good.session"}));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("bad.session: FAILED\ngood.session: agrees\n"), std::string::npos)
+        << result.output;
+}
+
+TEST_F(PlayTest, PrintsTestAnythingProtocol) {
+    Write("bad.session", "Vantor > x\ngot y\n");
+    const PlayResult result = Play(kSession, kOnePrompt, {"--tap", "bad.session"});
+    EXPECT_EQ(result.output, R"(TAP version 13
+1..2
+not ok 1 - bad.session
+# bad.session:2:5: the output differs
+# --- bad.session
+# +++ displayed
+# @@ -1,2 +1,2 @@
+#  Vantor > x
+# -got y
+# +got x
+ok 2 - a.session
+)");
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(PlayTest, ReportsProgramThatCannotRun) {
+    Write("a.session", kSession);
+    const PlayResult result = Run({"a.session", "--", "./nowhere"});
+    EXPECT_EQ(result.output,
+              "cannot run ./nowhere: No such file or directory\na.session: FAILED\n");
+    EXPECT_EQ(result.status, 2);
+}
+
+TEST_F(PlayTest, ReportsMissingFile) {
+    const PlayResult result = Run({"nowhere.session"});
+    EXPECT_EQ(result.output, "morvane-play: nowhere.session: No such file or directory\n");
+    EXPECT_EQ(result.status, 2);
+}
+
+struct BadArguments {
+    std::vector<std::string> arguments;
+    const char* reason;
+};
+
+class BadCommandLine : public PlayTest, public testing::WithParamInterface<BadArguments> {};
+
+TEST_P(BadCommandLine, IsRefused) {
+    const PlayResult result = Run(GetParam().arguments);
+    EXPECT_EQ(result.output, "morvane-play: " + std::string(GetParam().reason) + "\n");
+    EXPECT_EQ(result.status, 2);
+}
+
+const BadArguments kBadArguments[] = {
+    {{}, "no file named"},
+    {{"a.session", "--"}, "no program behind --"},
+    {{"--frobnicate", "a.session"}, "invalid option --frobnicate"},
+    {{"--timeout"}, "invalid option --timeout"},
+    {{"--timeout=never", "a.session"}, "--timeout takes a time such as 10s, 500ms or 2min"},
+    {{"--record", "a.session", "b.session"}, "--record takes one file"},
+    {{"--record", "a.session"}, "--record needs a terminal"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Play, BadCommandLine, testing::ValuesIn(kBadArguments));
+
+TEST_F(PlayTest, HelpAndVersionSucceed) {
+    EXPECT_EQ(Run({"--help"}).status, 0);
+    const PlayResult version = Run({"--version"});
+    EXPECT_EQ(version.output, "morvane-play " MORVANE_VERSION "\n");
+    EXPECT_EQ(version.status, 0);
+}
+
+TEST_F(PlayTest, TimeoutOptionReplacesThatOfTheFile) {
+    const PlayResult result =
+        Play("% timeout 1min\none\n", "read -r answer", {"--timeout", "50ms"});
+    EXPECT_EQ(result.output.substr(0, result.output.find(';')),
+              "a.session:2: \"one\" did not come within 50 ms");
+}
+
+TEST_F(PlayTest, AwaitReplacesTheTimeout) {
+    const PlayResult result =
+        Play("% await 1min\none\ntwo\n", "echo one; echo two", {"--timeout=1ms"});
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+}
+
+// The script in place of the tool displays what the one in place of the simulator is told.
+constexpr char kSimulator[] = "#!/bin/sh\n[ \"$1\" = --tell ] && echo \"$2\" >pipe\n";
+constexpr char kTold[] = R"(
+mkfifo pipe
+echo one
+printf 'Vantor > '
+read -r command <pipe; notify "$command" Vantor
+read -r answer
+)";
+
+class TellTest : public PlayTest {
+  protected:
+    PlayResult Tell(const std::string& session, const std::string& simulator) const {
+        Write("simulator", simulator);
+        std::filesystem::permissions(directory().File("simulator"),
+                                     std::filesystem::perms::owner_all);
+        return Play(session, kTold, {"--simulator=./simulator"});
+    }
+};
+
+TEST_F(TellTest, TellsTheSimulatorWhatIsDisplayedAboveIt) {
+    const PlayResult result = Tell("one\n% tell lose it\nlose it\nVantor > q\n", kSimulator);
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+}
+
+TEST_F(TellTest, FailsIfTheSimulatorRefuses) {
+    const PlayResult result =
+        Tell("one\n% tell lose it\n", "#!/bin/sh\necho unknown command; exit 1\n");
+    EXPECT_EQ(
+        result.output,
+        "a.session:2: the simulator was not told \"lose it\": ./simulator ended with status 1\n"
+        "unknown command\na.session: FAILED\n");
+    EXPECT_EQ(result.status, 2);
+}
+
+TEST_F(TellTest, FailsWithoutASimulator) {
+    const PlayResult result =
+        Play("one\n% tell lose it\n", "echo one; read -r answer", {"--simulator=./nowhere"});
+    EXPECT_EQ(result.output,
+              "a.session:2: the simulator was not told \"lose it\": cannot run ./nowhere: No such "
+              "file or directory\na.session: FAILED\n");
+    EXPECT_EQ(result.status, 2);
+}
+
+TEST_F(PlayTest, AwaitsPromptAboveTell) {
+    Write("simulator", "#!/bin/sh\ncp told seen\n");
+    std::filesystem::permissions(directory().File("simulator"), std::filesystem::perms::owner_all);
+    const PlayResult result =
+        Play("one\nVantor >\n% tell x\nVantor > q\n",
+             "echo one; echo before >told; sleep 0.2; echo prompt >told; prompt Vantor ' > '",
+             {"--simulator=./simulator"});
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+    EXPECT_EQ(Read("seen"), "prompt\n");
+}
+
+TEST_F(PlayTest, EndsToolThatIgnoresHangUp) {
+    const PlayResult result = Play("% timeout 50ms\none\n", R"(
+trap '' HUP TERM INT
+sleep 600 & echo $! >sleeper; echo $$ >process
+while :; do wait; done
+)");
+    EXPECT_EQ(result.status, 1);
+    ExpectGone(Read("process"));
+    ExpectGone(Read("sleeper"));
+}
+
+TEST_F(PlayTest, LetsTheToolEndItsSession) {
+    const PlayResult result =
+        Play("% timeout 50ms\none\n", "prompt Vantor ' > ' || echo removed >session");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Read("session"), "removed\n");
+}
+
+TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
+    Write("a.session", "Vantor > q\n");
+    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
+    ConsoleOptions options =
+        Playing(Behind("echo $$ >process; cat pipe; read -r answer", {"a.session"}));
+    options.directory = directory().Path();
+    Console console(options);
+    Write("pipe", "ready\n");  // returns once the tool reads
+    console.Signal(SIGTERM);
+    console.ExpectEndBySignal(SIGTERM);
+    ExpectGone(Read("process"));
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,201 @@
+#include "play/play_fixture.h"
+#include "support/conversation.h"
+
+#include "support/programs.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <iterator>
+#include <sstream>
+
+namespace morvane_test {
+namespace {
+
+/// Records a script in place of the tool, on a person's terminal.
+class RecordTest : public PlayTest {
+  protected:
+    Console& Record(const std::string& script) {
+        ConsoleOptions options = Playing(Behind(script, {"--record", "a.session"}));
+        options.wiring = Wiring::kPersonsTerminal;
+        options.directory = directory().Path();
+        return console_.emplace(options);
+    }
+
+    void Type(std::string_view bytes) { console_->TypeBytes(bytes); }
+    void Await(std::string_view text) { console_->Await(text); }
+
+    /// Awaits the end, and returns the file.
+    std::string Recorded(int status = 0) {
+        console_->ExpectExit(status, Console::Rest::kIgnored);
+        return Read("a.session");
+    }
+    Console& console() { return *console_; }
+
+  private:
+    std::optional<Console> console_;
+};
+
+constexpr char kTwoPrompts[] = R"(
+prompt Vantor ' > '; echo "got $answer"
+prompt 'Vantor/User Id' ' ? '; echo "got $answer"
+)";
+constexpr char kMarker[] = "\x1b[1;31m > \x1b[0m";
+constexpr char kValueMarker[] = "\x1b[1;31m ? \x1b[0m";
+
+TEST_F(RecordTest, WritesWhatIsDisplayedWithAnswersBehindPrompts) {
+    Record(kTwoPrompts);
+    Await(kMarker);
+    Type("g\r");
+    Await(kValueMarker);
+    Type(
+        "Ann\x7f\x7f"
+        "da\r");
+    EXPECT_EQ(Recorded(), "$ morvane\nVantor > g\ngot g\nVantor/User Id ? Ada\ngot Ada\n");
+    EXPECT_EQ(Play(Read("a.session"), kTwoPrompts).output, "a.session: agrees\n");
+}
+
+TEST_F(RecordTest, TypesEachLineAtItsPrompt) {
+    Record(kTwoPrompts);
+    Type("one\r^C \r");
+    EXPECT_EQ(Recorded(), "$ morvane\nVantor > one\ngot one\nVantor/User Id ? \\^C \\\ngot ^C\n");
+}
+
+TEST_F(RecordTest, WritesWildcardsArgumentsAndExitStatus) {
+    Write("morvane", "#!/bin/sh\necho /hci0/dev_02_00_5E_10_00_02; exit 3\n");
+    std::filesystem::permissions(directory().File("morvane"), std::filesystem::perms::owner_all);
+    ConsoleOptions options = Playing({"--record", "a.session", "--", "./morvane", "-bus:second"});
+    options.wiring = Wiring::kPersonsTerminal;
+    options.directory = directory().Path();
+    Console console(options);
+    console.ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_EQ(Read("a.session"), "$ morvane -bus:second\n% exit 3\n/hci0/dev_[..]\n");
+}
+
+TEST_F(RecordTest, WritesHalfTypedAnswerOnce) {
+    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
+    Record(R"(
+printf 'Vantor > '
+read -r message <pipe; notify "$message" Vantor
+read -r answer; echo "got $answer"
+)");
+    Await("Vantor > ");
+    Type("ab");
+    Await("ab");
+    Write("pipe", "Folder: pb\n");
+    Await("Folder: pb\n");
+    Await(kMarker);
+    Type("c\r");
+    EXPECT_EQ(Recorded(), "$ morvane\nFolder: pb\nVantor > abc\ngot abc\n");
+}
+
+TEST_F(RecordTest, PassesControlC) {
+    Record(
+        "trap 'echo interrupted >seen' INT\nprintf 'Vantor > '\n"
+        "until read -r answer; do :; done; echo \"got $answer\"");
+    Await("Vantor > ");
+    Type("\x03");
+    Await("^C");
+    Type("q\r");
+    EXPECT_EQ(Recorded(), "$ morvane\nVantor > ^Cq\ngot q\n");
+    EXPECT_EQ(Read("seen"), "interrupted\n");
+}
+
+TEST_F(RecordTest, WritesEndByControlC) {
+    Record("printf 'Vantor > '; exec cat");
+    Await("Vantor > ");
+    Type("\x03");
+    EXPECT_EQ(Recorded(), "$ morvane\nVantor > ^C\n");
+}
+
+TEST_F(RecordTest, PassesEndOfInput) {
+    Record("prompt Vantor ' > ' || echo over");
+    Await(kMarker);
+    Type("\x04");
+    EXPECT_EQ(Recorded(), "$ morvane\nVantor > ^D\nover\n");
+}
+
+TEST_F(RecordTest, LeavesExistingFileUntouched) {
+    Write("a.session", "mine\n");
+    Record("echo ran >ran");
+    EXPECT_EQ(Recorded(2), "mine\n");
+    EXPECT_FALSE(Exists("ran"));
+}
+
+TEST_F(RecordTest, WritesSessionSoFarWhenASignalEndsIt) {
+    Record("echo one; prompt Vantor ' > '");
+    Await(kMarker);
+    console().Signal(SIGTERM);
+    console().ExpectEndBySignal(SIGTERM);
+    EXPECT_EQ(Read("a.session"), "$ morvane\none\n");
+}
+
+/// A shell with job control in which a session is recorded.
+class RecordInShellTest : public RecordTest {
+  protected:
+    Console& StartShell(const std::string& script) {
+        const std::vector<std::string> words = Behind(script, {"--record", "a.session"});
+        const ConsoleOptions playing = Playing(words);
+        std::string command;
+        for (std::size_t i = 3; i < playing.arguments.size(); ++i)
+            command += " '" + playing.arguments[i] + "'";
+        Write("job", command + "\n");
+        ConsoleOptions options;
+        options.program = "/bin/sh";
+        options.arguments = {"-c",
+                             "stty rows 30 cols 100; stty -a >before; set -m; . ./job; stty -a "
+                             ">after; echo stopped; read -r line; fg >/dev/null; echo over"};
+        options.wiring = Wiring::kPersonsTerminal;
+        options.directory = directory().Path();
+        return console_.emplace(options);
+    }
+
+    std::optional<Console> console_;
+};
+
+TEST_F(RecordInShellTest, StopsAndContinuesAsAJob) {
+    Console& shell = StartShell("stty size; printf 'Vantor > '; read -r answer; echo got $answer");
+    shell.Await("30 100");
+    shell.Await("Vantor > ");
+    shell.TypeBytes("\x1a");
+    shell.Await("^Z");
+    shell.Await("stopped");
+    EXPECT_EQ(Read("after"), Read("before"));
+    shell.TypeBytes("\n");
+    shell.TypeBytes("g\r");
+    shell.Await("got g");
+    shell.Await("over");
+    shell.ExpectExit(0, Console::Rest::kIgnored);
+    EXPECT_EQ(Read("a.session"), "$ morvane\n30 100\nVantor > g\ngot g\n");
+}
+
+/// The tool itself, and the simulated daemon.
+class RecordedConversation : public ConversationTest {};
+
+TEST_F(RecordedConversation, CanBePlayed) {
+    simulator::Options phones;
+    phones.phones = 1;
+    StartDaemon(phones);
+    std::vector<std::string> tool;
+    std::istringstream launcher(Launcher());
+    tool.assign(std::istream_iterator<std::string>(launcher), {});
+    tool.push_back(ToolPath());
+    std::vector<std::string> words = {"--record", "a.session", "--"};
+    words.insert(words.end(), tool.begin(), tool.end());
+    ConsoleOptions options = Playing(words);
+    options.wiring = Wiring::kPersonsTerminal;
+    Console& recorded = Launch(options);
+    for (const char* const answer : {"l", "c", "0", "g", "x", "q"}) {
+        recorded.Await("\x1b[1;31m");
+        recorded.TypeBytes(std::string(answer) + "\r");
+    }
+    recorded.ExpectExit(0, Console::Rest::kIgnored);
+
+    words[0] = "--tap";
+    Console& played = Launch(Playing(words));
+    played.Expect("TAP version 13\n1..1\nok 1 - a.session\n");
+    played.ExpectExit(0);
+}
+
+}  // namespace
+}  // namespace morvane_test

@@ -1,0 +1,268 @@
+// What is played, and what is reported, for pairs of a file and a program.
+
+#include "play/play_fixture.h"
+
+#include <ostream>
+
+namespace morvane_test {
+namespace {
+
+struct Session {
+    const char* name;
+    const char* session;
+    const char* script;
+    const char* report = "";  ///< before the last line
+};
+
+std::ostream& operator<<(std::ostream& out, const Session& session) {
+    return out << session.name;
+}
+
+std::string NameOf(const testing::TestParamInfo<Session>& info) {
+    return info.param.name;
+}
+
+class AgreeingSession : public PlayTest, public testing::WithParamInterface<Session> {};
+
+TEST_P(AgreeingSession, Agrees) {
+    const PlayResult result = Play(GetParam().session, GetParam().script);
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+    EXPECT_EQ(result.status, 0);
+}
+
+constexpr Session kAgreeing[] = {
+    {"AnswersAtPrompts", R"($ morvane
+Vantor > g
+Phonebook Size 25
+Vantor/Search Value ? Ann Doe
+found Ann Doe
+)",
+     R"(
+prompt Vantor ' > '; [ "$answer" = g ] && echo 'Phonebook Size 25'
+prompt Vantor/Search\ Value ' ? '; echo "found $answer"
+)"},
+    {"CommandHasArguments", "$ morvane -bus:second x\n-bus:second x\n", "echo \"$*\""},
+    {"ExpectedExitStatus", "% exit 3\nover\n", "echo over; exit 3"},
+    {"CommentsAreIgnored", "# a comment\nfirst\n# another\nsecond\n", "echo first; echo second"},
+    {"WildcardsInLine", "Size [..]\n[..]: [..] of [..].vcf[..]\n",
+     "echo Size 25; echo Name: 1 of 2 of 3.vcf"},
+    {"WildcardMatchesNothing", "Size[..]\n", "echo Size"},
+    {"EscapedWildcard", "a \\[..] b\n\\\\\\[..]\n", R"(printf '%s\n' 'a [..] b' '\[..]')"},
+    {"AnyLines", "...\nlast\n...\nVantor > q\n...\n",
+     "seq 100; echo last; echo more; prompt Vantor ' > '"},
+    {"AnyOrder", "% any order\none\n[..]e\ntwo\n% end\nfour\n",
+     "echo two; echo three; echo one; echo four"},
+    {"AnyOrderFindsTheOnlyAssignment", "% any order\n[..]\n[..]e\none\n% end\n",
+     "echo one; echo three; echo two"},
+    {"LinesLikeDirectivesAreEscaped", "\\# one\n\\% two\n\\$ three\n\\...\n\\\\ four\nfive \\\n",
+     R"(printf '%s\n' '# one' '% two' '$ three' ... '\ four' 'five \')"},
+    {"TrailingBlanksDoNotCount", "one\ntwo  \n", "echo 'one  '; echo two"},
+    {"ColoursAreLeftOut", "a red word\n", R"(printf 'a \033[1;31mred\033[0m word\n')"},
+    {"OverwrittenTextIsLeftOut", "done\nxbc\n", R"(printf '10%%\r\033[Kdone\nabc\rx\n')"},
+    {"WindowsLineEnds", "one\r\nVantor > q\r\n", "echo one; prompt Vantor ' > '"},
+    {"EmptyAnswer", "Vantor/User Id ? \\\ngot []\n",
+     "prompt 'Vantor/User Id' ' ? '; echo \"got [$answer]\""},
+    {"AnswerWithBackslashAndBlanks", "Vantor > \\ \\\\a \\\ngot [ \\a ]\n",
+     R"(printf 'Vantor > '; IFS= read -r answer; printf '%s\n' "got [$answer]")"},
+    {"EndOfInput", "Vantor > ^D\nbye\n", "prompt Vantor ' > ' || echo bye"},
+    {"ControlC", "Vantor > ^Cq\nbye q\n",
+     "trap : INT; printf 'Vantor > '; until read -r answer; do :; done; echo \"bye $answer\""},
+    {"LiteralCaret", "Vantor > \\^C\ngot ^C\n", "prompt Vantor ' > '; echo \"got $answer\""},
+    {"NotificationAboveItsPrompt", "one\nFolder: pb\nVantor > q\n",
+     "echo one; notify 'Folder: pb' Vantor >later; printf 'Vantor > '; cat later; read -r answer"},
+    {"RedrawnPrompts", "Vantor >\nFolder: pb\nVantor > q\n", R"(
+printf 'Vantor > '
+notify 'Folder: pb' Vantor
+read -r answer
+)"},
+    {"RedrawnPromptOfValue", "Folder: pb\nVantor/User Id ? q\n", R"(
+printf 'Vantor/User Id ? '
+notify 'Folder: pb' 'Vantor/User Id'
+read -r answer
+)"},
+    {"PromptDrawnTooEarly", "Vantor > g\nPhonebook Size 25\n", R"(
+prompt Vantor ' > '
+printf 'Vantor > Phonebook Size 25\n'
+)"},
+    {"PromptBehindText", "no line end\nVantor > q\n", "printf 'no line end'; prompt Vantor ' > '"},
+    {"LongSession", "...\n5000\nVantor > q\n", "seq 5000; prompt Vantor ' > '"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Play, AgreeingSession, testing::ValuesIn(kAgreeing), NameOf);
+
+class DifferingSession : public PlayTest, public testing::WithParamInterface<Session> {};
+
+TEST_P(DifferingSession, IsReported) {
+    const PlayResult result = Play(GetParam().session, GetParam().script);
+    EXPECT_EQ(result.output, std::string(GetParam().report) + "a.session: FAILED\n");
+    EXPECT_EQ(result.status, 1);
+}
+
+// A time-out is short only where what is awaited never comes.
+constexpr Session kDiffering[] = {
+    {"OtherLine", R"(# Sizes.
+% needs a phone
+Vantor > g
+Name of [..]
+Phonebook Size 25
+Vantor > q
+)",
+     "prompt Vantor ' > '; echo Name of x; echo Phonebook Size 26; prompt Vantor ' > '",
+     R"(a.session:5:17: the output differs
+needed: a phone
+--- a.session
++++ displayed
+@@ -2,5 +2,5 @@
+ % needs a phone
+ Vantor > g
+ Name of [..]
+-Phonebook Size 25
++Phonebook Size 26
+ Vantor > q
+)"},
+    {"MoreLines", "one\nVantor > q\n", "echo one; echo two; prompt Vantor ' > '",
+     R"(a.session:2: the output differs
+--- a.session
++++ displayed
+@@ -1,2 +1,3 @@
+ one
++two
+ Vantor > q
+)"},
+    {"MissingLine", "one\n% await 50ms\ntwo\nVantor > q\n", "echo one; prompt Vantor ' > '",
+     R"(a.session:3: "two" did not come within 50 ms; displayed last: "one"
+--- a.session
++++ displayed
+@@ -1,4 +1,3 @@
+ one
+ % await 50ms
+-two
+ Vantor > q
+)"},
+    {"MissingLineInAnyOrder", "% any order\none\ntwo\n% end\n", "echo one; echo three",
+     R"(a.session:3:2: the output differs
+--- a.session
++++ displayed
+@@ -1,4 +1,4 @@
+ % any order
+ one
+-two
++three
+ % end
+)"},
+    {"OtherPrompt", "one\n% await 50ms\nVantor/User Id ? q\n", "echo one; prompt Vantor ' > '",
+     R"(a.session:3: the prompt "Vantor/User Id ?" did not come within 50 ms; displayed is the prompt "Vantor >"
+--- a.session
++++ displayed
+@@ -1,3 +1,3 @@
+ one
+ % await 50ms
+-Vantor/User Id ? q
++Vantor > q
+)"},
+    {"NoPrompt", "one\n% await 50ms\nVantor > q\n", "echo one; read -r answer",
+     R"(a.session:3: the prompt "Vantor >" did not come within 50 ms; displayed last: "one"
+--- a.session
++++ displayed
+@@ -1,3 +1,2 @@
+ one
+ % await 50ms
+-Vantor > q
+)"},
+    {"NothingDisplayed", "% timeout 50ms\none\n", "read -r answer",
+     R"(a.session:2: "one" did not come within 50 ms; nothing was displayed
+--- a.session
++++ displayed
+@@ -1,2 +1,1 @@
+ % timeout 50ms
+-one
+)"},
+    {"OneMorePrompt", "one\n% await 50ms\n", "echo one; prompt Vantor ' > '",
+     R"(a.session:2: the end did not come within 50 ms; displayed is the prompt "Vantor >"
+--- a.session
++++ displayed
+@@ -1,2 +1,3 @@
+ one
+ % await 50ms
++Vantor > 
+)"},
+    {"EarlyEnd", "one\nVantor > q\n", "echo one; exit 3",
+     R"(a.session:2: /bin/sh ended with status 3, awaited was the prompt "Vantor >"
+--- a.session
++++ displayed
+@@ -1,2 +1,1 @@
+ one
+-Vantor > q
+)"},
+    {"EndBySignal", "one\ntwo\n", "echo one; kill -KILL $$",
+     R"(a.session:2: /bin/sh was ended by signal 9 (Killed), awaited was "two"
+--- a.session
++++ displayed
+@@ -1,2 +1,1 @@
+ one
+-two
+)"},
+    {"OtherExitStatus", "one\n", "echo one; exit 3",
+     "a.session: /bin/sh ended with status 3, expected was 0\n"},
+    {"OutputWithoutEnd", "...\nVantor > q\n", "exec yes",
+     "a.session:2: /bin/sh prints without end\n"},
+    {"LineWithoutEnd", "...\nVantor > q\n", "exec tr '\\0' x </dev/zero",
+     "a.session:2: /bin/sh prints without end\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Play, DifferingSession, testing::ValuesIn(kDiffering), NameOf);
+
+struct Malformed {
+    const char* session;
+    const char* reason;
+};
+
+constexpr Malformed kMalformed[] = {
+    {"", "a.session:1: no output and no answer"},
+    {"# nothing\n$ morvane\n", "a.session:1: no output and no answer"},
+    {"% frobnicate\n", "a.session:1: unknown directive \"frobnicate\""},
+    {"%\n", "a.session:1: unknown directive \"\""},
+    {"one\n% needs a phone\n", "a.session:2: \"% needs\" belongs to the head, before all output"},
+    {"% needs\n", "a.session:1: \"% needs\" without a text"},
+    {"% timeout soon\n", "a.session:1: \"soon\" is no time such as 10s, 500ms or 2min"},
+    {"% timeout 0\n", "a.session:1: \"0\" is no time such as 10s, 500ms or 2min"},
+    {"% timeout 86401\n", "a.session:1: \"86401\" is no time such as 10s, 500ms or 2min"},
+    {"one\n% await\n", "a.session:2: \"\" is no time such as 10s, 500ms or 2min"},
+    {"% exit 256\none\n", "a.session:1: \"256\" is no exit status"},
+    {"$ rm -r /\n",
+     "a.session:1: the command must be \"morvane\"; name another program behind \"--\""},
+    {"$ morvane\n$ morvane\n", "a.session:2: a second command"},
+    {"% tell\n", "a.session:1: \"% tell\" without a command"},
+    {"% any\n", "a.session:1: unknown directive \"any\""},
+    {"one\n% any order\none\n", "a.session:2: \"% any order\" without \"% end\""},
+    {"% any order\n% end\n", "a.session:2: \"% any order\" without lines"},
+    {"% any order\n% any order\n", "a.session:2: \"% any order\" inside \"% any order\""},
+    {"% any order\none\n% tell x\n", "a.session:3: \"% tell\" inside \"% any order\""},
+    {"% any order\nVantor > q\n", "a.session:2: a prompt inside \"% any order\""},
+    {"% any order\n...\n", "a.session:2: \"...\" inside \"% any order\""},
+    {"% end\n", "a.session:1: \"% end\" without \"% any order\""},
+    {"Vantor > ^U\n", "a.session:1: the key ^U cannot be typed; a caret is written \\^"},
+    {"Vantor > x^D\n", "a.session:1: ^D must be the whole answer"},
+    {"\x1b[1mbold\n", "a.session:1: a control character"},
+};
+
+class MalformedSession : public PlayTest, public testing::WithParamInterface<Malformed> {};
+
+TEST_P(MalformedSession, IsRefusedBeforeAnythingIsRun) {
+    Write("good.session", "one\n");
+    const PlayResult result = Play(GetParam().session, "echo one >ran", {"good.session"});
+    EXPECT_EQ(result.output, "morvane-play: " + std::string(GetParam().reason) + "\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_FALSE(Exists("ran"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Play, MalformedSession, testing::ValuesIn(kMalformed));
+
+TEST_F(PlayTest, RefusesTooLongAnswer) {
+    const PlayResult result = Play("Vantor > " + std::string(4001, 'x') + "\n", "");
+    EXPECT_EQ(result.output,
+              "morvane-play: a.session:1: the answer is longer than a terminal takes\n");
+}
+
+}  // namespace
+}  // namespace morvane_test

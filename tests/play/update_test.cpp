@@ -1,0 +1,66 @@
+#include "play/play_fixture.h"
+
+#include <ostream>
+
+namespace morvane_test {
+namespace {
+
+struct Update {
+    const char* name;
+    const char* before;
+    const char* script;
+    const char* after;
+};
+
+std::ostream& operator<<(std::ostream& out, const Update& update) {
+    return out << update.name;
+}
+
+class UpdateTest : public PlayTest, public testing::WithParamInterface<Update> {};
+
+TEST_P(UpdateTest, WritesWhatCame) {
+    const PlayResult result = Play(GetParam().before, GetParam().script, {"--update"});
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(Read("a.session"), GetParam().after);
+    EXPECT_EQ(Play(Read("a.session"), GetParam().script).status, 0);
+}
+
+constexpr Update kUpdates[] = {
+    {"KeepsWildcardsAndComments", "# Sizes.\n$ morvane -x\n[..]e\ntwo\n# here\n...\nVantor > q\n",
+     "echo one; echo three; echo more; prompt Vantor ' > '; echo bye",
+     "# Sizes.\n$ morvane -x\n[..]e\n# here\n...\nVantor > q\nbye\n"},
+    {"ReplacesLines", "one\ntwo\nthree\nfour\n", "echo one; echo 2; echo 3; echo four",
+     "one\n2\n3\nfour\n"},
+    {"WritesLinesWithEscapes", "Vantor > q\n", "prompt Vantor ' > '; echo '# [..]'; echo ...",
+     "Vantor > q\n\\# \\[..]\n\\...\n"},
+    {"WritesWildcardsForWhatVaries", "one\n",
+     "echo Address: 02:00:5E:10:00:02; echo Found /hci0/dev_02_00_5E_10_00_02",
+     "Address: [..]\nFound /hci0/dev_[..]\n"},
+    {"ReplacesPrompt", "% timeout 50ms\nVantor/Old > q\nbye\n", "prompt Vantor/New ' > '; echo bye",
+     "% timeout 50ms\nVantor/New > q\nbye\n"},
+    {"KeepsGroupInAnyOrder", "% any order\n[..]e\ntwo\n% end\nlast\n",
+     "echo two; echo one; echo other", "% any order\n[..]e\ntwo\n% end\nother\n"},
+    {"ReplacesInGroup", "% any order\none\ntwo\n% end\nlast\n", "echo three; echo one; echo last",
+     "% any order\none\nthree\n% end\nlast\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Play, UpdateTest, testing::ValuesIn(kUpdates),
+                         [](const auto& update) { return std::string(update.param.name); });
+
+TEST_F(PlayTest, DoesNotUpdateFileThatCannotBePlayedToItsEnd) {
+    constexpr char kBefore[] = "one\nVantor > x\nVantor > q\n";
+    const PlayResult result = Play(kBefore, "echo two; prompt Vantor ' > '", {"--update"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Read("a.session"), kBefore);
+}
+
+TEST_F(PlayTest, UpdateLeavesAgreeingFileUntouched) {
+    Write("a.session.new", "in the way of a new file");
+    EXPECT_EQ(Play("one\n", "echo one", {"--update"}).status, 0);
+    EXPECT_EQ(Play("two\n", "echo one", {"--update"}).status, 2);
+    EXPECT_EQ(Read("a.session"), "two\n");
+}
+
+}  // namespace
+}  // namespace morvane_test
