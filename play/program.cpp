@@ -84,6 +84,10 @@ int Remaining(Clock::time_point deadline) {
 Program::Program(const std::vector<std::string>& command, const TerminalSettings& settings,
                  Signals& signals)
     : signals_(signals) {
+    Start(command, settings);
+}
+
+void Program::Start(const std::vector<std::string>& command, const TerminalSettings& settings) {
     const Arguments arguments(command);
     Pipe report;
     int ours = -1;

@@ -67,6 +67,7 @@ class Program {
     [[nodiscard]] std::string Describe() const;
 
   private:
+    void Start(const std::vector<std::string>& command, const TerminalSettings& settings);
     bool HasEnded();
     bool ReadOutput(std::string& output);
     bool AwaitEnd(Duration limit);

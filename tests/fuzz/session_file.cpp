@@ -1,0 +1,76 @@
+#include "play/session_file.h"
+
+#include "fuzz/fuzz.h"
+#include "play/answer.h"
+#include "play/display.h"
+#include "play/edits.h"
+#include "play/matcher.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace morvane_fuzz {
+namespace {
+
+std::optional<play::SessionFile> Parse(const std::string& text) {
+    try {
+        return play::ParseSession("a", text);
+    } catch (const std::runtime_error& error) {
+        Require(std::string(error.what()).compare(0, 2, "a:") == 0, "an error names its place",
+                error.what());
+        return std::nullopt;
+    }
+}
+
+std::vector<std::string> Lines(const std::string& bytes) {
+    play::Display display;
+    display.Feed(bytes);
+    display.End();
+    std::vector<std::string> lines;
+    for (const play::DisplayedLine& line : display.TakeLines()) lines.push_back(line.text);
+    return lines;
+}
+
+bool Matches(const play::Step& step, const std::vector<std::string>& lines) {
+    play::Matcher matcher(step.output);
+    for (const std::string& line : lines) matcher.Add(line);
+    return matcher.IsComplete();
+}
+
+void CheckLine(const std::string& line) {
+    for (const std::string& written : {play::WriteLiteral(line), play::WriteGeneral(line)})
+        Require(play::Pattern(written).Matches(line), "a written line matches", written);
+    if (line.find('\x04') == std::string::npos && line.size() < 4000)
+        RequireEqual(play::ParseAnswer(play::WriteAnswer(line)).keys, line + "\n",
+                     "a written answer is typed");
+}
+
+// What came is in the updated file, whose first step it matches then.
+void CheckUpdate(const play::SessionFile& file, const std::vector<std::string>& lines) {
+    play::Edits edits(file.lines);
+    play::Align(file.steps.front(), lines, edits);
+    if (Matches(file.steps.front(), lines)) Require(edits.IsEmpty(), "a match needs no edits");
+    std::string text;
+    for (const std::string& line : edits.Result()) text += line + "\n";
+    const std::optional<play::SessionFile> updated = Parse(text);
+    // A group that matches nothing, and a file without output, are left to the person.
+    if (updated) Require(Matches(updated->steps.front(), lines), "an updated file agrees", text);
+}
+
+}  // namespace
+
+/// A session file, and behind a zero byte what is displayed.
+void Check(Input input) {
+    const std::string bytes = input.Rest();
+    const std::size_t zero = std::min(bytes.find('\0'), bytes.size());
+    const std::vector<std::string> lines = Lines(bytes.substr(std::min(zero + 1, bytes.size())));
+    for (const std::string& line : lines) CheckLine(line);
+    const std::optional<play::SessionFile> file = Parse(bytes.substr(0, zero));
+    if (!file) return;
+    Require(file->steps.back().action == play::Step::Action::kEnd, "the last step is the end");
+    CheckUpdate(*file, lines);
+}
+
+}  // namespace morvane_fuzz
