@@ -1,6 +1,7 @@
 #include "play/display.h"
 
 #include "play/prompt.h"
+#include "play/text.h"
 
 #include <algorithm>
 #include <utility>
@@ -42,7 +43,7 @@ void Display::FeedText(char byte) {
         column_ = 0;
     } else if (byte == '\b') {
         MoveLeft();
-    } else if (byte == '\t' || byte < '\0' || (byte >= ' ' && byte != '\x7f')) {
+    } else if (!IsControl(byte)) {
         Put(byte);
     }
 }

@@ -95,8 +95,9 @@ void Program::Start(const std::vector<std::string>& command, const TerminalSetti
     Checked(openpty(&ours, &programs, nullptr, settings.modes, &settings.size), "openpty");
     terminal_ = Descriptor(ours);
     Descriptor programs_end(programs);
-    // What the program leaves behind becomes a child of this process, and can be awaited.
-    Checked(prctl(PR_SET_CHILD_SUBREAPER, 1), "prctl");
+    // What the program leaves behind becomes a child of this process, and can be awaited. Emulators
+    // may not know that.
+    std::ignore = prctl(PR_SET_CHILD_SUBREAPER, 1);
     Checked(fcntl(ours, F_SETFD, FD_CLOEXEC), "fcntl");
     Checked(fcntl(ours, F_SETFL, O_RDWR | O_NONBLOCK), "fcntl");
     id_ = Checked(fork(), "fork");

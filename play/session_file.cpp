@@ -35,11 +35,9 @@ std::optional<int> ParseNumber(std::string_view text) {
     return std::stoi(std::string(text));
 }
 
-// A terminal's colours and cursor movements; a tab is ordinary text.
+// Such as those of a terminal's colours.
 bool HasControlCharacter(std::string_view line) {
-    return std::any_of(line.begin(), line.end(), [](char byte) {
-        return (byte >= '\0' && byte < ' ' && byte != '\t') || byte == '\x7f';
-    });
+    return std::any_of(line.begin(), line.end(), IsControl);
 }
 
 class Parser {
