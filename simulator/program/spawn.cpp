@@ -11,12 +11,13 @@ morvane::TextArrayPtr ToTextArray(const std::vector<std::string>& words) {
 }
 
 pid_t Start(const Spawn& spawn, morvane::ErrorPtr& error) {
-    constexpr auto kFlags = G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD;
+    constexpr auto kSpawnFlags = G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD;
     const morvane::TextArrayPtr words = ToTextArray(spawn.words);
     GPid process = 0;
     const gboolean started = g_spawn_async_with_fds(
-        nullptr, words.get(), spawn.environment, static_cast<GSpawnFlags>(kFlags | spawn.flags),
-        spawn.prepare, spawn.data, &process, -1, spawn.output, spawn.errors, morvane::Out(error));
+        nullptr, words.get(), spawn.environment,
+        static_cast<GSpawnFlags>(kSpawnFlags | spawn.flags), spawn.prepare, spawn.data, &process,
+        -1, spawn.output, spawn.errors, morvane::Out(error));
     return started != FALSE ? process : 0;
 }
 
