@@ -23,7 +23,7 @@ class Listeners {
         const std::shared_ptr<State> state = state_;
         const morvane::Hold hold(state->mutex);
         const auto entry = state->handlers.insert(state->handlers.end(), std::move(handler));
-        return {nullptr, [state, entry](void*) {
+        return {state.get(), [state, entry](void*) {
                     const morvane::Hold removal(state->mutex);
                     state->handlers.erase(entry);
                 }};

@@ -106,6 +106,9 @@ std::vector<PhoneInfo> Devices::Describe(const Condition& condition) const {
 
 Devices::Device& Devices::AddScripted(const std::string& path, const std::string& address,
                                       const std::string& alias) {
+    if (path == "/") {
+        throw std::invalid_argument("Not a path for a device: /");
+    }
     if (world_.tree.Has(path)) {
         throw std::runtime_error("The path is in use: " + path);
     }

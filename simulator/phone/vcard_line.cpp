@@ -97,10 +97,13 @@ ContentLine ParseHead(const std::string& head, std::size_t number) {
     return line;
 }
 
-/// Whether the text is quoted-printable with a soft line break at its end.
-bool HasSoftBreak(const std::string& text, std::size_t number) {
-    return !text.empty() && text.back() == '=' &&
-           ParseHead(HeadOf(text), number).encoding == Encoding::kQuotedPrintable;
+/// Whether the value is quoted-printable; unknown until the head is complete.
+std::optional<bool> IsQuotedPrintable(const std::string& text, std::size_t number) {
+    const std::string head = HeadOf(text);
+    if (head.size() == text.size()) {
+        return std::nullopt;
+    }
+    return ParseHead(head, number).encoding == Encoding::kQuotedPrintable;
 }
 
 /// A folded line goes on in one that begins with a blank, which belongs to the text in vCard 2.1
@@ -108,8 +111,12 @@ bool HasSoftBreak(const std::string& text, std::size_t number) {
 std::string TakeUnfolded(LineReader& lines, VcardFormat version) {
     const std::size_t number = lines.Number();
     std::string text = lines.Take();
+    std::optional<bool> is_quoted_printable;
     while (!lines.AtEnd()) {
-        if (HasSoftBreak(text, number)) {
+        if (!is_quoted_printable) {
+            is_quoted_printable = IsQuotedPrintable(text, number);
+        }
+        if (is_quoted_printable.value_or(false) && text.back() == '=') {
             text.pop_back();
             text += lines.Take();
         } else if (BeginsWithBlank(lines.Next())) {

@@ -4,6 +4,7 @@
 #include "simulator/program/known_names.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iomanip>
 #include <limits>
 #include <optional>
@@ -203,6 +204,18 @@ Word Number(const Situation& /*situation*/, const std::string& word) {
     return Same(std::to_string(NumberUpTo(std::numeric_limits<Integer>::max(), word)));
 }
 
+/// More would keep the program from its commands and signals for minutes.
+constexpr std::uint64_t kMostInAFlood = 1000000;
+
+Word Count(const Situation& /*situation*/, const std::string& word) {
+    return Same(std::to_string(NumberUpTo(kMostInAFlood, word)));
+}
+
+/// Absolute, for the answer: the command may come from a process in another directory.
+Word File(const Situation& /*situation*/, const std::string& word) {
+    return Same(std::filesystem::absolute(word).string());
+}
+
 Word OnOrOff(const Situation& /*situation*/, const std::string& word) {
     if (word != "on" && word != "off") {
         throw Invalid("Neither on nor off: " + word);
@@ -224,13 +237,13 @@ constexpr Kind kKinds[] = {
     {"TUPLE", Tuple, true},
     {"STATE", Number<std::uint8_t>},
     {"BYTES", Number<std::uint64_t>},
-    {"COUNT", Number<std::size_t>},
+    {"COUNT", Count},
     {"on|off", OnOrOff},
     {"PATH", NewPath},
     {"COMMAND", Plain},
     {"ADDRESS", Plain},
     {"NUMBER", Plain},
-    {"FILE", Plain},
+    {"FILE", File},
     {"ALIAS", Plain},
     {"NAME", Plain},
     {"MESSAGE", Plain, true},

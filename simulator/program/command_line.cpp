@@ -233,6 +233,13 @@ void Assign(std::string& to, const TextPtr& from) {
     }
 }
 
+void AssignNonEmpty(const std::string& option, std::string& to, const TextPtr& from) {
+    Assign(to, from);
+    if (from && to.empty()) {
+        throw std::runtime_error(option + " needs a value");
+    }
+}
+
 void Assign(std::vector<std::string>& to, const TextArrayPtr& from) {
     for (gchar** text = from.get(); text != nullptr && *text != nullptr; ++text) {
         to.emplace_back(*text);
@@ -254,7 +261,7 @@ Options ToOptions(const Arguments& arguments) {
     options.size_in_reply = arguments.late_size == FALSE;
     options.announce = arguments.silent == FALSE;
     Assign(options.instance, arguments.instance);
-    Assign(options.directory, arguments.directory);
+    AssignNonEmpty("--directory", options.directory, arguments.directory);
     Assign(options.user_id, arguments.user_id);
     Assign(options.password, arguments.password);
     return options;
@@ -286,7 +293,7 @@ void CheckCombination(const CommandLine& line, const std::vector<std::string>& a
     Require(line.phone_book.empty() || line.options.phones > 0, "--phone-book: there is no phone");
     const std::regex allowed("--(tell|list|simulator|instance)(=[^]*)?|[^-][^]*");
     for (std::size_t i = 1; i < arguments.size() && !serves; ++i) {
-        Require(std::regex_match(arguments[i], allowed),
+        Require(arguments[i].empty() || std::regex_match(arguments[i], allowed),
                 arguments[i] + " cannot be combined with --tell or --list");
     }
 }
@@ -309,10 +316,10 @@ CommandLine ParseCommandLine(const std::vector<std::string>& words) {
     line.options = ToOptions(parsed);
     line.show_version = parsed.version != FALSE;
     CheckDirectory(line.options.directory);
-    Assign(line.phone_book, parsed.phone_book);
+    AssignNonEmpty("--phone-book", line.phone_book, parsed.phone_book);
     Assign(line.commands, parsed.commands);
     Assign(line.told, parsed.told);
-    Assign(line.simulator, parsed.simulator);
+    AssignNonEmpty("--simulator", line.simulator, parsed.simulator);
     line.list = parsed.list != FALSE;
     CheckCombination(line, arguments);
     return line;

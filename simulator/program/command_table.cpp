@@ -6,6 +6,7 @@
 #include "simulator/program/listings.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <utility>
 
@@ -20,8 +21,9 @@ constexpr char kEndsSession[] = "at once; an open session ends at the next answe
 constexpr char kAtNextCall[] = "when it is next called";
 constexpr char kAtNextPull[] = "with the next pull";
 constexpr char kWhenFound[] =
-    "when the object is next found: a phone after remove and return, a session with the next one, "
-    "a transfer with the next pull";
+    "when the object is next found: a phone after remove and return; with *, also a session with "
+    "the "
+    "next one, and a transfer with the next pull";
 
 template <auto Member, typename... Arguments>
 bool Invoke(Daemon& daemon, const Arguments&... arguments) {
@@ -78,12 +80,17 @@ Outcome AddContact(Commands& commands, const Words& words) {
 /// Only regular files: reading a FIFO would block.
 Outcome SetContentFromFile(Commands& commands, const Words& words) {
     const std::string& file = words[0].value;
-    std::error_code ignored;
     gchar* content = nullptr;
     gsize length = 0;
-    if (!std::filesystem::is_regular_file(file, ignored) ||
-        g_file_get_contents(file.c_str(), &content, &length, nullptr) == FALSE) {
-        throw CommandError(CommandErrorKind::kOtherFailure, "Cannot read a file " + file);
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) {
+        throw CommandError(
+            CommandErrorKind::kOtherFailure,
+            "Cannot read " + file + ": " + (error ? error.message() : "not a regular file"));
+    }
+    if (g_file_get_contents(file.c_str(), &content, &length, nullptr) == FALSE) {
+        throw CommandError(CommandErrorKind::kOtherFailure,
+                           "Cannot read " + file + ": " + g_strerror(errno));
     }
     const TextPtr owned(content);
     commands.daemon().SetPullContent({content, length});

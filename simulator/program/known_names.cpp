@@ -9,6 +9,7 @@
 #include <obex-transfer1.h>
 
 #include <algorithm>
+#include <memory>
 #include <numeric>
 
 namespace simulator {
@@ -28,13 +29,17 @@ constexpr char kStandardInterfaces[] = R"(<node>
   </interface>
 </node>)";
 
+struct NodeRelease {
+    void operator()(GDBusNodeInfo* node) const noexcept { g_dbus_node_info_unref(node); }
+};
+
 std::vector<GDBusInterfaceInfo*> DescribeInterfaces() {
     std::vector<GDBusInterfaceInfo*> interfaces = {
         device1_interface_info(), obex_client1_interface_info(),
         obex_phonebook_access1_interface_info(), obex_session1_interface_info(),
         obex_transfer1_interface_info()};
-    // Referred to until the program ends, as the generated ones are.
-    const GDBusNodeInfo* standard = g_dbus_node_info_new_for_xml(kStandardInterfaces, nullptr);
+    static const std::unique_ptr<GDBusNodeInfo, NodeRelease> standard(
+        g_dbus_node_info_new_for_xml(kStandardInterfaces, nullptr));
     for (GDBusInterfaceInfo** interface = standard->interfaces; *interface != nullptr;
          ++interface) {
         interfaces.push_back(*interface);

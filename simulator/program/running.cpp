@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <tuple>
@@ -140,6 +142,12 @@ std::vector<Running> FindRunning() {
         return std::tie(a.since, a.process) < std::tie(b.since, b.process);
     });
     return all;
+}
+
+bool IsStopped(const Running& running) {
+    std::ifstream file("/proc/" + running.process + "/stat");
+    const std::string stat(std::istreambuf_iterator<char>(file), {});
+    return stat.find(") T") != std::string::npos;
 }
 
 std::string Describe(const Running& running) {

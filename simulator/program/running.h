@@ -20,6 +20,9 @@ struct Running {
 /// has left behind are removed. Throws `std::runtime_error` if the directory is not to be trusted.
 std::vector<Running> FindRunning();
 
+/// Whether its process is stopped, as by Ctrl-Z.
+bool IsStopped(const Running& running);
+
 /// One line for a person.
 std::string Describe(const Running& running);
 

@@ -76,6 +76,10 @@ std::string Tell(GDBusConnection* connection, const std::string& name, const std
 
 void TellRunning(const CommandLine& line) {
     const Running simulator = Choose(line);
+    if (IsStopped(simulator)) {
+        throw std::runtime_error("The simulator " + simulator.process +
+                                 " is stopped, and cannot answer until it continues");
+    }
     const auto connection = Connect(simulator.bus_address);
     for (const std::string& command : line.told) {
         std::fputs(Tell(connection.get(), simulator.control_name, command).c_str(), stdout);

@@ -23,13 +23,12 @@ class SimulatorProgram : public ConversationTest {
         Launch(options).Expect("Serving com.veltrisonix\n");
     }
     void TearDown() override {
-        Control("Execute", {"quit"});
+        Execute("quit", "The daemon ends: shown at once; an open session ends at the next answer");
         ConversationTest::TearDown();
     }
 
-    void Control(const std::string& method, const std::vector<std::string>& arguments) {
-        const std::string answer = method == "Execute" ? "('',)\n" : "()\n";
-        EXPECT_EQ(CallControl(bus().Address(), method, arguments), answer) << method;
+    void Execute(const std::string& command, const std::string& answer) {
+        EXPECT_EQ(CallControl(bus().Address(), "Execute", {command}), "('" + answer + "\\n',)\n");
     }
 };
 
@@ -37,12 +36,15 @@ TEST_F(SimulatorProgram, IsControlledWhileTheToolRuns) {
     Launch();
     const std::string found = std::string("Found Device ") + kAster + "\n";
     AwaitAll({"Found Client " + kClient + "\n", found, Prompt()});
-    Control("Execute", {"remove 02:00:5E:10:00:01"});
+    Execute("remove 02:00:5E:10:00:01",
+            "Aster is out of reach: shown at once; an open session ends at the next answer");
     Expect(Notice("", std::string("Removed ") + kAster + "\n", kRedSequence));
-    Control("Execute", {"return 02:00:5E:10:00:01"});
+    Execute("return Aster", "Aster is back in reach");
     Expect(Notice("", found));
 
-    Control("Refuse", {"Select", "com.veltrisonix.Error.Failed", "enough", "1"});
+    EXPECT_EQ(CallControl(bus().Address(), "Refuse",
+                          {"Select", "com.veltrisonix.Error.Failed", "enough", "1"}),
+              "()\n");
     for (const char* const key : {"c", "0", "s", "0", "0"}) Type(key);
     Await(kRefused + kPhonebookPrompt);
     for (const char* const key : {"s", "0", "0"}) Type(key);

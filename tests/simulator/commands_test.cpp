@@ -184,8 +184,12 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
          "No object * (try sessions, transfers or phones)"},
         {"add /com/veltrisonix/hci0/dev_02_00_5E_10_00_01 00 A", Kind::kOtherFailure,
          "The path is in use: /com/veltrisonix/hci0/dev_02_00_5E_10_00_01"},
-        {"content-file /", Kind::kOtherFailure, "Cannot read a file /"},
-        {"content-file /nowhere", Kind::kOtherFailure, "Cannot read a file /nowhere"},
+        {"content-file /", Kind::kOtherFailure, "Cannot read /: not a regular file"},
+        {"content-file /nowhere", Kind::kOtherFailure,
+         "Cannot read /nowhere: No such file or directory"},
+        {"add / 00 Root", Kind::kBadArguments, "Not a path for a device: /"},
+        {"flood Aster Device1 Alias 1000001 'x'", Kind::kBadArguments,
+         "Not a number from 0 to 1000000: 1000001"},
     };
     for (const auto& [line, kind, complaint] : complaints) ExpectComplaint(line, kind, complaint);
     EXPECT_EQ(FailureOf([&] { Execute("reply GetSize (("); }).find("Not a value: (( ("), 0U);
@@ -273,7 +277,9 @@ TEST_F(SimulatorCommands, SayWhatChangedAndWhenItIsShown) {
         {"start transfer", "transfer0 is active already\n"},
         {"override * Device1 Alias uint32 7",
          "Alias of all objects reads as uint32 7: shown when the object is next found: a phone "
-         "after remove and return, a session with the next one, a transfer with the next pull\n"},
+         "after remove and return; with *, also a session with the next one, and a transfer with "
+         "the "
+         "next pull\n"},
         {"notify session Session1 Root '/x'", "Root of session0 is announced as '/x'\n"},
         {"state session 3", "The connection state of session0 is 3: shown at the next answer\n"},
         {"quit", "The daemon ends: shown at once; an open session ends at the next answer\n"},
@@ -419,7 +425,9 @@ TEST_F(SimulatorCommands, LogShowsCallsWithAnswersAndFaults) {
               "session0 PhonebookAccess1.GetSize() -> com.veltrisonix.Error.Failed ('Not today',)"
               "  (refuse)\n"
               "/ Peer.Ping() -> ()\n");
-    Execute("log off");
+    EXPECT_EQ(Execute("log on"), "The log of calls is on already\n");
+    EXPECT_EQ(Execute("log off"), "The log of calls is off\n");
+    EXPECT_EQ(Execute("log off"), "The log of calls is off already\n");
     Access("GetSize");
     EXPECT_EQ(TakeLog(), "");
     ExpectComplaint("log maybe", Kind::kBadArguments, "Neither on nor off: maybe");

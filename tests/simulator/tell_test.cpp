@@ -5,6 +5,8 @@
 
 #include <csignal>
 
+#include <sys/wait.h>
+
 namespace simulator {
 namespace {
 
@@ -123,6 +125,18 @@ TEST_F(Tell, RemovesTheFileOfOneThatWasKilled) {
     ASSERT_TRUE(std::filesystem::exists(RuntimeFile(killed)));
     ExpectRefusal({"--tell=phones"}, "No simulator is running");
     EXPECT_FALSE(std::filesystem::exists(RuntimeFile(killed)));
+}
+
+TEST_F(Tell, ReportsOneThatIsStopped) {
+    Console& console = Serve(bus_.Address());
+    console.Signal(SIGSTOP);
+    siginfo_t stopped;
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(console.ProcessId()), &stopped, WSTOPPED | WNOWAIT),
+              0);
+    ExpectRefusal({"--tell=phones"}, "The simulator " + std::to_string(console.ProcessId()) +
+                                         " is stopped, and cannot answer until it continues");
+    console.Signal(SIGCONT);
+    Quit(console);
 }
 
 TEST_F(Tell, RefusesADirectoryThatIsOpenToOthers) {
