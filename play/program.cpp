@@ -204,8 +204,8 @@ void Program::End() {
     if (std::exchange(was_asked_to_end_, true) || HasEnded()) {
         return;
     }
-    constexpr char kEndOfInput = 4;
-    std::ignore = write(Terminal(), &kEndOfInput, 1);
+    constexpr char kEndOfFile = 4;
+    std::ignore = write(Terminal(), &kEndOfFile, 1);
     try {
         if (!AwaitEnd(kPatienceAtEnd)) {
             Signal(SIGHUP);
