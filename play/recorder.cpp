@@ -53,7 +53,7 @@ class RawTerminal {
                 pollfd room = {STDOUT_FILENO, POLLOUT, 0};
                 poll(&room, 1, -1);
             } else if (errno != EINTR) {
-                return;  // the terminal is gone: SIGHUP comes
+                return;  // the terminal has hung up: SIGHUP follows
             }
         }
     }
@@ -234,7 +234,7 @@ class Recorder {
     std::vector<std::string> lines_;
 };
 
-// Of another program nobody knows which arguments it passes to the tool.
+// The arguments of another program, such as ssh, are not those of the tool.
 std::string CommandOf(const std::vector<std::string>& words) {
     const std::string& program = words.front();
     std::string command = "$ morvane";

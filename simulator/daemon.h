@@ -145,7 +145,7 @@ class Daemon {
     void Hang(const std::string& method, unsigned times = kAlways);
     /// Answers all calls that hang, by then carrying them out, and lets later ones pass.
     bool Release();
-    /// Forgets faults of calls. What hangs goes on hanging.
+    /// Forgets faults of calls. Calls that hang keep hanging.
     bool ClearFaults();
 
     // Faults of properties, in every way in which a client can read them: Get, GetAll,

@@ -106,8 +106,8 @@ std::optional<bool> IsQuotedPrintable(const std::string& text, std::size_t numbe
     return ParseHead(head, number).encoding == Encoding::kQuotedPrintable;
 }
 
-/// A folded line goes on in one that begins with a blank, which belongs to the text in vCard 2.1
-/// only.
+/// A folded line continues in one that begins with a blank. The blank is part of the text in vCard
+/// 2.1 only.
 std::string TakeUnfolded(LineReader& lines, VcardFormat version) {
     const std::size_t number = lines.Number();
     std::string text = lines.Take();
@@ -192,7 +192,7 @@ std::string ToUtf8(const ContentLine& line, const std::string& bytes) {
     return text;
 }
 
-/// What a backslash and this letter stand for; nothing if they are no escape.
+/// The text of the escape sequence of a backslash and this letter; empty if there is none.
 std::optional<char> Unescaped(char letter, VcardFormat version, bool compound) {
     if (version == VcardFormat::kVcard21) {
         return compound && letter == ';' ? std::optional<char>(letter) : std::nullopt;

@@ -51,7 +51,7 @@ void Server::Run() {
         g_main_loop_run(loop_.get());
     }
     if (bus_is_lost_) {
-        throw std::runtime_error("The bus has gone away");
+        throw std::runtime_error("The connection to the bus was lost");
     }
 }
 

@@ -114,7 +114,7 @@ TEST_F(ClientTest, TakesItsSessionAlongWhenItGoes) {
     OpenSession();
     RemoveClient(kPhonebookMenu);
     ReturnClient(kPhonebookMenu);
-    Announce(kFirstSession, "nobody follows this session any more");
+    Announce(kFirstSession, "the session is closed");
     ExpectQuiet(kPhonebookMenu);
     Type("r");
     Expect(kClientGone + Prompt());

@@ -16,7 +16,7 @@ struct PlayResult {
     std::string output;
 };
 
-/// morvane-play with its arguments. Standard error goes where standard output goes.
+/// morvane-play with its arguments. Standard error is redirected to standard output.
 ConsoleOptions Playing(const std::vector<std::string>& arguments);
 
 /// Shell functions for a script in place of the tool: `prompt TEXT MARKER` reads an answer,

@@ -28,15 +28,16 @@ class Reader {
                                        kReset);
         static const std::regex message("(?:" + kRed + "|" + kReset + "|" + kGreen + "(?!" + path +
                                         kReset + "(?:" + kRed + " [>?]|$)))" + kText + kReset);
-        static const std::regex notice("\n(?:" + kGreen + "|" + kRed + "|" + kReset + ")" + kText +
-                                       kGreen + "(" + path + ")" + kRed + " > " + kReset);
+        static const std::regex notification("\n(?:" + kGreen + "|" + kRed + "|" + kReset + ")" +
+                                             kText + kGreen + "(" + path + ")" + kRed + " > " +
+                                             kReset);
         for (; position < output_.size(); position += static_cast<std::size_t>(item_.length())) {
             if (Is(prompt, position)) {
                 prompt_ = item_[1];
             } else if (Is(message, position)) {
                 prompt_.reset();
                 messages_.push_back(item_[1]);
-            } else if (prompt_ && Is(notice, position) && item_[2] == *prompt_) {
+            } else if (prompt_ && Is(notification, position) && item_[2] == *prompt_) {
                 messages_.push_back(item_[1]);
             } else {
                 break;

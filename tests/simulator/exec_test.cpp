@@ -159,7 +159,7 @@ TEST_F(Exec, StopsTheBusIfItIsKilled) {
                      &closed);
     console.Signal(SIGKILL);
     while (!closed) g_main_context_iteration(nullptr, TRUE);
-    console.CloseInput();  // of the command, which goes on
+    console.CloseInput();  // of the command, which continues
     console.ExpectEndBySignal(SIGKILL);
 }
 
@@ -169,7 +169,7 @@ TEST_F(Exec, TerminatesTheCommandIfTheBusEnds) {
         "line; "
         "done");
     kill(BusProcess(NextLine(console)), SIGKILL);
-    console.ExpectError("morvane-simulator: The bus has gone away\n");
+    console.ExpectError("morvane-simulator: The connection to the bus was lost\n");
     console.Expect("terminated\n");
     console.ExpectExit(1);
     ExpectNothingLeft();

@@ -124,7 +124,7 @@ TEST(StartHandshakeTest, WaitsForTheMenuThread) {
     EXPECT_EQ(output, Lines({"not yet", "running"}) + Banner() + Prompt());
 }
 
-// What this finds is a race; ThreadSanitizer tells.
+// For ThreadSanitizer: it reports a data race here if a lock is missing.
 TEST(StopThreadsTest, MayComeWhileTheMainLoopIsMade) {
     const std::string output = OutputOf([] {
         obexProxy.DBusInstance("7");
