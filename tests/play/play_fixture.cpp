@@ -47,7 +47,7 @@ PlayResult PlayTest::Run(const std::vector<std::string>& arguments) const {
     ConsoleOptions options = Playing(arguments);
     options.directory = directory_.Path();
     Console console(options);
-    const std::optional<Ending> ending = console.AwaitEnd(Patience());
+    const std::optional<Ending> ending = console.AwaitEnd(6 * Patience());
     if (!ending || !ending->status) {
         ADD_FAILURE() << "morvane-play does not end\n" << console.Output();
         return {-1, console.Output()};

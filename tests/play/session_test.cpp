@@ -204,10 +204,10 @@ needed: a phone
 )"},
     {"OtherExitStatus", "one\n", "echo one; exit 3",
      "a.session: /bin/sh ended with status 3, expected was 0\n"},
-    {"OutputWithoutEnd", "...\nVantor > q\n", "exec yes",
-     "a.session:2: /bin/sh prints without end\n"},
-    {"LineWithoutEnd", "...\nVantor > q\n", "exec tr '\\0' x </dev/zero",
-     "a.session:2: /bin/sh prints without end\n"},
+    {"OutputWithoutEnd", "% timeout 60min\n...\nVantor > q\n", "exec yes",
+     "a.session:3: /bin/sh prints without end\n"},
+    {"LineWithoutEnd", "% timeout 60min\n...\nVantor > q\n", "exec tr '\\0' x </dev/zero",
+     "a.session:3: /bin/sh prints without end\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, DifferingSession, testing::ValuesIn(kDiffering), NameOf);
