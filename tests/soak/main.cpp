@@ -32,7 +32,7 @@ constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_00_1B_DC_07_31_9A";
 constexpr char kVisitor[] = "/com/veltrisonix/hci0/dev_visitor_";
 constexpr std::size_t kVisitors = 5;
 constexpr std::size_t kWarmUp = 5;   // sessions until the tool has allocated what it reuses
-constexpr std::size_t kPiece = 200;  // notifications at once
+constexpr std::size_t kPiece = 20;  // notifications at once
 constexpr std::size_t kShownBytes = 4000;
 
 enum class Object { kPhone, kSession, kTransfer };
