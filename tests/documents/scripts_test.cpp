@@ -199,5 +199,51 @@ TEST_F(Scripts, ShortStepsShowNoProgress) {
     console.ExpectExit(0);
 }
 
+// Commits in a repository of its own, with clang-format replaced by a search for a word.
+class PreCommit : public testing::Test {
+  protected:
+    PreCommit() {
+        for (const char* const name : {"scripts/pre-commit", "scripts/clang-versions.sh"})
+            std::filesystem::create_symlink(SourcePath(name), tree_.File(name));
+        tree_.Write("bin/clang-format-14",
+                    "[ $1 != --version ] || { echo clang-format version 14.0.6; exit; }\n"
+                    "! grep --quiet unformatted || { echo \"$3: unformatted\" >&2; exit 1; }\n");
+        Run("git init --quiet && git config core.hooksPath scripts", 0);
+    }
+    std::string Run(const std::string& commands, int status) const {
+        return tree_.OutputOf("sh -c '" + commands + "'", status);
+    }
+    static std::string Commit(const std::string& files) {
+        return "git add " + files +
+               " && git -c user.name=A -c user.email=a@b.invalid commit --quiet --message=x";
+    }
+
+    ScriptTree tree_;
+};
+
+TEST_F(PreCommit, RejectsUnformattedFilesAndNamesThem) {
+    Run("echo unformatted >a.cpp; echo unformatted >b.h; echo good >c.h", 0);
+    EXPECT_EQ(Run(Commit("a.cpp b.h c.h"), 1),
+              "--assume-filename=a.cpp: unformatted\n"
+              "--assume-filename=b.h: unformatted\n"
+              "Run scripts/check-format --fix and stage the result.\n");
+}
+
+TEST_F(PreCommit, ChecksTheStagedContentInsteadOfTheWorkingTree) {
+    Run("echo unformatted >a.cpp && git add a.cpp && echo good >a.cpp", 0);
+    Run("echo good >\"b c.cpp\" && git add \"b c.cpp\" && echo unformatted >\"b c.cpp\"", 0);
+    EXPECT_EQ(Run(Commit("scripts"), 1),
+              "--assume-filename=a.cpp: unformatted\n"
+              "Run scripts/check-format --fix and stage the result.\n");
+    EXPECT_EQ(Run(Commit("a.cpp"), 0), "");
+}
+
+TEST_F(PreCommit, ChecksOnlyStagedFilesOfCpp) {
+    Run("echo unformatted >text.md; echo unformatted >unstaged.cpp; echo good >old.cpp", 0);
+    Run(Commit("text.md old.cpp"), 0);
+    Run("git rm --quiet old.cpp", 0);
+    EXPECT_EQ(Run(Commit("text.md"), 0), "");
+}
+
 }  // namespace
 }  // namespace morvane_test
