@@ -4,12 +4,14 @@ find_program(GZIP gzip REQUIRED)
 #
 # Makes <file>.gz with every build, the same bytes each time, and puts its path into <variable>.
 function(compress file variable)
-    set(result "${CMAKE_CURRENT_BINARY_DIR}/${file}.gz")
+    cmake_path(ABSOLUTE_PATH file)
+    cmake_path(GET file FILENAME name)
+    set(result "${CMAKE_CURRENT_BINARY_DIR}/${name}.gz")
     add_custom_command(
         OUTPUT "${result}"
-        COMMAND "${GZIP}" -9nc "${CMAKE_CURRENT_SOURCE_DIR}/${file}" > "${result}"
+        COMMAND "${GZIP}" -9nc "${file}" > "${result}"
         DEPENDS "${file}"
         VERBATIM)
-    add_custom_target(compress-${file} ALL DEPENDS "${result}")
+    add_custom_target(compress-${name} ALL DEPENDS "${result}")
     set(${variable} "${result}" PARENT_SCOPE)
 endfunction()

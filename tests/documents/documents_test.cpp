@@ -283,11 +283,66 @@ TEST_F(PipeThroughCat, ShowsPromptsAndControlCharacters) {
     EXPECT_EQ(console().Output().find('\x1b'), std::string::npos);
 }
 
-TEST(Changelog, BeginsWithTheVersionOfTheProject) {
+TEST(Changelog, ContainsTheVersionOfThePrograms) {
     const std::vector<std::string> versions =
-        FindAll(ReadSource("CMakeLists.txt"), "project\\(morvane VERSION ([0-9.]+)");
-    ASSERT_EQ(versions.size(), 1U);
-    EXPECT_EQ(ReadSource("packaging/changelog").find("morvane (" + versions.front() + ") "), 0U);
+        FindAll(ReadSource("CHANGELOG.md"), "\n## \\[([0-9.]+)\\] - ");
+    ASSERT_FALSE(versions.empty());
+    EXPECT_EQ(ScriptTree().OutputOf("build/demo/morvane-simulator --version", 0),
+              "morvane-simulator " + versions.front() + "\n");
+}
+
+constexpr char kChangelog[] = R"(# Changelog
+
+- Not an entry.
+
+## [Unreleased]
+
+### Added
+
+- Nothing yet.
+
+## [1.10.0] - 2027-01-01
+
+### Added
+
+- One entry, which is longer than a line of a Debian changelog and therefore
+  wrapped again.
+- Another.
+
+### Fixed
+
+- A third.
+
+## [1.0.0] - 2026-11-20
+
+- The first.
+)";
+
+constexpr char kDebianChangelog[] = R"(morvane (1.10.0) unstable; urgency=medium
+
+  * Added
+    - One entry, which is longer than a line of a Debian changelog and
+      therefore wrapped again.
+    - Another.
+  * Fixed
+    - A third.
+
+ -- A Name <a@b.invalid>  Fri, 01 Jan 2027 12:00:00 +0000
+
+morvane (1.0.0) unstable; urgency=medium
+
+    - The first.
+
+ -- A Name <a@b.invalid>  Fri, 20 Nov 2026 12:00:00 +0000
+)";
+
+TEST(Changelog, IsConvertedForDebian) {
+    const ScriptTree tree;
+    std::ofstream(tree.File("changelog")) << kChangelog;
+    EXPECT_EQ(tree.OutputOf("'" + SourcePath("packaging/debian-changelog") +
+                                "' 'A Name <a@b.invalid>' <changelog",
+                            0),
+              kDebianChangelog);
 }
 
 }  // namespace
