@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -37,9 +38,25 @@ class Documents : public testing::TestWithParam<std::string> {
     std::string folder_ = GetParam().substr(0, GetParam().rfind('/') + 1);
 };
 
-TEST_P(Documents, LinkToWhatIsThere) {
-    for (const std::string& target : FindAll(text_, "\\]\\(([^)#:]+)\\)"))
-        EXPECT_TRUE(IsFile(folder_ + target)) << target;
+// The fragment of a link to a heading.
+std::string AsFragment(std::string heading) {
+    std::transform(heading.begin(), heading.end(), heading.begin(),
+                   [](unsigned char letter) { return std::tolower(letter); });
+    heading = std::regex_replace(heading, std::regex("[^-\\w ]"), "");
+    return std::regex_replace(heading, std::regex(" "), "-");
+}
+
+TEST_P(Documents, LinkToExistingFilesAndHeadings) {
+    for (const std::string& link : FindAll(text_, "\\]\\(([^):]+)\\)")) {
+        const std::size_t end = std::min(link.find('#'), link.size());
+        const std::string file = end == 0 ? GetParam() : folder_ + link.substr(0, end);
+        ASSERT_TRUE(IsFile(file)) << link;
+        if (end == link.size()) continue;
+        const std::vector<std::string> headings = FindAll(ReadSource(file), "\n#+ ([^\n]+)");
+        EXPECT_TRUE(std::any_of(headings.begin(), headings.end(), [&](const std::string& heading) {
+            return AsFragment(heading) == link.substr(end + 1);
+        })) << link;
+    }
 }
 
 TEST_P(Documents, NameFilesThatAreThere) {
@@ -77,10 +94,10 @@ TEST(ExamplesReadme, NamesEveryExample) {
     EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
 }
 
-TEST(Readme, ShowsTheOutputOfTheTestScript) {
+TEST(Contributing, ShowsTheOutputOfTheTestScript) {
     const std::string output = ScriptTree().OutputOf("scripts/test", 0);
     EXPECT_EQ(std::regex_replace(output, std::regex("\\d+ (?=passed|hold)"), "N "),
-              FencedBlock(ReadSource("README.md"), "text"));
+              FencedBlock(ReadSource("CONTRIBUTING.md"), "text"));
 }
 
 // Each mutant in the list: where it is, what was changed, and the lines before and after.
