@@ -2,6 +2,7 @@
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
+#include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
 #include "support/console.h"
 #include "support/conversation.h"
@@ -19,6 +20,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <regex>
 
@@ -86,6 +88,42 @@ TEST_P(Documents, BuildWithPresetsThatExistAndAreConfiguredBefore) {
 
 INSTANTIATE_TEST_SUITE_P(All, Documents, testing::ValuesIn(FindSources(kAnyDocument)),
                          [](const auto& document) { return AsTestName(document.param); });
+
+/// A picture drawn by hand.
+class Drawings : public testing::TestWithParam<std::string> {
+  protected:
+    std::string text_ = ReadSource("docs/" + GetParam());
+};
+
+TEST_P(Drawings, AreWellFormed) {
+    const GMarkupParser parser = {};
+    const std::unique_ptr<GMarkupParseContext, decltype(&g_markup_parse_context_free)> context(
+        g_markup_parse_context_new(&parser, GMarkupParseFlags{}, nullptr, nullptr),
+        g_markup_parse_context_free);
+    morvane::ErrorPtr error;
+    bool is_good = g_markup_parse_context_parse(
+        context.get(), text_.data(), static_cast<gssize>(text_.size()), morvane::Out(error));
+    is_good = is_good && g_markup_parse_context_end_parse(context.get(), morvane::Out(error));
+    EXPECT_TRUE(is_good) << error->message;
+}
+
+TEST_P(Drawings, NameIdentifiersOfTheCode) {
+    std::string code;
+    for (const std::string& name :
+         FindSources("^(app|client|console|interfaces|phonebook|transfer)/.*[.](h|cpp)$"))
+        code += ReadSource(name);
+    const Names identifiers = FindNames(code, "(\\w+)");
+    const std::vector<std::string> named = FindAll(text_, "class=\"code\"[^>]*>([^<]*)<");
+    EXPECT_GT(named.size(), 5U);
+    for (const std::string& words : named)
+        for (const std::string& word : FindAll(words, "(\\w{2,})"))
+            EXPECT_EQ(identifiers.count(word), 1U) << word;
+}
+
+INSTANTIATE_TEST_SUITE_P(Architecture, Drawings,
+                         testing::ValuesIn(FindAll(ReadSource("docs/architecture.md"),
+                                                   "\\]\\(([a-z]+[.]svg)\\)")),
+                         [](const auto& drawing) { return AsTestName(drawing.param); });
 
 TEST(ExamplesReadme, NamesEveryExample) {
     Names examples;
