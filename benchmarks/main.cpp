@@ -1,8 +1,9 @@
 // Measures the tool against what an engineer would use without it, and prints tables in Markdown.
 //
-// Usage: morvane-benchmarks [--rounds N] [--only TEXT]
+// Usage: morvane-benchmarks [--rounds N] [--only TEXT] [--figures FILE]
 //   --rounds  how often everything is measured; the medians are printed (default 5)
-//   --only    the works whose title holds this
+//   --only    the works whose title contains this
+//   --figures writes what docs/performance.svg shows as comma-separated values
 // Ends with status 1 if a target is missed.
 
 #include "work.h"
@@ -79,16 +80,65 @@ void PrintLines(const Work& work, const Costs& costs) {
     }
 }
 
+// At the largest size.
+double Ratio(const Work& work, const Costs& costs, const std::string& rival,
+             const Quantity& quantity) {
+    const auto found = std::find_if(work.subjects.begin(), work.subjects.end(),
+                                    [&](const Subject& subject) { return subject.name == rival; });
+    const auto index = static_cast<std::size_t>(found - work.subjects.begin());
+    const auto& of_size = costs.rbegin()->second;
+    return Median(of_size[0], quantity) / Median(of_size[index], quantity);
+}
+
+// Null if there is no limit.
+const Target* FindTarget(const Work& work, const std::string& rival, const Quantity& quantity) {
+    const auto found =
+        std::find_if(work.targets.begin(), work.targets.end(), [&](const Target& target) {
+            return target.rival == rival && &target.quantity == &quantity;
+        });
+    return found == work.targets.end() ? nullptr : &*found;
+}
+
+// One row for a ratio to another program.
+void WriteRatio(const Work& work, const Costs& costs, const Subject& rival,
+                const Quantity& quantity, std::FILE* file) {
+    const Target* const target = FindTarget(work, rival.name, quantity);
+    std::fprintf(file, "\"%s\",\"%s\",\"%s\",%.2f,", work.title.c_str(), quantity.name,
+                 rival.name.c_str(), Ratio(work, costs, rival.name, quantity));
+    if (target != nullptr) std::fprintf(file, "%g", target->limit);
+    std::fprintf(file, ",,,\n");
+}
+
+// One row for the tool's cost of a unit at the sizes.
+void WriteGrowth(const Work& work, const Costs& costs, const Quantity& quantity, std::FILE* file) {
+    std::vector<double> each;
+    for (const auto& [size, of_size] : costs) each.push_back(Median(of_size[0], quantity) / size);
+    const auto [lowest, highest] = std::minmax_element(each.begin(), each.end());
+    std::fprintf(file, "\"%s\",\"%s\",,,,\"%s\",%.2g,%.2g\n", work.title.c_str(), quantity.name,
+                 work.unit.c_str(), *lowest, *highest);
+}
+
+// In the quantity that is shown first, and in those that are limited.
+void WriteFigures(const Work& work, const Costs& costs, std::FILE* file) {
+    for (const Quantity* const quantity : work.shown) {
+        bool is_written = false;
+        for (const Subject& rival : work.subjects) {
+            if (&rival == &work.subjects[0]) continue;
+            if (quantity != work.shown[0] && FindTarget(work, rival.name, *quantity) == nullptr)
+                continue;
+            WriteRatio(work, costs, rival, *quantity, file);
+            is_written = true;
+        }
+        if (is_written && costs.size() > 1) WriteGrowth(work, costs, *quantity, file);
+    }
+    std::fflush(file);
+}
+
 bool Judge(const Work& work, const Costs& costs) {
-    const auto& [size, of_size] = *costs.rbegin();
+    const unsigned size = costs.rbegin()->first;
     bool reached = true;
     for (const Target& target : work.targets) {
-        const auto rival =
-            std::find_if(work.subjects.begin(), work.subjects.end(),
-                         [&](const Subject& subject) { return subject.name == target.rival; });
-        const auto index = static_cast<std::size_t>(rival - work.subjects.begin());
-        const double ratio =
-            Median(of_size[0], target.quantity) / Median(of_size[index], target.quantity);
+        const double ratio = Ratio(work, costs, target.rival, target.quantity);
         std::printf("\n- %s at %u: %.3f times that of %s, to be at most %.2f: %s",
                     target.quantity.name, size, ratio, target.rival.c_str(), target.limit,
                     ratio <= target.limit ? "reached" : "**missed**");
@@ -98,19 +148,20 @@ bool Judge(const Work& work, const Costs& costs) {
     return reached;
 }
 
-bool Run(const Work& work, int rounds) {
+bool Run(const Work& work, int rounds, std::FILE* figures) {
     const Costs costs = Measure(work, rounds);
     PrintHead(work);
     PrintLines(work, costs);
+    if (figures != nullptr) WriteFigures(work, costs, figures);
     const bool reached = Judge(work, costs);
     std::fflush(stdout);
     return reached;
 }
 
 // In a process of its own, which is small when it starts others: a copy of a large one is slow.
-bool RunApart(const Work& work, int rounds) {
+bool RunApart(const Work& work, int rounds, std::FILE* figures) {
     const pid_t child = fork();
-    if (child == 0) std::_Exit(Run(work, rounds) ? 0 : 1);
+    if (child == 0) std::_Exit(Run(work, rounds, figures) ? 0 : 1);
     int status = 0;
     if (child < 0 || waitpid(child, &status, 0) < 0) throw std::runtime_error("no new process");
     if (!WIFEXITED(status)) throw std::runtime_error(work.title + " was ended");
@@ -120,14 +171,17 @@ bool RunApart(const Work& work, int rounds) {
 struct Wishes {
     int rounds = 5;
     morvane::TextPtr only;
+    morvane::TextPtr figures;
 };
 
 Wishes Parse(int argc, char** argv) {
     Wishes wishes;
     gchar* only = nullptr;
+    gchar* figures = nullptr;
     const GOptionEntry entries[] = {
         {"rounds", 0, 0, G_OPTION_ARG_INT, &wishes.rounds, "How often all is measured", "N"},
-        {"only", 0, 0, G_OPTION_ARG_STRING, &only, "Works whose title holds this", "TEXT"},
+        {"only", 0, 0, G_OPTION_ARG_STRING, &only, "Works whose title contains this", "TEXT"},
+        {"figures", 0, 0, G_OPTION_ARG_FILENAME, &figures, "Also write the figures", "FILE"},
         {},
     };
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context(
@@ -136,18 +190,37 @@ Wishes Parse(int argc, char** argv) {
     morvane::ErrorPtr error;
     const bool good = g_option_context_parse(context.get(), &argc, &argv, morvane::Out(error));
     wishes.only.reset(only);
+    wishes.figures.reset(figures);
     if (!good || wishes.rounds < 1) {
         throw std::runtime_error(error ? error->message : "--rounds must be positive");
     }
     return wishes;
 }
 
+using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// With the heading; empty if no file is named.
+FilePtr OpenFigures(const char* name) {
+    FilePtr file(name != nullptr ? std::fopen(name, "w") : nullptr, std::fclose);
+    if (!file) {
+        if (name != nullptr) throw std::runtime_error(std::string("cannot write ") + name);
+        return file;
+    }
+    std::fputs(
+        "\"work\",\"quantity\",\"against\",\"ratio\",\"limit\","
+        "\"unit\",\"lowest\",\"highest\"\n",
+        file.get());
+    std::fflush(file.get());
+    return file;
+}
+
 int Main(int argc, char** argv) {
     const Wishes wishes = Parse(argc, argv);
+    const FilePtr figures = OpenFigures(wishes.figures.get());
     bool reached = true;
     for (const Work& work : AllWorks()) {
         if (!wishes.only || work.title.find(wishes.only.get()) != std::string::npos) {
-            reached = RunApart(work, wishes.rounds) && reached;
+            reached = RunApart(work, wishes.rounds, figures.get()) && reached;
         }
     }
     if (!wishes.only) {

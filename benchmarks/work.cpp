@@ -274,7 +274,7 @@ const Quantity kMemory = {"memory KiB", [](const Cost& cost) { return cost.memor
 
 std::vector<Work> AllWorks() {
     return {
-        {"Status changes, each printed under a standing prompt",
+        {"Status changes, each printed while a prompt is displayed",
          "changes",
          {5000, 10000, 20000},
          Subjects(StatusChanges, {kTool, kFloor, kGdbusMonitor, kBusctlMonitor, kDbusMonitor}),
@@ -311,7 +311,7 @@ std::vector<Work> AllWorks() {
          {5, 10, 20},
          {{"morvane", ToolCalls}, {"gdbus call", GdbusCalls}},
          {{"gdbus call", kWall, 0.1}},
-         {&kCpu, &kWall}},
+         {&kWall, &kCpu}},
         {"Resident at the transfer menu",
          "programs",
          {1},

@@ -63,8 +63,8 @@ TEST_P(Documents, LinkToExistingFilesAndHeadings) {
 
 TEST_P(Documents, NameFilesThatAreThere) {
     const std::string folders =
-        "app|client|cmake|console|docs|examples|interfaces|packaging|phonebook|play|scripts|"
-        "simulator|"
+        "app|benchmarks|client|cmake|console|docs|examples|interfaces|packaging|phonebook|play|"
+        "scripts|simulator|"
         "support|tests|transfer|uuid";
     for (const std::string& path :
          FindAll(text_, "(?:^|[^-\\w./~$>])((?:" + folders + ")/[-\\w./]*\\w)"))

@@ -172,6 +172,10 @@ TEST_F(Scripts, ClangFormatIsTheFirstOfAKnownVersion) {
     }
 }
 
+TEST(Benchmarks, HaveAPictureOfTheFigures) {
+    EXPECT_EQ(ScriptTree().OutputOf("'" + SourcePath("benchmarks/picture") + "' --check", 0), "");
+}
+
 // Both counters appear in one line, in any order.
 TEST_F(Scripts, StepsBesideEachOtherShowTheirProgressOnATerminal) {
     Console console(
