@@ -1,6 +1,7 @@
 #include "simulator/program/arguments.h"
 
 #include "simulator/program/command_error.h"
+#include "simulator/program/command_table.h"
 #include "simulator/program/known_names.h"
 
 #include <algorithm>
@@ -15,7 +16,6 @@ namespace {
 
 using morvane::ErrorPtr;
 using morvane::Out;
-using morvane::TextPtr;
 using morvane::VariantPtr;
 
 constexpr char kErrorPrefix[] = "com.veltrisonix.Error.";
@@ -27,9 +27,19 @@ struct Situation {
     const Words& earlier;  ///< the arguments before it
 };
 
+using Names = std::vector<std::string>;
+
+/// What is known of an argument that is being typed.
+struct Typing {
+    Daemon& daemon;
+    const Names& earlier;      ///< the arguments before it
+    const std::string& typed;  ///< its beginning
+};
+
 struct Kind {
     const char* name;
     Word (*resolve)(const Situation& situation, const std::string& word);
+    Names (*complete)(const Typing& typing) = nullptr;
     bool is_verbatim = false;  ///< takes the rest of the line with quotation marks and blanks
 };
 
@@ -70,10 +80,6 @@ std::optional<Word> FindSession(Daemon& daemon, const std::string& word) {
 
 std::optional<Word> FindTransfer(Daemon& daemon, const std::string& word) {
     return FindPath("transfer", daemon.Transfers(), word);
-}
-
-std::string Folded(const std::string& text) {
-    return TextPtr(g_utf8_casefold(text.c_str(), -1)).get();
 }
 
 bool Begins(const std::string& text, const std::string& folded) {
@@ -223,31 +229,103 @@ Word OnOrOff(const Situation& /*situation*/, const std::string& word) {
     return Same(word);
 }
 
+template <auto List, const char* Newest>
+Names Paths(const Typing& typing) {
+    Names names;
+    for (const std::string& path : (typing.daemon.*List)()) {
+        names.push_back(LastPart(path, '/'));
+    }
+    if (!names.empty()) {
+        names.emplace_back(Newest);
+    }
+    return names;
+}
+
+Names Phones(const Typing& typing) {
+    Names names;
+    for (const PhoneInfo& device : typing.daemon.Devices()) {
+        names.push_back(device.name.empty() ? device.address : device.name);
+    }
+    return names;
+}
+
+constexpr auto kSessions = Paths<&Daemon::Sessions, kSession>;
+constexpr auto kTransfers = Paths<&Daemon::Transfers, kTransfer>;
+
+Names Objects(const Typing& typing) {
+    Names names;
+    for (const auto list : {kSessions, kTransfers, &Phones}) {
+        const Names some = list(typing);
+        names.insert(names.end(), some.begin(), some.end());
+    }
+    return names;
+}
+
+Names AnyObjects(const Typing& typing) {
+    Names names = Objects(typing);
+    names.emplace_back(kAnyPath);
+    return names;
+}
+
+Names Methods(const Typing& /*typing*/) {
+    return MethodNames("");
+}
+
+Names Interfaces(const Typing& /*typing*/) {
+    return InterfaceNames();
+}
+
+Names Properties(const Typing& typing) {
+    return PropertyNames(ResolveInterface(typing.earlier.back(), false));
+}
+
+Names CommandsToDescribe(const Typing& /*typing*/) {
+    return CommandNames();
+}
+
+Names OnAndOff(const Typing& /*typing*/) {
+    return {"on", "off"};
+}
+
+Names Files(const Typing& typing) {
+    namespace fs = std::filesystem;
+    const std::string folder = typing.typed.substr(0, typing.typed.rfind('/') + 1);
+    Names names;
+    std::error_code error;
+    fs::directory_iterator entry(folder.empty() ? "." : folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code ignored;
+        names.push_back(folder + entry->path().filename().string() +
+                        (entry->is_directory(ignored) ? "/" : ""));
+    }
+    return names;
+}
+
 constexpr Kind kKinds[] = {
-    {"SESSION", Existing<FindSession, kSession>},
-    {"TRANSFER", Existing<FindTransfer, kTransfer>},
-    {"PHONE", Existing<FindDevice, kPhone>},
-    {"OBJECT", Object},
-    {"OBJECT|*", AnyObject},
-    {"METHOD", Method},
-    {"INTERFACE", Interface},
-    {"PROPERTY", Property},
+    {"SESSION", Existing<FindSession, kSession>, kSessions},
+    {"TRANSFER", Existing<FindTransfer, kTransfer>, kTransfers},
+    {"PHONE", Existing<FindDevice, kPhone>, Phones},
+    {"OBJECT", Object, Objects},
+    {"OBJECT|*", AnyObject, AnyObjects},
+    {"METHOD", Method, Methods},
+    {"INTERFACE", Interface, Interfaces},
+    {"PROPERTY", Property, Properties},
     {"ERROR", ErrorName},
-    {"VALUE", Value, true},
-    {"TUPLE", Tuple, true},
+    {"VALUE", Value, nullptr, true},
+    {"TUPLE", Tuple, nullptr, true},
     {"STATE", Number<std::uint8_t>},
     {"BYTES", Number<std::uint64_t>},
     {"COUNT", Count},
-    {"on|off", OnOrOff},
+    {"on|off", OnOrOff, OnAndOff},
     {"PATH", NewPath},
-    {"COMMAND", Plain},
+    {"COMMAND", Plain, CommandsToDescribe},
     {"ADDRESS", Plain},
     {"NUMBER", Plain},
-    {"FILE", File},
+    {"FILE", File, Files},
     {"ALIAS", Plain},
     {"NAME", Plain},
-    {"MESSAGE", Plain, true},
-    {"TEXT", Plain, true},
+    {"MESSAGE", Plain, nullptr, true},
+    {"TEXT", Plain, nullptr, true},
 };
 
 const Kind& FindKind(const std::string& name) {
@@ -304,6 +382,13 @@ std::vector<std::string> KindsIn(const std::string& arguments) {
         kinds.push_back(is_optional ? kind.substr(1, kind.size() - 2) : kind);
     }
     return kinds;
+}
+
+std::vector<std::string> KnownArguments(Daemon& daemon, const std::string& kind,
+                                        const std::vector<std::string>& earlier,
+                                        const std::string& typed) {
+    const auto complete = FindKind(kind).complete;
+    return complete == nullptr ? Names() : complete({daemon, earlier, typed});
 }
 
 Words ReadArguments(Daemon& daemon, const std::string& usage, const std::string& arguments,

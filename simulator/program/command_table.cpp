@@ -273,17 +273,23 @@ Outcome Help(Commands& /*commands*/, const Words& words) {
 const Command& FindCommand(const std::string& word, bool& insists) {
     insists = !word.empty() && word.back() == '!';
     const std::string name = word.substr(0, word.size() - (insists ? 1 : 0));
-    std::vector<std::string> names;
     for (const Command& command : kCommands) {
         if (name == command.name && (!insists || ChecksNames(command))) {
             return command;
         }
-        names.emplace_back(command.name);
     }
-    const std::string suggestion = Suggest(name, names);
+    const std::string suggestion = Suggest(name, CommandNames());
     throw CommandError(
         CommandErrorKind::kUnknownCommand,
         "Unknown command: " + word + (suggestion.empty() ? " (try help)" : suggestion));
+}
+
+std::vector<std::string> CommandNames() {
+    std::vector<std::string> names;
+    for (const Command& command : kCommands) {
+        names.emplace_back(command.name);
+    }
+    return names;
 }
 
 std::string UsageOf(const Command& command) {

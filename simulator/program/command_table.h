@@ -31,6 +31,7 @@ struct Command {
 /// Throws `CommandError`. `insists` is set if an exclamation mark follows the name, which only
 /// commands that check names have.
 const Command& FindCommand(const std::string& word, bool& insists);
+std::vector<std::string> CommandNames();
 std::string UsageOf(const Command& command);
 
 }  // namespace simulator

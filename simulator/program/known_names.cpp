@@ -2,6 +2,8 @@
 
 #include "simulator/program/command_error.h"
 
+#include "interfaces/glib_ptr.h"
+
 #include <device1.h>
 #include <obex-client1.h>
 #include <obex-phonebook-access1.h>
@@ -66,26 +68,6 @@ bool Contains(const Names& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-Names MethodsOf(const std::string& interface) {
-    Names methods;
-    for (const GDBusInterfaceInfo* info : Interfaces()) {
-        if (interface.empty() || interface == info->name) {
-            const Names some = NamesOf(info->methods);
-            methods.insert(methods.end(), some.begin(), some.end());
-        }
-    }
-    return methods;
-}
-
-Names PropertiesOf(const std::string& interface) {
-    for (const GDBusInterfaceInfo* info : Interfaces()) {
-        if (interface == info->name) {
-            return NamesOf(info->properties);
-        }
-    }
-    return {};
-}
-
 /// "No <what> <word> of <interface>; did you mean ...?", unless the word is among the names.
 void DemandKnown(const char* what, const std::string& word, const std::string& interface,
                  const Names& names) {
@@ -123,8 +105,40 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
 
 }  // namespace
 
+std::string Folded(const std::string& text) {
+    return morvane::TextPtr(g_utf8_casefold(text.c_str(), -1)).get();
+}
+
 std::string LastPart(const std::string& name, char separator) {
     return name.substr(name.rfind(separator) + 1);
+}
+
+Names InterfaceNames() {
+    Names names;
+    for (const GDBusInterfaceInfo* info : Interfaces()) {
+        names.push_back(LastPart(info->name, '.'));
+    }
+    return names;
+}
+
+Names MethodNames(const std::string& interface) {
+    Names methods;
+    for (const GDBusInterfaceInfo* info : Interfaces()) {
+        if (interface.empty() || interface == info->name) {
+            const Names some = NamesOf(info->methods);
+            methods.insert(methods.end(), some.begin(), some.end());
+        }
+    }
+    return methods;
+}
+
+Names PropertyNames(const std::string& interface) {
+    for (const GDBusInterfaceInfo* info : Interfaces()) {
+        if (interface == info->name) {
+            return NamesOf(info->properties);
+        }
+    }
+    return {};
 }
 
 std::string Suggest(const std::string& word, const std::vector<std::string>& names) {
@@ -162,14 +176,14 @@ std::string ResolveMethod(const std::string& word, bool insists) {
         has_interface ? ResolveInterface(word.substr(0, dot), insists) : "";
     const std::string method = LastPart(word, '.');
     if (!insists) {
-        DemandKnown("method", method, interface, MethodsOf(interface));
+        DemandKnown("method", method, interface, MethodNames(interface));
     }
     return has_interface ? interface + "." + method : method;
 }
 
 std::string ResolveProperty(const std::string& interface, const std::string& word, bool insists) {
     if (!insists) {
-        DemandKnown("property", word, interface, PropertiesOf(interface));
+        DemandKnown("property", word, interface, PropertyNames(interface));
     }
     return word;
 }

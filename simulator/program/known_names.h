@@ -17,8 +17,17 @@ std::string ResolveMethod(const std::string& word, bool insists);
 /// A property of an interface, which is given by its full name.
 std::string ResolveProperty(const std::string& interface, const std::string& word, bool insists);
 
+/// The last parts of the interfaces' names.
+std::vector<std::string> InterfaceNames();
+/// Of the interface with this full name, or of all if it is empty.
+std::vector<std::string> MethodNames(const std::string& interface);
+std::vector<std::string> PropertyNames(const std::string& interface);
+
 /// "; did you mean <the nearest name>?", or empty when no name is near.
 std::string Suggest(const std::string& word, const std::vector<std::string>& names);
+
+/// For comparisons that ignore letter case.
+std::string Folded(const std::string& text);
 
 /// What follows the last separator: "Device1", "session0". All of it without a separator.
 std::string LastPart(const std::string& name, char separator);

@@ -1,5 +1,6 @@
 #include "simulator/program/command_line.h"
 #include "simulator/program/foreground.h"
+#include "simulator/program/line_editor.h"
 #include "simulator/program/output.h"
 #include "simulator/program/phone_book.h"
 #include "simulator/program/private_bus.h"
@@ -17,6 +18,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -27,6 +30,7 @@ using morvane::Out;
 using morvane::TextPtr;
 using simulator::CommandLine;
 using simulator::ExitError;
+using simulator::LineEditor;
 using simulator::Output;
 using simulator::Server;
 
@@ -96,7 +100,36 @@ void StopOnSignals(Server& server) {
     }
 }
 
+/// Reads commands from a terminal with a line editor, as long as it exists.
+class EditedInput {
+  public:
+    explicit EditedInput(Console& console)
+        : console_(console),
+          editor_(simulator::MakeLineEditor(
+              [&console](const std::string& line) {
+                  Execute(console, line);
+                  console.output.Flush();
+                  return !console.server.IsQuitting();
+              },
+              [&console](const std::string& typed) { return console.server.Complete(typed); })) {
+        console_.output.WriteBy([this](const std::string& text) { editor_->Write(text); });
+        editor_->Start();
+    }
+    EditedInput(const EditedInput&) = delete;
+    EditedInput& operator=(const EditedInput&) = delete;
+    ~EditedInput() {
+        console_.output.Flush();
+        editor_.reset();
+        console_.output.WriteBy(nullptr);
+    }
+
+  private:
+    Console& console_;
+    std::unique_ptr<LineEditor> editor_;
+};
+
 int Serve(const CommandLine& line) {
+    const bool can_edit = simulator::CanEditLines();
     Output output;
     Server server(SystemBusAddress(), line.options,
                   [&output](const std::string& text) { output.Print(text); });
@@ -105,9 +138,14 @@ int Serve(const CommandLine& line) {
     }
     StopOnSignals(server);
     Console console = {server, output, {}};
-    g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), OnTyped,
-                  &console);
     output.Begin("Serving " + server.BusName() + "\n");
+    std::optional<EditedInput> edited;
+    if (can_edit) {
+        edited.emplace(console);
+    } else {
+        g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR),
+                      OnTyped, &console);
+    }
     server.Run();
     return EXIT_SUCCESS;
 }

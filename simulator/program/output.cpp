@@ -1,6 +1,7 @@
 #include "simulator/program/output.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace simulator {
 
@@ -19,10 +20,42 @@ void Output::Print(const std::string& text) {
     }
 }
 
+void Output::WriteBy(Writer writer) {
+    writer_ = std::move(writer);
+    const morvane::Hold hold(mutex_);
+    is_deferred_ = static_cast<bool>(writer_);
+    if (flush_ != 0) {
+        g_source_remove(std::exchange(flush_, 0));
+        Write();
+    }
+}
+
+void Output::Flush() {
+    std::string text;
+    {
+        const morvane::Hold hold(mutex_);
+        text.swap(waiting_);
+        if (flush_ != 0) {
+            g_source_remove(std::exchange(flush_, 0));
+        }
+    }
+    if (writer_ && !text.empty()) {
+        writer_(text);
+    }
+}
+
 void Output::Write() {
-    std::fputs(waiting_.c_str(), stdout);
-    std::fflush(stdout);
-    waiting_.clear();
+    if (!is_deferred_) {
+        std::fputs(waiting_.c_str(), stdout);
+        std::fflush(stdout);
+        waiting_.clear();
+    } else if (flush_ == 0 && !waiting_.empty()) {
+        const auto flush = [](gpointer self) -> gboolean {
+            static_cast<Output*>(self)->Flush();
+            return G_SOURCE_CONTINUE;  // Flush() has removed it
+        };
+        flush_ = g_idle_add_full(G_PRIORITY_DEFAULT, flush, this, nullptr);
+    }
 }
 
 }  // namespace simulator

@@ -2,6 +2,7 @@
 
 #include "simulator/daemon.h"
 #include "simulator/program/commands.h"
+#include "simulator/program/completion.h"
 #include "simulator/program/control.h"
 #include "simulator/program/running.h"
 
@@ -27,6 +28,8 @@ class Server {
     [[nodiscard]] std::string BusName() const { return daemon_.BusName(); }
     /// See `Commands::Execute`.
     std::string Execute(const std::string& line);
+    /// See `CompleteCommand`.
+    Completion Complete(const std::string& typed) { return CompleteCommand(daemon_, typed); }
     /// Returns after `Stop` or the command `quit`, even if that was before. Throws
     /// `std::runtime_error` when the bus is lost.
     void Run();

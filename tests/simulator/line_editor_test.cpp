@@ -1,0 +1,208 @@
+#include "simulator/program_fixture.h"
+
+#include "support/private_bus.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace simulator {
+namespace {
+
+constexpr char kTab[] = "\t";
+constexpr char kCursorUp[] = "\x1b[A";
+constexpr char kControlD[] = "\x04";
+constexpr char kBirchIsOut[] =
+    "Birch is out of reach: shown at once; an open session ends at the next answer\n";
+
+class PlainInput : public ProgramTest {
+  protected:
+    morvane_test::PrivateBus bus_;
+};
+
+class LineEditor : public PlainInput {
+  protected:
+    void SetUp() override {
+        if (!MORVANE_LINE_EDITING) GTEST_SKIP() << "built without libedit";
+    }
+
+    /// Awaits the first prompt.
+    Console& Edit(const std::vector<std::string>& arguments = {}) {
+        auto options = RunningProgram(arguments, Wiring::kPersonsTerminal);
+        options.bus_address = bus_.Address();
+        Console& console = Launch(options);
+        console.Await("Serving com.veltrisonix\n");
+        console.Await("> ");
+        return console;
+    }
+
+    static void EndByQuit(Console& console) {
+        console.TypeBytes("quit\n");
+        console.Await(kEnding);
+        console.ExpectExit(0);
+    }
+
+    /// By another process, which answers when the command was carried out.
+    void Tell(const std::string& command) {
+        auto options = RunningProgram({"--tell", command});
+        options.bus_address = bus_.Address();
+        Console& console = Launch(options);
+        console.ExpectExit(0, Console::Rest::kIgnored);
+    }
+};
+
+TEST_F(LineEditor, CompletesACommand) {
+    Console& console = Edit();
+    console.TypeBytes(std::string("pho") + kTab + "\n");
+    console.Await("Aster\n");
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, ListsCommandsWithTheSameBeginning) {
+    Console& console = Edit();
+    console.TypeBytes(std::string("content") + kTab);
+    console.Await("content  content-file\n");
+    console.Await("> content");
+    console.TypeBytes("-f\t");
+    console.Await("ile ");
+    console.TypeBytes("\x15");
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, CompletesADeviceAliasIgnoringCase) {
+    Console& console = Edit();
+    console.TypeBytes(std::string("remove bi") + kTab + "\n");
+    console.Await(kBirchIsOut);
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, QuotesACompletionWithBlanks) {
+    Console& console = Edit();
+    console.TypeBytes(std::string("miss-call Zo\xc3\xab") + kTab + "123\n");
+    console.Await("Zo\xc3\xab's Clover has missed a call from 123");
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, CompletesArgumentsByTheirKind) {
+    std::ofstream(directory_.File("strange.vcf")) << "BEGIN:VCARD";
+    Console& console = Edit();
+    for (const auto& [keys, answer] :
+         {std::pair("help pho\t\n", "Usage: phones\n"),
+          std::pair("log of\t\n", "The log of calls is off already\n"),
+          std::pair("hang GetSi\t\n", "GetSize gets no answer"),
+          std::pair("hide * Dev\tAli\t\n",
+                    "Alias of all objects is missing: shown when the object is next found"),
+          std::pair("content-file str\t\n", "strange.vcf: shown with the next pull")}) {
+        console.TypeBytes(keys);
+        console.Await(answer);
+    }
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, RecallsTheLastLineByCursorUp) {
+    Console& console = Edit();
+    console.TypeBytes("remove Birch\n");
+    console.Await(kBirchIsOut);
+    console.TypeBytes("return Birch\n");
+    console.Await("Birch is back in reach");
+    console.TypeBytes(std::string(kCursorUp) + kCursorUp + "\n");
+    console.Await(kBirchIsOut);
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, RedisplaysTheTypedLineBelowALogLine) {
+    Console& console = Edit({"--do=log on"});
+    console.TypeBytes("remove Bir");
+    console.Await("remove Bir");
+    auto call = Running({"gdbus", "call", "--address", bus_.Address(), "-d", "com.veltrisonix",
+                         "-o", "/", "-m", "org.freedesktop.DBus.ObjectManager.GetManagedObjects"});
+    Launch(call).ExpectExit(0, Console::Rest::kIgnored);
+    console.Await("\r\x1b[J");
+    console.Await("GetManagedObjects");
+    console.Await("\n> remove Bir");
+    console.TypeBytes("ch\n");
+    console.Await(kBirchIsOut);
+    EndByQuit(console);
+}
+
+TEST_F(LineEditor, KeepsServingAfterControlD) {
+    Console& console = Edit();
+    console.TypeBytes(kControlD);
+    console.Await("\n");
+    Tell("phones");
+    console.Signal(SIGTERM);
+    console.ExpectExit(0, Console::Rest::kIgnored);
+}
+
+TEST_F(LineEditor, EndsByControlCAfterALoneEscape) {
+    Console& console = Edit();
+    console.TypeBytes("rem");
+    console.Await("rem");
+    console.TypeBytes("\x1b");
+    console.TypeBytes("\x03");
+    console.ExpectExit(0, Console::Rest::kIgnored);
+}
+
+// With a shell that does not restore the modes itself.
+TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
+    std::string words;
+    for (const std::string& word : ProgramWords()) words += word + " ";
+    const std::string script = "set -m; before=$(stty -g); " + words +
+                               "; [ \"$before\" = \"$(stty -g)\" ] && echo the same; fg";
+    auto options = Running({"sh", "-c", script}, Wiring::kPersonsTerminal);
+    options.bus_address = bus_.Address();
+    Console& console = Launch(options);
+    console.Await("> ");
+    console.TypeBytes("remove Bir");
+    console.Await("remove Bir");
+    console.TypeBytes("\x1a");
+    console.Await("the same\n");
+    console.Await("> remove Bir");
+    console.TypeBytes("\t");
+    console.Await("ch ");
+    console.TypeBytes("\n");
+    console.Await(kBirchIsOut);
+    EndByQuit(console);
+}
+
+// The shell's terminal remains when the simulator has ended.
+TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
+    std::string words;
+    for (const std::string& word : ProgramWords()) words += word + " ";
+    constexpr char kNone[] = "";  // the bus is lost
+    for (const char* const keys : {"quit\n", "\x03", "\x1c", kNone}) {
+        const std::string script = "before=$(stty -g); trap : INT QUIT; ulimit -c 0; " + words +
+                                   "; [ \"$before\" = \"$(stty -g)\" ] && echo the same";
+        auto options = Running({"sh", "-c", script}, Wiring::kPersonsTerminal);
+        options.bus_address = bus_.Address();
+        Console& console = Launch(options);
+        console.AllowStderr("Quit");
+        console.AllowStderr("The connection to the bus was lost");
+        console.Await("> ");
+        *keys == '\0' ? bus_.Kill() : console.TypeBytes(keys);
+        console.Await("the same\n");
+        console.ExpectExit(0);
+    }
+}
+
+TEST_F(PlainInput, IsReadFromADumbTerminal) {
+    auto options = RunningProgram({}, Wiring::kTerminal);
+    options.bus_address = bus_.Address();
+    options.prefix = {"env", "TERM=dumb"};
+    Console& console = Launch(options);
+    console.Expect("Serving com.veltrisonix\n");
+    Quit(console);
+}
+
+TEST_F(PlainInput, IsReadFromAPipe) {
+    auto options = RunningProgram({});
+    options.bus_address = bus_.Address();
+    Console& console = Launch(options);
+    console.Expect("Serving com.veltrisonix\n");
+    console.Type("remove Birch");
+    console.Expect(kBirchIsOut);
+    Quit(console);
+}
+
+}  // namespace
+}  // namespace simulator
