@@ -240,6 +240,10 @@ std::vector<TransferInfo> Daemon::DescribeTransfers() const {
     return impl_->Ask([](Stack& stack) { return stack.sessions().DescribeTransfers(); });
 }
 
+bool Daemon::Lacks(const std::string& path, const std::string& interface) const {
+    return impl_->Ask([&](Stack& stack) { return stack.world().tree.Lacks(path, interface); });
+}
+
 bool Daemon::SetConnectionState(const std::string& session, std::uint8_t state) {
     return impl_->Change(
         [&](Stack& stack) { return stack.GetSession(session).SetConnectionState(state); });

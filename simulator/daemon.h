@@ -128,6 +128,9 @@ class Daemon {
     /// no transfer object behind it, in the reply to every pull while this is on.
     bool UseEmptyTransferPath(bool use);
 
+    /// Whether the object exists, without this interface.
+    [[nodiscard]] bool Lacks(const std::string& path, const std::string& interface) const;
+
     // What happens on a phone, by its device path or address. Clients hear of it when a call of
     // theirs brings the news, as the profile has it.
     void MissCall(const std::string& phone, const std::string& number);

@@ -41,6 +41,12 @@ bool ObjectTree::Has(const std::string& path) const {
     return object != nullptr;
 }
 
+bool ObjectTree::Lacks(const std::string& path, const std::string& interface) const {
+    const GlibPtr<GDBusInterface> found(g_dbus_object_manager_get_interface(
+        G_DBUS_OBJECT_MANAGER(server_.get()), path.c_str(), interface.c_str()));
+    return found == nullptr && Has(path);
+}
+
 void ObjectTree::Attach(GDBusConnection* connection) {
     g_dbus_object_manager_server_set_connection(server_.get(), connection);
 }

@@ -17,6 +17,8 @@ class ObjectTree {
     /// Announces that it has gone, if there was one.
     void Unexport(const std::string& path);
     [[nodiscard]] bool Has(const std::string& path) const;
+    /// Whether the object exists, without this interface.
+    [[nodiscard]] bool Lacks(const std::string& path, const std::string& interface) const;
 
     /// Serves the objects on a connection; null serves them nowhere.
     void Attach(GDBusConnection* connection);

@@ -172,8 +172,15 @@ Word Interface(const Situation& situation, const std::string& word) {
     return {interface, LastPart(interface, '.')};
 }
 
+/// A path need not exist, see `Object`.
 Word Property(const Situation& situation, const std::string& word) {
-    return Same(ResolveProperty(situation.earlier.back().value, word, situation.insists));
+    const Word& object = situation.earlier.front();
+    const Word& interface = situation.earlier.back();
+    const Word property = Same(ResolveProperty(interface.value, word, situation.insists));
+    if (!situation.insists && situation.daemon.Lacks(object.value, interface.value)) {
+        throw Invalid(object.label + " has no interface " + interface.label);
+    }
+    return property;
 }
 
 Word ErrorName(const Situation& /*situation*/, const std::string& word) {

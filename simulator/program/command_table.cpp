@@ -22,8 +22,8 @@ constexpr char kAtNextCall[] = "when it is next called";
 constexpr char kAtNextPull[] = "with the next pull";
 constexpr char kWhenFound[] =
     "when the object is next found: a phone after remove and return; with *, also a session with "
-    "the "
-    "next one, and a transfer with the next pull";
+    "the next one, and a transfer with the next pull; in a session or transfer that exists, when "
+    "the property next changes";
 
 template <auto Member, typename... Arguments>
 bool Invoke(Daemon& daemon, const Arguments&... arguments) {
@@ -251,7 +251,7 @@ std::string Describe(const Command& command) {
         text += std::string("Shown ") + command.shown + ".\n";
     }
     if (ChecksNames(command)) {
-        text += std::string("To use names that no interface has: ") + command.name + "!\n";
+        text += std::string("To use names that are unknown: ") + command.name + "!\n";
     }
     return text + "Example: " + command.example + "\n";
 }

@@ -129,7 +129,7 @@ TEST_F(SimulatorCommands, EmptyLinesAndRemarksDoNothing) {
 TEST_F(SimulatorCommands, HelpDescribesOneCommand) {
     EXPECT_EQ(Execute("help refuse"),
               "Usage: refuse METHOD ERROR MESSAGE\nAnswer a method with an error.\n"
-              "Shown when it is next called.\nTo use names that no interface has: refuse!\n"
+              "Shown when it is next called.\nTo use names that are unknown: refuse!\n"
               "Example: refuse Select Failed Not today\n");
     EXPECT_EQ(Execute("help phones"), "Usage: phones\nList the phones.\nExample: phones\n");
     EXPECT_EQ(Execute("help").find("help [COMMAND]                                List the "
@@ -220,6 +220,22 @@ TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
         EXPECT_NE(Execute(known), "");
 }
 
+TEST_F(SimulatorCommands, InterfacesThatAnObjectLacksAreRefused) {
+    const std::pair<const char*, const char*> refusals[] = {
+        {"override session Device1 Alias 'x'", "session0 has no interface Device1"},
+        {"hide transfer PhonebookAccess1 Folder", "transfer0 has no interface PhonebookAccess1"},
+        {"notify Aster Session1 Root '/'", "Aster has no interface Session1"},
+        {"invalidate session Transfer1 Status", "session0 has no interface Transfer1"},
+        {"flood Birch Transfer1 Status 2 'x'", "Birch has no interface Transfer1"},
+    };
+    for (const auto& [line, refusal] : refusals)
+        ExpectComplaint(line, Kind::kBadArguments, refusal);
+    for (const char* const accepted :
+         {"override! session Device1 Alias 'x'", "hide /not/yet Device1 Alias",
+          "hide * Device1 Alias", "hide session PhonebookAccess1 Folder"})
+        EXPECT_NE(Execute(accepted), "");
+}
+
 TEST_F(SimulatorCommands, OperatorCanInsistOnUnknownNames) {
     Execute("refuse! Selct Failed Busy");
     EXPECT_EQ(Access("Selct"), "com.veltrisonix.Error.Failed: Busy");
@@ -247,7 +263,7 @@ TEST_F(SimulatorCommands, ObjectsHaveShortNames) {
     };
     for (const auto& [word, path] : objects) {
         client().TakeSignals();
-        Execute(string("notify ") + word + " Device1 Alias 'x'");
+        Execute(string("notify! ") + word + " Device1 Alias 'x'");
         EXPECT_EQ(client().TakeSignals(), Signals{Changed(path, "Device1", "'Alias': <'x'>")})
             << word;
     }
@@ -278,8 +294,7 @@ TEST_F(SimulatorCommands, SayWhatChangedAndWhenItIsShown) {
         {"override * Device1 Alias uint32 7",
          "Alias of all objects reads as uint32 7: shown when the object is next found: a phone "
          "after remove and return; with *, also a session with the next one, and a transfer with "
-         "the "
-         "next pull\n"},
+         "the next pull; in a session or transfer that exists, when the property next changes\n"},
         {"notify session Session1 Root '/x'", "Root of session0 is announced as '/x'\n"},
         {"state session 3", "The connection state of session0 is 3: shown at the next answer\n"},
         {"quit", "The daemon ends: shown at once; an open session ends at the next answer\n"},
