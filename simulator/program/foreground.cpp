@@ -4,10 +4,13 @@
 
 #include <glib-unix.h>
 
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 
 namespace simulator {
 namespace {
@@ -54,6 +57,20 @@ pid_t StartCommand(SignalQueue& signals, const std::vector<std::string>& command
 }
 
 }  // namespace
+
+int EndAs(const Ending& ending) {
+    if (ending.signal != 0) {
+        prctl(PR_SET_DUMPABLE, 0);
+        std::fflush(nullptr);
+        std::signal(ending.signal, SIG_DFL);
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, ending.signal);
+        pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+        raise(ending.signal);
+    }
+    return ending.status;
+}
 
 SignalQueue::SignalQueue()
     : descriptor_([] {
@@ -108,17 +125,17 @@ Foreground::~Foreground() {
 }
 
 void Foreground::Terminate() const {
-    if (!status_) {
+    if (!ending_) {
         kill(process_, SIGTERM);
         kill(process_, SIGCONT);
     }
 }
 
-int Foreground::AwaitEnd() const {
-    while (!status_) {
+Ending Foreground::AwaitEnd() const {
+    while (!ending_) {
         g_main_context_iteration(nullptr, TRUE);
     }
-    return *status_;
+    return *ending_;
 }
 
 void Foreground::OnSignals() {
@@ -126,7 +143,7 @@ void Foreground::OnSignals() {
         const auto signal = static_cast<int>(info->ssi_signo);
         if (signal == SIGCHLD) {
             Reap();
-        } else if (!status_ && (info->ssi_code <= 0 || signal == SIGHUP)) {
+        } else if (!ending_ && (info->ssi_code <= 0 || signal == SIGHUP)) {
             kill(process_, signal);
         }
     }
@@ -134,12 +151,13 @@ void Foreground::OnSignals() {
 
 void Foreground::Reap() {
     int status = 0;
-    while (!status_ && waitpid(process_, &status, WNOHANG | WUNTRACED) > 0) {
+    while (!ending_ && waitpid(process_, &status, WNOHANG | WUNTRACED) > 0) {
         if (WIFSTOPPED(status)) {
             raise(SIGSTOP);
             kill(process_, SIGCONT);
         } else {
-            status_ = WIFSIGNALED(status) ? kEndedBySignal + WTERMSIG(status) : WEXITSTATUS(status);
+            ending_ = WIFSIGNALED(status) ? Ending{EXIT_FAILURE, WTERMSIG(status)}
+                                          : Ending{WEXITSTATUS(status)};
             on_end_();
         }
     }

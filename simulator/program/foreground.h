@@ -14,8 +14,15 @@
 
 namespace simulator {
 
-/// Added to a signal's number, as shells do, it is the exit status.
-inline constexpr int kEndedBySignal = 128;
+/// How a process ended.
+struct Ending {
+    int status;
+    int signal = 0;  ///< that ended it, or 0
+};
+
+/// Ends this process by the signal, without a core dump, or returns the exit status. A shell leaves
+/// a loop at Ctrl-C only if the command in it was ended by SIGINT.
+int EndAs(const Ending& ending);
 
 /// What ends the program with another status than `EXIT_FAILURE`.
 class ExitError : public std::runtime_error {
@@ -64,9 +71,8 @@ class Foreground {
 
     /// Sends SIGTERM, unless the command has ended.
     void Terminate() const;
-    /// Runs the default main context until the command has ended. Returns its exit status, or
-    /// 128 + N if signal N has ended it.
-    [[nodiscard]] int AwaitEnd() const;
+    /// Runs the default main context until the command has ended.
+    [[nodiscard]] Ending AwaitEnd() const;
 
   private:
     void OnSignals();
@@ -76,7 +82,7 @@ class Foreground {
     const std::function<void()> on_end_;
     const pid_t process_;
     const unsigned source_;
-    std::optional<int> status_;
+    std::optional<Ending> ending_;
 };
 
 }  // namespace simulator

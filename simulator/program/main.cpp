@@ -29,6 +29,7 @@ using morvane::ErrorPtr;
 using morvane::Out;
 using morvane::TextPtr;
 using simulator::CommandLine;
+using simulator::Ending;
 using simulator::ExitError;
 using simulator::LineEditor;
 using simulator::Output;
@@ -151,7 +152,7 @@ int Serve(const CommandLine& line) {
 }
 
 /// Runs the command on a bus of its own. When the simulation ends first, the command is terminated.
-int ServeInBackground(const CommandLine& line) {
+Ending ServeInBackground(const CommandLine& line) {
     simulator::SignalQueue signals;
     const simulator::WorkDirectory directory;
     const simulator::PrivateBus bus(directory);
@@ -166,10 +167,10 @@ int ServeInBackground(const CommandLine& line) {
         server.Execute(command);
     }
     if (server.IsQuitting()) {
-        return EXIT_SUCCESS;
+        return {EXIT_SUCCESS};
     }
     if (const int signal = signals.TakeTermination(); signal != 0) {
-        return simulator::kEndedBySignal + signal;
+        return {EXIT_FAILURE, signal};
     }
     simulator::Foreground command(signals, line.program, bus.address(),
                                   [&server] { server.Stop(); });
@@ -181,8 +182,8 @@ int ServeInBackground(const CommandLine& line) {
         status = EXIT_FAILURE;
     }
     command.Terminate();
-    const int command_status = command.AwaitEnd();
-    return status != EXIT_SUCCESS ? status : command_status;
+    const Ending ending = command.AwaitEnd();
+    return status != EXIT_SUCCESS ? Ending{status} : ending;
 }
 
 int Run(int argc, char** argv) {
@@ -206,7 +207,7 @@ int Run(int argc, char** argv) {
     if (!line.phone_book.empty()) {
         line.options.phone_book = simulator::LoadPhoneBook(line.phone_book);
     }
-    return line.program.empty() ? Serve(line) : ServeInBackground(line);
+    return line.program.empty() ? Serve(line) : simulator::EndAs(ServeInBackground(line));
 }
 
 }  // namespace

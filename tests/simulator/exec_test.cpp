@@ -60,12 +60,32 @@ TEST_P(ExecStatus, IsThatOfTheCommand) {
 constexpr Outcome kOutcomes[] = {
     {"Success", "exit 0", 0},
     {"Failure", "exit 3", 3},
-    {"EndBySignal", "kill -TERM $$", 143},
-    {"EndByKill", "kill -KILL $$", 137},
 };
 
 INSTANTIATE_TEST_SUITE_P(All, ExecStatus, testing::ValuesIn(kOutcomes),
                          [](const auto& outcome) { return outcome.param.test; });
+
+TEST_F(Exec, EndsByTheSignalThatEndsTheCommand) {
+    for (const int signal : {SIGTERM, SIGKILL, SIGSEGV}) {
+        Console& console = RunShell("kill -" + std::to_string(signal) + " $$");
+        console.ExpectEndBySignal(signal);
+        ExpectNothingLeft();
+        EXPECT_FALSE(std::filesystem::exists(directory_.File("core")));
+    }
+}
+
+// bash leaves a loop only if the command in it was ended by SIGINT.
+TEST_F(Exec, ControlCEndsALoopOfAShellAroundIt) {
+    std::string words;
+    for (const std::string& word : ProgramWords()) words += word + " ";
+    const std::string script =
+        "for i in 1 2; do " + words + "--exec sh -c 'echo ready; read line'; done; echo after";
+    Console& console = Launch(Running({"bash", "-c", script}, Wiring::kTerminal));
+    console.Expect("ready\n");
+    console.TypeBytes("\x03");
+    console.ExpectEndBySignal(SIGINT, Console::Rest::kNone);
+    ExpectNothingLeft();
+}
 
 TEST_F(Exec, EndsWith127IfThereIsNoSuchCommand) {
     Console& console = Run({"--exec", "no-such-command"});
@@ -214,7 +234,7 @@ TEST_F(Exec, EndsWhenItsTerminalHangsUp) {
     Console& console = RunShell("echo $$; exec sleep 1000", {}, Wiring::kTerminal);
     NextLine(console);
     console.HangUp();
-    console.ExpectExit(129);
+    console.ExpectEndBySignal(SIGHUP);
     ExpectNothingLeft();
 }
 
