@@ -13,6 +13,7 @@ constexpr Duration kDefaultLimit(10000);
 constexpr Duration kSilence(500);  // after which output that differs is taken as complete
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 constexpr std::size_t kMostOfUnfinished = 1000;
+constexpr std::size_t kMostLinesListed = 15;
 constexpr std::size_t kMostBytesAfterDifference = std::size_t{64} << 10U;
 
 std::vector<std::string> Join(std::vector<std::string> words,
@@ -175,14 +176,19 @@ void Player::Settle(const Step& step) {
     }
 }
 
+// The lines of this step, with the last one even if it is not finished.
+std::vector<std::string> Player::Displayed() const {
+    std::vector<std::string> lines = matcher_->Lines();
+    if (display_.Prompt().empty() && !display_.Unfinished().empty()) {
+        lines.push_back(display_.Unfinished().substr(0, kMostOfUnfinished));
+    }
+    return lines;
+}
+
 void Player::RecordDifference(const Step& step) {
-    std::vector<std::string> displayed = matcher_->Lines();
     const std::string prompt = display_.Prompt();
     const bool other_prompt = !prompt.empty() && prompt != step.prompt;
-    if (prompt.empty() && !display_.Unfinished().empty()) {
-        displayed.push_back(display_.Unfinished().substr(0, kMostOfUnfinished));
-    }
-    Align(step, displayed, edits_);
+    Align(step, Displayed(), edits_);
     const bool has_prompt = step.action != Step::Action::kEnd && !step.prompt.empty();
     if (step.action == Step::Action::kType && (other_prompt || prompt.empty())) {
         edits_.Delete(step.line);
@@ -243,6 +249,27 @@ void Player::Report(const Step& step, Outcome outcome) {
     if (!edits_.IsEmpty()) {
         report_ += edits_.Diff(file_.name);
     }
+    report_ += ListHidden(step);
+}
+
+// A diff shows "..." in place of the lines that it matches.
+std::string Player::ListHidden(const Step& step) const {
+    const std::vector<std::string> lines = Displayed();
+    const bool hides = std::any_of(
+        step.output.begin(), step.output.end(),
+        [](const Element& element) { return element.kind == Element::Kind::kAnyLines; });
+    if (!hides || lines.empty()) {
+        return "";
+    }
+    const std::size_t left_out = lines.size() - std::min(lines.size(), kMostLinesListed);
+    std::string list = "displayed since the last answer:\n";
+    if (left_out > 0) {
+        list += "  (" + std::to_string(left_out) + " more lines)\n";
+    }
+    for (std::size_t i = left_out; i < lines.size(); ++i) {
+        list += "  " + lines[i] + "\n";
+    }
+    return list;
 }
 
 void Player::CheckExitStatus() {

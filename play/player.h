@@ -49,7 +49,9 @@ class Player {
     void Settle(const Step& step);
 
     void RecordDifference(const Step& step);
+    [[nodiscard]] std::vector<std::string> Displayed() const;
     void Report(const Step& step, Outcome outcome);
+    [[nodiscard]] std::string ListHidden(const Step& step) const;
     [[nodiscard]] std::string Awaited(const Step& step) const;
     [[nodiscard]] std::string DescribeDifference(const Step& step) const;
     void CheckExitStatus();

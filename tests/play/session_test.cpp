@@ -202,6 +202,49 @@ needed: a phone
  one
 -two
 )"},
+    {"LineBehindAnyLines", "one\n...\nlast\nVantor > q\n", "echo one; echo two; printf three",
+     R"(a.session:3: /bin/sh ended with status 0, awaited was "last"
+--- a.session
++++ displayed
+@@ -1,4 +1,2 @@
+ one
+ ...
+-last
+-Vantor > q
+displayed since the last answer:
+  one
+  two
+  three
+)"},
+    {"LineBehindManyLines", "1\n% await 50ms\n...\nlast\nVantor > q\n",
+     R"(lines=$(seq 20); printf '%s\nVantor > ' "$lines"; read -r answer)",
+     R"(a.session:4: "last" did not come within 50 ms; displayed last: "20"
+--- a.session
++++ displayed
+@@ -1,5 +1,4 @@
+ 1
+ % await 50ms
+ ...
+-last
+ Vantor > q
+displayed since the last answer:
+  (5 more lines)
+  6
+  7
+  8
+  9
+  10
+  11
+  12
+  13
+  14
+  15
+  16
+  17
+  18
+  19
+  20
+)"},
     {"OtherExitStatus", "one\n", "echo one; exit 3",
      "a.session: /bin/sh ended with status 3, expected was 0\n"},
     {"OutputWithoutEnd", "% timeout 60min\n...\nVantor > q\n", "exec yes",
