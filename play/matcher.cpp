@@ -77,8 +77,12 @@ void Matcher::Add(const std::string& line) {
 
 void Matcher::SetStates(std::vector<State> states) {
     states_ = std::move(states);
-    for (const State& state : states_) {
-        awaited_ = std::max(awaited_, state.element);
+    if (!states_.empty()) {
+        awaited_ = std::max_element(states_.begin(), states_.end(),
+                                    [](const State& one, const State& other) {
+                                        return one.element < other.element;
+                                    })
+                       ->element;
     }
 }
 

@@ -151,7 +151,8 @@ Player::Outcome Player::Await(const Step& step) {
         if (received_ > kMostBytes) {
             return Outcome::kFlooded;
         }
-        if (std::exchange(awaited, matcher_->Awaited()) != awaited) {
+        if (matcher_->Awaited() > awaited) {
+            awaited = matcher_->Awaited();
             deadline = Clock::now() + Limit(step);
         }
         if (Clock::now() >= deadline) {

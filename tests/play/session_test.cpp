@@ -216,6 +216,19 @@ displayed since the last answer:
   two
   three
 )"},
+    {"MoreLinesThanAnyLinesAndLast", "...\nlast\n", "echo one; echo last; echo two",
+     R"(a.session:2: /bin/sh ended with status 0, awaited was "last"
+--- a.session
++++ displayed
+@@ -1,2 +1,3 @@
+ ...
+ last
++two
+displayed since the last answer:
+  one
+  last
+  two
+)"},
     {"LineBehindManyLines", "1\n% await 50ms\n...\nlast\nVantor > q\n",
      R"(lines=$(seq 20); printf '%s\nVantor > ' "$lines"; read -r answer)",
      R"(a.session:4: "last" did not come within 50 ms; displayed last: "20"
