@@ -38,6 +38,9 @@ class Alignment {
         cells_.resize((Elements() + 1) * width_);
         At(0, 0).cost = 0;
         for (std::size_t element = 0; element <= Elements(); ++element) {
+            if (element < Elements() && ElementAt(element).kind == Element::Kind::kAnyOrder) {
+                FindPatternsOfLines(ElementAt(element));
+            }
             for (std::size_t line = 0; line <= Lines(); ++line) {
                 Leave(element, line);
             }
@@ -118,16 +121,23 @@ class Alignment {
         Offer(element, line + 1, {cost + kChange, Cell::Move::kInsert, 0});
     }
 
+    void FindPatternsOfLines(const Element& group) {
+        patterns_of_.resize(Lines());
+        for (std::size_t line = 0; line < Lines(); ++line) {
+            patterns_of_[line] = FindPatterns(group.lines, LineAt(line));
+        }
+    }
+
     void LeaveByGroup(std::size_t element, std::size_t line) {
-        const Element& group = ElementAt(element);
-        const std::size_t most = std::min(group.lines.size(), Lines() - line);
+        const std::size_t patterns = ElementAt(element).lines.size();
+        const std::size_t most = std::min(patterns, Lines() - line);
+        Assignment assignment(patterns);
         for (std::size_t count = 1; count <= most; ++count) {
-            const std::vector<std::size_t> line_of = AssignLines(group.lines, &LineAt(line), count);
-            const auto unmatched =
-                static_cast<std::size_t>(std::count(line_of.begin(), line_of.end(), kNoLine));
-            const std::size_t matched = line_of.size() - unmatched;
+            assignment.Add(patterns_of_[line + count - 1]);
+            const std::size_t matched = assignment.Matched();
             if (matched > 0) {
-                const std::size_t change = kChange * unmatched + kChangeInGroup * (count - matched);
+                const std::size_t change =
+                    kChange * (patterns - matched) + kChangeInGroup * (count - matched);
                 Offer(element + 1, line + count,
                       {At(element, line).cost + change, Cell::Move::kGroup, count});
             }
@@ -179,15 +189,18 @@ class Alignment {
     }
 
     void ApplyGroup(const Element& group, const std::string* lines, std::size_t count) {
-        const std::vector<std::size_t> line_of = AssignLines(group.lines, lines, count);
-        for (std::size_t i = 0; i < line_of.size(); ++i) {
-            if (line_of[i] == kNoLine) {
-                edits_.Delete(group.lines[i].line);
+        Assignment assignment(group.lines.size());
+        for (std::size_t line = 0; line < count; ++line) {
+            assignment.Add(FindPatterns(group.lines, lines[line]));
+        }
+        for (std::size_t pattern = 0; pattern < group.lines.size(); ++pattern) {
+            if (assignment.LineOf(pattern) == kNone) {
+                edits_.Delete(group.lines[pattern].line);
             }
         }
-        for (std::size_t i = 0; i < count; ++i) {
-            if (std::find(line_of.begin(), line_of.end(), i) == line_of.end()) {
-                edits_.Insert(group.end - 1, WriteGeneral(lines[i]));
+        for (std::size_t line = 0; line < count; ++line) {
+            if (assignment.PatternOf(line) == kNone) {
+                edits_.Insert(group.end - 1, WriteGeneral(lines[line]));
             }
         }
     }
@@ -201,6 +214,7 @@ class Alignment {
     std::size_t last_line_ = displayed_.size();
     std::size_t width_ = 0;
     std::vector<Cell> cells_;
+    std::vector<std::vector<std::size_t>> patterns_of_;  // of a group, that match each line
 };
 
 }  // namespace

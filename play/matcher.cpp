@@ -4,60 +4,47 @@
 #include <utility>
 
 namespace play {
-namespace {
 
-/// Augmenting paths of a bipartite graph.
-class Assignment {
-  public:
-    Assignment(const std::vector<PatternLine>& patterns, const std::string* lines,
-               std::size_t count)
-        : patterns_(patterns), lines_(lines), pattern_of_(count, kNoLine) {}
-
-    bool Assign(std::size_t pattern) {
-        visited_.assign(pattern_of_.size(), false);
-        return Search(pattern);
+std::vector<std::size_t> FindPatterns(const std::vector<PatternLine>& patterns,
+                                      const std::string& line) {
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < patterns.size(); ++i) {
+        if (patterns[i].pattern.Matches(line)) {
+            found.push_back(i);
+        }
     }
+    return found;
+}
 
-    [[nodiscard]] const std::vector<std::size_t>& PatternOfEachLine() const { return pattern_of_; }
-
-  private:
-    // NOLINTNEXTLINE(misc-no-recursion): at most as deep as there are lines in any order
-    bool Search(std::size_t pattern) {
-        for (std::size_t line = 0; line < pattern_of_.size(); ++line) {
-            if (visited_[line] || !patterns_[pattern].pattern.Matches(lines_[line])) {
+// Searches an augmenting path of the bipartite graph, breadth first.
+bool Assignment::Add(std::vector<std::size_t> patterns) {
+    std::vector<std::size_t> lines = {patterns_of_.size()};
+    std::vector<std::size_t> reached_from(line_of_.size(), kNone);
+    patterns_of_.push_back(std::move(patterns));
+    pattern_of_.push_back(kNone);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        for (const std::size_t pattern : patterns_of_[lines[i]]) {
+            if (reached_from[pattern] != kNone) {
                 continue;
             }
-            visited_[line] = true;
-            if (pattern_of_[line] == kNoLine || Search(pattern_of_[line])) {
-                pattern_of_[line] = pattern;
+            reached_from[pattern] = lines[i];
+            if (line_of_[pattern] == kNone) {
+                Augment(pattern, reached_from);
                 return true;
             }
-        }
-        return false;
-    }
-
-    const std::vector<PatternLine>& patterns_;
-    const std::string* lines_;
-    std::vector<std::size_t> pattern_of_;
-    std::vector<bool> visited_;
-};
-
-}  // namespace
-
-std::vector<std::size_t> AssignLines(const std::vector<PatternLine>& patterns,
-                                     const std::string* lines, std::size_t count) {
-    Assignment assignment(patterns, lines, count);
-    for (std::size_t pattern = 0; pattern < patterns.size(); ++pattern) {
-        assignment.Assign(pattern);
-    }
-    std::vector<std::size_t> line_of(patterns.size(), kNoLine);
-    for (std::size_t line = 0; line < count; ++line) {
-        const std::size_t pattern = assignment.PatternOfEachLine()[line];
-        if (pattern != kNoLine) {
-            line_of[pattern] = line;
+            lines.push_back(line_of_[pattern]);
         }
     }
-    return line_of;
+    return false;
+}
+
+void Assignment::Augment(std::size_t pattern, const std::vector<std::size_t>& reached_from) {
+    while (pattern != kNone) {
+        const std::size_t line = reached_from[pattern];
+        line_of_[pattern] = line;
+        pattern = std::exchange(pattern_of_[line], pattern);
+    }
+    ++matched_;
 }
 
 Matcher::Matcher(const std::vector<Element>& elements) : elements_(&elements) {
@@ -69,7 +56,7 @@ Matcher::Matcher(const std::vector<Element>& elements) : elements_(&elements) {
 void Matcher::Add(const std::string& line) {
     lines_.push_back(line);
     std::vector<State> next;
-    for (const State& state : states_) {
+    for (State& state : states_) {
         Advance(state, next);
     }
     SetStates(std::move(next));
@@ -90,12 +77,12 @@ void Matcher::SetStates(std::vector<State> states) {
 void Matcher::Enter(std::vector<State>& states, std::size_t element) const {
     for (;; ++element) {
         const bool known = std::any_of(states.begin(), states.end(), [&](const State& state) {
-            return state.element == element && state.group == kNoLine;
+            return state.element == element && !state.group;
         });
         if (known) {
             return;
         }
-        states.push_back({element, kNoLine});
+        states.push_back({element, std::nullopt});
         if (element == elements_->size() ||
             (*elements_)[element].kind != Element::Kind::kAnyLines) {
             return;
@@ -103,7 +90,7 @@ void Matcher::Enter(std::vector<State>& states, std::size_t element) const {
     }
 }
 
-void Matcher::Advance(const State& state, std::vector<State>& next) const {
+void Matcher::Advance(State& state, std::vector<State>& next) const {
     if (state.element == elements_->size()) {
         return;
     }
@@ -115,17 +102,14 @@ void Matcher::Advance(const State& state, std::vector<State>& next) const {
             Enter(next, state.element + 1);
         }
     } else {
-        const std::size_t begin = state.group == kNoLine ? lines_.size() - 1 : state.group;
-        const std::size_t count = lines_.size() - begin;
-        const std::vector<std::size_t> line_of = AssignLines(element.lines, &lines_[begin], count);
-        const auto unmatched = std::count(line_of.begin(), line_of.end(), kNoLine);
-        if (line_of.size() - static_cast<std::size_t>(unmatched) < count) {
+        Assignment group = state.group ? std::move(*state.group) : Assignment(element.lines.size());
+        if (!group.Add(FindPatterns(element.lines, lines_.back()))) {
             return;
         }
-        if (unmatched == 0) {
+        if (group.Matched() == element.lines.size()) {
             Enter(next, state.element + 1);
         } else {
-            next.push_back({state.element, begin});
+            next.push_back({state.element, std::move(group)});
         }
     }
 }

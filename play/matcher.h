@@ -2,16 +2,41 @@
 
 #include "play/session_file.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace play {
 
-/// For lines that may come in any order: which line each pattern matches, so that as many as can be
-/// have one of their own; kNoLine for the others.
-inline constexpr std::size_t kNoLine = static_cast<std::size_t>(-1);
-std::vector<std::size_t> AssignLines(const std::vector<PatternLine>& patterns,
-                                     const std::string* lines, std::size_t count);
+inline constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+/// Which of the patterns match a line.
+std::vector<std::size_t> FindPatterns(const std::vector<PatternLine>& patterns,
+                                      const std::string& line);
+
+/// For lines that may come in any order: as many of them as can be have a pattern of their own.
+class Assignment {
+  public:
+    explicit Assignment(std::size_t patterns) : line_of_(patterns, kNone) {}
+
+    /// Adds a line that these patterns match. Returns whether one more line has a pattern.
+    bool Add(std::vector<std::size_t> patterns);
+    /// How many lines have a pattern.
+    [[nodiscard]] std::size_t Matched() const { return matched_; }
+    /// The line of a pattern, counted from the first added, or kNone.
+    [[nodiscard]] std::size_t LineOf(std::size_t pattern) const { return line_of_[pattern]; }
+    /// The pattern of a line, or kNone.
+    [[nodiscard]] std::size_t PatternOf(std::size_t line) const { return pattern_of_[line]; }
+
+  private:
+    void Augment(std::size_t pattern, const std::vector<std::size_t>& reached_from);
+
+    std::vector<std::size_t> line_of_;
+    std::vector<std::size_t> pattern_of_;
+    std::vector<std::vector<std::size_t>> patterns_of_;  // that match each line
+    std::size_t matched_ = 0;
+};
 
 /// Compares lines with the output of a step, one at a time. The elements must outlive it.
 class Matcher {
@@ -29,16 +54,15 @@ class Matcher {
     [[nodiscard]] const std::vector<std::string>& Lines() const { return lines_; }
 
   private:
-    /// A way to match all lines so far. `group` is the line with which an element in any order
-    /// began.
+    /// A way to match all lines so far. `group` exists inside an element in any order.
     struct State {
         std::size_t element;
-        std::size_t group;
+        std::optional<Assignment> group;
     };
 
     void SetStates(std::vector<State> states);
     void Enter(std::vector<State>& states, std::size_t element) const;
-    void Advance(const State& state, std::vector<State>& next) const;
+    void Advance(State& state, std::vector<State>& next) const;
 
     const std::vector<Element>* elements_;
     std::vector<std::string> lines_;
