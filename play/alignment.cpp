@@ -2,6 +2,7 @@
 #include "play/matcher.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 namespace play {
@@ -11,16 +12,20 @@ namespace {
 struct Cell {
     enum class Move { kNone, kMatch, kDelete, kInsert, kSkip, kAbsorb, kGroup };
 
-    std::size_t cost = std::numeric_limits<std::size_t>::max();
+    std::uint64_t cost = std::numeric_limits<std::uint64_t>::max();
     Move move = Move::kNone;
     std::size_t count = 0;  ///< of lines, in a group
 };
 
-// A line that is not expected is cheaper inside lines in any order than behind them.
-constexpr std::size_t kChange = 2;
-constexpr std::size_t kChangeInGroup = 1;
 // What is compared at most, in cells; of more, nothing is kept.
 constexpr std::size_t kLargestTable = 4'000'000;
+constexpr std::uint64_t kInsert = 2;
+// A line in place of another in any order is there, one more is behind them.
+constexpr std::uint64_t kReplaceInGroup = 1;
+constexpr std::uint64_t kInsertIntoGroup = 3;
+// More than all insertions: a line of the file that was displayed is kept even where "..." could
+// match it.
+constexpr std::uint64_t kDelete = kInsertIntoGroup * kLargestTable;
 
 /// An edit distance.
 class Alignment {
@@ -101,7 +106,7 @@ class Alignment {
     }
 
     void Leave(std::size_t element, std::size_t line) {
-        const std::size_t cost = At(element, line).cost;
+        const std::uint64_t cost = At(element, line).cost;
         if (element < Elements()) {
             const Element& next = ElementAt(element);
             if (next.kind == Element::Kind::kAnyLines) {
@@ -109,7 +114,7 @@ class Alignment {
                 Offer(element, line + 1, {cost, Cell::Move::kAbsorb, 0});
             } else {
                 Offer(element + 1, line,
-                      {cost + kChange * next.lines.size(), Cell::Move::kDelete, 0});
+                      {cost + kDelete * next.lines.size(), Cell::Move::kDelete, 0});
             }
             if (line < Lines() && Match(next, LineAt(line))) {
                 Offer(element + 1, line + 1, {cost, Cell::Move::kMatch, 0});
@@ -118,7 +123,7 @@ class Alignment {
                 LeaveByGroup(element, line);
             }
         }
-        Offer(element, line + 1, {cost + kChange, Cell::Move::kInsert, 0});
+        Offer(element, line + 1, {cost + kInsert, Cell::Move::kInsert, 0});
     }
 
     void FindPatternsOfLines(const Element& group) {
@@ -130,14 +135,17 @@ class Alignment {
 
     void LeaveByGroup(std::size_t element, std::size_t line) {
         const std::size_t patterns = ElementAt(element).lines.size();
-        const std::size_t most = std::min(patterns, Lines() - line);
+        // A limit for the time that this takes.
+        const std::size_t most = std::min(2 * patterns, Lines() - line);
         Assignment assignment(patterns);
         for (std::size_t count = 1; count <= most; ++count) {
             assignment.Add(patterns_of_[line + count - 1]);
-            const std::size_t matched = assignment.Matched();
-            if (matched > 0) {
-                const std::size_t change =
-                    kChange * (patterns - matched) + kChangeInGroup * (count - matched);
+            const std::size_t missing = patterns - assignment.Matched();
+            const std::size_t others = count - assignment.Matched();
+            const std::size_t replaced = std::min(missing, others);
+            if (assignment.Matched() > 0) {
+                const std::uint64_t change = kDelete * missing + kReplaceInGroup * replaced +
+                                             kInsertIntoGroup * (others - replaced);
                 Offer(element + 1, line + count,
                       {At(element, line).cost + change, Cell::Move::kGroup, count});
             }

@@ -24,13 +24,19 @@ int PlayFile(const SessionFile& file, PlayOptions options, Results& results, Sig
     try {
         Player player(file, options, signals);
         const std::string report = player.Play();
-        if (report.empty() && !player.Differences().IsEmpty()) {
-            ReplaceFile(file.name, player.Differences().Result());
+        if (!report.empty()) {
+            results.Add(file.name, Results::Verdict::kFailed, report);
+            return kDiffers;
         }
-        results.Add(file.name, report);
-        return report.empty() ? kAgrees : kDiffers;
+        if (player.Differences().IsEmpty()) {
+            results.Add(file.name, Results::Verdict::kAgrees, "");
+        } else {
+            ReplaceFile(file.name, player.Differences().Result());
+            results.Add(file.name, Results::Verdict::kUpdated, "");
+        }
+        return kAgrees;
     } catch (const CannotRun& error) {
-        results.Add(file.name, error.what());
+        results.Add(file.name, Results::Verdict::kFailed, error.what());
         return kCannotRun;
     }
 }

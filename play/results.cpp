@@ -17,6 +17,18 @@ void PrintLines(std::string_view text, const char* prefix) {
     }
 }
 
+const char* Describe(Results::Verdict verdict) {
+    switch (verdict) {
+        case Results::Verdict::kAgrees:
+            return "agrees";
+        case Results::Verdict::kUpdated:
+            return "updated";
+        case Results::Verdict::kFailed:
+            break;
+    }
+    return "FAILED";
+}
+
 }  // namespace
 
 Results::Results(bool tap, std::size_t files)
@@ -38,15 +50,16 @@ void Results::EraseProgress() const {
     }
 }
 
-void Results::Add(const std::string& file, const std::string& report) {
+void Results::Add(const std::string& file, Verdict verdict, const std::string& report) {
     EraseProgress();
     ++number_;
     if (tap_) {
-        std::printf("%s %zu - %s\n", report.empty() ? "ok" : "not ok", number_, file.c_str());
-        PrintLines(report, "# ");
+        const char* const result = verdict == Verdict::kFailed ? "not ok" : "ok";
+        std::printf("%s %zu - %s\n", result, number_, file.c_str());
+        PrintLines(verdict == Verdict::kUpdated ? "updated" : report, "# ");
     } else {
         PrintLines(report, "");
-        std::printf("%s: %s\n", file.c_str(), report.empty() ? "agrees" : "FAILED");
+        std::printf("%s: %s\n", file.c_str(), Describe(verdict));
     }
     std::fflush(stdout);
 }

@@ -12,8 +12,9 @@ class Results {
     Results(bool tap, std::size_t files);
 
     void Progress(const std::string& file, std::size_t line, std::size_t lines) const;
-    /// `report` is nothing, or what failed, in lines.
-    void Add(const std::string& file, const std::string& report);
+    enum class Verdict { kAgrees, kUpdated, kFailed };
+    /// `report` is what failed, in lines.
+    void Add(const std::string& file, Verdict verdict, const std::string& report);
 
   private:
     void EraseProgress() const;

@@ -20,7 +20,7 @@ class UpdateTest : public PlayTest, public testing::WithParamInterface<Update> {
 
 TEST_P(UpdateTest, WritesWhatCame) {
     const PlayResult result = Play(GetParam().before, GetParam().script, {"--update"});
-    EXPECT_EQ(result.output, "a.session: agrees\n");
+    EXPECT_EQ(result.output, "a.session: updated\n");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(Read("a.session"), GetParam().after);
     EXPECT_EQ(Play(Read("a.session"), GetParam().script).status, 0);
@@ -41,12 +41,27 @@ constexpr Update kUpdates[] = {
      "% timeout 50ms\nVantor/New > q\nbye\n"},
     {"KeepsGroupInAnyOrder", "% any order\n[..]e\ntwo\n% end\nlast\n",
      "echo two; echo one; echo other", "% any order\n[..]e\ntwo\n% end\nother\n"},
+    {"KeepsLineBehindAnyLines", "...\nlast\n", "echo one; echo last; echo two; echo three",
+     "...\nlast\ntwo\nthree\n"},
+    {"KeepsLineAboveAnyLines", "first\n...\n", "echo new; echo first; echo more",
+     "new\nfirst\n...\n"},
+    {"KeepsLineBetweenAnyLines", "...\nlast\nnext\n...\n",
+     "echo one; echo last; echo two; echo next; echo three", "...\nlast\ntwo\nnext\n...\n"},
+    {"KeepsGroupBehindAnyLines", "...\n% any order\none\ntwo\n% end\n",
+     "echo zero; echo two; echo three; echo one; echo four",
+     "...\n% any order\none\ntwo\nthree\n% end\nfour\n"},
+    {"RemovesLineThatDidNotComeBehindAnyLines", "...\nlast\n", "echo one; echo two", "...\n"},
     {"ReplacesInGroup", "% any order\none\ntwo\n% end\nlast\n", "echo three; echo one; echo last",
      "% any order\none\nthree\n% end\nlast\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, UpdateTest, testing::ValuesIn(kUpdates),
                          [](const auto& update) { return std::string(update.param.name); });
+
+TEST_F(PlayTest, MarksUpdatedFileInTestAnythingProtocol) {
+    const PlayResult result = Play("one\n", "echo two", {"--tap", "--update"});
+    EXPECT_EQ(result.output, "TAP version 13\n1..1\nok 1 - a.session\n# updated\n");
+}
 
 TEST_F(PlayTest, DoesNotUpdateFileThatCannotBePlayedToItsEnd) {
     constexpr char kBefore[] = "one\nVantor > x\nVantor > q\n";
