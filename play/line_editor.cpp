@@ -22,6 +22,9 @@ LineEditor::Key LineEditor::Classify(char byte) const {
     if (Is(byte, VINTR) || Is(byte, VQUIT)) {
         return Key::kInterrupt;
     }
+    if (Is(byte, VREPRINT)) {
+        return Key::kReprint;
+    }
     return Is(byte, VSUSP) ? Key::kSuspend : Key::kText;
 }
 
@@ -37,7 +40,7 @@ void LineEditor::Add(char byte) {
         line_.clear();
     } else if (Is(byte, VWERASE)) {
         EraseWord();
-    } else if (!Is(byte, VREPRINT)) {
+    } else {
         line_ += byte;
     }
 }

@@ -9,7 +9,7 @@ namespace play {
 /// What a terminal in canonical mode makes of typed bytes, as far as prompts need it.
 class LineEditor {
   public:
-    enum class Key { kText, kEnter, kEndOfInput, kInterrupt, kSuspend };
+    enum class Key { kText, kEnter, kEndOfInput, kInterrupt, kSuspend, kReprint };
 
     explicit LineEditor(const termios& modes) : modes_(modes) {}
 

@@ -190,6 +190,9 @@ class Recorder {
             const char byte = keys_.front();
             keys_.erase(0, 1);
             const LineEditor::Key key = editor_.Classify(byte);
+            if (key == LineEditor::Key::kReprint) {
+                continue;  // the terminal would end the line of the prompt
+            }
             Type(byte);
             if (key == LineEditor::Key::kEnter) {
                 Answer(WriteAnswer(editor_.Line()), true);

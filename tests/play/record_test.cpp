@@ -89,6 +89,17 @@ read -r answer; echo "got $answer"
     EXPECT_EQ(Recorded(), "$ morvane\nFolder: pb\nVantor > abc\ngot abc\n");
 }
 
+TEST_F(RecordTest, DoesNotPassReprint) {
+    Record(kTwoPrompts);
+    Await(kMarker);
+    Type("a\x12");
+    Await("a");
+    Type("z\r");
+    Await(kValueMarker);
+    Type("b\r");
+    EXPECT_EQ(Recorded(), "$ morvane\nVantor > az\ngot az\nVantor/User Id ? b\ngot b\n");
+}
+
 TEST_F(RecordTest, PassesControlC) {
     Record(
         "trap 'echo interrupted >seen' INT\nprintf 'Vantor > '\n"

@@ -79,8 +79,8 @@ termios UsualModes() {
 
 TEST(LineEditorTest, EditsAsATerminalDoes) {
     const std::pair<const char*, const char*> typed[] = {
-        {"abc\x7f", "ab"},     {"\x7f", ""},   {"Jos\u00e9\x7f", "Jos"}, {"one two \x17", "one "},
-        {"one\x15two", "two"}, {"a\x12", "a"}, {"\x16\x15z", "\x15z"},
+        {"abc\x7f", "ab"},        {"\x7f", ""},          {"Jos\u00e9\x7f", "Jos"},
+        {"one two \x17", "one "}, {"one\x15two", "two"}, {"\x16\x15z", "\x15z"},
     };
     for (const auto& [keys, line] : typed) {
         LineEditor editor(UsualModes());
@@ -94,7 +94,7 @@ TEST(LineEditorTest, RecognisesKeysThatAct) {
     const std::pair<char, Key> keys[] = {
         {'x', Key::kText},          {'\r', Key::kEnter},       {'\n', Key::kEnter},
         {'\x04', Key::kEndOfInput}, {'\x03', Key::kInterrupt}, {'\x1c', Key::kInterrupt},
-        {'\x1a', Key::kSuspend},
+        {'\x1a', Key::kSuspend},    {'\x12', Key::kReprint},
     };
     LineEditor editor(UsualModes());
     for (const auto& [byte, key] : keys) EXPECT_EQ(editor.Classify(byte), key);
