@@ -1,28 +1,101 @@
 #include "play/answer.h"
 
+#include "play/text.h"
+
 #include <stdexcept>
+#include <utility>
 
 namespace play {
 namespace {
 
 constexpr std::string_view kEndOfInput = "^D";
-constexpr std::string_view kTypable = "CD[\\";  // of the keys that are written with a caret
-constexpr std::string_view kWithoutEnter = "\x03\x04\x1c";
+// Keys of a terminal with its usual settings: what edits the line, flow control, and what is text
+// itself.
+constexpr std::string_view kUntypable = "IJMQRSUVWZ?";
+constexpr std::string_view kActing = "CD\\";
+constexpr char kLiteralKey = 'V';           // makes the key behind it text
 constexpr std::size_t kLongestLine = 4000;  // what a terminal takes, and some room
+
+bool Contains(std::string_view letters, char letter) {
+    return letters.find(letter) != std::string_view::npos;
+}
 
 // Of a written answer: at a key such as "^C".
 bool IsKey(std::string_view text) {
-    return text.size() > 1 && text[0] == '^' && text[1] >= '@' && text[1] <= '_';
+    return text.size() > 1 && text[0] == '^' && text[1] >= '?' && text[1] <= '_';
 }
 
-void AppendKey(Answer& answer, char letter) {
-    if (kTypable.find(letter) == std::string_view::npos) {
-        throw std::invalid_argument(std::string("the key ^") + letter +
-                                    " cannot be typed; a caret is written \\^");
-    }
-    answer.keys += static_cast<char>(letter & 0x1f);
-    answer.echo += {'^', letter};
+char ByteOf(char letter) {
+    return letter == '?' ? '\x7f' : static_cast<char>(letter & 0x1f);
 }
+
+std::string WriteControl(char byte) {
+    const char letter = byte == '\x7f' ? '?' : static_cast<char>(byte | 0x40);
+    const bool is_plain = !Contains(kUntypable, letter) && !Contains(kActing, letter);
+    return (is_plain ? "^" : "^V^") + std::string(1, letter);
+}
+
+// Of text: a control character is written as a key.
+bool LooksLikeKey(std::string_view text) {
+    return IsKey(text) || (text.size() > 1 && text[0] == '^' && IsControl(text[1]));
+}
+
+/// Reads an answer from its beginning to its end.
+class AnswerReader {
+  public:
+    explicit AnswerReader(std::string_view written) : written_(written) {}
+
+    Answer Read() {
+        while (!written_.empty()) {
+            if (IsKey(written_)) {
+                ReadKey();
+            } else if (written_.front() == '\\') {
+                written_.remove_prefix(1);
+                ReadText();
+            } else {
+                ReadText();
+            }
+        }
+        if (!acts_) {
+            answer_.keys += '\n';
+        }
+        return std::move(answer_);
+    }
+
+  private:
+    void ReadText() {
+        acts_ = false;
+        if (!written_.empty()) {
+            answer_.keys += written_.front();
+            answer_.echo += written_.front();
+            written_.remove_prefix(1);
+        }
+    }
+
+    void ReadKey() {
+        const bool is_literal = written_[1] == kLiteralKey && IsKey(written_.substr(2));
+        if (is_literal) {
+            answer_.keys += ByteOf(kLiteralKey);
+            written_.remove_prefix(2);
+        }
+        const char letter = written_[1];
+        if (!is_literal && Contains(kUntypable, letter)) {
+            throw std::invalid_argument(std::string("the key ^") + letter +
+                                        " cannot be typed; a caret is written \\^");
+        }
+        if (!is_literal && letter == 'D') {
+            throw std::invalid_argument("^D must be the whole answer");
+        }
+        acts_ = !is_literal && Contains(kActing, letter);
+        answer_.keys += ByteOf(letter);
+        answer_.echo += {'^', letter};
+        written_.remove_prefix(2);
+    }
+
+    std::string_view written_;
+    Answer answer_;
+    bool acts_ = false;  // the last key, without Enter
+};
 
 }  // namespace
 
@@ -30,27 +103,9 @@ Answer ParseAnswer(std::string_view written) {
     if (written == kEndOfInput) {
         return {"\x04", ""};
     }
-    Answer answer;
-    for (std::size_t i = 0; i < written.size(); ++i) {
-        const bool escaped = written[i] == '\\';
-        if (!escaped && IsKey(written.substr(i))) {
-            AppendKey(answer, written[++i]);
-            continue;
-        }
-        if (escaped && ++i == written.size()) {
-            break;
-        }
-        answer.keys += written[i];
-        answer.echo += written[i];
-    }
-    if (answer.keys.find('\x04') != std::string::npos) {
-        throw std::invalid_argument("^D must be the whole answer");
-    }
-    if (answer.keys.size() > kLongestLine) {
+    Answer answer = AnswerReader(written).Read();
+    if (answer.keys.size() > kLongestLine + 1) {
         throw std::invalid_argument("the answer is longer than a terminal takes");
-    }
-    if (answer.keys.empty() || kWithoutEnter.find(answer.keys.back()) == std::string_view::npos) {
-        answer.keys += '\n';
     }
     return answer;
 }
@@ -58,7 +113,11 @@ Answer ParseAnswer(std::string_view written) {
 std::string WriteAnswer(std::string_view text) {
     std::string written;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\\' || IsKey(text.substr(i)) || (i == 0 && text[i] == ' ')) {
+        if (IsControl(text[i])) {
+            written += WriteControl(text[i]);
+            continue;
+        }
+        if (text[i] == '\\' || LooksLikeKey(text.substr(i)) || (i == 0 && text[i] == ' ')) {
             written += '\\';
         }
         written += text[i];

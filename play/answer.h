@@ -11,9 +11,9 @@ struct Answer {
     std::string echo;  ///< what the terminal displays for them, without the newline
 };
 
-/// Reads an answer as a session file has it behind a prompt: "^C" is a key, a backslash makes the
-/// character behind it ordinary and is nothing at the end. Throws std::invalid_argument with the
-/// reason.
+/// Reads an answer as a session file has it behind a prompt: "^C" is a key, "^V^C" the character of
+/// that key as text; a backslash makes the character behind it ordinary and is nothing at the end.
+/// Throws std::invalid_argument with the reason.
 Answer ParseAnswer(std::string_view written);
 
 /// The answer that types this text and Enter.

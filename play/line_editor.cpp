@@ -40,9 +40,13 @@ void LineEditor::Add(char byte) {
         line_.clear();
     } else if (Is(byte, VWERASE)) {
         EraseWord();
-    } else {
+    } else if (!IsFlowControl(byte)) {
         line_ += byte;
     }
+}
+
+bool LineEditor::IsFlowControl(char byte) const {
+    return (modes_.c_iflag & IXON) != 0 && (Is(byte, VSTART) || Is(byte, VSTOP));
 }
 
 void LineEditor::EraseCharacter() {

@@ -21,6 +21,7 @@ class LineEditor {
 
   private:
     [[nodiscard]] bool Is(char byte, int which) const;
+    [[nodiscard]] bool IsFlowControl(char byte) const;
     void EraseCharacter();
     void EraseWord();
 

@@ -146,6 +146,7 @@ class Recorder {
         }
         for (ssize_t i = 0; i < count; ++i) {
             TakeKey(chunk[static_cast<std::size_t>(i)]);
+            TypeKeys();  // the next key may be text behind this one
         }
     }
 

@@ -100,6 +100,23 @@ TEST_F(RecordTest, DoesNotPassReprint) {
     EXPECT_EQ(Recorded(), "$ morvane\nVantor > az\ngot az\nVantor/User Id ? b\ngot b\n");
 }
 
+TEST_F(RecordTest, EveryByteCanBePlayed) {
+    constexpr char kReader[] = "printf 'Vantor > '; dd bs=4096 count=1 2>&- >got";
+    std::string line;
+    Record(kReader);
+    Await("Vantor > ");
+    for (int byte = 0; byte <= 0xff; ++byte) {
+        line += static_cast<char>(byte);
+        Type(std::string("\x16") + static_cast<char>(byte));
+    }
+    Type("\r");
+    const std::string session = Recorded();
+    EXPECT_EQ(Read("got"), line + "\n");
+    std::filesystem::remove(directory().File("got"));
+    EXPECT_EQ(Play(session, kReader).output, "a.session: agrees\n");
+    EXPECT_EQ(Read("got"), line + "\n");
+}
+
 TEST_F(RecordTest, PassesControlC) {
     Record(
         "trap 'echo interrupted >seen' INT\nprintf 'Vantor > '\n"

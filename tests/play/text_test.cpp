@@ -54,6 +54,15 @@ TEST(AnswerTest, WrittenTextIsTyped) {
     }
 }
 
+TEST(AnswerTest, ReadsControlKeys) {
+    const Answer answer = ParseAnswer("^Aa^[^V^C^V^?");
+    EXPECT_EQ(answer.keys,
+              "\x01"
+              "a\x1b\x16\x03\x16\x7f\n");
+    EXPECT_EQ(answer.echo, "^Aa^[^C^?");
+    EXPECT_EQ(ParseAnswer("^C\\").keys, "\x03\n");
+}
+
 TEST(AnswerTest, KeysActWithoutEnter) {
     EXPECT_EQ(ParseAnswer("^D").keys, "\x04");
     EXPECT_EQ(ParseAnswer("^C").keys, "\x03");
@@ -64,7 +73,9 @@ TEST(AnswerTest, KeysActWithoutEnter) {
 
 termios UsualModes() {
     termios modes = {};
-    modes.c_iflag = IUTF8;
+    modes.c_iflag = IUTF8 | IXON;
+    modes.c_cc[VSTART] = '\x11';
+    modes.c_cc[VSTOP] = '\x13';
     modes.c_cc[VERASE] = '\x7f';
     modes.c_cc[VKILL] = '\x15';
     modes.c_cc[VWERASE] = '\x17';
@@ -79,13 +90,27 @@ termios UsualModes() {
 
 TEST(LineEditorTest, EditsAsATerminalDoes) {
     const std::pair<const char*, const char*> typed[] = {
-        {"abc\x7f", "ab"},        {"\x7f", ""},          {"Jos\u00e9\x7f", "Jos"},
-        {"one two \x17", "one "}, {"one\x15two", "two"}, {"\x16\x15z", "\x15z"},
+        {"abc\x7f", "ab"},        {"\x7f", ""},           {"Jos\u00e9\x7f", "Jos"},
+        {"one two \x17", "one "}, {"one\x15two", "two"},  {"a\x13\x11", "a"},
+        {"\x16\x13", "\x13"},     {"\x16\x15z", "\x15z"},
     };
     for (const auto& [keys, line] : typed) {
         LineEditor editor(UsualModes());
         for (const char key : std::string(keys)) editor.Add(key);
         EXPECT_EQ(editor.Line(), line) << keys;
+    }
+}
+
+TEST(LineEditorTest, WrittenAnswerIsTypedAgain) {
+    for (int byte = 0; byte <= 0xff; ++byte) {
+        for (const std::string before : {"", "^", "\\"}) {
+            const std::string line = before + static_cast<char>(byte);
+            LineEditor editor(UsualModes());
+            for (const char key : ParseAnswer(WriteAnswer(line)).keys) {
+                if (editor.Classify(key) == LineEditor::Key::kText) editor.Add(key);
+            }
+            EXPECT_EQ(editor.Line(), line) << WriteAnswer(line);
+        }
     }
 }
 
