@@ -1,10 +1,14 @@
 #include "play/files.h"
 
+#include "play/descriptor.h"
+
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -38,6 +42,24 @@ void Write(std::FILE* file, const std::string& name, const std::vector<std::stri
     }
 }
 
+/// An empty file beside another. It is removed, unless it has replaced that.
+class Draft {
+  public:
+    explicit Draft(const char* beside) : path_(std::string(beside) + ".XXXXXX") {
+        if (Descriptor(mkostemp(path_.data(), O_CLOEXEC)).Number() < 0) {
+            Fail(beside);
+        }
+    }
+    Draft(const Draft&) = delete;
+    Draft& operator=(const Draft&) = delete;
+    ~Draft() { unlink(path_.c_str()); }
+
+    [[nodiscard]] const std::string& Path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
 }  // namespace
 
 std::string ReadFile(const std::string& name) {
@@ -59,16 +81,17 @@ void CreateFile(const std::string& name, const std::vector<std::string>& lines) 
 }
 
 void ReplaceFile(const std::string& name, const std::vector<std::string>& lines) {
-    const std::string draft = name + ".new";
+    // A symbolic link stays one.
+    const std::unique_ptr<char, decltype(&std::free)> path(realpath(name.c_str(), nullptr),
+                                                           &std::free);
     struct stat old = {};
-    if (stat(name.c_str(), &old) != 0) {
+    if (!path || stat(path.get(), &old) != 0) {
         Fail(name);
     }
-    CreateFile(draft, lines);
-    if (chmod(draft.c_str(), old.st_mode) != 0 || std::rename(draft.c_str(), name.c_str()) != 0) {
-        const int error = errno;
-        unlink(draft.c_str());
-        errno = error;
+    const Draft draft(path.get());
+    Write(Open(draft.Path(), "we").get(), name, lines);
+    if (chmod(draft.Path().c_str(), old.st_mode & ALLPERMS) != 0 ||
+        std::rename(draft.Path().c_str(), path.get()) != 0) {
         Fail(name);
     }
 }

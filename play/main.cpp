@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ int PlayFile(const SessionFile& file, PlayOptions options, Results& results, Sig
             results.Add(file.name, Results::Verdict::kUpdated, "");
         }
         return kAgrees;
-    } catch (const CannotRun& error) {
+    } catch (const std::runtime_error& error) {  // CannotRun or std::system_error
         results.Add(file.name, Results::Verdict::kFailed, error.what());
         return kCannotRun;
     }

@@ -1,6 +1,9 @@
 #include "play/play_fixture.h"
 
+#include <filesystem>
 #include <ostream>
+#include <set>
+#include <string>
 
 namespace morvane_test {
 namespace {
@@ -70,11 +73,52 @@ TEST_F(PlayTest, DoesNotUpdateFileThatCannotBePlayedToItsEnd) {
     EXPECT_EQ(Read("a.session"), kBefore);
 }
 
-TEST_F(PlayTest, UpdateLeavesAgreeingFileUntouched) {
-    Write("a.session.new", "in the way of a new file");
-    EXPECT_EQ(Play("one\n", "echo one", {"--update"}).status, 0);
-    EXPECT_EQ(Play("two\n", "echo one", {"--update"}).status, 2);
-    EXPECT_EQ(Read("a.session"), "two\n");
+class UpdatedFileTest : public PlayTest {
+  protected:
+    [[nodiscard]] std::filesystem::path Path() const { return directory().File("a.session"); }
+    [[nodiscard]] std::set<std::string> Names() const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(directory().Path()))
+            names.insert(entry.path().filename());
+        return names;
+    }
+};
+
+TEST_F(UpdatedFileTest, IsNotWrittenIfItAgrees) {
+    Write("a.session", "one\n");
+    std::filesystem::create_hard_link(Path(), directory().File("link"));
+    EXPECT_EQ(Play("one\n", "echo one", {"--update"}).output, "a.session: agrees\n");
+    EXPECT_TRUE(std::filesystem::equivalent(Path(), directory().File("link")));
+}
+
+TEST_F(UpdatedFileTest, KeepsModeAndSymbolicLink) {
+    constexpr auto kMode = std::filesystem::perms::owner_all | std::filesystem::perms::others_read;
+    std::filesystem::create_directory(directory().File("folder"));
+    Write("folder/b", "two\n");
+    std::filesystem::permissions(directory().File("folder/b"), kMode);
+    std::filesystem::create_symlink("folder/b", Path());
+    EXPECT_EQ(Play("two\n", "echo one", {"--update"}).output, "a.session: updated\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(Path()));
+    EXPECT_EQ(Read("folder/b"), "one\n");
+    EXPECT_EQ(std::filesystem::status(directory().File("folder/b")).permissions(), kMode);
+}
+
+TEST_F(UpdatedFileTest, LeavesNoDraftIfItCannotBeReplaced) {
+    const PlayResult result =
+        Play("two\n", "echo one; rm a.session; mkdir a.session", {"--update"});
+    EXPECT_EQ(result.output, "a.session: Is a directory\na.session: FAILED\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(Names(), (std::set<std::string>{"a.session", "tool"}));
+}
+
+TEST_F(UpdatedFileTest, DoesNotEndTheRunIfItCannotBeReplaced) {
+    Write("gone.session", "two\n");
+    const PlayResult result =
+        Play("one\n", "echo one; rm -f gone.session", {"--tap", "--update", "gone.session"});
+    EXPECT_EQ(result.output,
+              "TAP version 13\n1..2\nnot ok 1 - gone.session\n"
+              "# gone.session: No such file or directory\nok 2 - a.session\n");
+    EXPECT_EQ(result.status, 2);
 }
 
 }  // namespace
