@@ -11,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -254,14 +255,20 @@ std::string CommandOf(const std::vector<std::string>& words) {
 
 void Record(const std::string& file, const std::vector<std::string>& command) {
     CreateFile(file, {});
-    Recorder recorder(command);
+    std::optional<Recorder> recorder;
     try {
-        recorder.Run();
-    } catch (const Interrupted&) {
-        ReplaceFile(file, recorder.Lines(CommandOf(command)));
+        recorder.emplace(command);
+    } catch (...) {
+        unlink(file.c_str());
         throw;
     }
-    ReplaceFile(file, recorder.Lines(CommandOf(command)));
+    try {
+        recorder->Run();
+    } catch (...) {
+        ReplaceFile(file, recorder->Lines(CommandOf(command)));
+        throw;
+    }
+    ReplaceFile(file, recorder->Lines(CommandOf(command)));
 }
 
 }  // namespace play

@@ -7,7 +7,8 @@ namespace play {
 
 /// Runs the command in this process's terminal until it ends, and writes the session into a new
 /// file. The arguments are written into it if the program is called morvane. Throws CannotRun,
-/// Interrupted once the session so far is written, or std::system_error.
+/// Interrupted or std::system_error: without a file if the program cannot be started, else once the
+/// session so far is written.
 void Record(const std::string& file, const std::vector<std::string>& command);
 
 }  // namespace play

@@ -150,6 +150,17 @@ TEST_F(RecordTest, LeavesExistingFileUntouched) {
     EXPECT_FALSE(Exists("ran"));
 }
 
+TEST_F(RecordTest, LeavesNoFileIfItCannotStart) {
+    EXPECT_EQ(Run({"--record", "a.session"}).output, "morvane-play: --record needs a terminal\n");
+    EXPECT_FALSE(Exists("a.session"));
+    ConsoleOptions options = Playing({"--record", "a.session", "--", "./nowhere"});
+    options.wiring = Wiring::kPersonsTerminal;
+    options.directory = directory().Path();
+    Console console(options);
+    console.ExpectExit(2, Console::Rest::kIgnored);
+    EXPECT_FALSE(Exists("a.session"));
+}
+
 TEST_F(RecordTest, WritesSessionSoFarWhenASignalEndsIt) {
     Record("echo one; prompt Vantor ' > '");
     Await(kMarker);
