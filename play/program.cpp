@@ -18,7 +18,7 @@
 namespace play {
 namespace {
 
-constexpr Duration kPatienceAtEnd(2000);
+constexpr Duration kPatienceAtEnd(2000);  // for each way to end it
 
 // Between fork() and exec() only async-signal-safe functions may be called: all is prepared before.
 class Arguments {
@@ -217,9 +217,23 @@ void Program::End() {
     }
 }
 
-void Program::Reap() {
+// A process of another user cannot be killed, that of a debugger not be reaped: those are left.
+void Program::Reap() const {
     Signal(SIGKILL);
-    while (waitpid(-id_, nullptr, 0) > 0 || errno == EINTR) {
+    sigset_t child;
+    sigemptyset(&child);
+    sigaddset(&child, SIGCHLD);
+    const Clock::time_point deadline = Clock::now() + kPatienceAtEnd;
+    for (;;) {
+        const pid_t reaped = waitpid(-id_, nullptr, WNOHANG);
+        const int left = Remaining(deadline);
+        if (reaped < 0 || (reaped == 0 && left == 0)) {
+            return;
+        }
+        if (reaped == 0) {
+            const timespec limit = {left / 1000, left % 1000 * 1'000'000L};
+            sigtimedwait(&child, nullptr, &limit);
+        }
     }
 }
 

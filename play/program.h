@@ -36,7 +36,7 @@ struct TerminalSettings {
 };
 
 /// A running program on a pseudo-terminal of its own. When this object is destroyed, the program
-/// and all processes of its group have ended.
+/// and all processes of its group have ended, unless they cannot be killed.
 class Program {
   public:
     enum class Event { kOutput, kInput, kSignal, kEnd, kTimeout };
@@ -71,7 +71,7 @@ class Program {
     bool HasEnded();
     bool ReadOutput(std::string& output);
     bool AwaitEnd(Duration limit);
-    void Reap();
+    void Reap() const;
 
     Signals& signals_;
     Descriptor terminal_;

@@ -4,9 +4,13 @@
 
 #include "support/text_form.h"
 
+#include <sys/ptrace.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 
 namespace morvane_test {
@@ -191,6 +195,23 @@ TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
     console.Signal(SIGTERM);
     console.ExpectEndBySignal(SIGTERM);
     ExpectGone(Read("process"));
+}
+
+// A process that has ended exists for its parent only once its tracer has reaped it.
+TEST_F(PlayTest, LeavesProcessThatCannotBeReaped) {
+    Write("a.session", "Vantor > q\n");
+    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
+    ConsoleOptions options =
+        Playing(Behind("echo $$ >process; cat pipe; read -r answer", {"a.session"}));
+    options.directory = directory().Path();
+    Console console(options);
+    Write("pipe", "ready\n");  // returns once the tool reads
+    const pid_t process = std::stoi(Read("process"));
+    if (ptrace(PTRACE_SEIZE, process, nullptr, nullptr) != 0)
+        GTEST_SKIP() << "no process can be traced here: " << std::strerror(errno);
+    console.Signal(SIGTERM);
+    console.ExpectEndBySignal(SIGTERM);
+    EXPECT_EQ(waitpid(process, nullptr, __WALL), process);
 }
 
 }  // namespace
