@@ -40,7 +40,7 @@ std::string Player::Play() {
         }
     }
     if (report_.empty()) {
-        CheckExitStatus();
+        CheckEnding();
     }
     return report_;
 }
@@ -84,7 +84,7 @@ void Player::Tell(const Step& step) {
         while (event == Program::Event::kOutput && output.size() < kMostBytesAfterDifference) {
             event = simulator.Wait(deadline, output);
         }
-        if (event == Program::Event::kEnd && simulator.HasExited() && simulator.ExitStatus() == 0) {
+        if (event == Program::Event::kEnd && simulator.HowEnded() == Ending{}) {
             return;
         }
         output = options_.simulator + " " + simulator.Describe() + "\n" + output;
@@ -273,12 +273,12 @@ std::string Player::ListHidden(const Step& step) const {
     return list;
 }
 
-void Player::CheckExitStatus() {
-    if (program_.HasExited() && program_.ExitStatus() == file_.exit_status) {
+void Player::CheckEnding() {
+    if (program_.HowEnded() == file_.ending) {
         return;
     }
     report_ = file_.name + ": " + options_.command.front() + " " + program_.Describe() +
-              ", expected was " + std::to_string(file_.exit_status) + "\n";
+              ", expected was " + Write(file_.ending) + "\n";
 }
 
 }  // namespace play

@@ -54,7 +54,7 @@ class Player {
     [[nodiscard]] std::string ListHidden(const Step& step) const;
     [[nodiscard]] std::string Awaited(const Step& step) const;
     [[nodiscard]] std::string DescribeDifference(const Step& step) const;
-    void CheckExitStatus();
+    void CheckEnding();
     [[nodiscard]] std::string Place(std::size_t line) const;
 
     const SessionFile& file_;

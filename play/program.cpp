@@ -237,16 +237,21 @@ void Program::Reap() const {
     }
 }
 
+Ending Program::HowEnded() const {
+    return WIFEXITED(status_) ? Ending{false, WEXITSTATUS(status_)}
+                              : Ending{true, WTERMSIG(status_)};
+}
+
 std::string Program::Describe() const {
     if (!has_ended_) {
         return "does not end";
     }
-    if (HasExited()) {
-        return "ended with status " + std::to_string(ExitStatus());
+    const Ending ending = HowEnded();
+    if (!ending.by_signal) {
+        return "ended with status " + Write(ending);
     }
-    const int number = WTERMSIG(status_);
     // NOLINTNEXTLINE(concurrency-mt-unsafe): the only thread
-    return "was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
+    return "was ended by " + Write(ending) + " (" + strsignal(ending.number) + ")";
 }
 
 }  // namespace play

@@ -61,8 +61,7 @@ class Program {
     [[nodiscard]] int Terminal() const { return terminal_.Number(); }
     void Signal(int number) const { kill(-id_, number); }
     /// Once it has ended.
-    [[nodiscard]] bool HasExited() const { return WIFEXITED(status_); }
-    [[nodiscard]] int ExitStatus() const { return WEXITSTATUS(status_); }
+    [[nodiscard]] Ending HowEnded() const;
     /// "ended with status 1", "was ended by signal 11 (Segmentation fault)" or "does not end".
     [[nodiscard]] std::string Describe() const;
 

@@ -84,8 +84,8 @@ class Recorder {
     // As a file has it.
     [[nodiscard]] std::vector<std::string> Lines(const std::string& command) const {
         std::vector<std::string> lines = {command};
-        if (program_.HasExited() && program_.ExitStatus() != 0) {
-            lines.push_back("% exit " + std::to_string(program_.ExitStatus()));
+        if (!(program_.HowEnded() == Ending{})) {
+            lines.push_back("% exit " + Write(program_.HowEnded()));
         }
         lines.insert(lines.end(), lines_.begin(), lines_.end());
         return lines;

@@ -16,6 +16,9 @@ namespace {
 constexpr std::string_view kCommand = "$ ";
 constexpr std::string_view kTool = "morvane";
 constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kSignal = "signal ";
+constexpr int kLastSignal = 64;
+constexpr int kLastStatus = 255;
 
 // Up to the next blank; `text` keeps what is behind the blanks.
 std::string_view TakeWord(std::string_view& text) {
@@ -153,11 +156,13 @@ class Parser {
     void ParseAwait(std::string_view rest) { limit_ = RequireDuration(rest); }
 
     void ParseExit(std::string_view rest) {
-        const std::optional<int> status = ParseNumber(rest);
-        if (!status || *status > 255) {
-            Fail(Quoted(rest) + " is no exit status");
+        const bool by_signal = rest.substr(0, kSignal.size()) == kSignal;
+        const std::optional<int> number =
+            ParseNumber(by_signal ? rest.substr(kSignal.size()) : rest);
+        if (!number || *number > (by_signal ? kLastSignal : kLastStatus)) {
+            Fail(Quoted(rest) + " is no exit status and no signal such as \"signal 15\"");
         }
-        file_.exit_status = *status;
+        file_.ending = {by_signal, *number};
     }
 
     void ParseTell(std::string_view rest) {
@@ -289,6 +294,10 @@ std::optional<Duration> ParseDuration(std::string_view text) {
     }
     const Duration duration = std::int64_t{*number} * Duration(unit->milliseconds);
     return duration > Duration(0) && duration <= kLongest ? std::optional(duration) : std::nullopt;
+}
+
+std::string Write(const Ending& ending) {
+    return std::string(ending.by_signal ? kSignal : "") + std::to_string(ending.number);
 }
 
 std::string Describe(Duration duration) {

@@ -50,13 +50,25 @@ struct Step {
     std::optional<Duration> limit;
 };
 
+/// How the tool ends.
+struct Ending {
+    bool by_signal = false;
+    int number = 0;  ///< of the signal, or the exit status
+
+    bool operator==(const Ending& other) const {
+        return by_signal == other.by_signal && number == other.number;
+    }
+};
+/// As "% exit" has it: "3" or "signal 15".
+std::string Write(const Ending& ending);
+
 struct SessionFile {
     std::string name;
     std::vector<std::string> lines;
     std::vector<std::string> arguments;
     std::vector<std::string> needs;
     std::optional<Duration> limit;
-    int exit_status = 0;
+    Ending ending;
     std::vector<Step> steps;  ///< the last, and no other, is the end
 };
 

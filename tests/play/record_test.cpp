@@ -133,7 +133,7 @@ TEST_F(RecordTest, WritesEndByControlC) {
     Record("printf 'Vantor > '; exec cat");
     Await("Vantor > ");
     Type("\x03");
-    EXPECT_EQ(Recorded(), "$ morvane\nVantor > ^C\n");
+    EXPECT_EQ(Recorded(), "$ morvane\n% exit signal 2\nVantor > ^C\n");
 }
 
 TEST_F(RecordTest, PassesEndOfInput) {
