@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::string_view kCommand = "$ ";
 constexpr std::string_view kTool = "morvane";
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kSignal = "signal ";
 constexpr int kLastSignal = 64;
@@ -47,6 +48,9 @@ class Parser {
   public:
     Parser(std::string name, std::string_view text) {
         file_.name = std::move(name);
+        if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+            text.remove_prefix(kByteOrderMark.size());
+        }
         while (!text.empty()) {
             std::string_view line = text.substr(0, text.find('\n'));
             text.remove_prefix(std::min(line.size() + 1, text.size()));

@@ -61,6 +61,7 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
     {"ColoursAreLeftOut", "a red word\n", R"(printf 'a \033[1;31mred\033[0m word\n')"},
     {"OverwrittenTextIsLeftOut", "done\nxbc\n", R"(printf '10%%\r\033[Kdone\nabc\rx\n')"},
     {"WindowsLineEnds", "one\r\nVantor > q\r\n", "echo one; prompt Vantor ' > '"},
+    {"ByteOrderMark", "\xef\xbb\xbf# Sizes.\none\n", "echo one"},
     {"EmptyAnswer", "Vantor/User Id ? \\\ngot []\n",
      "prompt 'Vantor/User Id' ' ? '; echo \"got [$answer]\""},
     {"AnswerWithBackslashAndBlanks", "Vantor > \\ \\\\a \\\ngot [ \\a ]\n",
