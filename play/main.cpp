@@ -86,7 +86,11 @@ int EndBySignal(int number) {
 
 int main(int argc, char** argv) {
     try {
-        return play::Run(play::ParseCommandLine({argv, argv + argc}));
+        const int status = play::Run(play::ParseCommandLine({argv, argv + argc}));
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+            throw std::runtime_error("cannot write to standard output");
+        }
+        return status;
     } catch (const play::Interrupted& interrupted) {
         return play::EndBySignal(interrupted.Signal());
     } catch (const std::exception& error) {

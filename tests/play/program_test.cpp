@@ -66,6 +66,18 @@ TEST_F(PlayTest, ReportsMissingFile) {
     EXPECT_EQ(result.status, 2);
 }
 
+TEST_F(PlayTest, FailsIfResultsCannotBeWritten) {
+    Write("a.session", "one\n");
+    for (const char* const argument : {"a.session", "--help"}) {
+        ConsoleOptions options = Playing(Behind("echo one", {argument}));
+        options.arguments[1] = "exec \"$@\" 2>&1 >/dev/full";
+        options.directory = directory().Path();
+        Console console(options);
+        console.Expect("morvane-play: cannot write to standard output\n");
+        console.ExpectExit(2);
+    }
+}
+
 struct BadArguments {
     std::vector<std::string> arguments;
     const char* reason;
