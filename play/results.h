@@ -10,6 +10,10 @@ namespace play {
 class Results {
   public:
     Results(bool tap, std::size_t files);
+    Results(const Results&) = delete;
+    Results& operator=(const Results&) = delete;
+    /// Erases the progress of a file that a signal ended.
+    ~Results() { EraseProgress(); }
 
     void Progress(const std::string& file, std::size_t line, std::size_t lines) const;
     enum class Verdict { kAgrees, kUpdated, kFailed };

@@ -209,6 +209,18 @@ TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
     ExpectGone(Read("process"));
 }
 
+TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
+    Write("a.session", "one\ntwo\n");
+    ConsoleOptions options = Playing(Behind("read -r answer", {"a.session"}));
+    options.wiring = Wiring::kPersonsTerminal;
+    options.directory = directory().Path();
+    Console console(options);
+    console.Await("a.session: line 2 of 2");
+    console.Signal(SIGINT);
+    console.Await("\r\x1b[K");
+    console.ExpectEndBySignal(SIGINT);
+}
+
 // A process that has ended exists for its parent only once its tracer has reaped it.
 TEST_F(PlayTest, LeavesProcessThatCannotBeReaped) {
     Write("a.session", "Vantor > q\n");
