@@ -168,14 +168,16 @@ TEST_F(TellTest, FailsWithoutASimulator) {
 }
 
 TEST_F(PlayTest, AwaitsPromptAboveTell) {
-    Write("simulator", "#!/bin/sh\ncp told seen\n");
+    Write("simulator", "#!/bin/sh\necho \"$2\" >told\n");
     std::filesystem::permissions(directory().File("simulator"), std::filesystem::perms::owner_all);
-    const PlayResult result =
-        Play("one\nVantor >\n% tell x\nVantor > q\n",
-             "echo one; echo before >told; sleep 0.2; echo prompt >told; prompt Vantor ' > '",
-             {"--simulator=./simulator"});
+    const PlayResult late = Play("one\n% await 50ms\nVantor >\n% tell x\nVantor > q\n",
+                                 "echo one; read -r answer", {"--simulator=./simulator"});
+    EXPECT_EQ(late.status, 1);
+    EXPECT_FALSE(Exists("told"));
+    const PlayResult result = Play("one\nVantor >\n% tell x\nVantor > q\n",
+                                   "echo one; prompt Vantor ' > '", {"--simulator=./simulator"});
     EXPECT_EQ(result.output, "a.session: agrees\n");
-    EXPECT_EQ(Read("seen"), "prompt\n");
+    EXPECT_EQ(Read("told"), "x\n");
 }
 
 TEST_F(PlayTest, EndsToolThatIgnoresHangUp) {
