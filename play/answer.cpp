@@ -87,6 +87,9 @@ class AnswerReader {
             throw std::invalid_argument("^D must be the whole answer");
         }
         acts_ = !is_literal && Contains(kActing, letter);
+        if (acts_ && !answer_.keys.empty()) {
+            answer_.flushes.push_back({answer_.keys.size(), answer_.echo.size()});
+        }
         answer_.keys += ByteOf(letter);
         answer_.echo += {'^', letter};
         written_.remove_prefix(2);

@@ -1,6 +1,5 @@
 #include "play/player.h"
 
-#include "play/answer.h"
 #include "play/text.h"
 
 #include <algorithm>
@@ -67,10 +66,31 @@ void Player::Act(const Step& step) {
     if (step.action == Step::Action::kTell) {
         Tell(step);
     } else if (step.action == Step::Action::kType) {
-        const Answer answer = ParseAnswer(step.text);
-        display_.ExpectEcho(answer.echo, answer.keys.back() == '\n');
-        program_.Type(answer.keys, Clock::now() + Limit(step));
+        Type(ParseAnswer(step.text), Clock::now() + Limit(step));
         received_ = 0;
+    }
+}
+
+void Player::Type(const Answer& answer, Clock::time_point deadline) {
+    display_.ExpectEcho(answer.echo, answer.keys.back() == '\n');
+    const std::string_view keys = answer.keys;
+    std::size_t typed = 0;
+    for (const Answer::Flush& flush : answer.flushes) {
+        program_.Type(keys.substr(typed, flush.keys - typed), deadline);
+        AwaitEcho(std::string_view(answer.echo).substr(0, flush.echo), deadline);
+        typed = flush.keys;
+    }
+    program_.Type(keys.substr(typed), deadline);
+}
+
+// If it does not come, that is reported as a difference.
+void Player::AwaitEcho(std::string_view echo, Clock::time_point deadline) {
+    const auto is_displayed = [&] {
+        const std::string_view line = display_.Unfinished();
+        return line.size() >= echo.size() && line.substr(line.size() - echo.size()) == echo;
+    };
+    while (!is_displayed() && !has_ended_ && Clock::now() < deadline) {
+        Receive(deadline);
     }
 }
 

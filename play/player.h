@@ -1,5 +1,6 @@
 #pragma once
 
+#include "play/answer.h"
 #include "play/display.h"
 #include "play/edits.h"
 #include "play/matcher.h"
@@ -9,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace play {
@@ -39,6 +41,8 @@ class Player {
 
     bool PlayStep(const Step& step);
     void Act(const Step& step);
+    void Type(const Answer& answer, Clock::time_point deadline);
+    void AwaitEcho(std::string_view echo, Clock::time_point deadline);
     void Tell(const Step& step);
 
     Outcome Await(const Step& step);

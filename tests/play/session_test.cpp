@@ -69,6 +69,8 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
     {"EndOfInput", "Vantor > ^D\nbye\n", "prompt Vantor ' > ' || echo bye"},
     {"ControlC", "Vantor > ^Cq\nbye q\n",
      "trap : INT; printf 'Vantor > '; until read -r answer; do :; done; echo \"bye $answer\""},
+    {"TwoControlC", "Vantor > ab^Cc^C^Cq\nbye q\n",
+     "trap : INT; printf 'Vantor > '; until read -r answer; do :; done; echo \"bye $answer\""},
     {"LiteralCaret", "Vantor > \\^C\ngot ^C\n", "prompt Vantor ' > '; echo \"got $answer\""},
     {"NotificationAboveItsPrompt", "one\nFolder: pb\nVantor > q\n",
      "echo one; notify 'Folder: pb' Vantor >later; printf 'Vantor > '; cat later; read -r answer"},
