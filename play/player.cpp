@@ -9,7 +9,7 @@ namespace play {
 namespace {
 
 constexpr Duration kDefaultLimit(10000);
-constexpr Duration kSilence(500);  // after which output that differs is taken as complete
+constexpr Duration kSilence(500);  // after which output that differs is complete
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 constexpr std::size_t kMostOfUnfinished = 1000;
 constexpr std::size_t kMostLinesListed = 15;
@@ -48,7 +48,7 @@ std::string Player::Play() {
 bool Player::PlayStep(const Step& step) {
     Outcome outcome = Await(step);
     if (outcome != Outcome::kReached) {
-        Settle(step);
+        Settle(step, outcome);
         RecordDifference(step);
         const bool can_go_on = step.action == Step::Action::kEnd
                                    ? has_ended_
@@ -183,12 +183,14 @@ Player::Outcome Player::Await(const Step& step) {
     return matcher_->IsViable() ? Outcome::kReached : Outcome::kDiffers;
 }
 
-// The rest of the output belongs into the report.
-void Player::Settle(const Step& step) {
+// The rest of the output, up to the next prompt or the end, belongs into the report.
+void Player::Settle(const Step& step, Outcome outcome) {
     const Clock::time_point deadline = Clock::now() + Limit(step);
     const std::size_t most = received_ + kMostBytesAfterDifference;
-    while (!has_ended_ && received_ < most && Clock::now() < deadline &&
-           Receive(Clock::now() + kSilence) == Program::Event::kOutput) {
+    Program::Event event = Program::Event::kOutput;
+    while (event == Program::Event::kOutput && received_ < most && Clock::now() < deadline) {
+        const bool may_be_complete = outcome == Outcome::kTimedOut || !display_.Prompt().empty();
+        event = Receive(may_be_complete ? Clock::now() + kSilence : deadline);
     }
     for (const DisplayedLine& line : std::exchange(pending_, {})) {
         if (line.prompt.empty()) {

@@ -50,7 +50,7 @@ class Player {
     [[nodiscard]] bool IsReached(const Step& step) const;
     [[nodiscard]] Duration Limit(const Step& step) const;
     Program::Event Receive(Clock::time_point deadline);
-    void Settle(const Step& step);
+    void Settle(const Step& step, Outcome outcome);
 
     void RecordDifference(const Step& step);
     [[nodiscard]] std::vector<std::string> Displayed() const;

@@ -59,6 +59,7 @@ PlayResult PlayTest::Run(const std::vector<std::string>& arguments) const {
 std::vector<std::string> PlayTest::Behind(const std::string& script,
                                           std::vector<std::string> words) const {
     Write("tool", kFakeTool + script);
+    words.insert(words.begin(), "--timeout=" + std::to_string(Patience().count()) + "ms");
     words.insert(words.end(), {"--", "/bin/sh", "tool"});
     return words;
 }

@@ -35,7 +35,8 @@ class PlayTest : public testing::Test {
     /// The same with a.session and this script.
     PlayResult Play(const std::string& session, const std::string& script,
                     std::vector<std::string> options = {}) const;
-    /// "--", and the words that start this script as the tool.
+    /// These words behind a time-out that no slow machine reaches, then "--" and the words that
+    /// start this script as the tool.
     std::vector<std::string> Behind(const std::string& script,
                                     std::vector<std::string> words = {}) const;
 

@@ -110,6 +110,14 @@ TEST_F(PlayTest, HelpAndVersionSucceed) {
     EXPECT_EQ(version.status, 0);
 }
 
+TEST_F(PlayTest, FileHasATimeout) {
+    Write("a.session", "% timeout 50ms\none\n");
+    Write("tool", "read -r answer");
+    const PlayResult result = Run({"a.session", "--", "/bin/sh", "tool"});
+    EXPECT_EQ(result.output.substr(0, result.output.find(';')),
+              "a.session:2: \"one\" did not come within 50 ms");
+}
+
 TEST_F(PlayTest, TimeoutOptionReplacesThatOfTheFile) {
     const PlayResult result =
         Play("% timeout 1min\none\n", "read -r answer", {"--timeout", "50ms"});
@@ -181,9 +189,10 @@ TEST_F(PlayTest, AwaitsPromptAboveTell) {
 }
 
 TEST_F(PlayTest, EndsToolThatIgnoresHangUp) {
-    const PlayResult result = Play("% timeout 50ms\none\n", R"(
+    const PlayResult result = Play("one\n% await 50ms\ntwo\n", R"(
 trap '' HUP TERM INT
 sleep 600 & echo $! >sleeper; echo $$ >process
+echo one
 while :; do wait; done
 )");
     EXPECT_EQ(result.status, 1);
@@ -193,7 +202,8 @@ while :; do wait; done
 
 TEST_F(PlayTest, LetsTheToolEndItsSession) {
     const PlayResult result =
-        Play("% timeout 50ms\none\n", "prompt Vantor ' > ' || echo removed >session");
+        Play("one\n% await 50ms\ntwo\n",
+             "printf 'one\nVantor > '; read -r answer || echo removed >session");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(Read("session"), "removed\n");
 }

@@ -230,7 +230,8 @@ TEST_F(RecordedConversation, CanBePlayed) {
     }
     recorded.ExpectExit(0, Console::Rest::kIgnored);
 
-    words[0] = "--tap";
+    words[0] = "--timeout=" + std::to_string(Patience().count()) + "ms";
+    words.insert(words.begin(), "--tap");
     Console& played = Launch(Playing(words));
     played.Expect("TAP version 13\n1..1\nok 1 - a.session\n");
     played.ExpectExit(0);
