@@ -79,11 +79,11 @@ TEST_F(ClientTest, KeepsASessionThatCannotBeRemovedUntilThereIsANewOne) {
     Expect(Red("Create Session failed GDBus.Error:com.veltrisonix.Error.Failed: Page time-out\n") +
            Prompt());
     Announce(kFirstSession, "Somewhere");
-    Expect(Notice("", "Source Attribute Received: Somewhere\n"));
+    Expect(Notification("", "Source Attribute Received: Somewhere\n"));
     Type("r");
     Expect(Prompt());
     Announce(kFirstSession, "Elsewhere");
-    ExpectQuiet();
+    ExpectNoOutput();
 }
 
 TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
@@ -91,7 +91,7 @@ TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
     PullAll("one");
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
     daemon().SetConnectionState(kFirstSession, 3);
-    ExpectQuiet(kTransferMenu);
+    ExpectNoOutput(kTransferMenu);
     Type("s");
     Await(Red("Phonebook Access Proxy is invalid\n"));
     Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
@@ -103,7 +103,7 @@ TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
     Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
     Announce(kFirstSession, "Somewhere");
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
     Type("x");
     Expect(Prompt());
     ExpectRemoveSession(kFirstSession);
@@ -115,7 +115,7 @@ TEST_F(ClientTest, TakesItsSessionAlongWhenItGoes) {
     RemoveClient(kPhonebookMenu);
     ReturnClient(kPhonebookMenu);
     Announce(kFirstSession, "the session is closed");
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
     Type("r");
     Expect(kClientGone + Prompt());
     Type("r");
@@ -145,7 +145,7 @@ class CredentialTest : public ClientTest, public testing::WithParamInterface<Cre
   protected:
     void ExpectSent(const std::string& typed, const std::string& sent, Here here = Here::Now()) {
         Type(GetParam().key, here);
-        Expect(Asking(GetParam().prompt), here);
+        Expect(QuestionAndPrompt(GetParam().prompt), here);
         Type(typed, here);
         Expect(Prompt(), here);
         ExpectCall(std::string("com.veltrisonix.obex.Client1.") + GetParam().method,
@@ -160,7 +160,7 @@ INSTANTIATE_TEST_SUITE_P(, CredentialTest,
 
 TEST_P(CredentialTest, SendsAtMostTheLimit) {
     Start();
-    const std::string most(RowOf(GetParam().prompt).past, 'a');
+    const std::string most(RowOf(GetParam().prompt).limit, 'a');
     for (const char* const rest : {"bcdef", "b", ""}) ExpectSent(most + rest, most);
     EXPECT_EQ(daemon().Calls().back().path, kClient);
     EXPECT_EQ(daemon().Calls().size(), 3U);
@@ -175,7 +175,7 @@ TEST_P(CredentialTest, SendsWhatWasTyped) {
 // none are replaced.
 TEST_P(CredentialTest, SendsValidTextOnly) {
     Start();
-    const std::string nearly_most(RowOf(GetParam().prompt).past - 1, 'a');
+    const std::string nearly_most(RowOf(GetParam().prompt).limit - 1, 'a');
     ExpectSent(nearly_most + "ü", nearly_most);
     ExpectSent(
         "a\xff"

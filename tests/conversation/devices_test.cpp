@@ -40,8 +40,8 @@ class DevicesTest : public ConversationTest {
 
     void Add(const std::string& path, const std::string& properties) {
         daemon().AddDevice(path, Value(properties));
-        Expect(Notice("", "Found Device " + path + "\n"));
-        ExpectQuiet();
+        Expect(Notification("", "Found Device " + path + "\n"));
+        ExpectNoOutput();
     }
 
     void ExpectList(const std::vector<std::string>& lines, Here here = Here::Now()) {
@@ -51,7 +51,7 @@ class DevicesTest : public ConversationTest {
 
     void Announce(const std::string& property, const std::string& value) {
         daemon().Notify("/dev_1", simulator::kDeviceInterface, property, Value(value));
-        ExpectQuiet();
+        ExpectNoOutput();
     }
 };
 
@@ -77,7 +77,7 @@ TEST_F(DevicesTest, ShowsWhatTheDaemonAnnouncedLast) {
     ExpectList({"00:11:22:33:44:66 | New"});
     Announce("Alias", "uint32 7");
     daemon().Invalidate("/dev_1", simulator::kDeviceInterface, "Address");
-    ExpectQuiet();
+    ExpectNoOutput();
     ExpectList({"Unknown | New"});
     Announce("Address", "'00:11:22:33:44:77'");
     Announce("Name", "'A name is no alias'");

@@ -18,11 +18,11 @@ std::string FoundLine(const std::string& kind, const std::string& path) {
 }
 
 std::string FoundNotice(const std::string& kind, const std::string& path) {
-    return Notice("", "Found " + kind + " " + path + "\n");
+    return Notification("", "Found " + kind + " " + path + "\n");
 }
 
 std::string RemovedNotice(const std::string& path) {
-    return Notice("", "Removed " + path + "\n", kRedSequence);
+    return Notification("", "Removed " + path + "\n", kRedSequence);
 }
 
 class DiscoveryTest : public ConversationTest {
@@ -106,9 +106,9 @@ TEST_F(DiscoveryTest, IgnoresOtherObjects) {
           "/com/veltrisonix/dev_1/session0", "/com/veltrisonix/obex/session0",
           "/com/veltrisonix/obe", "/com/veltrisonix/obex1", "/com/veltrisonix/Obex"}) {
         Publish(path);
-        ExpectQuiet();
+        ExpectNoOutput();
         daemon().RemoveDevice(path);
-        ExpectQuiet();
+        ExpectNoOutput();
     }
     ExpectList({});
 }
@@ -124,7 +124,7 @@ TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
     EXPECT_EQ(console().Output().find("dev_other"), std::string::npos);
     ExpectList({"00:1B:DC:07:31:9A | Phone"});
     other.AddDevice("/dev_another", kPhoneAddress, "Another Phone");
-    ExpectQuiet();
+    ExpectNoOutput();
     Type("u");
     Await(ValuePrompt("/User Id"));
     Type("me");
@@ -147,7 +147,7 @@ TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
         Expect(kNoClient + Prompt());
         daemon().ReturnToBus();
         AwaitAll({FoundNotice("Client", kClient), FoundNotice("Device", kDevice)});
-        ExpectQuiet();
+        ExpectNoOutput();
         ExpectList({"00:1B:DC:07:31:9A | Phone"});
     }
 }
@@ -210,11 +210,11 @@ TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
         }
         daemon().LeaveBus();
         const std::string segment = session_is_open ? kPhonebookMenu : "";
-        const std::string removed = Notice(segment, "Removed " + kClient + "\n", kRedSequence);
-        AwaitAll({removed, Notice(segment, "Removed " + kDevice + "\n", kRedSequence)});
+        const std::string removed = Notification(segment, "Removed " + kClient + "\n", kRedSequence);
+        AwaitAll({removed, Notification(segment, "Removed " + kDevice + "\n", kRedSequence)});
         daemon().ReturnToBus();
-        AwaitAll({Notice(segment, "Found Client " + kClient + "\n"),
-                  Notice(segment, "Found Device " + kDevice + "\n")});
+        AwaitAll({Notification(segment, "Found Client " + kClient + "\n"),
+                  Notification(segment, "Found Device " + kDevice + "\n")});
         EXPECT_EQ(console().Output().find("Unknown"), std::string::npos);
         EXPECT_EQ(console().Output().find("Received"), std::string::npos);
         console().CloseInput();

@@ -31,12 +31,12 @@ class DownloadedFileTest : public ConversationTest {
     void Announce(const std::string& file) {
         daemon().Notify(Transfer(), kTransferInterface, "Filename",
                         g_variant_new_string(file.c_str()));
-        Expect(Notice(kTransferMenu, "Filename Attribute Received: " + file + "\n"));
+        Expect(Notification(kTransferMenu, "Filename Attribute Received: " + file + "\n"));
     }
 
     void ForgetName() {
         daemon().Invalidate(Transfer(), kTransferInterface, "Filename");
-        Expect(Notice(kTransferMenu, "Filename Attribute Received: Unknown\n"));
+        Expect(Notification(kTransferMenu, "Filename Attribute Received: Unknown\n"));
     }
 
     void ExpectDisplay(const std::string& messages, Here here = Here::Now()) {

@@ -30,7 +30,7 @@ class FilterMenu : public FilterMenus, public testing::WithParamInterface<Operat
 
     void OpenMenu(Here here = Here::Now()) {
         Begin(GetParam(), here);
-        Expect(Asking(Filters()), here);
+        Expect(QuestionAndPrompt(Filters()), here);
     }
 
     void FinishWithoutFilters(Here here = Here::Now()) {
@@ -50,11 +50,11 @@ TEST_P(FilterMenu, AsksForEachValueAndTakesTheOtherKeysWithoutAWord) {
         Type(key);
         if (row.move == Move::kEnter) {
             const PromptRow& value = RowOf(row.next);
-            Expect(Asking(row.next));
+            Expect(QuestionAndPrompt(row.next));
             Type("x");
             Expect(Red(value.error + "\n") + kFilterPrompt);
             Type(key);
-            Expect(Asking(row.next));
+            Expect(QuestionAndPrompt(row.next));
             Type(value.answer);
         }
         Expect(kFilterPrompt);

@@ -10,7 +10,7 @@ namespace {
 class MainMenuTest : public ConversationTest {};
 
 TEST_F(MainMenuTest, ReadsAsAConversationOnAPersonsTerminal) {
-    Start(Wired(Wiring::kPersonsTerminal));
+    Start(Wired(Wiring::kInteractiveTerminal));
     Type("help");
     Expect("help\n" + MenuOf(PromptId::kMain) + Prompt());
     Type("z");

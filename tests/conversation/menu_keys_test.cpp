@@ -84,7 +84,7 @@ TEST_P(QuitKey, ClosesTheSessionAndEndsTheTool) {
     const bool has_transfer = menu == PromptId::kTransfer;
     if (has_transfer) {
         daemon().AbortTransfer(Transfer());
-        Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"));
+        Expect(Notification(kTransferMenu, "Status Attribute Received: error\n"));
     }
     Type(line);
     if (has_transfer) Expect(Normal("Removing: " + PulledPhonebook() + "\n"));

@@ -107,7 +107,7 @@ TEST_F(PhonebookQuery, FilterFieldsBelongToTheSession) {
     OpenSelectedSession();
     daemon().Reply("ListFilterFields", Value("(['EMAIL'],)"));
     Type("m");
-    Expect(Asking(PromptId::kSizeFilters));
+    Expect(QuestionAndPrompt(PromptId::kSizeFilters));
     ExpectCall("ListFilterFields", "()");
     ExpectCall("ListFilterFields", "()");
 }

@@ -24,9 +24,9 @@ class RetrievalTest : public ConversationTest {
 
     // From the phone book menu to the filter menu of the pull that `key` starts.
     void AskForFilters(const std::string& key, Here here = Here::Now()) {
-        if (key == "a") return Answer("a", Asking(PromptId::kPullAllFilters), here);
-        Answer("p", Asking(PromptId::kHandle), here);
-        Answer("1A", Asking(PromptId::kPullFilters), here);
+        if (key == "a") return Answer("a", QuestionAndPrompt(PromptId::kPullAllFilters), here);
+        Answer("p", QuestionAndPrompt(PromptId::kHandle), here);
+        Answer("1A", QuestionAndPrompt(PromptId::kPullFilters), here);
     }
 
     // Replies that fix every byte; there is no object behind the transfer.
@@ -76,8 +76,8 @@ TEST_F(RetrievalTest, SendsTheHandleAsItWasTyped) {
         {"X-BT-UID:\xFFThirty-one more characters,\xC3\xA4\xE2\x82",
          "'X-BT-UID:?Thirty-one more characters,ä?\?'"}};
     for (const auto& [typed, sent] : handles) {
-        Answer("p", Asking(PromptId::kHandle));
-        Answer(typed, Asking(PromptId::kPullFilters));
+        Answer("p", QuestionAndPrompt(PromptId::kHandle));
+        Answer(typed, QuestionAndPrompt(PromptId::kPullFilters));
         Answer("d", kRefused + kPhonebookPrompt);
         ExpectCall("Pull", std::string("(") + sent + ", '/tmp/card.vcf', @a{sv} {})");
     }
@@ -87,7 +87,7 @@ TEST_F(RetrievalTest, SendsTheHandleAsItWasTyped) {
 TEST_F(RetrievalTest, RefusesWhatNamesNoCard) {
     OpenSelected();
     const auto expect_error = [this](const std::string& handle, const std::string& error) {
-        Answer("p", Asking(PromptId::kHandle));
+        Answer("p", QuestionAndPrompt(PromptId::kHandle));
         Answer(handle, Red(error) + kPhonebookPrompt);
     };
     for (const std::string& handle :

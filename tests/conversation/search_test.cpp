@@ -20,7 +20,7 @@ class Search : public ConversationTest {
     void ExpectSent(const std::string& typed, const std::string& sent, Here here = Here::Now()) {
         for (const std::string& line : {std::string("o"), std::string("0"), typed})
             Type(line, here);
-        Await(Asking(PromptId::kSearchFilters), here);
+        Await(QuestionAndPrompt(PromptId::kSearchFilters), here);
         Type("d", here);
         Expect(kResult + kPhonebookPrompt, here);
         ExpectCall("Search", "('name', '" + sent + "', @a{sv} {})", here);
@@ -33,11 +33,11 @@ TEST_F(Search, AsksForFieldValueAndFiltersInThisOrder) {
     for (const std::string& name : RowOf(PromptId::kSearchField).choices) {
         SCOPED_TRACE(name);
         Type("o");
-        Expect(Asking(PromptId::kSearchField));
+        Expect(QuestionAndPrompt(PromptId::kSearchField));
         Type(std::to_string(field++));
-        Expect(Asking(PromptId::kSearchValue));
+        Expect(QuestionAndPrompt(PromptId::kSearchValue));
         Type("Ada");
-        Expect(Asking(PromptId::kSearchFilters));
+        Expect(QuestionAndPrompt(PromptId::kSearchFilters));
         Type("m");
         Expect(Prompt(kFilterMenu));
         Type("d");

@@ -27,7 +27,7 @@ class SelectionTest : public ConversationTest {
 
     void AskForLocation(Here here = Here::Now()) {
         Type("s", here);
-        Expect(Asking(PromptId::kLocation), here);
+        Expect(QuestionAndPrompt(PromptId::kLocation), here);
     }
 
     // Answers the question for the location; the one for the phone book follows.

@@ -25,7 +25,7 @@ class SessionNotices : public ConversationTest {
     }
 
     void ExpectLine(const std::string& line, Here here = Here::Now()) {
-        Expect(Notice(kPhonebookMenu, line + "\n"), here);
+        Expect(Notification(kPhonebookMenu, line + "\n"), here);
     }
 
     // Each comes twice: a line is printed for an unchanged value, too.
@@ -85,7 +85,7 @@ TEST_F(SessionNotices, NameSupportedPhonebooksInAFixedOrder) {
     }
     for (const char* const none : {"byte 0", "byte 0xf0"}) {
         Notify(kPhonebookInterface, "SupportedPhonebooks", none);
-        ExpectQuiet(kPhonebookMenu);
+        ExpectNoOutput(kPhonebookMenu);
     }
 }
 
@@ -129,7 +129,7 @@ TEST_F(SessionNotices, ComeForInvalidatedPropertiesAndThoseOfAnotherType) {
         ExpectLine(change.line);
     }
     daemon().Invalidate(Session(), kPhonebookInterface, "SupportedPhonebooks");
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
 }
 
 TEST_F(SessionNotices, DoNotComeForAnythingElse) {
@@ -142,7 +142,7 @@ TEST_F(SessionNotices, DoNotComeForAnythingElse) {
     Notify(kSessionInterface, "Folder", "'a phone book property'");
     daemon().Notify("/com/veltrisonix/obex/client/session1", kSessionInterface, "Source",
                     Value("'another session'"));
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
     Type("u");
     Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
@@ -151,11 +151,11 @@ TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
     Type("s");
     Await(ValuePrompt("/Select Location"));
     Notify(kPhonebookInterface, "Folder", "'f'");
-    Expect(Notice("/Select Location", "Folder: f\n"));
+    Expect(Notification("/Select Location", "Folder: f\n"));
     Type("0");
     Await(ValuePrompt("/Select Phonebook"));
     Notify(kSessionInterface, "Source", "'s'");
-    Expect(Notice("/Select Phonebook", "Source Attribute Received: s\n"));
+    Expect(Notification("/Select Phonebook", "Source Attribute Received: s\n"));
     Type("0");
     Expect(Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
 }
@@ -179,7 +179,7 @@ TEST_F(SessionNotices, EndWithTheSession) {
     Expect(Prompt());
     daemon().Notify(session, kPhonebookInterface, "Folder", Value("'f'"));
     daemon().Notify(session, kSessionInterface, "Source", Value("'s'"));
-    ExpectQuiet();
+    ExpectNoOutput();
 }
 
 GVariant* NumberedFolder(std::size_t number) {
@@ -222,7 +222,7 @@ TEST_F(SessionNotices, MayComeWhileASessionOpens) {
         daemon().Flood(path, kSessionInterface, "Source", 1000, NumberedFolder);
         AwaitAll({"Fixed Image Size: Supported\n", Green("Vantor/Phonebook Menu")});
         daemon().Notify(path, kSessionInterface, "Source", Value("'last'"));
-        Await(Notice(kPhonebookMenu, "Source Attribute Received: last\n"));
+        Await(Notification(kPhonebookMenu, "Source Attribute Received: last\n"));
         Type("x");
         Expect(Prompt());
     }

@@ -70,7 +70,7 @@ TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
     OpenSession();
     LoseConnection(kPhonebookMenu);
     daemon().SetConnectionState(Session(), 5);
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
     Type("u");
     Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }

@@ -38,9 +38,9 @@ TEST_F(SimulatorProgram, IsControlledWhileTheToolRuns) {
     AwaitAll({"Found Client " + kClient + "\n", found, Prompt()});
     Execute("remove 02:00:5E:10:00:01",
             "Aster is out of reach: shown at once; an open session ends at the next answer");
-    Expect(Notice("", std::string("Removed ") + kAster + "\n", kRedSequence));
+    Expect(Notification("", std::string("Removed ") + kAster + "\n", kRedSequence));
     Execute("return Aster", "Aster is back in reach");
-    Expect(Notice("", found));
+    Expect(Notification("", found));
 
     EXPECT_EQ(CallControl(bus().Address(), "Refuse",
                           {"Select", "com.veltrisonix.Error.Failed", "enough", "1"}),

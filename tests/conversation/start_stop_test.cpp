@@ -76,7 +76,7 @@ TEST_F(StartStopTest, KeepsAControlCThatCameBeforeTheMainLoop) {
     AwaitEndOfMainLoop([this] {
         console().Interrupt();
         daemon().Release();
-        Expect(Notice("", "Found Client " + kClient + "\n"));
+        Expect(Notification("", "Found Client " + kClient + "\n"));
     });
     Type("l");
     ExpectExit(0);

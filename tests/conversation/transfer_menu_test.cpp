@@ -39,10 +39,10 @@ class TransferMenuTest : public ConversationTest {
 TEST_F(TransferMenuTest, ShowsTheStatusAnnouncedLast) {
     ExpectAnswer("s", Normal("Transfer Status: queued\n"));
     daemon().Notify(Transfer(), kTransferInterface, "Status", Value("'100%s'"));
-    Expect(Notice(kTransferMenu, "Status Attribute Received: 100%s\n"));
+    Expect(Notification(kTransferMenu, "Status Attribute Received: 100%s\n"));
     ExpectAnswer("status", Normal("Transfer Status: 100%s\n"));
     daemon().Invalidate(Transfer(), kTransferInterface, "Status");
-    Expect(Notice(kTransferMenu, "Status Attribute Received: Unknown\n"));
+    Expect(Notification(kTransferMenu, "Status Attribute Received: Unknown\n"));
     ExpectAnswer("s", Normal("Transfer Status: \n"));
 }
 
@@ -108,7 +108,7 @@ TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
 
 TEST_F(TransferMenuTest, QuitLeavesTheFileToTheEndOfTheSession) {
     daemon().AbortTransfer(Transfer());
-    Expect(Notice(kTransferMenu, "Status Attribute Received: error\n"));
+    Expect(Notification(kTransferMenu, "Status Attribute Received: error\n"));
     daemon().Hang("RemoveSession");
     Type("q");
     ExpectCall("RemoveSession", "(objectpath '" + Session() + "',)");
@@ -138,7 +138,7 @@ TEST_F(TransferMenuTest, LooksForTheSessionBeforeItLeavesACancelledTransfer) {
     daemon().Reply("Cancel", Value("()"));
     ExpectAnswer("c", Removing());
     daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kTransferMenu);
+    ExpectNoOutput(kTransferMenu);
     Type("s");
     Expect(invalid_ + Prompt());
 }

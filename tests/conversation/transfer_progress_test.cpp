@@ -22,7 +22,7 @@ class TransferProgressTest : public ConversationTest {
     }
 
     void ExpectNotice(const std::string& text, Here here = Here::Now()) {
-        Expect(Notice(kTransferMenu, text + "\n"), here);
+        Expect(Notification(kTransferMenu, text + "\n"), here);
     }
 };
 
@@ -49,17 +49,17 @@ TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannot
     FollowTransfer();
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
     daemon().SetConnectionState(Session(), 4);
-    ExpectQuiet(kTransferMenu);
+    ExpectNoOutput(kTransferMenu);
     Type("s");
     Expect(Red("Phonebook Access Proxy is invalid\n") +
            Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
            Prompt());
     Announce("Transferred", "uint64 500");
-    Expect(Notice("", "Transferred Percent: 50%\n"));
+    Expect(Notification("", "Transferred Percent: 50%\n"));
     Type("u");
     Await(ValuePrompt("/User Id"));
     Announce("Transferred", "uint64 510");
-    Expect(Notice("/User Id", "Transferred Percent: 51%\n"));
+    Expect(Notification("/User Id", "Transferred Percent: 51%\n"));
     Type("me");
     Expect(Prompt());
     const std::string transfer = Transfer();
@@ -67,7 +67,7 @@ TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannot
     Type("r");
     Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt());
     daemon().Notify(transfer, kTransferInterface, "Status", Value("'late'"));
-    ExpectQuiet();
+    ExpectNoOutput();
 }
 
 TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
@@ -77,7 +77,7 @@ TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
     Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kTransferMenu));
     const std::string cancelled = Transfer();
     daemon().Notify(cancelled, kTransferInterface, "Status", Value("'late'"));
-    ExpectQuiet(kTransferMenu);
+    ExpectNoOutput(kTransferMenu);
     Type("h");
     Expect(Prompt(kPhonebookMenu));
     PullAll("again");
@@ -88,7 +88,7 @@ TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
     Type("x");
     Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     daemon().Notify(left, kTransferInterface, "Status", Value("'late'"));
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
 }
 
 TEST_F(TransferProgressTest, FollowsAPhonesTransferFromBeginningToEnd) {
@@ -105,8 +105,8 @@ TEST_F(TransferProgressTest, FollowsAPhonesTransferFromBeginningToEnd) {
     Await(Normal("Transfer Status: suspended\n") + Prompt(kTransferMenu));
     Type("r");
     Await("Status Attribute Received: active\n");
-    Await(Notice(kTransferMenu, "Transferred Percent: 100%\n") +
-          Notice(kTransferMenu, "Status Attribute Received: complete\n"));
+    Await(Notification(kTransferMenu, "Transferred Percent: 100%\n") +
+          Notification(kTransferMenu, "Status Attribute Received: complete\n"));
     Type("d");
     Expect(Normal("Displaying: " + PulledPhonebook() + "\n") + Normal(std::string(512, 'v')) +
            Normal(std::string(488, 'v')) + Normal("\n") + Prompt(kTransferMenu));

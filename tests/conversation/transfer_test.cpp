@@ -49,7 +49,7 @@ TEST_F(TransferTest, PrintsTheReplysEntriesAndKeepsTheSizeAlone) {
     Expect(Lines({"MIME type: t", "Size: 1000", "Filename: f", "Status: 100%s"}) +
            Prompt(kTransferMenu));
     daemon().Notify("/t/1", kTransferInterface, "Transferred", Value("uint64 500"));
-    Expect(Notice(kTransferMenu, "Transferred Percent: 50%\n"));
+    Expect(Notification(kTransferMenu, "Transferred Percent: 50%\n"));
     // The daemon's object knows nothing of the rest.
     ExpectAnswer("s", Normal("Transfer Status: \n"));
     Type("x");
@@ -74,7 +74,7 @@ TEST_F(TransferOfAnInstanceTest, IsSoughtUnderTheDefaultNameAndNotFound) {
     ExpectAnswer("p", failed);
     ExpectAnswer("r", failed);
     daemon().CompleteTransfer(Transfer());
-    ExpectQuiet(kTransferMenu);
+    ExpectNoOutput(kTransferMenu);
     ExpectAnswer("c", failed + Red("Filename property not set!"));
     EXPECT_EQ(CountCalls("Suspend") + CountCalls("Resume") + CountCalls("Cancel"), 0U);
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
@@ -92,7 +92,7 @@ TEST_F(TransferOfAnInstanceTest, IsSoughtAtTheDaemonWithTheDefaultName) {
     EXPECT_EQ(call->path, Transfer());
     EXPECT_EQ(CountCalls("Suspend"), 0U);
     other.Notify(Transfer(), kTransferInterface, "Transferred", Value("uint64 5"));
-    Expect(Notice(kTransferMenu, "Transferred Percent: 100%\n"));
+    Expect(Notification(kTransferMenu, "Transferred Percent: 100%\n"));
 }
 
 }  // namespace

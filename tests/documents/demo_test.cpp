@@ -40,7 +40,7 @@ class Demo : public testing::Test {
 
     void TearDown() override {
         for (Console& console : consoles_) {
-            if (HasFailure()) std::cout << console.Story();
+            if (HasFailure()) std::cout << console.FailureReport();
             console.Finish();
         }
     }

@@ -56,11 +56,11 @@ struct Machine {
 const Machine kMachines[] = {
     {"InstallsAsRootWithoutSudo", "0", nullptr, Wiring::kPipes, "", true},
     {"InstallsWithSudoThatNeedsNoPassword", "1000", kSudoWithoutPassword, Wiring::kPipes, "", true},
-    {"ShowsThePasswordPromptOfSudo", "1000", kSudoWithPassword, Wiring::kPersonsTerminal, "right",
-     true},
-    {"PrintsTheCommandIfSudoRefuses", "1000", kSudoWithPassword, Wiring::kPersonsTerminal, "wrong",
-     false},
-    {"PrintsTheCommandWithoutSudo", "1000", nullptr, Wiring::kPersonsTerminal, "", false},
+    {"ShowsThePasswordPromptOfSudo", "1000", kSudoWithPassword, Wiring::kInteractiveTerminal,
+     "right", true},
+    {"PrintsTheCommandIfSudoRefuses", "1000", kSudoWithPassword, Wiring::kInteractiveTerminal,
+     "wrong", false},
+    {"PrintsTheCommandWithoutSudo", "1000", nullptr, Wiring::kInteractiveTerminal, "", false},
     {"DoesNotAskForAPasswordWithoutTerminal", "1000", kSudoWithPassword, Wiring::kPipes, "", false},
 };
 

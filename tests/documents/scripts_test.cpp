@@ -23,8 +23,8 @@ Note: Google Test filter = StartUp.AsksForAKey
 [==========] Running 1 test from 1 test suite.
 [ RUN      ] StartUp.AsksForAKey
 startup_test.cpp:7: Failure
-other output came.
-Awaited:
+unexpected output.
+Expected:
 one
 Not yet consumed:
 two
@@ -41,8 +41,8 @@ startup_test.cpp:9: Skipped
 
 constexpr char kFailuresOfTests[] = R"(  StartUp.AsksForAKey ***Failed    1.20 sec
       startup_test.cpp:7: Failure
-      other output came.
-      Awaited:
+      unexpected output.
+      Expected:
       one
       Not yet consumed:
       two

@@ -135,7 +135,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
     template <typename Take>
     void Play(Recording& recording, const std::string& options, Take take) {
         const std::string command = recording.command.substr(0, recording.command.find(" <"));
-        const Wiring wiring = IsReadme() ? Wiring::kPersonsTerminal : Wiring::kPipes;
+        const Wiring wiring = IsReadme() ? Wiring::kInteractiveTerminal : Wiring::kPipes;
         console_.emplace(tree_.Running(command + options, wiring));
         std::string echo;
         for (Recording::Step& step : recording.steps) {
@@ -178,7 +178,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
 
     void TearDown() override {
         if (!console_) return;
-        if (HasFailure()) std::cout << console_->Story();
+        if (HasFailure()) std::cout << console_->FailureReport();
         console_->Finish();
     }
 

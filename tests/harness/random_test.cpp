@@ -1,6 +1,6 @@
+#include "random/checker.h"
 #include "random/output_grammar.h"
 #include "random/plan.h"
-#include "random/verdict.h"
 #include "support/messages.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +13,9 @@
 namespace morvane_test {
 namespace {
 
-std::string MistakeIn(const std::string& output, bool cut = false,
+std::string MistakeIn(const std::string& output, bool truncated = false,
                       std::optional<std::size_t> gap = {}) {
-    return ReadOutput(output, cut, gap).mistake.value_or("none");
+    return ReadOutput(output, truncated, gap).mistake.value_or("none");
 }
 
 std::string MistakeOf(const std::vector<std::string>& call) {
@@ -24,22 +24,22 @@ std::string MistakeOf(const std::vector<std::string>& call) {
 }
 
 /// A conversation without a mistake, to which tests add some.
-class Verdict : public testing::Test {
+class ConversationChecker : public testing::Test {
   protected:
-    Verdict() {
-        played_.ending = Ending{0, std::nullopt};
-        played_.output = Normal("Filename: /a/phonebook.vcf\n");
+    ConversationChecker() {
+        result_.ending = Ending{0, std::nullopt};
+        result_.output = Normal("Filename: /a/phonebook.vcf\n");
     }
 
-    std::size_t Mistakes() const { return FindMistakes(plan_, played_).size(); }
+    std::size_t Mistakes() const { return FindMistakes(plan_, result_).size(); }
 
-    void Hear(DaemonTrait trait) {
+    void AddTrait(DaemonTrait trait) {
         plan_.steps.emplace_back();
         plan_.steps.back().event.*trait = true;
     }
 
     Plan plan_ = {};
-    Played played_;
+    PlayResult result_;
 };
 
 std::string DescribeAll(const Plan& plan) {
@@ -59,24 +59,24 @@ TEST(Plans, DependOnTheSeedOnly) {
 
 TEST(Plans, HaveEveryKindOfStepEventAndFarewell) {
     std::set<Step::Kind> kinds;
-    std::set<Farewell> farewells;
+    std::set<Termination> terminations;
     std::set<std::string> verbs;
     for (std::uint64_t seed = 1; seed <= 1000; ++seed) {
         const Plan plan = DrawPlan(seed);
-        farewells.insert(plan.farewell);
+        terminations.insert(plan.termination);
         for (const Step& step : plan.steps) {
             kinds.insert(step.kind);
             verbs.insert(step.event.command.substr(0, step.event.command.find(' ')));
         }
     }
     EXPECT_EQ(kinds.size(), 5U);
-    EXPECT_EQ(farewells.size(), 5U);
+    EXPECT_EQ(terminations.size(), 5U);
     EXPECT_EQ(verbs.size(), 31U);  // one of them is empty: no event
 }
 
 TEST(OutputGrammar, ReadsMessagesAndPrompts) {
-    const std::string output = Prompt() + Notice("", "Found\n") + Heading("Title") +
-                               ValuePrompt("/MaxCount") + Notice("/MaxCount", "100%\n") +
+    const std::string output = Prompt() + Notification("", "Found\n") + Heading("Title") +
+                               ValuePrompt("/MaxCount") + Notification("/MaxCount", "100%\n") +
                                Green("Vantor\n") + Red("Bad\n");
     const OutputReading reading = ReadOutput(output, false);
     EXPECT_EQ(reading.mistake.value_or("none"), "none");
@@ -93,8 +93,8 @@ TEST(OutputGrammar, ReportsWhatIsOutsideMessages) {
     for (const std::string& output : std::vector<std::string>{
              Prompt() + "x", green + "no reset\n", green + "no reset\n" + Normal("next\n"),
              "\n" + Normal("no prompt stands\n"), Prompt() + "\n" + Normal("not drawn again\n"),
-             Prompt() + Notice("/MaxCount", "another prompt\n"),
-             Prompt() + Normal("dealt with\n") + Notice("", "too late\n"),
+             Prompt() + Notification("/MaxCount", "another prompt\n"),
+             Prompt() + Normal("dealt with\n") + Notification("", "too late\n"),
              Normal(std::string(1000, 'x')), Green("Vantor/MaxCount") + Red(" >"),
              "\x1b[1;33myellow" + Normal("")})
         EXPECT_NE(MistakeIn(output), "none") << output;
@@ -102,9 +102,9 @@ TEST(OutputGrammar, ReportsWhatIsOutsideMessages) {
 }
 
 TEST(OutputGrammar, AcceptsATruncatedEndAndOneGapAfterControlC) {
-    const std::string cut = Prompt() + kGreenSequence + "no res";
-    EXPECT_NE(MistakeIn(cut), "none");
-    EXPECT_EQ(MistakeIn(cut, true), "none");
+    const std::string truncated = Prompt() + kGreenSequence + "no res";
+    EXPECT_NE(MistakeIn(truncated), "none");
+    EXPECT_EQ(MistakeIn(truncated, true), "none");
     const std::string line = Lines({std::string(990, 'x')});
     EXPECT_NE(MistakeIn("x" + Normal(std::string(999, 'x')) + line + line, true), "none");
     const std::string gap = Prompt() + "[0m lost" + Normal("next\n") + Prompt();
@@ -141,67 +141,67 @@ TEST(CallRules, AcceptWhatTheToolSendsOnly) {
     for (const auto& call : refused) EXPECT_NE(MistakeOf(call), "none") << call[1] << call[2];
 }
 
-TEST_F(Verdict, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnowItsFileOnly) {
-    const std::string output = played_.output;
-    played_.files = {"phonebook.vcf"};
+TEST_F(ConversationChecker, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnowItsFileOnly) {
+    const std::string output = result_.output;
+    result_.files = {"phonebook.vcf"};
     EXPECT_EQ(Mistakes(), 1U);
-    played_.output = output + Red("Filename property not set!");
+    result_.output = output + Red("Filename property not set!");
     EXPECT_EQ(Mistakes(), 0U);
-    played_.output = output + Normal("Removing: /a/phonebook.vcf\n");
+    result_.output = output + Normal("Removing: /a/phonebook.vcf\n");
     EXPECT_EQ(Mistakes(), 1U);
-    played_.output = output + Normal("Filename: /a/card.vcf\n") + Normal("Removing: /a/card.vcf\n");
+    result_.output = output + Normal("Filename: /a/card.vcf\n") + Normal("Removing: /a/card.vcf\n");
     EXPECT_EQ(Mistakes(), 0U);
-    played_.files.emplace_back("core");
+    result_.files.emplace_back("core");
     EXPECT_EQ(Mistakes(), 1U);
 }
 
-TEST_F(Verdict, AcceptsEachEndingForItsReasonOnly) {
+TEST_F(ConversationChecker, AcceptsEachEndingForItsReasonOnly) {
     const auto mistakes_of = [this](std::optional<int> status, std::optional<int> signal) {
-        played_.ending = Ending{status, signal};
+        result_.ending = Ending{status, signal};
         return Mistakes();
     };
     EXPECT_EQ(mistakes_of(1, {}), 1U);
-    played_.interrupts = 1;
+    result_.interrupts = 1;
     EXPECT_EQ(mistakes_of({}, SIGINT), 1U);
-    played_.interrupts = 2;
+    result_.interrupts = 2;
     EXPECT_EQ(mistakes_of({}, SIGINT), 0U);
     EXPECT_EQ(mistakes_of({}, SIGHUP), 1U);
-    played_.hung_up = true;
+    result_.hung_up = true;
     EXPECT_EQ(mistakes_of({}, SIGHUP), 0U);
     EXPECT_EQ(mistakes_of({}, SIGTERM), 1U);
-    played_.bus_died = true;
+    result_.bus_died = true;
     EXPECT_EQ(mistakes_of({}, SIGTERM), 0U);
-    played_.errors =
+    result_.errors =
         "terminate called after throwing an instance of 'std::logic_error'\n"
         "  what():  basic_string: construction from null is not valid\n";
     EXPECT_EQ(mistakes_of({}, SIGABRT), 3U);
-    Hear(&DaemonEvent::hides_address);
+    AddTrait(&DaemonEvent::hides_address);
     EXPECT_EQ(mistakes_of({}, SIGABRT), 0U);
-    played_.errors.clear();
-    played_.ending.reset();
+    result_.errors.clear();
+    result_.ending.reset();
     EXPECT_EQ(Mistakes(), 1U);
 }
 
-TEST_F(Verdict, ReportsErrorsOrphansAndAToolThatIsStuck) {
-    played_.errors = "(p:1): GLib-GIO-WARNING **: x does not match expected type y\n";
+TEST_F(ConversationChecker, ReportsErrorsOrphansAndAToolThatIsStuck) {
+    result_.errors = "(p:1): GLib-GIO-WARNING **: x does not match expected type y\n";
     EXPECT_EQ(Mistakes(), 1U);
-    Hear(&DaemonEvent::lies_about_types);
+    AddTrait(&DaemonEvent::mistypes_properties);
     EXPECT_EQ(Mistakes(), 0U);
-    played_.orphans = {"12345"};
-    played_.stuck = "type";
-    played_.not_redrawn = "type";
+    result_.orphans = {"12345"};
+    result_.stuck = "type";
+    result_.not_redrawn = "type";
     EXPECT_EQ(Mistakes(), 3U);
 }
 
-TEST_F(Verdict, ReportsCallsOnALostSession) {
+TEST_F(ConversationChecker, ReportsCallsOnALostSession) {
     const std::string phonebook = "com.veltrisonix.obex.PhonebookAccess1";
-    played_.calls = {{":1.1", "/s", phonebook, "GetSize", "()"},
+    result_.calls = {{":1.1", "/s", phonebook, "GetSize", "()"},
                      {":1.1", "/s", phonebook, "GetSize", "()"}};
-    played_.lost_sessions = {{"/s", 2, static_cast<std::size_t>(-1)}};
+    result_.lost_sessions = {{"/s", 2, static_cast<std::size_t>(-1)}};
     EXPECT_EQ(Mistakes(), 0U);
-    played_.lost_sessions[0].from = 1;
+    result_.lost_sessions[0].from = 1;
     EXPECT_EQ(Mistakes(), 1U);
-    played_.lost_sessions[0].to = 1;
+    result_.lost_sessions[0].to = 1;
     EXPECT_EQ(Mistakes(), 0U);
 }
 

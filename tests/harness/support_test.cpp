@@ -18,7 +18,7 @@ namespace {
 
 constexpr Duration kShort(50);
 
-// The failure that the harness reports in `statement`.
+// Runs `statement` and returns the failure that it reports.
 testing::TestPartResult FailureOf(const std::function<void()>& statement) {
     testing::TestPartResultArray results;
     const testing::ScopedFakeTestPartResultReporter reporter(
@@ -48,7 +48,7 @@ class ShellTest : public testing::Test {
     std::optional<Console> console_;
 };
 
-TEST(TranscriptTest, MatchesTheNextBytesOnceAndTellsTheEndFromWaiting) {
+TEST(TranscriptTest, MatchesBytesOnceAndDistinguishesEndFromTimeOut) {
     Transcript transcript;
     transcript.Append("one two");
     EXPECT_EQ(transcript.ExpectNext("two", kShort), Transcript::Result::kDiffers);
@@ -60,7 +60,7 @@ TEST(TranscriptTest, MatchesTheNextBytesOnceAndTellsTheEndFromWaiting) {
     EXPECT_EQ(transcript.ExpectNext("one", kShort), Transcript::Result::kEnded);
 }
 
-TEST(TranscriptTest, FindsAllOfSeveralTextsOrTheFirst) {
+TEST(TranscriptTest, SkipsPastAllTextsOrTheFirstOne) {
     Transcript transcript;
     transcript.Append("b a c b a c");
     EXPECT_EQ(transcript.SkipPastAll({"a", "b"}, kShort), Transcript::Result::kMatched);
@@ -71,24 +71,24 @@ TEST(TranscriptTest, FindsAllOfSeveralTextsOrTheFirst) {
     EXPECT_EQ(transcript.Unconsumed(), " c");
 }
 
-TEST(TextFormTest, MakesEveryByteVisible) {
+TEST(TextFormTest, EscapesControlAndInvalidBytes) {
     EXPECT_EQ(Escaped("\x1b[0m\t\x01 \xff"), "\\e[0m\\t\\x01 \\xff");
     EXPECT_EQ(AsSeen("\x1b[1;31mred \x01\x1b[0m\r\n"), "red \n");
     EXPECT_EQ(AsSeen("above\nerased \r\x1b[Kwritten"), "above\nwritten");
 }
 
-TEST_F(ShellTest, ReportsOtherOutputAtOnceWithTheLineOfTheTest) {
+TEST_F(ShellTest, ReportsUnexpectedOutputAtTheLineOfTheTest) {
     Run("echo surprise; cat");
     const auto failure = FailureOf([&] { console().Expect("expected"); });
     EXPECT_EQ(failure.line_number(), __LINE__ - 1);
     EXPECT_STREQ(failure.file_name(), __FILE__);
-    EXPECT_NE(std::string(failure.message()).find("other output came"), std::string::npos);
+    EXPECT_NE(std::string(failure.message()).find("unexpected output"), std::string::npos);
     console().Kill();
 }
 
-TEST_F(ShellTest, OnlyAPersonsTerminalChangesBytesAndEachInputEnds) {
-    for (const Wiring wiring : {Wiring::kTerminal, Wiring::kPersonsTerminal, Wiring::kPipes}) {
-        const bool echoes = wiring == Wiring::kPersonsTerminal;
+TEST_F(ShellTest, OnlyInteractiveTerminalChangesBytes) {
+    for (const Wiring wiring : {Wiring::kTerminal, Wiring::kInteractiveTerminal, Wiring::kPipes}) {
+        const bool echoes = wiring == Wiring::kInteractiveTerminal;
         Run("echo ready; read word; echo got $word; cat; echo end", Wired(wiring));
         console().Expect("ready\n");
         console().Type("this");
@@ -101,7 +101,7 @@ TEST_F(ShellTest, OnlyAPersonsTerminalChangesBytesAndEachInputEnds) {
     }
 }
 
-TEST_F(ShellTest, HangUpAndControlCEndTheProgram) {
+TEST_F(ShellTest, HangUpAndControlCSendSignals) {
     Run("echo ready; exec sleep 60").Expect("ready\n");
     console().HangUp();
     console().ExpectEndBySignal(SIGHUP);
@@ -110,14 +110,14 @@ TEST_F(ShellTest, HangUpAndControlCEndTheProgram) {
     console().ExpectEndBySignal(SIGINT);
 }
 
-TEST_F(ShellTest, HangUpCanBeIgnored) {
+TEST_F(ShellTest, IgnoresHangUpIfRequested) {
     Run("echo ready; read word; echo $? > result; exit 3", UnderNohup()).Expect("ready\n");
     console().HangUp();
     console().ExpectExit(3);
     EXPECT_TRUE(std::filesystem::exists(directory_.File("result")));
 }
 
-TEST_F(ShellTest, FailsAtItsEndUnlessAllIsDeclaredOrConsumed) {
+TEST_F(ShellTest, ReportsUndeclaredErrorsExitStatusAndUnconsumedOutput) {
     const auto finish = [this] { console().Finish(); };
     const auto expect_exit = [this] { console().ExpectExit(0); };
     struct Row {
@@ -126,8 +126,9 @@ TEST_F(ShellTest, FailsAtItsEndUnlessAllIsDeclaredOrConsumed) {
         const char* failure;
     };
     const Row rows[] = {
-        {"echo '(x:1): GLib-CRITICAL **: a' >&2", finish, "undeclared: (x:1): GLib-CRITICAL"},
-        {"exit 66", finish, "exit status 66; awaited: exit status 0"},
+        {"echo '(x:1): GLib-CRITICAL **: a' >&2", finish,
+         "undeclared line on stderr: (x:1): GLib-CRITICAL"},
+        {"exit 66", finish, "exit status 66; expected: exit status 0"},
         {"echo more", expect_exit, "more\\n"},
     };
     for (const Row& row : rows) {
@@ -141,7 +142,7 @@ TEST_F(ShellTest, FailsAtItsEndUnlessAllIsDeclaredOrConsumed) {
     console().Finish();
 }
 
-TEST_F(ShellTest, CpuTimeIsOnlyWhatWasUsed) {
+TEST_F(ShellTest, CpuTimeGrowsWithWork) {
     Run("echo ready; read word; i=0; while [ $i -lt 100000 ]; do i=$((i+1)); done");
     console().Expect("ready\n");
     const auto before = console().CpuTime();
@@ -150,7 +151,7 @@ TEST_F(ShellTest, CpuTimeIsOnlyWhatWasUsed) {
     EXPECT_LT(before, console().CpuTime());
 }
 
-TEST(PrivateBusTest, IsReadyAtOnceAndGoneWhenKilledOrDestroyed) {
+TEST(PrivateBusTest, AcceptsConnectionsUntilKilledOrDestroyed) {
     std::string address;
     {
         const PrivateBus bus;
@@ -163,7 +164,7 @@ TEST(PrivateBusTest, IsReadyAtOnceAndGoneWhenKilledOrDestroyed) {
     EXPECT_THROW(ConnectToBus(bus.Address()), std::runtime_error);
 }
 
-TEST(PrivateBusTest, IsReachedInAnyTemporaryDirectory) {
+TEST(PrivateBusTest, AcceptsConnectionsInAnyTemporaryDirectory) {
     const TemporaryDirectory directory;
     for (const OddDirectory& odd : kOddDirectories) {
         SCOPED_TRACE(odd.name);
@@ -175,7 +176,7 @@ TEST(PrivateBusTest, IsReachedInAnyTemporaryDirectory) {
     unsetenv("TMPDIR");
 }
 
-TEST(BusMonitorTest, HearsCallsToTheBusItself) {
+TEST(BusMonitorTest, CountsCallsToTheBusItself) {
     const PrivateBus bus;
     BusMonitor monitor(bus.Address(), "AddMatch");
     const auto connection = ConnectToBus(bus.Address());

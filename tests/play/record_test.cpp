@@ -17,7 +17,7 @@ class RecordTest : public PlayTest {
   protected:
     Console& Record(const std::string& script) {
         ConsoleOptions options = Playing(Behind(script, {"--record", "a.session"}));
-        options.wiring = Wiring::kPersonsTerminal;
+        options.wiring = Wiring::kInteractiveTerminal;
         options.directory = directory().Path();
         return console_.emplace(options);
     }
@@ -65,7 +65,7 @@ TEST_F(RecordTest, WritesWildcardsArgumentsAndExitStatus) {
     Write("morvane", "#!/bin/sh\necho /hci0/dev_02_00_5E_10_00_02; exit 3\n");
     std::filesystem::permissions(directory().File("morvane"), std::filesystem::perms::owner_all);
     ConsoleOptions options = Playing({"--record", "a.session", "--", "./morvane", "-bus:second"});
-    options.wiring = Wiring::kPersonsTerminal;
+    options.wiring = Wiring::kInteractiveTerminal;
     options.directory = directory().Path();
     Console console(options);
     console.ExpectExit(0, Console::Rest::kIgnored);
@@ -184,7 +184,7 @@ class RecordInShellTest : public RecordTest {
         options.arguments = {"-c",
                              "stty rows 30 cols 100; stty -a >before; set -m; . ./job; stty -a "
                              ">after; echo stopped; read -r line; fg >/dev/null; echo over"};
-        options.wiring = Wiring::kPersonsTerminal;
+        options.wiring = Wiring::kInteractiveTerminal;
         options.directory = directory().Path();
         return console_.emplace(options);
     }
@@ -222,7 +222,7 @@ TEST_F(RecordedConversation, CanBePlayed) {
     std::vector<std::string> words = {"--record", "a.session", "--"};
     words.insert(words.end(), tool.begin(), tool.end());
     ConsoleOptions options = Playing(words);
-    options.wiring = Wiring::kPersonsTerminal;
+    options.wiring = Wiring::kInteractiveTerminal;
     Console& recorded = Launch(options);
     for (const char* const answer : {"l", "c", "0", "g", "x", "q"}) {
         recorded.Await("\x1b[1;31m");

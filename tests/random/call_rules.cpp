@@ -1,4 +1,4 @@
-#include "random/verdict.h"
+#include "random/checker.h"
 
 #include "interfaces/glib_ptr.h"
 

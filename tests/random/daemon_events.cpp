@@ -108,7 +108,7 @@ struct EventRow {
     unsigned weight;
     const char* pattern;
     Loss loss = Loss::kNone;
-    const char* amends = nullptr;
+    const char* recovery = nullptr;
 };
 
 constexpr EventRow kEvents[] = {
@@ -145,39 +145,39 @@ constexpr EventRow kEvents[] = {
 
 }  // namespace
 
-DaemonEvent DaemonMoods::Draw() {
+DaemonEvent DaemonEventGenerator::Draw() {
     // Little can happen without the client.
-    if (amends_.empty() || dice_.Chance(amends_.back().brings_client_back ? 20 : 60))
-        return DrawFresh();
-    DaemonEvent event = amends_.back();
-    amends_.pop_back();
+    if (recoveries_.empty() || random_.Chance(recoveries_.back().restores_client ? 20 : 60))
+        return DrawNewEvent();
+    DaemonEvent event = recoveries_.back();
+    recoveries_.pop_back();
     return event;
 }
 
-DaemonEvent DaemonMoods::DrawFresh() {
+DaemonEvent DaemonEventGenerator::DrawNewEvent() {
     const EventRow& row =
-        dice_.PickWeighted(kEvents, [](const EventRow& event) { return event.weight; });
+        random_.PickWeighted(kEvents, [](const EventRow& event) { return event.weight; });
     DaemonEvent event;
     event.loss = row.loss;
     event.command = Fill(row.pattern, event);
     const auto begins = [&event](const char* text) { return event.command.rfind(text, 0) == 0; };
     event.makes_calls_hang = begins("hang ");
     // The tool reads with GetAll what it knows of objects that are added later.
-    const bool blinds = event.spoiled_method == "GetAll";
+    const bool blinds = event.failing_method == "GetAll";
     event.hides_address = event.hides_address || blinds;
     event.renames_files = event.renames_files || blinds;
-    if (event.makes_calls_hang) event.spoiled_method.clear();
+    if (event.makes_calls_hang) event.failing_method.clear();
     event.fakes_transfers = begins("reply Pull") || begins("empty-transfer-path");
-    if (row.amends) {
-        DaemonEvent amend;
-        amend.command = row.amends;
-        amend.brings_client_back = row.loss == Loss::kClient;
-        amends_.push_back(amend);
+    if (row.recovery) {
+        DaemonEvent recovery;
+        recovery.command = row.recovery;
+        recovery.restores_client = row.loss == Loss::kClient;
+        recoveries_.push_back(recovery);
     }
     return event;
 }
 
-std::string DaemonMoods::Fill(const std::string& pattern, DaemonEvent& event) {
+std::string DaemonEventGenerator::Fill(const std::string& pattern, DaemonEvent& event) {
     std::string filled;
     std::size_t end = 0;
     for (std::size_t open = pattern.find('{'); open != pattern.npos;
@@ -189,37 +189,37 @@ std::string DaemonMoods::Fill(const std::string& pattern, DaemonEvent& event) {
     return filled + pattern.substr(end);
 }
 
-std::string DaemonMoods::DrawPart(const std::string& part, DaemonEvent& event) {
-    if (part == "{path}") return dice_.Pick(kPaths);
-    if (part == "{address}") return "02:00:5E:20:00:0" + std::to_string(dice_.Below(3));
-    if (part == "{alias}") return dice_.Chance(50) ? "Some Alias" : "%s %n ☎";
-    if (part == "{state}") return std::to_string(dice_.Below(5));
-    if (part == "{bytes}") return std::to_string(dice_.Below(3000));
-    if (part == "{count}") return std::to_string(dice_.Below(1000));
-    if (part == "{method}") return event.spoiled_method = dice_.Pick(kMethods);
-    if (part == "{pull}") return dice_.Chance(50) ? "PullAll" : "Pull";
-    if (part == "{transfer_reply}") return dice_.Pick(kTransferReplies);
-    if (part == "{error}") return dice_.Pick(kErrors);
-    if (part == "{reply}") return dice_.Pick(kReplies);
+std::string DaemonEventGenerator::DrawPart(const std::string& part, DaemonEvent& event) {
+    if (part == "{path}") return random_.Pick(kPaths);
+    if (part == "{address}") return "02:00:5E:20:00:0" + std::to_string(random_.Below(3));
+    if (part == "{alias}") return random_.Chance(50) ? "Some Alias" : "%s %n ☎";
+    if (part == "{state}") return std::to_string(random_.Below(5));
+    if (part == "{bytes}") return std::to_string(random_.Below(3000));
+    if (part == "{count}") return std::to_string(random_.Below(1000));
+    if (part == "{method}") return event.failing_method = random_.Pick(kMethods);
+    if (part == "{pull}") return random_.Chance(50) ? "PullAll" : "Pull";
+    if (part == "{transfer_reply}") return random_.Pick(kTransferReplies);
+    if (part == "{error}") return random_.Pick(kErrors);
+    if (part == "{reply}") return random_.Pick(kReplies);
     if (part == "{property}") return DrawProperty(event, false);
     if (part == "{anywhere}") return DrawProperty(event, true);
     if (part == "{value}") return DrawValue(event);
     return part;
 }
 
-std::string DaemonMoods::DrawProperty(DaemonEvent& event, bool anywhere) {
-    property_ = &dice_.Pick(kProperties);
+std::string DaemonEventGenerator::DrawProperty(DaemonEvent& event, bool anywhere) {
+    property_ = &random_.Pick(kProperties);
     const std::string name = property_->name;
     event.hides_address = name == "Address";
     event.renames_files = name == "Filename";
-    const char* const object = anywhere && dice_.Chance(70) ? "* " : property_->interface.object;
+    const char* const object = anywhere && random_.Chance(70) ? "* " : property_->interface.object;
     return object + (property_->interface.name + (" " + name));
 }
 
-std::string DaemonMoods::DrawValue(DaemonEvent& event) {
-    if (dice_.Chance(65)) return dice_.Pick(property_->values);
-    event.lies_about_types = true;
-    return dice_.Pick(kValues);
+std::string DaemonEventGenerator::DrawValue(DaemonEvent& event) {
+    if (random_.Chance(65)) return random_.Pick(property_->values);
+    event.mistypes_properties = true;
+    return random_.Pick(kValues);
 }
 
 }  // namespace morvane_test

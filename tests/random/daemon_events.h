@@ -1,6 +1,6 @@
 #pragma once
 
-#include "random/dice.h"
+#include "random/random_source.h"
 
 #include <string>
 #include <vector>
@@ -16,33 +16,33 @@ struct DaemonEvent {
     /// "{phone}" for one of the phones.
     std::string command;
     Loss loss = Loss::kNone;
-    bool brings_client_back = false;
-    bool lies_about_types = false;  ///< a property may come with a value of another type
-    bool hides_address = false;     ///< a device may have no address
-    bool renames_files = false;     ///< a transfer may not tell where its file is
-    bool fakes_transfers = false;   ///< a pull may come to nothing although it was accepted
+    bool restores_client = false;
+    bool mistypes_properties = false;  ///< a property may come with a value of another type
+    bool hides_address = false;        ///< a device may have no address
+    bool renames_files = false;        ///< a transfer may not tell where its file is
+    bool fakes_transfers = false;      ///< a pull may come to nothing although it was accepted
     bool makes_calls_hang = false;
-    std::string spoiled_method;  ///< that will be refused or answered wrongly
+    std::string failing_method;  ///< that will be refused or answered wrongly
 };
 
 using DaemonTrait = bool DaemonEvent::*;
 
 /// Draws what a daemon does in one conversation. What was removed is often added again later.
-class DaemonMoods {
+class DaemonEventGenerator {
   public:
-    explicit DaemonMoods(Dice& dice) : dice_(dice) {}
+    explicit DaemonEventGenerator(RandomSource& random) : random_(random) {}
 
     DaemonEvent Draw();
 
   private:
-    DaemonEvent DrawFresh();
+    DaemonEvent DrawNewEvent();
     std::string Fill(const std::string& pattern, DaemonEvent& event);
     std::string DrawPart(const std::string& part, DaemonEvent& event);
     std::string DrawProperty(DaemonEvent& event, bool anywhere);
     std::string DrawValue(DaemonEvent& event);
 
-    Dice& dice_;
-    std::vector<DaemonEvent> amends_;
+    RandomSource& random_;
+    std::vector<DaemonEvent> recoveries_;
     const struct PropertyRow* property_ = nullptr;  // that the event speaks of
 };
 

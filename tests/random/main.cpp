@@ -1,8 +1,8 @@
 // Plays random conversations against the tool and checks what must be true of any conversation.
 
+#include "random/checker.h"
 #include "random/plan.h"
 #include "random/player.h"
-#include "random/verdict.h"
 #include "support/private_bus.h"
 #include "support/programs.h"
 
@@ -57,19 +57,20 @@ class Run {
         std::optional<PrivateBus> bus(std::in_place);
         for (gint64 number = next_++; number < settings_.count; number = next_++) {
             const Plan plan = DrawPlan(static_cast<std::uint64_t>(settings_.seed + number));
-            const Played played = morvane_test::Play(plan, *bus, settings_.tool);
-            const std::vector<std::string> mistakes = FindMistakes(plan, played);
-            if (!mistakes.empty()) Report(plan, played, mistakes);
-            if (plan.farewell == Farewell::kBusDies) bus.emplace();
+            const PlayResult result = morvane_test::Play(plan, *bus, settings_.tool);
+            const std::vector<std::string> mistakes = FindMistakes(plan, result);
+            if (!mistakes.empty()) Report(plan, result, mistakes);
+            if (plan.termination == Termination::kBusDies) bus.emplace();
         }
     }
 
-    void Report(const Plan& plan, const Played& played, const std::vector<std::string>& mistakes) {
+    void Report(const Plan& plan, const PlayResult& result,
+                const std::vector<std::string>& mistakes) {
         const std::lock_guard<std::mutex> lock(mutex_);
         ++failures_;
         std::cout << "==== Seed " << plan.seed << " failed\n";
         for (const std::string& mistake : mistakes) std::cout << mistake << "\n";
-        std::cout << played.report << "---- Repeat with\n"
+        std::cout << result.report << "---- Repeat with\n"
                   << Environment() << settings_.program << " --seed=" << plan.seed
                   << (settings_.tool.empty() ? "" : " --tool=" + settings_.tool) << std::endl;
     }

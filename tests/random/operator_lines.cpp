@@ -12,7 +12,7 @@ constexpr unsigned kFields = 32;          // that the simulator lists
 constexpr unsigned kPhonebooksOfSim = 5;  // fewer than in internal memory
 
 // What the number prompts have rules for, right or wrong.
-constexpr const char* kOddNumbers[] = {
+constexpr const char* kUnusualNumbers[] = {
     "x",    "x5",    " x",         "-1",         "65535", "65536", "4294967295",
     "0x10", "12abc", "4294967296", "1000000000", "   ",   "",      "99999999999999999999",
     "1e3",  "+1",    "-0",         "\t2"};
@@ -43,7 +43,7 @@ constexpr const char* kTexts[] = {
     "x-bt-uid:0123456789abcdef0123456789ABCDEF",
 };
 
-constexpr const char* kOddLines[] = {
+constexpr const char* kUnusualLines[] = {
     "",    " ", "\t", "X",      "H",        "C", "help", "  h", "!",
     "zzz", "0", "9",  "%s%s%n", "\xc3\xa9", "-", "d",    "x",
 };
@@ -64,102 +64,101 @@ constexpr std::size_t kBytesOnTerminal = 300;
 
 }  // namespace
 
-std::string Operator::DrawLine() {
-    std::string line = dice_.Chance(88) ? DrawApt() : DrawOdd();
-    Forecast(line);
+std::string OperatorModel::DrawLine() {
+    std::string line = random_.Chance(88) ? DrawPlausible() : DrawUnusual();
+    Predict(line);
     return line;
 }
 
-std::string Operator::DrawUnterminated() {
-    return dice_.Chance(60) ? DrawApt() : DrawOdd();
+std::string OperatorModel::DrawUnterminated() {
+    return random_.Chance(60) ? DrawPlausible() : DrawUnusual();
 }
 
-std::string Operator::GoHome() {
+std::string OperatorModel::GoHome() {
     prompts_ = {PromptId::kMain};
     session_lost_ = false;
     return "d\nx\nx\nx\n";
 }
 
-void Operator::Expect(const DaemonEvent& event) {
-    if (!event.spoiled_method.empty()) failing_.insert(event.spoiled_method);
+void OperatorModel::Expect(const DaemonEvent& event) {
+    if (!event.failing_method.empty()) failing_.insert(event.failing_method);
     if (event.command == "clear-faults") failing_.clear();
     const bool in_menus = prompts_.size() > 1;
     if (event.loss == Loss::kSession && in_menus && prompts_[1] == PromptId::kPhonebookMenu)
         session_lost_ = true;
     if (event.loss == Loss::kClient) session_lost_ = in_menus;
-    client_is_there_ =
-        event.brings_client_back || (client_is_there_ && event.loss != Loss::kClient);
+    client_exists_ = event.restores_client || (client_exists_ && event.loss != Loss::kClient);
 }
 
-std::string Operator::DrawApt() {
+std::string OperatorModel::DrawPlausible() {
     const Asks asks = RowOf(Now()).asks;
     if (asks == Asks::kKey) return DrawKey();
     return asks == Asks::kNumber ? DrawNumber() : DrawText();
 }
 
-unsigned Operator::PastOf(PromptId prompt) const {
+unsigned OperatorModel::LimitOf(PromptId prompt) const {
     if (prompt == PromptId::kDevice) return phones_;
     if (prompt == PromptId::kField) return kFields;
     if (prompt == PromptId::kPhonebook) return kPhonebooksOfSim;
-    return RowOf(prompt).past;
+    return RowOf(prompt).limit;
 }
 
 // Whether what a valid answer leads to is going to be refused.
-bool Operator::Fails(PromptId prompt) const {
+bool OperatorModel::Fails(PromptId prompt) const {
     return std::any_of(std::begin(kCalls), std::end(kCalls), [&](const CallRow& row) {
         return row.prompt == prompt && failing_.count(row.method) > 0;
     });
 }
 
-std::string Operator::DrawKey() {
+std::string OperatorModel::DrawKey() {
     // Keys that need a selected phone book are rarely tried without one.
-    const bool anything = selected_ || dice_.Chance(5);
+    const bool anything = selected_ || random_.Chance(5);
     const std::vector<KeyRow> keys = KeysOf(Now());
-    const KeyRow& row = dice_.PickWeighted(keys, [&](const KeyRow& key) -> std::size_t {
+    const KeyRow& row = random_.PickWeighted(keys, [&](const KeyRow& key) -> std::size_t {
         if (key.needs_selection && !anything) return 0;
         return key.key == 's' && !selected_ ? 10 * key.weight : key.weight;
     });
     return {row.key};
 }
 
-std::string Operator::DrawNumber() {
+std::string OperatorModel::DrawNumber() {
     // Little can be reached without a device.
-    const bool gate = Now() == PromptId::kDevice || dice_.Chance(50);
-    if (dice_.Chance(gate ? 5 : 20)) return dice_.Pick(kOddNumbers);
+    const bool is_important = Now() == PromptId::kDevice || random_.Chance(50);
+    if (random_.Chance(is_important ? 5 : 20)) return random_.Pick(kUnusualNumbers);
     const std::size_t smallest = RowOf(Now()).smallest;
-    const std::size_t past = PastOf(Now());
-    const std::array<std::size_t, 5> numbers = {smallest, past - 1, 0,
-                                                smallest + dice_.Below(past - smallest),
-                                                dice_.Chance(gate ? 5 : 40) ? past : past - 1};
-    return std::to_string(dice_.Pick(numbers));
+    const std::size_t past = LimitOf(Now());
+    const std::array<std::size_t, 5> numbers = {
+        smallest, past - 1, 0, smallest + random_.Below(past - smallest),
+        random_.Chance(is_important ? 5 : 40) ? past : past - 1};
+    return std::to_string(random_.Pick(numbers));
 }
 
-std::string Operator::DrawText() {
+std::string OperatorModel::DrawText() {
     // Most handles that are well formed lead nowhere; the first cards exist.
-    if (Now() == PromptId::kHandle && dice_.Chance(60)) return std::to_string(dice_.Below(20));
-    if (dice_.Chance(70)) return dice_.Pick(kTexts);
-    return DrawBytes(RowOf(Now()).past - 2 + dice_.Below(5));
+    if (Now() == PromptId::kHandle && random_.Chance(60)) return std::to_string(random_.Below(20));
+    if (random_.Chance(70)) return random_.Pick(kTexts);
+    return DrawBytes(RowOf(Now()).limit - 2 + random_.Below(5));
 }
 
-std::string Operator::DrawOdd() {
-    if (dice_.Chance(70)) return dice_.Pick(kOddLines);
-    if (on_terminal_) return DrawBytes(dice_.Below(kBytesOnTerminal));
-    if (dice_.Chance(80)) return DrawBytes(dice_.Below(5000));
-    return std::string(kMegabyte / 2 + dice_.Below(kMegabyte), dice_.Pick("hx1 \xe2q\0"));
+std::string OperatorModel::DrawUnusual() {
+    if (random_.Chance(70)) return random_.Pick(kUnusualLines);
+    if (on_terminal_) return DrawBytes(random_.Below(kBytesOnTerminal));
+    if (random_.Chance(80)) return DrawBytes(random_.Below(5000));
+    return std::string(kMegabyte / 2 + random_.Below(kMegabyte), random_.Pick("hx1 \xe2q\0"));
 }
 
 // A terminal takes control bytes for itself: Ctrl-C, Ctrl-D, Ctrl-Z, line editing.
-std::string Operator::DrawBytes(std::size_t length) {
+std::string OperatorModel::DrawBytes(std::size_t length) {
     std::string bytes;
     while (bytes.size() < length) {
-        const auto byte = static_cast<unsigned char>(dice_.Below(256));
+        const auto byte = static_cast<unsigned char>(random_.Below(256));
         const bool is_taken = on_terminal_ ? std::iscntrl(byte) != 0 : byte == '\n';
         if (!is_taken) bytes += static_cast<char>(byte);
     }
     return bytes;
 }
 
-void Operator::Forecast(const std::string& line) {
+void OperatorModel::Predict(const std::string& line) {
     const std::size_t first = line.find_first_not_of(" \t\v\f\r");
     const PromptRow& row = RowOf(Now());
     if (row.asks != Asks::kText && first == std::string::npos) return;
@@ -169,12 +168,12 @@ void Operator::Forecast(const std::string& line) {
         return;
     }
     if (row.asks == Asks::kText) Finish(row.next, row.move == Move::kLeave);
-    if (row.asks == Asks::kNumber) ForecastNumber(line);
-    if (row.asks == Asks::kKey) ForecastKey(line[first]);
+    if (row.asks == Asks::kNumber) PredictNumber(line);
+    if (row.asks == Asks::kKey) PredictKey(line[first]);
 }
 
-void Operator::ForecastKey(char key) {
-    if (Now() == PromptId::kMain && !client_is_there_) return;
+void OperatorModel::PredictKey(char key) {
+    if (Now() == PromptId::kMain && !client_exists_) return;
     if (Now() == PromptId::kCancelledTransfer) return Finish({}, true);
     const std::vector<KeyRow> keys = KeysOf(Now());
     const auto row = std::find_if(keys.begin(), keys.end(),
@@ -185,20 +184,20 @@ void Operator::ForecastKey(char key) {
     if (row->move == Move::kLeave) Finish({}, true);
 }
 
-void Operator::ForecastNumber(const std::string& line) {
+void OperatorModel::PredictNumber(const std::string& line) {
     char* end = nullptr;
     const unsigned long long number = std::strtoull(line.c_str(), &end, 10);
     if (end == line.c_str() && line[0] != 'x') return;  // asked again
     const PromptRow& row = RowOf(Now());
-    const bool valid = line[0] != 'x' && number >= row.smallest && number < PastOf(Now());
+    const bool valid = line[0] != 'x' && number >= row.smallest && number < LimitOf(Now());
     const bool fails = Fails(Now());
     if (valid && Now() == PromptId::kPhonebook) selected_ = !fails;
     if (valid && Now() == PromptId::kDevice) selected_ = session_lost_ = false;
     Finish(row.next, !valid || fails || row.move == Move::kLeave);
 }
 
-void Operator::Finish(PromptId next, bool goes_back) {
-    if (goes_back) {
+void OperatorModel::Finish(PromptId next, bool to_menu_above) {
+    if (to_menu_above) {
         prompts_.pop_back();
     } else {
         prompts_.back() = next;

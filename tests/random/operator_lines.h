@@ -1,7 +1,7 @@
 #pragma once
 
 #include "random/daemon_events.h"
-#include "random/dice.h"
+#include "random/random_source.h"
 #include "support/menus.h"
 
 #include <set>
@@ -11,14 +11,14 @@
 namespace morvane_test {
 
 /// An operator who draws lines that lead deep into the menus, and others. Where the tool will be
-/// after a line is forecast and not looked up, so that the lines depend on the dice alone; a
+/// after a line is forecast and not looked up, so that the lines depend on the random alone; a
 /// forecast that fails only makes the lines less apt until the two meet again.
-class Operator {
+class OperatorModel {
   public:
     /// `on_terminal`: no bytes that a terminal interprets, and no long lines. `phones`: the number
     /// of devices that can be chosen.
-    Operator(Dice& dice, bool on_terminal, unsigned phones)
-        : dice_(dice), on_terminal_(on_terminal), phones_(phones) {}
+    OperatorModel(RandomSource& random, bool on_terminal, unsigned phones)
+        : random_(random), on_terminal_(on_terminal), phones_(phones) {}
 
     /// Without its newline.
     std::string DrawLine();
@@ -32,27 +32,27 @@ class Operator {
 
   private:
     PromptId Now() const { return prompts_.back(); }
-    unsigned PastOf(PromptId prompt) const;
+    unsigned LimitOf(PromptId prompt) const;
     bool Fails(PromptId prompt) const;
-    std::string DrawApt();
+    std::string DrawPlausible();
     std::string DrawKey();
     std::string DrawNumber();
     std::string DrawText();
-    std::string DrawOdd();
+    std::string DrawUnusual();
     std::string DrawBytes(std::size_t length);
 
-    void Forecast(const std::string& line);
-    void ForecastKey(char key);
-    void ForecastNumber(const std::string& line);
-    void Finish(PromptId next, bool goes_back);
+    void Predict(const std::string& line);
+    void PredictKey(char key);
+    void PredictNumber(const std::string& line);
+    void Finish(PromptId next, bool to_menu_above);
 
-    Dice& dice_;
+    RandomSource& random_;
     bool on_terminal_;
     unsigned phones_;
     std::vector<PromptId> prompts_ = {PromptId::kMain};
     bool selected_ = false;
     bool session_lost_ = false;
-    bool client_is_there_ = true;
+    bool client_exists_ = true;
     std::set<std::string> failing_;  // methods
 };
 

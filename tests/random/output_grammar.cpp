@@ -68,10 +68,10 @@ class Reader {
 
 }  // namespace
 
-OutputReading ReadOutput(std::string_view output, bool cut, std::optional<std::size_t> gap) {
+OutputReading ReadOutput(std::string_view output, bool truncated, std::optional<std::size_t> gap) {
     Reader reader(output);
     const std::size_t end = reader.Read(0);
-    if (end == output.size() || (cut && output.size() - end < kLongestItem))
+    if (end == output.size() || (truncated && output.size() - end < kLongestItem))
         return {reader.Messages(), std::nullopt};
     const bool may_miss = gap && end + kLongestItem >= *gap;
     for (std::size_t next = end; may_miss && next < output.size();

@@ -13,85 +13,85 @@ constexpr std::size_t kShownOfLine = 120;
 // Of several phones one demands these. They are set at the main menu.
 constexpr char kCredentials[] = "u\nengineer\np\n1234\n";
 
-struct FarewellRow {
-    Farewell farewell;
+struct TerminationRow {
+    Termination termination;
     unsigned weight;
     bool on_terminals_only;
     const char* name;
 };
 
-constexpr FarewellRow kFarewells[] = {
-    {Farewell::kEndOfInput, 50, false, "end of input"},
-    {Farewell::kUnterminatedLine, 25, false, "end of input within a line"},
-    {Farewell::kQuit, 15, false, "quit"},
-    {Farewell::kHangUp, 12, true, "the terminal hangs up"},
-    {Farewell::kBusDies, 4, false, "the bus dies"},
+constexpr TerminationRow kTerminations[] = {
+    {Termination::kEndOfInput, 50, false, "end of input"},
+    {Termination::kUnterminatedLine, 25, false, "end of input within a line"},
+    {Termination::kQuit, 15, false, "quit"},
+    {Termination::kHangUp, 12, true, "the terminal hangs up"},
+    {Termination::kBusDies, 4, false, "the bus dies"},
 };
 
-simulator::Options DrawOptions(Dice& dice) {
+simulator::Options DrawOptions(RandomSource& random) {
     simulator::Options options;
-    options.phones = dice.Chance(50) ? 1 : 2 + static_cast<unsigned>(dice.Below(2));
-    options.contacts = static_cast<unsigned>(dice.Below(30));
-    options.seed = static_cast<std::uint32_t>(dice.Below(1000));
+    options.phones = random.Chance(50) ? 1 : 2 + static_cast<unsigned>(random.Below(2));
+    options.contacts = static_cast<unsigned>(random.Below(30));
+    options.seed = static_cast<std::uint32_t>(random.Below(1000));
     options.pace =
-        dice.Chance(60) ? simulator::TransferPace::kByHand : simulator::TransferPace::kByRate;
-    options.rate = dice.Below(3) * 10000;
-    options.size_in_reply = dice.Chance(70);
-    options.announce = dice.Chance(60);
-    if (dice.Chance(3)) options.connection_state = static_cast<std::uint8_t>(dice.Below(5));
+        random.Chance(60) ? simulator::TransferPace::kByHand : simulator::TransferPace::kByRate;
+    options.rate = random.Below(3) * 10000;
+    options.size_in_reply = random.Chance(70);
+    options.announce = random.Chance(60);
+    if (random.Chance(3)) options.connection_state = static_cast<std::uint8_t>(random.Below(5));
     return options;
 }
 
 // What a pull downloads. Escape sequences would make the output ambiguous.
-std::string DrawContent(Dice& dice) {
+std::string DrawContent(RandomSource& random) {
     constexpr std::size_t kSizes[] = {0, 1, 511, 512, 513, 1024, 5000};
     std::string content;
-    const std::size_t size = dice.Pick(kSizes);
-    const bool binary = dice.Chance(30);
+    const std::size_t size = random.Pick(kSizes);
+    const bool binary = random.Chance(30);
     while (content.size() < size) {
-        const auto byte = static_cast<char>(binary ? dice.Below(256) : 32 + dice.Below(95));
+        const auto byte = static_cast<char>(binary ? random.Below(256) : 32 + random.Below(95));
         content += byte == '\x1b' ? '\n' : byte;
     }
     return content;
 }
 
 /// Draws the steps, one after the other.
-class Author {
+class StepGenerator {
   public:
-    Author(Dice& dice, Operator& typist, bool on_terminal)
-        : dice_(dice), operator_(typist), on_terminal_(on_terminal), moods_(dice) {}
+    StepGenerator(RandomSource& random, OperatorModel& typist, bool on_terminal)
+        : random_(random), operator_(typist), on_terminal_(on_terminal), events_(random) {}
 
     Step DrawStep() {
-        if (dice_.Chance(72)) return DrawTyping();
-        if (dice_.Chance(5)) return {Step::Kind::kContent, DrawContent(dice_), {}, true};
-        if (dice_.Chance(3)) return DrawInterrupt();
+        if (random_.Chance(72)) return DrawTyping();
+        if (random_.Chance(5)) return {Step::Kind::kContent, DrawContent(random_), {}, true};
+        if (random_.Chance(3)) return DrawInterrupt();
         return DrawEvent();
     }
 
   private:
     Step DrawTyping() {
-        if (dice_.Chance(3)) return {Step::Kind::kType, operator_.GoHome(), {}, true};
-        const std::size_t lines = dice_.Chance(15) ? 2 + dice_.Below(5) : 1;
+        if (random_.Chance(3)) return {Step::Kind::kType, operator_.GoHome(), {}, true};
+        const std::size_t lines = random_.Chance(15) ? 2 + random_.Below(5) : 1;
         std::string bytes;
         for (std::size_t line = 0; line < lines; ++line) bytes += operator_.DrawLine() + "\n";
-        return {Step::Kind::kType, bytes, {}, dice_.Chance(90)};
+        return {Step::Kind::kType, bytes, {}, random_.Chance(90)};
     }
 
     Step DrawInterrupt() {
-        const bool typed = on_terminal_ && dice_.Chance(50);
-        return {typed ? Step::Kind::kControlC : Step::Kind::kInterrupt, "", {}, dice_.Chance(50)};
+        const bool typed = on_terminal_ && random_.Chance(50);
+        return {typed ? Step::Kind::kControlC : Step::Kind::kInterrupt, "", {}, random_.Chance(50)};
     }
 
     Step DrawEvent() {
-        const DaemonEvent event = moods_.Draw();
+        const DaemonEvent event = events_.Draw();
         operator_.Expect(event);
-        return {Step::Kind::kCommand, "", event, dice_.Chance(70)};
+        return {Step::Kind::kCommand, "", event, random_.Chance(70)};
     }
 
-    Dice& dice_;
-    Operator& operator_;
+    RandomSource& random_;
+    OperatorModel& operator_;
     bool on_terminal_;
-    DaemonMoods moods_;
+    DaemonEventGenerator events_;
 };
 
 std::string Shown(const std::string& bytes) {
@@ -125,24 +125,26 @@ bool Plan::Has(DaemonTrait trait) const {
 }
 
 Plan DrawPlan(std::uint64_t seed) {
-    Dice dice(seed);
-    const bool on_terminal = dice.Chance(50);
+    RandomSource random(seed);
+    const bool on_terminal = random.Chance(50);
     Plan plan = {};
     plan.seed = seed;
     plan.wiring = on_terminal ? Wiring::kTerminal : Wiring::kPipes;
-    plan.daemon = DrawOptions(dice);
-    plan.waits_for_first_prompt = dice.Chance(80);
-    Operator typist(dice, on_terminal, plan.daemon.phones);
-    Author author(dice, typist, on_terminal);
-    if (dice.Chance(80)) plan.steps.push_back({Step::Kind::kType, kCredentials, {}, true});
-    const std::size_t steps = 6 + dice.Below(18) + dice.Below(18);
-    for (std::size_t step = 0; step < steps; ++step) plan.steps.push_back(author.DrawStep());
-    const auto weight = [on_terminal](const FarewellRow& row) {
+    plan.daemon = DrawOptions(random);
+    plan.waits_for_first_prompt = random.Chance(80);
+    OperatorModel typist(random, on_terminal, plan.daemon.phones);
+    StepGenerator steps_of(random, typist, on_terminal);
+    if (random.Chance(80)) plan.steps.push_back({Step::Kind::kType, kCredentials, {}, true});
+    const std::size_t steps = 6 + random.Below(18) + random.Below(18);
+    for (std::size_t step = 0; step < steps; ++step) plan.steps.push_back(steps_of.DrawStep());
+    const auto weight = [on_terminal](const TerminationRow& row) {
         return row.on_terminals_only && !on_terminal ? 0 : row.weight;
     };
-    plan.farewell = dice.PickWeighted(kFarewells, weight).farewell;
-    if (plan.farewell == Farewell::kQuit) plan.last_words = dice.Chance(50) ? "q\n" : "Quit\n";
-    if (plan.farewell == Farewell::kUnterminatedLine) plan.last_words = typist.DrawUnterminated();
+    plan.termination = random.PickWeighted(kTerminations, weight).termination;
+    if (plan.termination == Termination::kQuit)
+        plan.last_input = random.Chance(50) ? "q\n" : "Quit\n";
+    if (plan.termination == Termination::kUnterminatedLine)
+        plan.last_input = typist.DrawUnterminated();
     return plan;
 }
 
@@ -156,9 +158,9 @@ std::string Describe(const Plan& plan) {
                        std::to_string(plan.daemon.phones) + " phones of " +
                        std::to_string(plan.daemon.contacts) + " contacts, transfers by " +
                        (by_hand ? "hand" : "rate") + ", at the end ";
-    for (const FarewellRow& row : kFarewells)
-        if (row.farewell == plan.farewell) text += row.name;
-    return text + " " + Shown(plan.last_words);
+    for (const TerminationRow& row : kTerminations)
+        if (row.termination == plan.termination) text += row.name;
+    return text + " " + Shown(plan.last_input);
 }
 
 }  // namespace morvane_test

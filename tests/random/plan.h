@@ -27,7 +27,7 @@ struct Step {
 };
 
 /// How a conversation ends.
-enum class Farewell { kEndOfInput, kUnterminatedLine, kQuit, kHangUp, kBusDies };
+enum class Termination { kEndOfInput, kUnterminatedLine, kQuit, kHangUp, kBusDies };
 
 /// A whole conversation, drawn before it begins.
 struct Plan {
@@ -36,8 +36,8 @@ struct Plan {
     simulator::Options daemon;
     bool waits_for_first_prompt;
     std::vector<Step> steps;
-    Farewell farewell;
-    std::string last_words;  ///< of kUnterminatedLine and kQuit
+    Termination termination;
+    std::string last_input;  ///< of kUnterminatedLine and kQuit
 
     bool Has(DaemonTrait trait) const;
 };

@@ -17,7 +17,7 @@
 namespace morvane_test {
 namespace {
 
-constexpr char kSettledPath[] = "/com/veltrisonix/hci0/dev_settled";
+constexpr char kIdleProbePath[] = "/com/veltrisonix/hci0/dev_settled";
 constexpr std::size_t kNotRedrawn = 1;  // which of two awaited texts
 constexpr Duration kHangingCall{300};
 constexpr Duration kBriefly{1000};
@@ -47,15 +47,15 @@ class Player {
           commands_(daemon_),
           console_(Options(program)) {}
 
-    Played Play() {
-        if (plan_.waits_for_first_prompt) Settle("the start");
+    PlayResult Play() {
+        if (plan_.waits_for_first_prompt) AwaitIdle("the start");
         for (const Step& step : plan_.steps) {
             PlayStep(step);
             if (console_.HasEnded()) break;
         }
-        SayFarewell();
+        Terminate();
         AwaitEnd();
-        return Gather();
+        return CollectResult();
     }
 
   private:
@@ -90,15 +90,15 @@ class Player {
                 Interrupt(step.kind == Step::Kind::kControlC);
                 break;
         }
-        if (step.awaited) Settle(Describe(step));
+        if (step.awaited) AwaitIdle(Describe(step));
         log_ += "  " + Describe(step) + outcome + "\n";
-        NoteLoss(step);
+        RecordLoss(step);
     }
 
     std::string Type(const std::string& bytes) {
-        owed_ += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
-        if (console_.Offer(bytes, hanging_ ? kBriefly : Patience())) return "";
-        owed_is_known_ = false;
+        pending_prompts_ += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+        if (console_.TryWrite(bytes, hanging_ ? kBriefly : Patience())) return "";
+        prompt_count_is_known_ = false;
         return " (not taken)";
     }
 
@@ -113,7 +113,7 @@ class Player {
         }
         hanging_ = (hanging_ || event.makes_calls_hang) && command_ != "release";
         const bool leaves = command_ == "leave" || command_ == "crash";
-        played_.daemon_left = played_.daemon_left || leaves;
+        result_.daemon_left = result_.daemon_left || leaves;
         away_ = (away_ || leaves) && command_ != "come-back";
         return command_ == event.command ? "" : " (" + command_ + ")";
     }
@@ -134,67 +134,69 @@ class Player {
 
     void Interrupt(bool typed) {
         AwaitPrompts("an interrupt");  // before its first prompt the tool may not be prepared
-        ++played_.interrupts;
-        if (!typed || owed_ > 0) return console_.Interrupt();
-        if (!played_.control_c) played_.control_c = console_.Output().size();
-        console_.Offer("\x03", Patience());
+        ++result_.interrupts;
+        if (!typed || pending_prompts_ > 0) return console_.Interrupt();
+        if (!result_.control_c) result_.control_c = console_.Output().size();
+        console_.TryWrite("\x03", Patience());
     }
 
     /// Awaits a prompt for each line that was typed.
     void AwaitPrompts(const std::string& what) {
-        while (owed_ > 0) {
-            const bool excused = hanging_ || !owed_is_known_;
-            const Duration limit = excused ? kHangingCall : 3 * Patience();
+        while (pending_prompts_ > 0) {
+            const bool may_be_missing = hanging_ || !prompt_count_is_known_;
+            const Duration limit = may_be_missing ? kHangingCall : 3 * Patience();
             if (console_.SkipPastAny(kPromptEnds, limit)) {
-                --owed_;
+                --pending_prompts_;
             } else {
-                if (!excused && !console_.AwaitEnd(kBriefly)) played_.stuck = what;
+                if (!may_be_missing && !console_.AwaitEnd(kBriefly)) result_.stuck = what;
                 return;
             }
         }
     }
 
     /// Awaits also that the tool has handled everything that the daemon has announced so far.
-    void Settle(const std::string& what) {
+    void AwaitIdle(const std::string& what) {
         AwaitPrompts(what);
-        settled_ = false;
-        if (owed_ > 0 || !owed_is_known_ || hanging_ || away_ || played_.interrupts > 0) return;
+        is_idle_ = false;
+        if (pending_prompts_ > 0 || !prompt_count_is_known_ || hanging_ || away_ ||
+            result_.interrupts > 0)
+            return;
         // The device is removed before it can be chosen, since it has no usable address.
-        const std::string path = kSettledPath;
+        const std::string path = kIdleProbePath;
         daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
         const std::string found_line = "Found Device " + path + "\n";
         const std::optional<std::size_t> found = console_.SkipPastAny(
             {found_line + kGreenSequence, found_line + kResetSequence}, Patience());
-        if (found == kNotRedrawn) played_.not_redrawn = what;
+        if (found == kNotRedrawn) result_.not_redrawn = what;
         daemon_.RemoveDevice(path);
-        settled_ = found && console_.SkipPastAny({"Removed " + path + "\n"}, Patience());
+        is_idle_ = found && console_.SkipPastAny({"Removed " + path + "\n"}, Patience());
     }
 
-    void NoteLoss(const Step& step) {
+    void RecordLoss(const Step& step) {
         std::istringstream words(step.kind == Step::Kind::kCommand ? command_ : "");
         std::string verb;
         std::string path;
         std::string state;
         words >> verb >> path >> state;
         if (verb != "state" && verb != "close") return;
-        for (LostSession& lost : played_.lost_sessions)
+        for (LostSession& lost : result_.lost_sessions)
             if (lost.path == path) lost.to = std::min(lost.to, calls_before_);
-        if (state != "5" && step.awaited && settled_)
-            played_.lost_sessions.push_back(
+        if (state != "5" && step.awaited && is_idle_)
+            result_.lost_sessions.push_back(
                 {path, daemon_.Calls().size(), static_cast<std::size_t>(-1)});
     }
 
-    void SayFarewell() {
-        if (plan_.farewell == Farewell::kHangUp) {
-            played_.hung_up = true;
+    void Terminate() {
+        if (plan_.termination == Termination::kHangUp) {
+            result_.hung_up = true;
             return console_.HangUp();
         }
-        if (plan_.farewell == Farewell::kBusDies) {
-            played_.bus_died = true;
+        if (plan_.termination == Termination::kBusDies) {
+            result_.bus_died = true;
             bus_.Kill();
             if (console_.AwaitEnd(kBriefly)) return;
         }
-        console_.Offer(plan_.last_words, kBriefly);
+        console_.TryWrite(plan_.last_input, kBriefly);
         CloseInput();
     }
 
@@ -202,8 +204,8 @@ class Player {
     void CloseInput() {
         constexpr char kControlD[] = "\x04";
         if (plan_.wiring == Wiring::kPipes) return console_.CloseInput();
-        console_.Offer(kControlD, kBriefly);
-        console_.Offer(kControlD, kBriefly);
+        console_.TryWrite(kControlD, kBriefly);
+        console_.TryWrite(kControlD, kBriefly);
     }
 
     void AwaitEnd() {
@@ -211,23 +213,23 @@ class Player {
             log_ += "  (what hangs is released)\n";
             daemon_.Release();
         }
-        played_.ending = console_.AwaitEnd(3 * Patience());
-        if (!played_.ending) console_.Kill();
+        result_.ending = console_.AwaitEnd(3 * Patience());
+        if (!result_.ending) console_.Kill();
         console_.AwaitEndOfOutput();
     }
 
-    Played Gather() {
-        played_.orphans = ChildrenLeft(console_.ProcessId());
-        played_.output = console_.Output();
-        played_.errors = console_.Errors();
-        played_.calls = daemon_.Calls();
+    PlayResult CollectResult() {
+        result_.orphans = ChildrenLeft(console_.ProcessId());
+        result_.output = console_.Output();
+        result_.errors = console_.Errors();
+        result_.calls = daemon_.Calls();
         for (const auto& entry : std::filesystem::directory_iterator(directory_.Path()))
-            played_.files.push_back(entry.path().filename());
-        played_.report =
-            "---- " + Describe(plan_) + "\n" + log_ + console_.Story() + "---- Calls\n";
-        for (const simulator::Call& call : played_.calls)
-            played_.report += simulator::Describe(call) + "\n";
-        return played_;
+            result_.files.push_back(entry.path().filename());
+        result_.report =
+            "---- " + Describe(plan_) + "\n" + log_ + console_.FailureReport() + "---- Calls\n";
+        for (const simulator::Call& call : result_.calls)
+            result_.report += simulator::Describe(call) + "\n";
+        return result_;
     }
 
     const Plan& plan_;
@@ -236,20 +238,20 @@ class Player {
     simulator::Daemon daemon_;
     simulator::Commands commands_;
     Console console_;
-    Played played_;
+    PlayResult result_;
     std::string log_;
-    std::string command_;           // the last one as it was carried out; empty if it was not
-    std::size_t calls_before_ = 0;  // the last command
-    std::size_t owed_ = 1;          // prompts: the first, and one for each line
-    bool owed_is_known_ = true;     // until input was taken in part only
-    bool hanging_ = false;          // calls may get no answer
-    bool away_ = false;             // the daemon is not on the bus
-    bool settled_ = false;
+    std::string command_;                // the last one as it was carried out; empty if it was not
+    std::size_t calls_before_ = 0;       // the last command
+    std::size_t pending_prompts_ = 1;    // prompts: the first, and one for each line
+    bool prompt_count_is_known_ = true;  // until input was taken in part only
+    bool hanging_ = false;               // calls may get no answer
+    bool away_ = false;                  // the daemon is not on the bus
+    bool is_idle_ = false;
 };
 
 }  // namespace
 
-Played Play(const Plan& plan, PrivateBus& bus, const std::string& program) {
+PlayResult Play(const Plan& plan, PrivateBus& bus, const std::string& program) {
     return Player(plan, bus, program).Play();
 }
 

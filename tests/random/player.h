@@ -21,7 +21,7 @@ struct LostSession {
 };
 
 /// The result of a plan.
-struct Played {
+struct PlayResult {
     std::optional<Ending> ending;  ///< nothing if the tool had to be killed
     std::string output;
     std::string errors;
@@ -40,6 +40,6 @@ struct Played {
 };
 
 /// Plays the plan against the tool, or `program` if it is not empty, on a bus without other users.
-Played Play(const Plan& plan, PrivateBus& bus, const std::string& program);
+PlayResult Play(const Plan& plan, PrivateBus& bus, const std::string& program);
 
 }  // namespace morvane_test

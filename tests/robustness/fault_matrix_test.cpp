@@ -1,4 +1,4 @@
-#include "robustness/places.h"
+#include "robustness/prompt_cases.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// Every fault at every place where the operator is asked something. Three tables: the places
-// (robustness/places.cpp), the faults, and what must come of each fault at each place.
+// Every fault at every prompt where the operator is asked something. Three tables: the prompts
+// (robustness/prompt_cases.cpp), the faults, and what must come of each fault at each prompt.
 
 namespace morvane_test {
 namespace {
@@ -28,62 +28,62 @@ class FaultMatrix;
 struct Fault {
     std::string name;
     void (FaultMatrix::*prepare)();  ///< before the tool starts, or null
-    void (FaultMatrix::*begin)();    ///< in the menu from which the place is opened, or null
-    void (FaultMatrix::*strike)();   ///< at the place
-    bool in_a_call = false;          ///< strikes the call that an answer makes
+    void (FaultMatrix::*begin)();    ///< in the menu from which the prompt is opened, or null
+    void (FaultMatrix::*inject)();   ///< at the prompt
+    bool in_call = false;            ///< strikes the call that an answer makes
 };
 
 /// Whether an answer's call, if it makes one, reaches the daemon.
 enum class Sends { kItsCall, kNothing };
 
-/// What must come of some faults at some places. `output` is what the tool prints after the answer,
-/// up to where it ends.
+/// What must come of some faults at some prompts. `output` is what the tool prints after the
+/// answer, up to where it ends.
 struct Expectation {
     Names faults;
-    Names places;  ///< none: all
-    std::string (*output)(const Place& place) = nullptr;
+    Names prompts;  ///< none: all
+    std::string (*output)(const PromptCase&prompt) = nullptr;
     Sends sends = Sends::kNothing;
-    void (FaultMatrix::*ending)() = nullptr;  ///< in place of an output
-    const char* cannot_occur = nullptr;       ///< why, in place of both
+    void (FaultMatrix::*ending)() = nullptr;  ///< in prompt of an output
+    const char* cannot_occur = nullptr;       ///< why, in prompt of both
 };
 
 struct Cell {
     const Fault* fault;
-    const Place* place;
+    const PromptCase*prompt;
     const Expectation* expectation;
 
-    [[nodiscard]] std::string Name() const { return fault->name + "_At" + place->name; }
+    [[nodiscard]] std::string Name() const { return fault->name + "_At" + prompt->name; }
 };
 
-class FaultMatrix : public PlaceTest, public testing::WithParamInterface<Cell> {
+class FaultMatrix : public PromptCaseTest, public testing::WithParamInterface<Cell> {
   public:
     void HideProperties();
     void MistypeProperties();
     void UseEmptyTransferPath();
-    void HoldATransfer();
+    void KeepATransfer();
 
-    void LeaveTheBus();
+    void DisconnectTheDaemon();
     void RestartTheDaemon();
-    void TakeTheClient();
+    void RemoveTheClient();
     void ReplaceTheClient();
-    void TakeTheDevice();
+    void RemoveTheDevice();
     void CloseTheSession();
     void LoseTheConnection();
     void RefuseTheCall();
     void HangTheCall();
-    void AnswerWithAWrongType();
+    void ReplyWithAWrongType();
     void InvalidateTheProperty();
     void MistypeTheProperty();
-    void FloodWithNotices();
-    void AnnounceTheTransferBefore();
+    void FloodWithNotifications();
+    void NotifyOfThePreviousTransfer();
     void Nothing() {}
 
     void ExpectAbort();
     void ExpectReplacementInAFlood();
 
   protected:
-    const Place& At() const { return *GetParam().place; }
-    std::string Line() const { return GetParam().fault->in_a_call ? At().call.line : At().answer; }
+    const PromptCase& At() const { return *GetParam().prompt; }
+    std::string Line() const { return GetParam().fault->in_call ? At().call.line : At().answer; }
     std::string Removed(const std::string& path) const;
     std::string Found(const std::string& text) const;
     void ExpectLossOfTheDaemon();
@@ -100,24 +100,24 @@ class FaultMatrix : public PlaceTest, public testing::WithParamInterface<Cell> {
 // The faults.
 
 const Fault kFaults[] = {
-    {"DaemonLeaves", nullptr, nullptr, &FaultMatrix::LeaveTheBus},
+    {"DaemonDisconnects", nullptr, nullptr, &FaultMatrix::DisconnectTheDaemon},
     {"DaemonRestarts", nullptr, nullptr, &FaultMatrix::RestartTheDaemon},
-    {"ClientRemoved", nullptr, nullptr, &FaultMatrix::TakeTheClient},
+    {"ClientRemoved", nullptr, nullptr, &FaultMatrix::RemoveTheClient},
     {"ClientReplaced", nullptr, nullptr, &FaultMatrix::ReplaceTheClient},
-    {"DeviceRemoved", nullptr, nullptr, &FaultMatrix::TakeTheDevice},
-    {"SessionGone", nullptr, nullptr, &FaultMatrix::CloseTheSession},
+    {"DeviceRemoved", nullptr, nullptr, &FaultMatrix::RemoveTheDevice},
+    {"SessionClosed", nullptr, nullptr, &FaultMatrix::CloseTheSession},
     {"ConnectionLost", nullptr, nullptr, &FaultMatrix::LoseTheConnection},
     {"CallRefused", nullptr, nullptr, &FaultMatrix::RefuseTheCall, true},
     {"CallHangs", nullptr, nullptr, &FaultMatrix::HangTheCall, true},
-    {"ReplyOfWrongType", nullptr, nullptr, &FaultMatrix::AnswerWithAWrongType, true},
+    {"ReplyOfWrongType", nullptr, nullptr, &FaultMatrix::ReplyWithAWrongType, true},
     {"PropertyInvalidated", nullptr, nullptr, &FaultMatrix::InvalidateTheProperty},
     {"PropertyOfWrongType", nullptr, nullptr, &FaultMatrix::MistypeTheProperty},
-    {"PropertiesNeverThere", &FaultMatrix::HideProperties, nullptr, &FaultMatrix::Nothing},
-    {"PropertiesNeverOfTheirType", &FaultMatrix::MistypeProperties, nullptr, &FaultMatrix::Nothing},
+    {"PropertiesMissing", &FaultMatrix::HideProperties, nullptr, &FaultMatrix::Nothing},
+    {"PropertiesOfWrongType", &FaultMatrix::MistypeProperties, nullptr, &FaultMatrix::Nothing},
     {"EmptyTransferPath", &FaultMatrix::UseEmptyTransferPath, nullptr, &FaultMatrix::Nothing},
-    {"NotificationFlood", nullptr, nullptr, &FaultMatrix::FloodWithNotices},
-    {"TransferReplaced", nullptr, &FaultMatrix::HoldATransfer,
-     &FaultMatrix::AnnounceTheTransferBefore},
+    {"NotificationFlood", nullptr, nullptr, &FaultMatrix::FloodWithNotifications},
+    {"TransferReplaced", nullptr, &FaultMatrix::KeepATransfer,
+     &FaultMatrix::NotifyOfThePreviousTransfer},
 };
 
 struct Property {
@@ -159,16 +159,16 @@ void FaultMatrix::UseEmptyTransferPath() {
     daemon().UseEmptyTransferPath(true);
 }
 
-// At the choice of a device it is still held: its session could not be removed.
-void FaultMatrix::HoldATransfer() {
-    const bool held = !InSession(At().id);
-    if (held) {
+// At the choice of a device it is still in_main_menu: its session could not be removed.
+void FaultMatrix::KeepATransfer() {
+    const bool in_main_menu = !InSession(At().id);
+    if (in_main_menu) {
         OpenSelectedSession();
         daemon().Refuse("RemoveSession", kFailed, "no", 1);
     }
     daemon().ClearFaults();
     PullAll(std::string(1000, 'x'));
-    if (!held) {
+    if (!in_main_menu) {
         Type("x");
         Await(Prompt(kPhonebookMenu));
         if (!At().call.reply.empty()) daemon().Reply(At().call.method, Value(At().call.reply));
@@ -176,28 +176,28 @@ void FaultMatrix::HoldATransfer() {
     }
     daemon().Refuse("RemoveSession", kFailed, "no", 1);
     daemon().SetConnectionState(kFirstSession, 3);
-    ExpectQuiet(kTransferMenu);
+    ExpectNoOutput(kTransferMenu);
     Type("s");
     Await(Red("Remove Session failed " + kRefusedCall + "\n") + Prompt());
 }
 
 std::string FaultMatrix::Removed(const std::string& path) const {
-    return Notice(At().segment, "Removed " + path + "\n", kRedSequence);
+    return Notification(At().segment, "Removed " + path + "\n", kRedSequence);
 }
 
 std::string FaultMatrix::Found(const std::string& text) const {
-    return Notice(At().segment, "Found " + text + "\n");
+    return Notification(At().segment, "Found " + text + "\n");
 }
 
 // The client takes its session along, and that the file of its transfer.
 void FaultMatrix::ExpectLossOfTheDaemon() {
     std::vector<std::string> messages = {Removed(kClientPath), Removed(kPhonePath)};
     if (At().HasTransfer())
-        messages.push_back(Notice(At().segment, "Removing: " + PulledPhonebook() + "\n"));
+        messages.push_back(Notification(At().segment, "Removing: " + PulledPhonebook() + "\n"));
     ExpectInAnyOrder(messages);
 }
 
-void FaultMatrix::LeaveTheBus() {
+void FaultMatrix::DisconnectTheDaemon() {
     daemon().LeaveBus();
     ExpectLossOfTheDaemon();
 }
@@ -207,21 +207,21 @@ void FaultMatrix::RestartTheDaemon() {
     ExpectLossOfTheDaemon();
     daemon().ReturnToBus();
     ExpectInAnyOrder({Found("Client " + kClientPath), Found(std::string("Device ") + kPhonePath)});
-    ExpectQuiet(At().segment);
+    ExpectNoOutput(At().segment);
 }
 
-void FaultMatrix::TakeTheClient() {
+void FaultMatrix::RemoveTheClient() {
     daemon().RemoveClient();
-    if (At().HasTransfer()) Expect(Notice(At().segment, "Removing: " + PulledPhonebook() + "\n"));
+    if (At().HasTransfer()) Expect(Notification(At().segment, "Removing: " + PulledPhonebook() + "\n"));
     Expect(Removed(kClientPath));
 }
 
 void FaultMatrix::ReplaceTheClient() {
-    TakeTheClient();
+    RemoveTheClient();
     ReturnClient(At().segment);
 }
 
-void FaultMatrix::TakeTheDevice() {
+void FaultMatrix::RemoveTheDevice() {
     RefusePulls();
     daemon().RemoveDevice(kPhonePath);
     ExpectEndOfTransfer(At());
@@ -232,7 +232,7 @@ void FaultMatrix::CloseTheSession() {
     RefusePulls();
     daemon().CloseSession(kFirstSession);
     ExpectEndOfTransfer(At());
-    ExpectQuiet(At().segment);
+    ExpectNoOutput(At().segment);
 }
 
 void FaultMatrix::LoseTheConnection() {
@@ -250,45 +250,45 @@ void FaultMatrix::HangTheCall() {
     console().SetPatience(Stretched(std::chrono::seconds(60)));
 }
 
-void FaultMatrix::AnswerWithAWrongType() {
+void FaultMatrix::ReplyWithAWrongType() {
     daemon().Reply(At().call.method, Value("(uint32 7,)"), 1);
 }
 
 void FaultMatrix::InvalidateTheProperty() {
-    const PlaceProperty& property = At().property;
+    const PromptProperty& property = At().property;
     RefusePulls();
     daemon().Invalidate(property.path, property.interface, property.name);
-    Expect(property.notice_of_absence);
-    ExpectQuiet(At().segment);
+    Expect(property.output_if_invalidated);
+    ExpectNoOutput(At().segment);
 }
 
 void FaultMatrix::MistypeTheProperty() {
-    const PlaceProperty& property = At().property;
+    const PromptProperty& property = At().property;
     daemon().Notify(property.path, property.interface, property.name, Value("(uint32 7,)"));
-    Expect(property.notice_of_wrong_type);
-    ExpectQuiet(At().segment);
+    Expect(property.output_on_wrong_type);
+    ExpectNoOutput(At().segment);
 }
 
 // A device's changes are not reported, a session's are.
-void FaultMatrix::FloodWithNotices() {
+void FaultMatrix::FloodWithNotifications() {
     const std::string last = kPhoneAlias;
     daemon().Flood(kPhonePath, simulator::kDeviceInterface, "Alias", kFlood, [&](std::size_t i) {
         return g_variant_new_string(i + 1 == kFlood ? last.c_str() : "another");
     });
     if (InSession(At().id)) {
-        std::string notices;
+        std::string notifications;
         for (std::size_t i = 0; i < kFlood; ++i)
-            notices +=
-                Notice(At().segment, "Channel Attribute Received: " + std::to_string(i) + "\n");
+            notifications +=
+                Notification(At().segment, "Channel Attribute Received: " + std::to_string(i) + "\n");
         daemon().Flood(kFirstSession, simulator::kSessionInterface, "Channel", kFlood,
                        [](std::size_t i) { return g_variant_new_uint16(static_cast<guint16>(i)); });
-        Expect(notices);
+        Expect(notifications);
     }
-    ExpectQuiet(At().segment);
+    ExpectNoOutput(At().segment);
 }
 
 // It goes on while the operator answers. Where that transfer has been left, nothing is heard of it.
-void FaultMatrix::AnnounceTheTransferBefore() {
+void FaultMatrix::NotifyOfThePreviousTransfer() {
     flood_ = std::async(std::launch::async, [this] {
         daemon().Flood(kFirstTransfer, simulator::kTransferInterface, "Transferred", 2000,
                        [](std::size_t i) { return g_variant_new_uint64(i % 1001); });
@@ -297,32 +297,32 @@ void FaultMatrix::AnnounceTheTransferBefore() {
 
 // What comes of them.
 
-std::string AsEver(const Place& place) {
-    return place.output;
+std::string AcceptedOutput(const PromptCase&prompt) {
+    return prompt.output;
 }
 
-std::string Lost(const Place& place) {
-    return place.lost + Prompt();
+std::string Lost(const PromptCase&prompt) {
+    return prompt.lost + Prompt();
 }
 
-std::string Failure(const Place& place, const std::string& message) {
-    return Red(place.call.failure + message + "\n") + Prompt(place.call.next);
+std::string Failure(const PromptCase&prompt, const std::string& message) {
+    return Red(prompt.call.failure + message + "\n") + Prompt(prompt.call.next);
 }
 
-std::string Refused(const Place& place) {
-    return Failure(place, kRefusedCall);
+std::string Refused(const PromptCase&prompt) {
+    return Failure(prompt, kRefusedCall);
 }
 
-std::string TimedOut(const Place& place) {
-    return Failure(place, "Timeout was reached");
+std::string TimedOut(const PromptCase&prompt) {
+    return Failure(prompt, "Timeout was reached");
 }
 
-std::string WrongReply(const Place& place) {
-    return Failure(place, "Method “" + place.call.method + "” returned type “(u)”, but expected “" +
-                              place.call.reply_type + "”");
+std::string WrongReply(const PromptCase&prompt) {
+    return Failure(prompt, "Method “" + prompt.call.method + "” returned type “(u)”, but expected “" +
+                              prompt.call.reply_type + "”");
 }
 
-std::string NoClient(const Place& /*place*/) {
+std::string NoClient(const PromptCase& /*prompt*/) {
     return Red("No Client available, start daemon.\n") + Prompt();
 }
 
@@ -331,48 +331,48 @@ const std::string kRemovalRefused =
     Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: No such session: " +
         std::string(kFirstSession) + "\n");
 
-std::string LostWithTheSession(const Place& place) {
-    return place.lost + kRemovalRefused + Prompt();
+std::string LostWithTheSession(const PromptCase&prompt) {
+    return prompt.lost + kRemovalRefused + Prompt();
 }
 
 // A file goes with the session that was removed in good order.
-std::string LostAndFileRemoved(const Place& place) {
-    return place.lost + Normal("Removing: <directory>/phonebook.vcf\n") + Prompt();
+std::string LostAndFileRemoved(const PromptCase&prompt) {
+    return prompt.lost + Normal("Removing: <directory>/phonebook.vcf\n") + Prompt();
 }
 
 // The menu before the pull of one card leaves it to the call.
 const std::string kPullRefused =
     Red("Remote Call failed: " + kRefusedCall + "\n") + Red("Client Proxy is invalid\n");
 
-std::string LostInTheCall(const Place& /*place*/) {
+std::string LostInTheCall(const PromptCase& /*prompt*/) {
     return kPullRefused + Prompt();
 }
 
-std::string LostInTheCallWithTheSession(const Place& /*place*/) {
+std::string LostInTheCallWithTheSession(const PromptCase& /*prompt*/) {
     return kPullRefused + kRemovalRefused + Prompt();
 }
 
-std::string NoDevices(const Place& /*place*/) {
+std::string NoDevices(const PromptCase& /*prompt*/) {
     return DeviceList({}) + Prompt();
 }
 
-std::string InvalidDevice(const Place& /*place*/) {
+std::string InvalidDevice(const PromptCase& /*prompt*/) {
     return Red("Invalid Client selected\n") + Prompt();
 }
 
-std::string NamelessDevice(const Place& /*place*/) {
+std::string NamelessDevice(const PromptCase& /*prompt*/) {
     return DeviceList({"00:1B:DC:07:31:9A | Unknown"}) + Prompt();
 }
 
-std::string BareSession(const Place& /*place*/) {
+std::string BareSession(const PromptCase& /*prompt*/) {
     return UnknownSession("Connected") + Prompt(kPhonebookMenu);
 }
 
-std::string NoStatus(const Place& place) {
-    return Normal("Transfer Status: \n") + Prompt(place.segment);
+std::string NoStatus(const PromptCase&prompt) {
+    return Normal("Transfer Status: \n") + Prompt(prompt.segment);
 }
 
-std::string BareTransfer(const Place& /*place*/) {
+std::string BareTransfer(const PromptCase& /*prompt*/) {
     return Prompt(kTransferMenu);
 }
 
@@ -388,7 +388,7 @@ void FaultMatrix::ExpectReplacementInAFlood() {
     Await(Normal("Removing: " + PulledPhonebook() + "\n"));
     Await(Prompt(kPhonebookMenu));
     flood_.get();
-    ExpectQuiet(kPhonebookMenu);
+    ExpectNoOutput(kPhonebookMenu);
 }
 
 const Names kCredentials = {"UserId", "Password"};
@@ -396,32 +396,32 @@ const Names kOutsideSessions = {"MainMenu", "DeviceChoice", "UserId", "Password"
 const Names kWithoutCalls = {"Location", "Format",   "Order",  "Field",
                              "Selector", "MaxCount", "Offset", "SearchField"};
 const Names kPulls = {"PullAllFilters", "PullFilters"};
-const Names kAllPlaces = {};
+const Names kAllPrompts = {};
 
 // The first that fits counts.
 const Expectation kExpectations[] = {
-    {{"DaemonLeaves", "ClientRemoved"}, {"MainMenu"}, NoClient},
-    {{"DaemonLeaves", "ClientRemoved"}, kAllPlaces, Lost},
-    {{"DaemonRestarts", "ClientReplaced"}, kOutsideSessions, AsEver, Sends::kItsCall},
-    {{"DaemonRestarts", "ClientReplaced"}, kAllPlaces, Lost},
+    {{"DaemonDisconnects", "ClientRemoved"}, {"MainMenu"}, NoClient},
+    {{"DaemonDisconnects", "ClientRemoved"}, kAllPrompts, Lost},
+    {{"DaemonRestarts", "ClientReplaced"}, kOutsideSessions, AcceptedOutput, Sends::kItsCall},
+    {{"DaemonRestarts", "ClientReplaced"}, kAllPrompts, Lost},
 
     {{"DeviceRemoved"}, {"MainMenu"}, NoDevices},
     {{"DeviceRemoved"}, {"DeviceChoice"}, InvalidDevice},
-    {{"DeviceRemoved"}, kCredentials, AsEver, Sends::kItsCall},
-    {{"SessionGone", "ConnectionLost"},
+    {{"DeviceRemoved"}, kCredentials, AcceptedOutput, Sends::kItsCall},
+    {{"SessionClosed", "ConnectionLost"},
      kOutsideSessions,
      nullptr,
      Sends::kNothing,
      nullptr,
      "no session is open here"},
-    {{"DeviceRemoved", "SessionGone"},
+    {{"DeviceRemoved", "SessionClosed"},
      {"PullFilters"},
      LostInTheCallWithTheSession,
      Sends::kItsCall},
-    {{"DeviceRemoved", "SessionGone"}, kAllPlaces, LostWithTheSession},
+    {{"DeviceRemoved", "SessionClosed"}, kAllPrompts, LostWithTheSession},
     {{"ConnectionLost"}, {"PullFilters"}, LostInTheCall, Sends::kItsCall},
     {{"ConnectionLost"}, {"TransferMenu"}, LostAndFileRemoved},
-    {{"ConnectionLost"}, kAllPlaces, Lost},
+    {{"ConnectionLost"}, kAllPrompts, Lost},
 
     {{"CallRefused", "CallHangs", "ReplyOfWrongType"},
      kWithoutCalls,
@@ -429,9 +429,9 @@ const Expectation kExpectations[] = {
      Sends::kNothing,
      nullptr,
      "no call is made here"},
-    {{"CallRefused"}, kAllPlaces, Refused, Sends::kItsCall},
-    {{"CallHangs"}, kAllPlaces, TimedOut, Sends::kItsCall},
-    {{"ReplyOfWrongType"}, kAllPlaces, WrongReply, Sends::kItsCall},
+    {{"CallRefused"}, kAllPrompts, Refused, Sends::kItsCall},
+    {{"CallHangs"}, kAllPrompts, TimedOut, Sends::kItsCall},
+    {{"ReplyOfWrongType"}, kAllPrompts, WrongReply, Sends::kItsCall},
 
     {{"PropertyInvalidated", "PropertyOfWrongType"},
      kCredentials,
@@ -448,20 +448,20 @@ const Expectation kExpectations[] = {
      &FaultMatrix::ExpectAbort},
     {{"PropertyInvalidated"}, {"TransferMenu"}, NoStatus},
     {{"PropertyInvalidated"}, {"PullFilters"}, LostInTheCall, Sends::kItsCall},
-    {{"PropertyInvalidated"}, kAllPlaces, Lost},
-    {{"PropertyOfWrongType"}, kAllPlaces, AsEver, Sends::kItsCall},
-    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, {"MainMenu"}, NamelessDevice},
-    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"},
+    {{"PropertyInvalidated"}, kAllPrompts, Lost},
+    {{"PropertyOfWrongType"}, kAllPrompts, AcceptedOutput, Sends::kItsCall},
+    {{"PropertiesMissing", "PropertiesOfWrongType"}, {"MainMenu"}, NamelessDevice},
+    {{"PropertiesMissing", "PropertiesOfWrongType"},
      {"DeviceChoice"},
      BareSession,
      Sends::kItsCall},
-    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, {"TransferMenu"}, NoStatus},
-    {{"PropertiesNeverThere", "PropertiesNeverOfTheirType"}, kAllPlaces, AsEver, Sends::kItsCall},
+    {{"PropertiesMissing", "PropertiesOfWrongType"}, {"TransferMenu"}, NoStatus},
+    {{"PropertiesMissing", "PropertiesOfWrongType"}, kAllPrompts, AcceptedOutput, Sends::kItsCall},
 
     {{"EmptyTransferPath"}, kPulls, BareTransfer, Sends::kItsCall},
     {{"EmptyTransferPath"}, {"TransferMenu"}, NoStatus},
-    {{"EmptyTransferPath"}, kAllPlaces, nullptr, Sends::kNothing, nullptr, "no pull is made here"},
-    {{"NotificationFlood"}, kAllPlaces, AsEver, Sends::kItsCall},
+    {{"EmptyTransferPath"}, kAllPrompts, nullptr, Sends::kNothing, nullptr, "no pull is made here"},
+    {{"NotificationFlood"}, kAllPrompts, AcceptedOutput, Sends::kItsCall},
     {{"TransferReplaced"},
      {"DeviceChoice"},
      nullptr,
@@ -469,24 +469,24 @@ const Expectation kExpectations[] = {
      &FaultMatrix::ExpectReplacementInAFlood},
     {{"TransferReplaced"},
      {"PullAllFilters", "PullFilters", "TransferMenu"},
-     AsEver,
+     AcceptedOutput,
      Sends::kItsCall},
     {{"TransferReplaced"},
-     kAllPlaces,
+     kAllPrompts,
      nullptr,
      Sends::kNothing,
      nullptr,
-     "no transfer takes another's place here"},
+     "no transfer takes another's prompt here"},
 };
 
 bool Contains(const Names& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-const Expectation* Find(const Fault& fault, const Place& place) {
+const Expectation* Find(const Fault& fault, const PromptCase&prompt) {
     for (const Expectation& expectation : kExpectations)
         if (Contains(expectation.faults, fault.name) &&
-            (expectation.places.empty() || Contains(expectation.places, place.name)))
+            (expectation.prompts.empty() || Contains(expectation.prompts, prompt.name)))
             return &expectation;
     return nullptr;
 }
@@ -494,7 +494,8 @@ const Expectation* Find(const Fault& fault, const Place& place) {
 std::vector<Cell> AllCells() {
     std::vector<Cell> cells;
     for (const Fault& fault : kFaults)
-        for (const Place& place : Places()) cells.push_back({&fault, &place, Find(fault, place)});
+        for (const PromptCase&prompt : PromptCases())
+            cells.push_back({&fault, &prompt, Find(fault, prompt)});
     return cells;
 }
 
@@ -510,25 +511,25 @@ void PrintTo(const Cell& cell, std::ostream* stream) {
 }
 
 TEST_P(FaultMatrix, Cell) {
-    const auto& [fault, place, expected] = GetParam();
-    StartPlaceDaemon(*place);
+    const auto& [fault, prompt, expected] = GetParam();
+    StartCaseDaemon(*prompt);
     Do(fault->prepare);
     Start();
     console().AllowStderr(kWrongTypeWarning);
-    ReachBase(*place);
+    ReachBase(*prompt);
     Do(fault->begin);
-    Open(*place);
-    Do(fault->strike);
+    Open(*prompt);
+    Do(fault->inject);
 
-    const std::size_t calls = CountCalls(place->call.method);
+    const std::size_t calls = CountCalls(prompt->call.method);
     Type(Line());
     if (expected->ending) {
         Do(expected->ending);
     } else {
-        ExpectOutput(expected->output(*place));
+        ExpectOutput(expected->output(*prompt));
     }
-    const bool sends = expected->sends == Sends::kItsCall && Line() == place->call.line;
-    EXPECT_EQ(CountCalls(place->call.method), calls + (sends ? 1U : 0U));
+    const bool sends = expected->sends == Sends::kItsCall && Line() == prompt->call.line;
+    EXPECT_EQ(CountCalls(prompt->call.method), calls + (sends ? 1U : 0U));
 }
 
 INSTANTIATE_TEST_SUITE_P(, FaultMatrix, testing::ValuesIn(CellsThatOccur()),

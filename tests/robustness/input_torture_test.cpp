@@ -1,4 +1,4 @@
-#include "robustness/places.h"
+#include "robustness/prompt_cases.h"
 #include "support/process_files.h"
 #include "support/programs.h"
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// Everything that can come of an operator, a terminal or a script, at every place where the tool
+// Everything that can come of an operator, a terminal or a script, at every prompt where the tool
 // asks something. Besides what is printed, the work and the memory that it costs are bounded.
 
 namespace morvane_test {
@@ -17,7 +17,7 @@ namespace {
 
 // Processor time of the process, not elapsed time; ample, as on a virtual machine it may
 // include time that the host has taken away.
-constexpr Duration kLittleWork(5000);
+constexpr Duration kCpuTimeLimit(5000);
 constexpr std::size_t kMegabyte = 1 << 20;
 constexpr char kControlC[] = "\x03";
 
@@ -27,7 +27,7 @@ constexpr bool kSanitizer = true;
 #else
 constexpr bool kSanitizer = false;
 #endif
-const bool kMemoryIsTheTools =
+const bool kMeasuresMemory =
     !kSanitizer && !IsOtherTool() && std::getenv("MORVANE_TEST_LAUNCHER") == nullptr;
 
 // The most memory that the process has ever had, in bytes.
@@ -40,8 +40,8 @@ ConsoleOptions Pipes() {
 }
 
 // Pipes, and memory that is given back as soon as it is no longer used, so that its peak tells what
-// was held at the same time.
-ConsoleOptions ThriftyPipes() {
+// was in_main_menu at the same time.
+ConsoleOptions PipesReleasingMemory() {
     ConsoleOptions options = Pipes();
     options.environment = {"MALLOC_MMAP_THRESHOLD_=65536"};
     return options;
@@ -58,7 +58,7 @@ ConsoleOptions NonBlocking(ConsoleOptions options) {
 }
 
 // All bytes that a line can hold, none of which is a key, a number or the beginning of a handle in
-// its place().
+// its prompt().
 std::string EveryByte() {
     std::string bytes = {'\x01', '\xff', '\0'};
     for (int byte = 0; byte < 256; ++byte)
@@ -66,20 +66,22 @@ std::string EveryByte() {
     return bytes;
 }
 
-class InputTorture : public EachPlaceTest {
+class InputTorture : public EachPromptTest {
   protected:
-    void ReachPlace(const ConsoleOptions& options = {}) {
-        Reach(place(), options);
+    void ReachPrompt(const ConsoleOptions& options = {}) {
+        Reach(prompt(), options);
         cpu_time_ = console().CpuTime();
-        calls_ = CountCalls(place().call.method);
-        if (kMemoryIsTheTools) memory_ = PeakMemory(console().ProcessId());
+        calls_ = CountCalls(prompt().call.method);
+        if (kMeasuresMemory) memory_ = PeakMemory(console().ProcessId());
     }
 
-    void ExpectLittleWork() { EXPECT_LT(console().CpuTime() - cpu_time_, Stretched(kLittleWork)); }
+    void ExpectLowCpuTime() {
+        EXPECT_LT(console().CpuTime() - cpu_time_, Stretched(kCpuTimeLimit));
+    }
 
     // While the process runs.
     void ExpectMemory(std::size_t growth) {
-        if (kMemoryIsTheTools) {
+        if (kMeasuresMemory) {
             EXPECT_LT(PeakMemory(console().ProcessId()), memory_ + growth);
         }
     }
@@ -87,25 +89,25 @@ class InputTorture : public EachPlaceTest {
     // The end is in good order: nothing was left behind at the daemon.
     void ExpectEnd(Console::Rest rest = Console::Rest::kNone) {
         ExpectExit(0, rest);
-        ExpectLittleWork();
+        ExpectLowCpuTime();
         EXPECT_TRUE(daemon().Sessions().empty());
     }
 
     // As the end of input is one.
     static bool AcceptsAnEmptyText() {
-        return place().asks == Asks::kText && place().id != PromptId::kHandle;
+        return prompt().asks == Asks::kText && prompt().id != PromptId::kHandle;
     }
 
     // What comes of a line after Ctrl-C, if the daemon refuses what is still called.
     std::string OutputAfterControlC() const {
-        if (place().leaves_loss_to_its_call)
-            return Red(place().call.failure + "GDBus.Error:com.veltrisonix.Error.Failed: no\n");
-        return place().HasTransfer() ? place().lost + place().end_of_input : place().lost;
+        if (prompt().reports_loss_in_its_call)
+            return Red(prompt().call.failure + "GDBus.Error:com.veltrisonix.Error.Failed: no\n");
+        return prompt().HasTransfer() ? prompt().lost + prompt().end_of_input : prompt().lost;
     }
 
     // The call that an answer makes has been made so often.
     void ExpectCalls(std::size_t count) {
-        EXPECT_EQ(CountCalls(place().call.method), calls_ + count);
+        EXPECT_EQ(CountCalls(prompt().call.method), calls_ + count);
     }
 
   private:
@@ -115,78 +117,78 @@ class InputTorture : public EachPlaceTest {
 };
 
 TEST_P(InputTorture, EndOfInput) {
-    ReachPlace();
-    EndTransfer(place());
+    ReachPrompt();
+    EndTransfer(prompt());
     console().CloseInput();
-    ExpectOutput(place().end_of_input);
+    ExpectOutput(prompt().end_of_input);
     ExpectEnd();
     ExpectCalls(AcceptsAnEmptyText() ? 1 : 0);
 }
 
 TEST_P(InputTorture, EndOfInputThroughAPipe) {
-    ReachPlace(Pipes());
-    EndTransfer(place());
+    ReachPrompt(Pipes());
+    EndTransfer(prompt());
     console().CloseInput();
-    ExpectOutput(place().end_of_input);
+    ExpectOutput(prompt().end_of_input);
     ExpectEnd();
 }
 
 // Keys and numbers need their end of line, a text does not.
 TEST_P(InputTorture, AnswerWithoutItsEnd) {
-    ReachPlace(Pipes());
-    EndTransfer(place());
-    console().TypeBytes(place().asks == Asks::kKey ? place().call.line : place().answer);
+    ReachPrompt(Pipes());
+    EndTransfer(prompt());
+    console().TypeBytes(prompt().asks == Asks::kKey ? prompt().call.line : prompt().answer);
     console().CloseInput();
-    ExpectOutput(place().unterminated);
+    ExpectOutput(prompt().unterminated);
     ExpectEnd();
-    ExpectCalls(place().asks == Asks::kText ? 1 : 0);
+    ExpectCalls(prompt().asks == Asks::kText ? 1 : 0);
 }
 
 TEST_P(InputTorture, HangUp) {
-    ReachPlace();
+    ReachPrompt();
     console().HangUp();
     console().ExpectEndBySignal(SIGHUP);
-    ExpectLittleWork();
+    ExpectLowCpuTime();
 }
 
 TEST_P(InputTorture, HangUpUnderNohup) {
-    ReachPlace(UnderNohup());
+    ReachPrompt(UnderNohup());
     console().HangUp();
     ExpectEnd(Console::Rest::kIgnored);
 }
 
 // The bus library has the tool ignore SIGPIPE, so it goes on unseen.
 TEST_P(InputTorture, ClosedOutput) {
-    ReachPlace(Pipes());
+    ReachPrompt(Pipes());
     console().CloseOutput();
-    Type(place().answer);
+    Type(prompt().answer);
     Type("");
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
 }
 
 TEST_P(InputTorture, ControlC) {
-    ReachPlace();
-    EndTransfer(place());
+    ReachPrompt();
+    EndTransfer(prompt());
     PressControlC();
     EXPECT_FALSE(console().HasEnded());
-    if (!place().call.method.empty())
-        daemon().Refuse(place().call.method, "com.veltrisonix.Error.Failed", "no", 1);
-    Type(place().answer);
+    if (!prompt().call.method.empty())
+        daemon().Refuse(prompt().call.method, "com.veltrisonix.Error.Failed", "no", 1);
+    Type(prompt().answer);
     ExpectOutput(OutputAfterControlC());
     ExpectEnd();
 }
 
 // A blank line is an answer to the question for a text only.
 TEST_P(InputTorture, BlankLineAfterControlC) {
-    ReachPlace();
+    ReachPrompt();
     PressControlC();
     Type("");
-    if (place().asks != Asks::kText) {
-        Expect(Prompt(place().id));
-        if (place().asks == Asks::kNumber) {
+    if (prompt().asks != Asks::kText) {
+        Expect(Prompt(prompt().id));
+        if (prompt().asks == Asks::kNumber) {
             Type("z");
-            ExpectOutput(place().nonsense);
+            ExpectOutput(prompt().invalid_answer_output);
         }
         EXPECT_FALSE(console().HasEnded());
         Type("0");
@@ -195,88 +197,88 @@ TEST_P(InputTorture, BlankLineAfterControlC) {
 }
 
 TEST_P(InputTorture, ControlCTwice) {
-    ReachPlace();
+    ReachPrompt();
     PressControlC();
     console().TypeBytes(kControlC);
     console().ExpectEndBySignal(SIGINT);
-    ExpectLittleWork();
+    ExpectLowCpuTime();
 }
 
 // As with Ctrl-Z and fg.
 TEST_P(InputTorture, LineTypedWhileStopped) {
-    ReachPlace();
+    ReachPrompt();
     console().Signal(SIGSTOP);
-    Type(place().answer);
+    Type(prompt().answer);
     console().Signal(SIGCONT);
-    ExpectOutput(place().output);
-    ExpectLittleWork();
+    ExpectOutput(prompt().output);
+    ExpectLowCpuTime();
 }
 
 TEST_P(InputTorture, LineOfFourMegabytes) {
     // A text of this length has just grown, to exactly this.
     constexpr std::size_t kLength = 15 << 18;
-    ReachPlace(ThriftyPipes());
+    ReachPrompt(PipesReleasingMemory());
     Type(std::string(kLength, 'z'));
-    ExpectOutput(place().nonsense);
+    ExpectOutput(prompt().invalid_answer_output);
     ExpectMemory(kLength * 3 / 2);
-    ExpectLittleWork();
+    ExpectLowCpuTime();
 }
 
 TEST_P(InputTorture, NonBlockingTerminal) {
-    ReachPlace(NonBlocking({}));
-    Type(place().answer);
-    ExpectOutput(place().output);
-    ExpectLittleWork();
+    ReachPrompt(NonBlocking({}));
+    Type(prompt().answer);
+    ExpectOutput(prompt().output);
+    ExpectLowCpuTime();
 }
 
 // The line comes in pieces.
 TEST_P(InputTorture, NonBlockingPipe) {
-    ReachPlace(NonBlocking(Pipes()));
+    ReachPrompt(NonBlocking(Pipes()));
     Type(std::string(kMegabyte, 'z'));
-    ExpectOutput(place().nonsense);
-    ExpectLittleWork();
+    ExpectOutput(prompt().invalid_answer_output);
+    ExpectLowCpuTime();
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
 }
 
 TEST_P(InputTorture, LineOfEveryByte) {
-    ReachPlace(Pipes());
+    ReachPrompt(Pipes());
     Type(EveryByte());
-    ExpectOutput(place().nonsense);
-    ExpectLittleWork();
+    ExpectOutput(prompt().invalid_answer_output);
+    ExpectLowCpuTime();
 }
 
 TEST_P(InputTorture, LineWithoutEnd) {
-    ReachPlace(Pipes());
+    ReachPrompt(Pipes());
     console().TypeBytes(std::string(kMegabyte, 'z'));
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);
 }
 
 TEST_P(InputTorture, TypedAhead) {
-    StartPlaceDaemon(place());
+    StartCaseDaemon(prompt());
     Start(Pipes());
-    std::string lines = InSession(place().id) ? "c\n0\n" : "";
-    if (NeedsSelection(place().id)) lines += "s\n0\n0\n";
-    for (const Answer& answer : place().opening) lines += answer.line + "\n";
-    console().TypeBytes(lines + place().answer + "\n");
-    Await(Prompt(place().id) + place().output);
+    std::string lines = InSession(prompt().id) ? "c\n0\n" : "";
+    if (NeedsSelection(prompt().id)) lines += "s\n0\n0\n";
+    for (const Answer& answer : prompt().opening) lines += answer.line + "\n";
+    console().TypeBytes(lines + prompt().answer + "\n");
+    Await(Prompt(prompt().id) + prompt().output);
 }
 
 INSTANTIATE_TEST_SUITE_P(, InputTorture,
-                         testing::ValuesIn(PlacesThat([](const Place&) { return true; })),
-                         NameOfPlace);
+                         testing::ValuesIn(PromptCasesWith([](const PromptCase&) { return true; })),
+                         NameOfPrompt);
 
 class FloodOfLines : public InputTorture {};
 
 // Menus pause before each prompt: the lines come faster than they can be taken.
 TEST_P(FloodOfLines, IsTakenLineByLine) {
     constexpr std::size_t kLines = 5000;
-    ReachPlace(Pipes());
+    ReachPrompt(Pipes());
     std::string lines;
     for (std::size_t i = 0; i < kLines; ++i) lines += "z\n";
     console().TypeBytes(lines);
-    for (int i = 0; i < 5; ++i) ExpectOutput(place().nonsense);
+    for (int i = 0; i < 5; ++i) ExpectOutput(prompt().invalid_answer_output);
     ExpectMemory(kMegabyte / 2);
     // Not awaited: a menu ends with its next line, and the process possibly before the bus library
     // has written what shows the end of the main loop.
@@ -285,10 +287,11 @@ TEST_P(FloodOfLines, IsTakenLineByLine) {
     ExpectEnd(Console::Rest::kIgnored);
 }
 
-INSTANTIATE_TEST_SUITE_P(, FloodOfLines, testing::ValuesIn(PlacesThat([](const Place& row) {
+INSTANTIATE_TEST_SUITE_P(, FloodOfLines,
+                         testing::ValuesIn(PromptCasesWith([](const PromptCase& row) {
                              return row.asks != Asks::kText;
                          })),
-                         NameOfPlace);
+                         NameOfPrompt);
 
 }  // namespace
 }  // namespace morvane_test

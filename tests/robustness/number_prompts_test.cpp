@@ -1,4 +1,4 @@
-#include "robustness/places.h"
+#include "robustness/prompt_cases.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace {
 // Besides what leaves any number prompt. The last are valid where only 16 bits are looked at.
 std::vector<std::string> OutOfRange(const PromptRow& row) {
     constexpr unsigned kMultipleOf16Bits = 0xFFFF0000U;
-    std::vector<unsigned> numbers = {row.past, row.past + 1, 4294967294, 65536 + row.smallest,
+    std::vector<unsigned> numbers = {row.limit, row.limit + 1, 4294967294, 65536 + row.smallest,
                                      kMultipleOf16Bits + row.smallest};
     if (row.smallest > 0) numbers.push_back(row.smallest - 1);
     std::vector<std::string> answers;
@@ -22,19 +22,21 @@ std::vector<std::string> OutOfRange(const PromptRow& row) {
     return answers;
 }
 
-class RefusingPrompt : public EachPlaceTest {
+class RefusingPrompt : public EachPromptTest {
   protected:
-    std::string Error() const { return Red(place().error + "\n") + Prompt(MenuAbove(place().id)); }
+    std::string Error() const {
+        return Red(prompt().error + "\n") + Prompt(MenuAbove(prompt().id));
+    }
 
     // From the menu above, with each question on the way.
     void OpenAgain(Here here = Here::Now()) {
-        const std::vector<Answer>& way = place().opening;
+        const std::vector<Answer>& way = prompt().opening;
         auto step = std::find_if(way.begin(), way.end(), [](const Answer& answer) {
-            return answer.at == MenuAbove(place().id);
+            return answer.at == MenuAbove(prompt().id);
         });
         for (; step != way.end(); ++step) {
             Type(step->line, here);
-            Expect(Asking(step->next), here);
+            Expect(QuestionAndPrompt(step->next), here);
         }
     }
 };
@@ -42,8 +44,8 @@ class RefusingPrompt : public EachPlaceTest {
 class NumberPrompt : public RefusingPrompt {};
 
 TEST_P(NumberPrompt, RefusesOtherNumbers) {
-    Reach(place());
-    std::vector<std::string> answers = OutOfRange(place());
+    Reach(prompt());
+    std::vector<std::string> answers = OutOfRange(prompt());
     // "x" leaves the prompt, and so does the number that stands for it.
     for (const char* const answer : {"x", "x0", "xyz", "4294967295", "-1"})
         answers.emplace_back(answer);
@@ -53,37 +55,39 @@ TEST_P(NumberPrompt, RefusesOtherNumbers) {
         Expect(Error());
         OpenAgain();
     }
-    EXPECT_EQ(CountCalls(place().call.method), 0U);
+    EXPECT_EQ(CountCalls(prompt().call.method), 0U);
 }
 
 TEST_P(NumberPrompt, AsksAgainForWhatIsNoNumber) {
-    Reach(place());
+    Reach(prompt());
     for (const std::string answer : {"one", " x", "X", "4294967296", "-", "  ", "\t", ".5"}) {
         SCOPED_TRACE(answer);
         Type(answer);
-        ExpectOutput(place().nonsense);
+        ExpectOutput(prompt().invalid_answer_output);
     }
     Type("");
-    Expect(Prompt(place().id));
-    ExpectQuiet(place().segment);
-    Type(" +" + place().answer + " and more");
-    ExpectOutput(place().output);
+    Expect(Prompt(prompt().id));
+    ExpectNoOutput(prompt().segment);
+    Type(" +" + prompt().answer + " and more");
+    ExpectOutput(prompt().output);
 }
 
 TEST_P(RefusingPrompt, LooksForTheSessionBeforeItRefuses) {
-    Reach(place());
-    InSession(place().id) ? LoseConnection(place().segment) : RemoveClient(place().segment);
-    Type(place().asks == Asks::kNumber ? "x" : "1G");
-    Expect(place().lost + Prompt());
+    Reach(prompt());
+    InSession(prompt().id) ? LoseConnection(prompt().segment) : RemoveClient(prompt().segment);
+    Type(prompt().asks == Asks::kNumber ? "x" : "1G");
+    Expect(prompt().lost + Prompt());
 }
 
-const auto kNumbers = [](const Place& place) { return place.asks == Asks::kNumber; };
-const auto kRefusing = [](const Place& place) {
-    return place.asks == Asks::kNumber || place.id == PromptId::kHandle;
+const auto kNumbers = [](const PromptCase&prompt) { return prompt.asks == Asks::kNumber; };
+const auto kRefusing = [](const PromptCase&prompt) {
+    return prompt.asks == Asks::kNumber || prompt.id == PromptId::kHandle;
 };
 
-INSTANTIATE_TEST_SUITE_P(, NumberPrompt, testing::ValuesIn(PlacesThat(kNumbers)), NameOfPlace);
-INSTANTIATE_TEST_SUITE_P(, RefusingPrompt, testing::ValuesIn(PlacesThat(kRefusing)), NameOfPlace);
+INSTANTIATE_TEST_SUITE_P(, NumberPrompt, testing::ValuesIn(PromptCasesWith(kNumbers)),
+                         NameOfPrompt);
+INSTANTIATE_TEST_SUITE_P(, RefusingPrompt, testing::ValuesIn(PromptCasesWith(kRefusing)),
+                         NameOfPrompt);
 
 }  // namespace
 }  // namespace morvane_test

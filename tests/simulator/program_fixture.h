@@ -79,7 +79,7 @@ class ProgramTest : public testing::Test {
 
     void TearDown() override {
         for (Console& console : consoles_) {
-            if (HasFailure()) std::cout << console.Story();
+            if (HasFailure()) std::cout << console.FailureReport();
             console.Finish();
         }
     }

@@ -17,7 +17,8 @@ BusMonitor::BusMonitor(const std::string& address, const std::string& member,
 }
 
 BusMonitor::~BusMonitor() {
-    // A filter may still run while it is removed, but not after the connection is closed.
+    // Close first: a filter may still run while it is being removed, but not on a closed
+    // connection.
     g_dbus_connection_close_sync(connection_.get(), nullptr, nullptr);
     g_dbus_connection_remove_filter(connection_.get(), filter_);
 }
@@ -25,11 +26,11 @@ BusMonitor::~BusMonitor() {
 void BusMonitor::AwaitCall(Here here) {
     std::unique_lock<std::mutex> lock(mutex_);
     if (!counted_.wait_for(lock, Patience(), [this] { return calls_ > 0; }))
-        FailTest(here, "nobody called " + member_);
+        FailTest(here, "no call of " + member_);
     --calls_;
 }
 
-// A monitor must not reply, as GDBus would: no call is passed on.
+// Returns null for calls: GDBus would reply to them, and a monitor must not send messages.
 GDBusMessage* BusMonitor::Filter(GDBusConnection*, GDBusMessage* message, gboolean incoming,
                                  gpointer monitor) {
     if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)

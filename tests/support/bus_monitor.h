@@ -9,9 +9,9 @@
 
 namespace morvane_test {
 
-/// Counts the calls of one method on a bus, from the construction on, also those to the bus itself,
-/// such as "RemoveMatch"; with `argument`, only those whose first argument is a text that contains
-/// it.
+/// Counts the calls of one method on a bus from its construction on, including calls to the bus
+/// itself, such as "RemoveMatch". With `argument`, counts only calls whose first argument is a
+/// string that contains it.
 class BusMonitor {
   public:
     BusMonitor(const std::string& address, const std::string& member,
@@ -20,7 +20,8 @@ class BusMonitor {
     BusMonitor& operator=(const BusMonitor&) = delete;
     ~BusMonitor();
 
-    /// Awaits a call that no earlier `AwaitCall` has seen; fails the test after `Patience()`.
+    /// Waits for a call that no earlier `AwaitCall` has consumed; fails the test after
+    /// `Patience()`.
     void AwaitCall(Here here = Here::Now());
 
   private:
@@ -34,7 +35,7 @@ class BusMonitor {
     guint filter_ = 0;
     std::mutex mutex_;
     std::condition_variable counted_;
-    unsigned calls_ = 0;  // mutex_
+    unsigned calls_ = 0;  // guarded by mutex_
 };
 
 }  // namespace morvane_test

@@ -7,7 +7,7 @@
 
 namespace morvane_test {
 
-/// Standard output goes to memory while this lives.
+/// Redirects standard output to memory during its lifetime.
 class CapturedOutput {
   public:
     CapturedOutput();
@@ -15,7 +15,7 @@ class CapturedOutput {
     CapturedOutput& operator=(const CapturedOutput&) = delete;
     ~CapturedOutput();
 
-    /// All of it so far.
+    /// Everything written so far.
     std::string Text() const;
 
   private:
@@ -23,7 +23,7 @@ class CapturedOutput {
     FileDescriptor terminal_;
 };
 
-/// What `action` writes to standard output, in this process.
+/// Runs `action` in this process and returns what it writes to standard output.
 std::string Printed(const std::function<void()>& action);
 
 }  // namespace morvane_test

@@ -25,7 +25,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-// Runs in the child between fork and exec, where only async-signal-safe calls may be made.
+// Runs in the child between fork and exec: only async-signal-safe calls are allowed.
 void PrepareChild(gpointer data) {
     const auto& setup = *static_cast<const ChildSetup*>(data);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -77,7 +77,7 @@ ChildProcess::~ChildProcess() {
 }
 
 void ChildProcess::AwaitAndReap() {
-    // The id is released only under the lock, or Signal() might reach another process.
+    // Reap only under the lock, so that Signal() never signals a process that reuses the id.
     siginfo_t info = {};
     while (waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
     }

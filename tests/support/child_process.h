@@ -13,19 +13,19 @@
 
 namespace morvane_test {
 
-/// What a child process is started with. The descriptors stay the caller's; the child gets copies.
+/// Parameters of a child process. It gets copies of the descriptors; the caller keeps its own.
 struct ChildSetup {
     std::vector<std::string> command;
-    std::vector<std::string> environment;  ///< all of it, as "NAME=value"
+    std::vector<std::string> environment;  ///< the complete one, as "NAME=value"
     std::string directory;
     int input;
     int output;
     int errors;
-    bool terminal = false;        ///< `input` is a terminal that shall be the child's own
-    bool ignore_hang_up = false;  ///< as nohup(1) does
+    bool terminal = false;        ///< make `input` the controlling terminal
+    bool ignore_hang_up = false;  ///< ignore SIGHUP, as nohup(1) does
 };
 
-/// How a process ended: with an exit status, or by a signal.
+/// Exit status or terminating signal of a process.
 struct Ending {
     std::optional<int> status;
     std::optional<int> signal;
@@ -33,7 +33,7 @@ struct Ending {
     std::string Describe() const;
 };
 
-/// A running program. It never outlives this object nor the test's process.
+/// A running program. It is killed when this object is destroyed or the test process ends.
 class ChildProcess {
   public:
     /// Throws std::runtime_error if the program cannot be started.
@@ -44,13 +44,13 @@ class ChildProcess {
 
     pid_t Id() const { return id_; }
 
-    /// Does nothing once the process has ended.
+    /// Does nothing if the process has ended.
     void Signal(int number);
 
-    /// Nothing if the process still runs after `limit`.
+    /// Returns nullopt if the process is still running after `limit`.
     std::optional<Ending> AwaitEnd(Duration limit);
 
-    /// Processor time used so far, or in all once it has ended.
+    /// CPU time used so far, or the total if it has ended.
     std::chrono::microseconds CpuTime();
 
   private:
@@ -59,8 +59,8 @@ class ChildProcess {
     pid_t id_ = 0;
     std::mutex mutex_;
     std::condition_variable ended_;
-    std::optional<Ending> ending_;           // mutex_
-    std::chrono::microseconds cpu_time_{0};  // mutex_; once ended
+    std::optional<Ending> ending_;           // guarded by mutex_
+    std::chrono::microseconds cpu_time_{0};  // guarded by mutex_; set on exit
     std::thread reaper_;
 };
 

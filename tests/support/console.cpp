@@ -21,7 +21,7 @@ constexpr std::array kPassedOn = {
     "GCOV_PREFIX",  "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH", "QEMU_LD_PREFIX",
     "QEMU_SET_ENV", "QEMU_CPU"};
 
-// G_SLICE is for sanitizers and valgrind, which see no leak in a slice of GLib's.
+// G_SLICE: sanitizers and valgrind do not see leaks in slices of GLib's own allocator.
 std::vector<std::string> Environment(const ConsoleOptions& options) {
     std::vector<std::string> environment = {"LC_ALL=C",
                                             "TERM=xterm",
@@ -64,9 +64,8 @@ ChildSetup Setup(const std::vector<std::string>& command, const ConsoleOptions& 
             options.ignore_hang_up};
 }
 
-// In the order of Transcript::Result.
-constexpr std::array kOutcomes = {"found", "other output came", "the output ended",
-                                  "the time is over"};
+// Indexed by Transcript::Result.
+constexpr std::array kOutcomes = {"found", "unexpected output", "end of output", "time-out"};
 
 }  // namespace
 
@@ -112,11 +111,11 @@ Console::Console(const ConsoleOptions& options)
     error_pipe_.writer.Close();
 }
 
-void Console::Judge(Transcript::Result result, const Transcript& transcript,
-                    const std::string& awaited, Here here) const {
+void Console::ExpectMatched(Transcript::Result result, const Transcript& transcript,
+                            const std::string& awaited, Here here) const {
     if (result == Transcript::Result::kMatched) return;
     const char* const outcome = kOutcomes.at(static_cast<std::size_t>(result));
-    FailTest(here, std::string(outcome) + ".\nAwaited:\n" + awaited + "\nNot yet consumed:\n" +
+    FailTest(here, std::string(outcome) + ".\nExpected:\n" + awaited + "\nNot yet consumed:\n" +
                        Escaped(transcript.Unconsumed()) + "\n");
 }
 
@@ -125,13 +124,13 @@ void Console::Type(std::string_view line, Here here) {
 }
 
 void Console::TypeBytes(std::string_view bytes, Here here) {
-    if (!terminal_.Write(bytes, patience_)) FailTest(here, "the tool takes no more input");
+    if (!terminal_.Write(bytes, patience_)) FailTest(here, "the tool does not read its input");
 }
 
 std::string Console::OnTerminal(std::string_view bytes) const {
     std::string output;
     for (const char byte : bytes) {
-        if (byte == '\n' && terminal_.IsPersons()) output += '\r';
+        if (byte == '\n' && terminal_.IsInteractive()) output += '\r';
         output += byte;
     }
     return output;
@@ -139,12 +138,12 @@ std::string Console::OnTerminal(std::string_view bytes) const {
 
 void Console::Expect(std::string_view bytes, Here here) {
     const std::string expected = OnTerminal(bytes);
-    Judge(output_.ExpectNext(expected, patience_), output_, Escaped(expected), here);
+    ExpectMatched(output_.ExpectNext(expected, patience_), output_, Escaped(expected), here);
 }
 
 void Console::Await(std::string_view bytes, Here here) {
     const std::string expected = OnTerminal(bytes);
-    Judge(output_.SkipPast(expected, patience_), output_, Escaped(expected), here);
+    ExpectMatched(output_.SkipPast(expected, patience_), output_, Escaped(expected), here);
 }
 
 void Console::AwaitAll(const std::vector<std::string>& texts, Here here) {
@@ -154,7 +153,7 @@ void Console::AwaitAll(const std::vector<std::string>& texts, Here here) {
         expected.push_back(OnTerminal(text));
         description += "- " + Escaped(expected.back()) + "\n";
     }
-    Judge(output_.SkipPastAll(expected, patience_), output_, description, here);
+    ExpectMatched(output_.SkipPastAll(expected, patience_), output_, description, here);
 }
 
 bool Console::TakeOutputIf(const std::function<bool(std::string_view)>& accepts) {
@@ -163,7 +162,7 @@ bool Console::TakeOutputIf(const std::function<bool(std::string_view)>& accepts)
 
 std::optional<Ending> Console::AwaitEnd(Duration limit) {
     const auto ending = process_.AwaitEnd(limit);
-    if (ending) end_is_accounted_for_ = true;
+    if (ending) end_was_awaited_ = true;
     return ending;
 }
 
@@ -181,24 +180,24 @@ void Console::ExpectEndBySignal(int number, Rest rest, Here here) {
 }
 
 void Console::ExpectEnding(const Ending& expected, Rest rest, Here here) {
-    end_is_accounted_for_ = true;
+    end_was_awaited_ = true;
     const auto ending = process_.AwaitEnd(patience_);
-    if (!ending) FailTest(here, "the tool goes on; awaited: " + expected.Describe());
+    if (!ending) FailTest(here, "the tool is still running; expected: " + expected.Describe());
     if (ending->Describe() != expected.Describe())
-        FailTest(here, ending->Describe() + "; awaited: " + expected.Describe());
-    Judge(output_.AwaitEnd(patience_), output_, "the end of the output", here);
+        FailTest(here, ending->Describe() + "; expected: " + expected.Describe());
+    ExpectMatched(output_.AwaitEnd(patience_), output_, "the end of the output", here);
     if (rest == Rest::kNone && !output_.Unconsumed().empty())
-        Judge(Transcript::Result::kDiffers, output_, "no output", here);
+        ExpectMatched(Transcript::Result::kDiffers, output_, "no output", here);
 }
 
 void Console::ExpectError(std::string_view text, Here here) {
     for (const std::string& line : SplitLines(std::string(text)))
         AllowStderr(morvane::TextPtr(g_regex_escape_string(line.c_str(), -1)).get());
-    Judge(errors_.SkipPast(text, patience_), errors_, "on stderr: " + Escaped(text), here);
+    ExpectMatched(errors_.SkipPast(text, patience_), errors_, "on stderr: " + Escaped(text), here);
 }
 
 void Console::CloseInput(Here here) {
-    if (!terminal_.CloseInput()) FailTest(here, "the tool takes no more input");
+    if (!terminal_.CloseInput()) FailTest(here, "the tool does not read its input");
 }
 
 void Console::HangUp() {
@@ -212,39 +211,40 @@ void Console::CloseOutput() {
 }
 
 void Console::Kill() {
-    end_is_accounted_for_ = true;
+    end_was_awaited_ = true;
     Signal(SIGKILL);
     process_.AwaitEnd(patience_);
 }
 
-void Console::ExpectTidyEnd() {
-    const testing::ScopedTrace trace(__FILE__, __LINE__, "after the test: end of the tool's input");
+void Console::ExpectCleanExit() {
+    const testing::ScopedTrace trace(__FILE__, __LINE__,
+                                     "after the test body: closing the tool's input");
     if (!HasEnded()) terminal_.CloseInput();
     ExpectExit(0, Rest::kIgnored);
 }
 
 void Console::Finish() try {
     if (testing::Test::HasFailure()) Kill();
-    if (!end_is_accounted_for_) ExpectTidyEnd();
+    if (!end_was_awaited_) ExpectCleanExit();
     errors_.AwaitEnd(patience_);
     for (const std::string& line : UndeclaredErrors(Errors(), declared_errors_))
-        ADD_FAILURE() << "on stderr, undeclared: " << line;
+        ADD_FAILURE() << "undeclared line on stderr: " << line;
 } catch (const testing::AssertionException&) {
-    Kill();  // reported already
+    Kill();  // the failure has been reported
 }
 
-std::string Console::Story() {
-    std::ostringstream story;
-    story << "Command line:";
-    for (const std::string& word : command_) story << ' ' << word;
+std::string Console::FailureReport() {
+    std::ostringstream report;
+    report << "Command line:";
+    for (const std::string& word : command_) report << ' ' << word;
     const auto ending = process_.AwaitEnd(Duration(0));
-    story << "\n(" << (ending ? ending->Describe() : "still runs") << ")\n"
-          << "---- Output\n"
-          << Escaped(Output()) << "\n---- As seen\n"
-          << AsSeen(Output()) << "\n---- Not consumed\n"
-          << Escaped(Unconsumed()) << "\n---- Standard error\n"
-          << Errors() << "\n";
-    return story.str();
+    report << "\n(" << (ending ? ending->Describe() : "still running") << ")\n"
+           << "---- Output\n"
+           << Escaped(Output()) << "\n---- Output as displayed\n"
+           << AsSeen(Output()) << "\n---- Not consumed\n"
+           << Escaped(Unconsumed()) << "\n---- Standard error\n"
+           << Errors() << "\n";
+    return report.str();
 }
 
 }  // namespace morvane_test

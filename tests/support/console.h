@@ -19,78 +19,78 @@ namespace morvane_test {
 struct ConsoleOptions {
     std::vector<std::string> arguments;
     Wiring wiring = Wiring::kTerminal;
-    std::string bus_address;               ///< what the tool takes for the system bus
+    std::string bus_address;               ///< DBUS_SYSTEM_BUS_ADDRESS of the tool
     std::string directory;                 ///< working directory
-    std::vector<std::string> environment;  ///< more of it, as "NAME=value"
-    std::vector<std::string> prefix;       ///< words before the program, such as {"nohup"}
-    std::string program;                   ///< the tool, if empty
-    bool ignore_hang_up = false;           ///< as under nohup(1)
-    Duration reading_pause{0};             ///< how long output may wait to be read, see Pump
+    std::vector<std::string> environment;  ///< additional variables, as "NAME=value"
+    std::vector<std::string> prefix;       ///< command before the program, such as {"nohup"}
+    std::string program;                   ///< empty: the tool
+    bool ignore_hang_up = false;           ///< ignore SIGHUP, as nohup(1) does
+    Duration reading_pause{0};             ///< interval between reads, see Pump
 };
 
-/// Options with nothing but this.
+/// Default options with one member set.
 ConsoleOptions Wired(Wiring wiring);
 ConsoleOptions WithArguments(std::vector<std::string> arguments);
 ConsoleOptions UnderNohup();
 
-/// The lines of a program's standard error in which none of `patterns` (ECMAScript) is found.
+/// The non-empty lines of `errors` that match none of `patterns` (ECMAScript).
 std::vector<std::string> UndeclaredErrors(const std::string& errors,
                                           const std::vector<std::string>& patterns);
 
-/// One run of the tool and its operator.
+/// One run of the tool, with its standard streams connected to the test.
 ///
-/// The environment is bare: LC_ALL=C, PATH, TERM, the bus, and what sanitizers, coverage and
-/// emulators need. The words of `Launcher()` go before the tool's path.
+/// The environment contains LC_ALL=C, PATH, TERM, the bus address, and the variables that
+/// sanitizers, coverage and emulators need. The command in `Launcher()` precedes the tool's path.
 ///
-/// Everything that awaits does so for `Patience()` unless `SetPatience` was called, and leaves the
-/// test body with a failure if it waited in vain.
+/// Functions that wait have a time-out of `Patience()`, or that of `SetPatience`. When it expires
+/// they report a failure and leave the test body with an exception.
 class Console {
   public:
-    enum class Rest { kNone, kIgnored };  ///< output that nobody has consumed
+    enum class Rest { kNone, kIgnored };  ///< what to do with unconsumed output
 
     explicit Console(const ConsoleOptions& options);
 
-    /// Types a line, with its newline. It may be typed before the tool asks for it.
+    /// Types a line and a newline. It may be typed before the tool asks for it.
     void Type(std::string_view line, Here here = Here::Now());
     /// Types exactly these bytes.
     void TypeBytes(std::string_view bytes, Here here = Here::Now());
 
-    // On a person's terminal "\n" stands for the line end as it comes there, "\r\n".
+    // On an interactive terminal "\n" in expected bytes matches the terminal's "\r\n".
 
-    /// Awaits exactly these bytes as the next output and consumes them. Other bytes are a failure
-    /// as soon as they come.
+    /// Waits until exactly these bytes are the next output and consumes them. Fails as soon as
+    /// other bytes arrive.
     void Expect(std::string_view bytes, Here here = Here::Now());
-    /// Awaits these bytes anywhere in the output not yet consumed and consumes up to their end.
+    /// Waits until these bytes occur in the unconsumed output and consumes it up to their end.
     void Await(std::string_view bytes, Here here = Here::Now());
-    /// Awaits all these texts, in any order, and consumes up to the end of the last: for messages
-    /// of both of the tool's threads.
+    /// Waits for all these texts in any order and consumes the output up to the end of the last
+    /// one: for messages of both of the tool's threads.
     void AwaitAll(const std::vector<std::string>& texts, Here here = Here::Now());
-    /// Awaits that `accepts` says yes to all output that nobody has consumed, and consumes it.
-    /// Returns false, and consumes nothing, if it never does.
+    /// Waits until `accepts` returns true for all unconsumed output and consumes it. On time-out
+    /// returns false and consumes nothing.
     bool TakeOutputIf(const std::function<bool(std::string_view)>& accepts);
 
-    // The same for whoever goes on in any case: these tell whether it worked, and fail no test.
-    bool Offer(std::string_view bytes, Duration limit) { return terminal_.Write(bytes, limit); }
+    // The next functions report failure by their result and do not fail the test.
+    bool TryWrite(std::string_view bytes, Duration limit) { return terminal_.Write(bytes, limit); }
     /// See `Transcript`.
     std::optional<std::size_t> SkipPastAny(const std::vector<std::string>& texts, Duration limit) {
         return output_.SkipPastAny(texts, limit);
     }
-    /// Nothing if the tool goes on for so long.
+    /// Returns nullopt if the tool is still running after `limit`.
     std::optional<Ending> AwaitEnd(Duration limit);
-    /// For when the tool has ended: what it wrote last may still be on its way.
+    /// Waits until all output of a tool that has ended has been read.
     void AwaitEndOfOutput();
 
-    /// Awaits the end of the process with this exit status, or by this signal. Output that nobody
-    /// has consumed is a failure unless `rest` says otherwise.
+    /// Waits for the process to exit with this status, or by this signal. Unconsumed output is a
+    /// failure unless `rest` is kIgnored.
     void ExpectExit(int status, Rest rest = Rest::kNone, Here here = Here::Now());
     void ExpectEndBySignal(int number, Rest rest = Rest::kIgnored, Here here = Here::Now());
 
-    /// Awaits this text on standard error and declares it as expected there.
+    /// Waits for this text on standard error and declares it as expected.
     void ExpectError(std::string_view text, Here here = Here::Now());
-    /// Declares that lines with this pattern may appear on standard error.
+    /// Allows lines on standard error that match this pattern.
     void AllowStderr(const std::string& pattern) { declared_errors_.push_back(pattern); }
 
-    /// SIGINT to the tool and nobody else. `TypeBytes("\x03")` is what a person does.
+    /// Sends SIGINT to the tool only. `TypeBytes("\x03")` sends Ctrl-C through the terminal.
     void Interrupt() { Signal(SIGINT); }
     void Signal(int number) { process_.Signal(number); }
 
@@ -109,20 +109,20 @@ class Console {
     std::string Unconsumed() const { return output_.Unconsumed(); }
     std::string Errors() const { return errors_.All(); }
 
-    /// At the end of a test: a tool whose end nobody has awaited gets its end of input and must
-    /// end with 0, and standard error must hold nothing undeclared. Does not leave the test.
+    /// Called at the end of a test. Closes the input of a tool that is still running and expects
+    /// exit status 0; fails the test on undeclared lines on standard error. Does not throw.
     void Finish();
-    /// For a tool that cannot end by itself, such as one in a call that hangs for ever.
+    /// For a tool that cannot exit, such as one in a call that never returns.
     void Kill();
 
-    /// All that helps to understand a failure.
-    std::string Story();
+    /// Command line, output and standard error of the run, for failure reports.
+    std::string FailureReport();
 
   private:
-    void ExpectTidyEnd();
+    void ExpectCleanExit();
     std::string OnTerminal(std::string_view bytes) const;
-    void Judge(Transcript::Result result, const Transcript& transcript, const std::string& awaited,
-               Here here) const;
+    void ExpectMatched(Transcript::Result result, const Transcript& transcript,
+                       const std::string& awaited, Here here) const;
     void ExpectEnding(const Ending& expected, Rest rest, Here here);
 
     std::vector<std::string> command_;
@@ -131,10 +131,10 @@ class Console {
     ChildProcess process_;
     Transcript output_;
     Transcript errors_;
-    // An emulator reports the end of the tool by a signal under its own name.
+    // QEMU prints this line when a signal terminates the tool.
     std::vector<std::string> declared_errors_ = {"^qemu: uncaught target signal"};
     Duration patience_ = Patience();
-    bool end_is_accounted_for_ = false;
+    bool end_was_awaited_ = false;
     Pump output_pump_;
     Pump error_pump_;
 };

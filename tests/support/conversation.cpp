@@ -9,7 +9,7 @@ namespace morvane_test {
 namespace {
 
 const std::string kClientPath = simulator::kClientPath;
-const std::string kQuietPath = "/com/veltrisonix/hci0/dev_quiet";
+const std::string kProbePath = "/com/veltrisonix/hci0/dev_probe";
 
 }  // namespace
 
@@ -45,10 +45,10 @@ void ConversationTest::Start(ConsoleOptions options, Here here) {
     Launch(std::move(options));
     std::vector<std::string> messages = FoundMessages();
     messages.push_back(Banner());
-    // On a slow machine the objects are found late, under the prompt, which is then drawn again.
+    // On a slow machine objects may be reported after the prompt, which is then redrawn.
     AwaitAll(messages, here);
     Await(Red(" > "), here);
-    ExpectQuiet("", here);
+    ExpectNoOutput("", here);
 }
 
 void ConversationTest::OpenSession(unsigned device, Here here) {
@@ -79,7 +79,7 @@ void ConversationTest::OpenPrompt(PromptId id, Here here) {
     if (consoles_.empty()) Start({}, here);
     if (InSession(id)) OpenSession(0, here);
     if (NeedsSelection(id)) SelectPhonebook(0, 0, here);
-    for (const Answer& answer : WayTo(id)) {
+    for (const Answer& answer : PathTo(id)) {
         Type(answer.line, here);
         Await(Prompt(answer.next), here);
     }
@@ -131,9 +131,9 @@ std::string ConversationTest::Transfer() const {
 
 void ConversationTest::ExpectCall(const std::string& method, const std::string& body, Here here) {
     const auto call = daemon_->AwaitCall(method, Patience());
-    if (!call) FailTest(here, "nobody called " + method + body);
+    if (!call) FailTest(here, "no call: " + method + body);
     if (g_variant_equal(Value(call->body), Value(body)) == FALSE)
-        FailTest(here, "the call was " + Describe(*call) + "; awaited: " + method + body);
+        FailTest(here, "the call was " + Describe(*call) + "; expected: " + method + body);
 }
 
 std::size_t ConversationTest::CountCalls(const std::string& method) const {
@@ -146,14 +146,14 @@ std::size_t ConversationTest::CountCalls(const std::string& method) const {
 void ConversationTest::AddDevice(const std::string& path, const std::string& address,
                                  const std::string& alias, const std::string& segment, Here here) {
     daemon_->AddDevice(path, address, alias);
-    Expect(Notice(segment, "Found Device " + path + "\n"), here);
-    ExpectQuiet(segment, here);
+    Expect(Notification(segment, "Found Device " + path + "\n"), here);
+    ExpectNoOutput(segment, here);
 }
 
 void ConversationTest::RemoveDevice(const std::string& path, const std::string& segment,
                                     Here here) {
     daemon_->RemoveDevice(path);
-    Expect(Notice(segment, "Removed " + path + "\n", kRedSequence), here);
+    Expect(Notification(segment, "Removed " + path + "\n", kRedSequence), here);
 }
 
 void ConversationTest::HangInCall(Here here) {
@@ -166,24 +166,24 @@ void ConversationTest::HangInCall(Here here) {
 
 void ConversationTest::RemoveClient(const std::string& segment, Here here) {
     daemon_->RemoveClient();
-    Expect(Notice(segment, "Removed " + kClientPath + "\n", kRedSequence), here);
+    Expect(Notification(segment, "Removed " + kClientPath + "\n", kRedSequence), here);
 }
 
 void ConversationTest::ReturnClient(const std::string& segment, Here here) {
     daemon_->AddClient();
-    Expect(Notice(segment, "Found Client " + kClientPath + "\n"), here);
-    ExpectQuiet(segment, here);
+    Expect(Notification(segment, "Found Client " + kClientPath + "\n"), here);
+    ExpectNoOutput(segment, here);
 }
 
 void ConversationTest::LoseConnection(const std::string& segment, Here here) {
     daemon_->SetConnectionState(Session(), 0);
-    ExpectQuiet(segment, here);
+    ExpectNoOutput(segment, here);
 }
 
-void ConversationTest::ExpectQuiet(const std::string& segment, Here here) {
-    daemon_->AddDevice(kQuietPath, "00:00:00:00:00:00", "quiet");
-    Expect(Notice(segment, "Found Device " + kQuietPath + "\n"), here);
-    RemoveDevice(kQuietPath, segment, here);
+void ConversationTest::ExpectNoOutput(const std::string& segment, Here here) {
+    daemon_->AddDevice(kProbePath, "00:00:00:00:00:00", "Probe");
+    Expect(Notification(segment, "Found Device " + kProbePath + "\n"), here);
+    RemoveDevice(kProbePath, segment, here);
 }
 
 void ConversationTest::Interrupt(Here here) {
@@ -195,7 +195,7 @@ void ConversationTest::PressControlC(Here here) {
 }
 
 void ConversationTest::AwaitEndOfMainLoop(const std::function<void()>& cause, Here here) {
-    // The tool lets go of the object manager right after its main loop.
+    // The tool releases the object manager right after its main loop.
     BusMonitor monitor(bus_.Address(), "RemoveMatch", "org.freedesktop.DBus.ObjectManager");
     cause();
     monitor.AwaitCall(here);
@@ -204,7 +204,7 @@ void ConversationTest::AwaitEndOfMainLoop(const std::function<void()>& cause, He
 void ConversationTest::TearDown() {
     for (Console& console : consoles_) console.Finish();
     if (!HasFailure()) return;
-    for (Console& console : consoles_) std::cout << console.Story();
+    for (Console& console : consoles_) std::cout << console.FailureReport();
     std::cout << "---- Calls that the daemon received\n";
     if (!daemon_) return;
     for (const simulator::Call& call : daemon_->Calls()) std::cout << Describe(call) << '\n';

@@ -20,13 +20,13 @@
 
 namespace morvane_test {
 
-/// The phone that `Start` puts on the bus.
+/// The phone that `Start` adds.
 inline constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_00_1B_DC_07_31_9A";
 inline constexpr char kPhoneAddress[] = "00:1B:DC:07:31:9A";
 inline constexpr char kPhoneAlias[] = "Workbench Phone";
 inline const std::string kClient = simulator::kClientPath;
 
-// What several tests expect.
+// Messages that several tests expect.
 inline const std::string kNoClient = Red("No Client available, start daemon.\n");
 inline const std::string kClientGone = Red("Client Proxy is invalid\n");
 inline const std::string kInvalidSelection = Red("Invalid Selection\n");
@@ -34,92 +34,92 @@ inline const std::string kRefused =
     Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Failed: enough\n");
 inline const std::string kPhonebookPrompt = Prompt(kPhonebookMenu);
 
-/// A test that holds a conversation with the tool: a bus, a daemon and a console of its own.
+/// A test with its own bus, simulated daemon and console.
 ///
-/// When the test body ends, the tool gets its end of input and must end with status 0, and its
-/// standard error must be empty but for what the test declared. A failure is followed by the whole
-/// terminal, standard error and all calls that the daemon received.
+/// After the test body the input of the tool is closed; the tool must exit with status 0, without
+/// undeclared lines on standard error. A failure is followed by the complete terminal output,
+/// standard error and all calls that the daemon received.
 class ConversationTest : public testing::Test {
   protected:
-    /// Starts the daemon. By default it has the client object, no phones, moves transfers only by
-    /// hand and announces nothing by itself. Files go to the test's directory unless told
-    /// otherwise.
+    /// Starts the daemon. By default it has the client object and no phones, moves transfers only
+    /// on command and sends no notifications by itself. Files are created in the test's directory.
     simulator::Daemon& StartDaemon(simulator::Options options = simulator::Options::Scripted());
     simulator::Daemon& daemon() { return *daemon_; }
     void StopDaemon() { daemon_.reset(); }
 
-    /// Starts the tool and awaits nothing. May be used again when the tool has ended.
+    /// Starts the tool without waiting for output. May be called again after the tool has ended.
     Console& Launch(ConsoleOptions options = {});
 
-    /// The tool stands at the main prompt, all objects found. Starts the daemon with one phone, see
-    /// above, if there is none.
+    /// Starts the tool and waits until it has found all objects and displays the main prompt.
+    /// Starts the daemon with one phone if none is running.
     void Start(ConsoleOptions options = {}, Here here = Here::Now());
-    /// Start, then a session to the device with this number. Ends at the prompt of the phone book
-    /// menu.
+    /// Calls Start if needed, then opens a session to the device with this number. Ends at the
+    /// prompt of the phone book menu.
     void OpenSession(unsigned device = 0, Here here = Here::Now());
-    /// At the main prompt: answers "c" and its question. What comes of it is next.
+    /// At the main prompt: types "c" and the number of the device. The result is the next output.
     void ChooseDevice(unsigned device = 0, Here here = Here::Now());
-    /// Start, with a daemon that is this instance and has the phone.
+    /// Start with a daemon of this instance, with the phone.
     void StartInstance(const std::string& instance, Here here = Here::Now());
-    /// OpenSession, then its first phone book.
+    /// OpenSession, then selects its first phone book.
     void OpenSelectedSession(Here here = Here::Now());
-    /// Start, if need be, and on to this prompt by the shortest way.
+    /// Calls Start if needed, then opens this prompt by the shortest path.
     void OpenPrompt(PromptId id, Here here = Here::Now());
-    /// From the phone book menu, and back to it.
+    /// Starts and ends at the phone book menu.
     void SelectPhonebook(unsigned location = 0, unsigned phonebook = 0, Here here = Here::Now());
-    /// Types the operation's lines, each at its prompt. The next output is the filter menu, or the
+    /// Types the operation's lines, each at its prompt. The next output is the filter menu or the
     /// result.
     void Begin(const Operation& operation, Here here = Here::Now());
-    /// From the phone book menu to the transfer menu's prompt, without filters. The daemon's pull
-    /// content is `content`.
+    /// Pulls without filters, from the phone book menu to the transfer menu's prompt. The daemon
+    /// writes `content` to the file.
     void PullAll(const std::string& content, Here here = Here::Now());
     void Pull(const std::string& handle, const std::string& content, Here here = Here::Now());
 
     /// The path of the newest session or transfer.
     std::string Session() const;
     std::string Transfer() const;
-    /// Where the daemon puts the file of `PullAll` and `Pull`.
+    /// Path of the file that the daemon writes for `PullAll` or `Pull`.
     std::string PulledPhonebook() const { return directory_.File("phonebook.vcf"); }
     std::string PulledCard() const { return directory_.File("card.vcf"); }
 
-    /// Awaits the next call of `method` that no earlier `ExpectCall` has seen, and compares its
-    /// body with a GVariant text such as "('int', 'pb')"; types are written where they matter:
+    /// Waits for the next call of `method` that no earlier `ExpectCall` has consumed, and compares
+    /// its body with a GVariant text such as "('int', 'pb')"; with types where they matter:
     /// "({'MaxCount': <uint16 5>},)".
     void ExpectCall(const std::string& method, const std::string& body, Here here = Here::Now());
     /// How often `method` has been called so far.
     std::size_t CountCalls(const std::string& method) const;
 
-    // What the daemon has comes and goes while the prompt `segment` stands. The tool has noticed,
-    // and said so, when these return.
+    // Add or remove objects of the daemon while the prompt `segment` is displayed. They return when
+    // the tool has processed and reported the change.
     void AddDevice(const std::string& path, const std::string& address, const std::string& alias,
                    const std::string& segment = "", Here here = Here::Now());
     void RemoveDevice(const std::string& path, const std::string& segment = "",
                       Here here = Here::Now());
     void RemoveClient(const std::string& segment = "", Here here = Here::Now());
     void ReturnClient(const std::string& segment = "", Here here = Here::Now());
-    /// The session loses its connection, of which the tool says nothing by itself.
+    /// Disconnects the session. The tool prints nothing.
     void LoseConnection(const std::string& segment, Here here = Here::Now());
 
-    /// At the main prompt: puts the tool into a call, which hangs until `daemon().Release()`.
+    /// At the main prompt: makes the tool call a method that returns only after
+    /// `daemon().Release()`.
     void HangInCall(Here here = Here::Now());
-    /// Awaits that the tool has dealt with all that the daemon has announced so far, and shows that
-    /// nothing has been printed since the last consumed byte: the daemon announces and removes a
-    /// device, which must be the very next output under the standing prompt `segment`. (The tool
-    /// reports an object before it has looked at it, so the report alone does not tell.)
-    void ExpectQuiet(const std::string& segment = "", Here here = Here::Now());
+    /// Waits until the tool has processed everything that the daemon has sent so far, and checks
+    /// that it has printed nothing since the last consumed byte: adds and removes a device, whose
+    /// messages must be the next output at the prompt `segment`. (The removal is needed: the tool
+    /// reports a new object before it has processed it.)
+    void ExpectNoOutput(const std::string& segment = "", Here here = Here::Now());
 
-    /// SIGINT to the tool, or Ctrl-C typed by the operator. The tool's main loop has ended when
-    /// they return; its menus run until the next answer.
+    /// Send SIGINT to the tool, or type Ctrl-C. They return when the tool's main loop has ended;
+    /// the menus run until the next answer.
     void Interrupt(Here here = Here::Now());
     void PressControlC(Here here = Here::Now());
-    /// `cause` ends the main loop; returns when it has ended.
+    /// Calls `cause`, which ends the main loop, and waits for that.
     void AwaitEndOfMainLoop(const std::function<void()>& cause, Here here = Here::Now());
 
     Console& console() { return consoles_.back(); }
     PrivateBus& bus() { return bus_; }
     const TemporaryDirectory& directory() const { return directory_; }
 
-    // The console's words, so that a conversation reads as one.
+    // Forwarded to the console.
     void Type(std::string_view line, Here here = Here::Now()) { console().Type(line, here); }
     void Expect(std::string_view bytes, Here here = Here::Now()) { console().Expect(bytes, here); }
     void Await(std::string_view bytes, Here here = Here::Now()) { console().Await(bytes, here); }

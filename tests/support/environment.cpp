@@ -1,4 +1,4 @@
-// What the environment and the command line of a test program set.
+// Settings from the environment and the command line of a test program.
 
 #include "support/patience.h"
 #include "support/programs.h"

@@ -6,8 +6,8 @@
 
 namespace morvane_test {
 
-/// The line of the test that calls a helper, so that a failure points at it.
-/// Always the last parameter, with the default argument `Here::Now()`.
+/// Source location of the test that calls a helper, for its failure messages. Always the last
+/// parameter, with the default argument `Here::Now()`.
 struct Here {
     const char* file;
     int line;
@@ -17,10 +17,10 @@ struct Here {
     }
 };
 
-/// Reports `message` as a failure at `here` and leaves the test body at once.
+/// Reports a failure at `here` and leaves the test body with an exception.
 [[noreturn]] inline void FailTest(Here here, const std::string& message) {
     ADD_FAILURE_AT(here.file, here.line) << message;
-    // GoogleTest does not report this type again.
+    // GoogleTest does not report this exception type again.
     throw testing::AssertionException(testing::TestPartResult(
         testing::TestPartResult::kFatalFailure, here.file, here.line, message.c_str()));
 }

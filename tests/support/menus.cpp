@@ -31,7 +31,7 @@ PromptRow Choice(Id id, const std::string& name, const std::string& segment,
     PromptRow row = {id, name, segment, Asks::kNumber, title, "0", Move::kLeave};
     row.error = error;
     row.choices = choices;
-    row.past = static_cast<unsigned>(choices.size());
+    row.limit = static_cast<unsigned>(choices.size());
     return row;
 }
 
@@ -40,7 +40,7 @@ PromptRow Number(Id id, const std::string& name, const std::string& title, unsig
     PromptRow row = {id, name, "/" + name, Asks::kNumber, title, "5", Move::kLeave};
     row.error = "Invalid " + name + " entered";
     row.smallest = smallest;
-    row.past = 65536;
+    row.limit = 65536;
     return row;
 }
 
@@ -101,7 +101,7 @@ const std::vector<KeyRow>& Keys() {
     const Menus phonebook = {Id::kPhonebookMenu};
     const Menus transfer = {Id::kTransfer};
     const Menus in_session = {Id::kPhonebookMenu, Id::kTransfer};
-    // Of the filter menus, the first is the one by which WayTo() reaches the prompts.
+    // PathTo() uses the first menu of each list.
     const Menus pulls = {Id::kPullAllFilters, Id::kPullFilters};
     const Menus listings = {Id::kListFilters, Id::kSearchFilters};
     const Menus queries = {Id::kListFilters, Id::kSearchFilters, Id::kSizeFilters,
@@ -165,7 +165,7 @@ const std::vector<KeyRow>& Keys() {
     return keys;
 }
 
-// With the lines of dashes, which have no key.
+// Includes the lines of dashes, which have no key.
 std::vector<KeyRow> LinesOf(Id menu) {
     std::vector<KeyRow> lines;
     std::copy_if(Keys().begin(), Keys().end(), std::back_inserter(lines),
@@ -249,24 +249,24 @@ std::string Prompt(PromptId id) {
     return row.asks == Asks::kKey ? Prompt(row.segment) : ValuePrompt(row.segment);
 }
 
-std::string Asking(PromptId id) {
+std::string QuestionAndPrompt(PromptId id) {
     return Question(RowOf(id)) + Prompt(id);
 }
 
-std::vector<Answer> WayTo(PromptId id) {
+std::vector<Answer> PathTo(PromptId id) {
     if (id == Id::kMain || id == Id::kPhonebookMenu) return {};
     Answer last = {Id::kMain, "", id};
     for (const KeyRow& row : Keys())
         if (row.next == id && last.line.empty()) last = {row.menus.front(), {row.key}, id};
     for (const PromptRow& row : Prompts())
         if (row.next == id && last.line.empty()) last = {row.id, row.answer, id};
-    std::vector<Answer> way = WayTo(last.at);
+    std::vector<Answer> way = PathTo(last.at);
     way.push_back(last);
     return way;
 }
 
 PromptId MenuAbove(PromptId id) {
-    const std::vector<Answer> way = WayTo(id);
+    const std::vector<Answer> way = PathTo(id);
     const auto from_menu = std::find_if(way.rbegin(), way.rend(), [](const Answer& answer) {
         return RowOf(answer.at).asks == Asks::kKey;
     });
@@ -274,12 +274,12 @@ PromptId MenuAbove(PromptId id) {
 }
 
 bool InSession(PromptId id) {
-    const std::vector<Answer> way = WayTo(id);
+    const std::vector<Answer> way = PathTo(id);
     return (way.empty() ? id : way.front().at) == Id::kPhonebookMenu;
 }
 
 bool NeedsSelection(PromptId id) {
-    const std::vector<Answer> way = WayTo(id);
+    const std::vector<Answer> way = PathTo(id);
     if (way.empty()) return false;
     const std::vector<KeyRow> keys = KeysOf(way.front().at);
     return std::any_of(keys.begin(), keys.end(), [&](const KeyRow& row) {

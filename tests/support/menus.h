@@ -6,8 +6,8 @@
 
 namespace morvane_test {
 
-// What the tool asks its operator, described once for all tests. The texts are the tests' own: none
-// is taken from the tool's tables.
+// The prompts, menus and operations of the tool, for all tests. The texts are repeated here and not
+// taken from the tool's tables.
 
 enum class PromptId {
     kMain,
@@ -36,35 +36,35 @@ enum class PromptId {
     kCancelledTransfer,  ///< the transfer menu after "c": the next key leaves it
 };
 
-// The segments of the prompts that are named most.
+// Frequently used prompt segments.
 inline constexpr char kPhonebookMenu[] = "/Phonebook Menu";
 inline constexpr char kFilterMenu[] = "/Filter Menu";
 inline constexpr char kTransferMenu[] = "/Transfer Menu";
 
 enum class Asks { kKey, kNumber, kText };
 
-/// What follows an accepted answer.
+/// Where an accepted answer leads.
 enum class Move {
-    kStay,   ///< the same menu
-    kEnter,  ///< `next`, and the same menu after it
-    kGo,     ///< `next` in place of this prompt
-    kLeave,  ///< the menu above
+    kStay,   ///< to the same menu
+    kEnter,  ///< to `next`, which returns to the same menu
+    kGo,     ///< to `next`, which replaces this prompt
+    kLeave,  ///< to the parent menu
     kQuit,
 };
 
 struct PromptRow {
     PromptId id;
-    std::string name;     ///< in the names of tests
-    std::string segment;  ///< what follows the tool's title in the prompt
+    std::string name;     ///< in test names
+    std::string segment;  ///< text after the tool's title in the prompt
     Asks asks;
-    std::string title;   ///< of the question, or of the menu; may be empty
-    std::string answer;  ///< one that is accepted
+    std::string title;   ///< of the question or menu; may be empty
+    std::string answer;  ///< a valid answer
     Move move = Move::kStay;
     PromptId next = {};
-    std::string error = {};                 ///< displayed when a number is refused
-    std::vector<std::string> choices = {};  ///< of a number
+    std::string error = {};                 ///< message for an invalid number
+    std::vector<std::string> choices = {};  ///< numbered choices
     unsigned smallest = 0;                  ///< the first valid number
-    unsigned past = 0;                      ///< the number after the last valid one; a text's limit
+    unsigned limit = 0;                     ///< first invalid number; maximum length of a text
 };
 
 const std::vector<PromptRow>& Prompts();
@@ -74,21 +74,21 @@ struct KeyRow {
     std::vector<PromptId> menus;
     char key;
     std::string text;
-    unsigned weight;  ///< in random conversations
+    unsigned weight;  ///< relative frequency in random conversations
     Move move = Move::kStay;
     PromptId next = {};
     bool needs_selection = false;  ///< refused unless a phone book is selected
 };
 
-/// In the order in which the menu displays them.
+/// In display order.
 std::vector<KeyRow> KeysOf(PromptId menu);
-/// What the menu's "h" prints.
+/// The output of the menu's "h".
 std::string MenuOf(PromptId menu);
 
 std::string Prompt(PromptId id);
-/// What is displayed when the tool gets to this prompt, up to and including it. The field of a
-/// filter is chosen from FilterFields().
-std::string Asking(PromptId id);
+/// The output when the tool opens this prompt, up to and including the prompt. The fields of
+/// filters are FilterFields().
+std::string QuestionAndPrompt(PromptId id);
 
 struct Answer {
     PromptId at;
@@ -96,34 +96,35 @@ struct Answer {
     PromptId next;
 };
 
-/// The shortest way to a prompt: in a session from the phone book menu, else from the main menu.
-std::vector<Answer> WayTo(PromptId id);
-/// The menu from which that way opens the prompt, and which asks again after it.
+/// Shortest sequence of answers to a prompt: from the phone book menu for prompts in a session,
+/// else from the main menu.
+std::vector<Answer> PathTo(PromptId id);
+/// The menu that opens the prompt, and to which the tool returns from it.
 PromptId MenuAbove(PromptId id);
 bool InSession(PromptId id);
-/// Of a prompt in a session.
+/// Whether a phone book must be selected first. Only for prompts in a session.
 bool NeedsSelection(PromptId id);
 
-/// One of the phone book menu's keys, up to its call.
+/// A key of the phone book menu that calls a method.
 struct Operation {
     std::string method;
-    std::vector<std::string> lines;  ///< typed from the phone book menu on, up to the filter menu
+    std::vector<std::string> lines;  ///< typed in the phone book menu, up to the filter menu
     std::optional<PromptId> filters;
-    std::string arguments;  ///< without filters
+    std::string arguments;  ///< of the call without filters
     std::string reply_type;
-    std::string reply;   ///< one that is possible
-    std::string result;  ///< displayed after that
+    std::string reply;   ///< a valid one
+    std::string result;  ///< output for that reply
 
-    /// `lines`, and "d" in the filter menu.
+    /// `lines`, followed by "d" for the filter menu if there is one.
     [[nodiscard]] std::vector<std::string> AllLines() const;
 };
 
 const std::vector<Operation>& Operations();
 const Operation& OperationOf(const std::string& method);
-/// Those with a filter menu.
+/// Operations with a filter menu.
 std::vector<Operation> FilteredOperations();
 
-/// What `ListFilterFields` replies, and the reply.
+/// The fields that `ListFilterFields` returns, and its reply as GVariant text.
 const std::vector<std::string>& FilterFields();
 std::string FilterFieldsReply(const std::vector<std::string>& fields = FilterFields());
 

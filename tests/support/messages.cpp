@@ -30,7 +30,7 @@ std::string ValuePrompt(const std::string& segment) {
     return Green(kTitle + segment) + Red(" ? ");
 }
 
-std::string Notice(const std::string& segment, const std::string& text, const char* colour) {
+std::string Notification(const std::string& segment, const std::string& text, const char* colour) {
     return "\n" + (colour + text) + kGreenSequence + kTitle + segment + Red(" > ");
 }
 

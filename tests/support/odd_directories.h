@@ -2,8 +2,7 @@
 
 namespace morvane_test {
 
-/// A name for a temporary directory whose path must be escaped somewhere, or is too long for a
-/// socket.
+/// A directory name that must be escaped in some contexts, or makes a path too long for a socket.
 struct OddDirectory {
     const char* test;
     const char* name;

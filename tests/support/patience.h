@@ -6,11 +6,11 @@ namespace morvane_test {
 
 using Duration = std::chrono::milliseconds;
 
-/// `limit`, stretched by the environment variable MORVANE_TEST_TIMEOUT_FACTOR (a number; if
-/// unset, what the build was configured with) for machines, sanitizers and emulators that are slow.
+/// `limit`, multiplied by the environment variable MORVANE_TEST_TIMEOUT_FACTOR (default: the CMake
+/// variable of that name), for slow machines, sanitizers and emulators.
 Duration Stretched(Duration limit);
 
-/// How long anything is awaited unless a test says otherwise: 10 s, stretched.
+/// Default time-out of all waits: Stretched(10 s).
 Duration Patience();
 
 }  // namespace morvane_test

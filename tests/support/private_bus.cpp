@@ -12,7 +12,7 @@
 namespace morvane_test {
 namespace {
 
-// Nothing is started on demand.
+// No service directories: the bus starts no services.
 std::string Configuration(const std::string& address, const std::string& policies) {
     return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
@@ -24,12 +24,12 @@ std::string Configuration(const std::string& address, const std::string& policie
            policies + "</busconfig>\n";
 }
 
-// The daemon prints its address once it listens, and nothing else, on standard output.
+// dbus-daemon prints its address when it is listening, and nothing else.
 std::string FirstLine(int descriptor) {
     Transcript output;
     const Pump pump(descriptor, output);
     if (output.SkipPast("\n", Patience()) != Transcript::Result::kMatched)
-        throw std::runtime_error("dbus-daemon did not tell its address");
+        throw std::runtime_error("dbus-daemon printed no address");
     const std::string line = output.Consumed();
     return line.substr(0, line.size() - 1);
 }

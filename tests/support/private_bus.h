@@ -9,17 +9,17 @@
 
 namespace morvane_test {
 
-/// A message bus for one test. It accepts calls as soon as it is constructed.
+/// A message bus for one test. The constructor returns when it accepts connections.
 class PrivateBus {
   public:
-    /// `policies` is XML; by default everything is allowed. Throws
-    /// std::runtime_error if no dbus-daemon can be started.
+    /// `policies` is XML; the default allows everything. Throws std::runtime_error if dbus-daemon
+    /// does not start.
     explicit PrivateBus(const std::string& policies = kAllowEverything);
 
     const std::string& Address() const { return address_; }
     std::string ConfigurationFile() const { return directory_.File("bus.conf"); }
 
-    /// The bus dies under everyone who is connected to it.
+    /// Kills the bus with SIGKILL.
     void Kill();
 
   private:
@@ -33,7 +33,7 @@ class PrivateBus {
 /// The D-Bus address of the socket `path`.
 std::string SocketAddress(const std::string& path);
 
-/// A connection of the test's own. Throws std::runtime_error.
+/// Opens a new connection. Throws std::runtime_error.
 morvane::GlibPtr<GDBusConnection> ConnectToBus(const std::string& address);
 
 /// Calls a method and returns its reply. Throws std::runtime_error.

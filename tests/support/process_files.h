@@ -11,8 +11,8 @@
 
 namespace morvane_test {
 
-/// The number after `label` in a file of the process in /proc, such as "VmRSS:" in "status", which
-/// is in KiB. Throws std::runtime_error if there is none.
+/// Reads the number after `label` from a file in /proc/PID, such as "VmRSS:" in "status" (KiB).
+/// Throws std::runtime_error if it is missing.
 inline std::size_t ReadProcessNumber(pid_t process, const std::string& file,
                                      const std::string& label) {
     const std::string path = "/proc/" + std::to_string(process) + "/" + file;
@@ -24,7 +24,8 @@ inline std::size_t ReadProcessNumber(pid_t process, const std::string& file,
     throw std::runtime_error("no " + label + " in " + path);
 }
 
-/// How many descriptors the process has open; one more if it counts its own.
+/// Number of open descriptors of the process. For the calling process it includes the one used
+/// here.
 inline std::size_t CountDescriptors(pid_t process) {
     const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(process) +
                                                           "/fd");

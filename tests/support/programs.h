@@ -7,21 +7,21 @@
 
 namespace morvane_test {
 
-/// The tool of this build, or the one that the environment variable MORVANE_TEST_BINARY names.
+/// Path of the tool: MORVANE_TEST_BINARY from the environment, else the tool of this build.
 std::string ToolPath();
 bool IsOtherTool();
 
-/// The same for the simulator as a program: MORVANE_TEST_SIMULATOR.
+/// Path of the simulator program: MORVANE_TEST_SIMULATOR or that of this build.
 std::string SimulatorPath();
 
-/// morvane-play: MORVANE_TEST_PLAY.
+/// Path of morvane-play: MORVANE_TEST_PLAY or that of this build.
 std::string PlayPath();
 
-/// The words that go before the tool, such as "valgrind -q": MORVANE_TEST_LAUNCHER. May be empty.
+/// Command prefix for the tool, such as "valgrind -q": MORVANE_TEST_LAUNCHER. May be empty.
 std::string Launcher();
 
-/// Parses the options of a test program. `entries` end with an empty one. Prints what is wrong and
-/// ends the process with status 2 if there is an error.
+/// Parses the options of a test program. The last of `entries` must be empty. On an error prints it
+/// and exits with status 2.
 void ParseOptions(int argc, char** argv, const char* summary,
                   const std::vector<GOptionEntry>& entries);
 

@@ -8,12 +8,12 @@
 namespace morvane_test {
 namespace {
 
-constexpr std::size_t kLongestSocket = 99;  // that dbus-daemon accepts
+constexpr std::size_t kMaxSocketPath = 99;  // path length that dbus-daemon accepts
 
 std::string Pattern() {
     const std::filesystem::path name = "morvane-test-XXXXXX";
     const auto path = std::filesystem::absolute(std::filesystem::temp_directory_path()) / name;
-    return (path / "bus").native().size() > kLongestSocket ? "/tmp" / name : path;
+    return (path / "bus").native().size() > kMaxSocketPath ? "/tmp" / name : path;
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 
 namespace morvane_test {
 
-/// A directory of the test's own, removed with everything in it at the end. It is in /tmp if the
-/// path would be too long for a socket `bus` in it otherwise.
+/// A temporary directory, removed with its contents by the destructor. It is created in /tmp if the
+/// path of a socket `bus` in it would be too long otherwise.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();

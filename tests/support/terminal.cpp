@@ -13,8 +13,8 @@ namespace {
 
 constexpr char kControlD = 4;
 
-// Lines, Ctrl-C and Ctrl-D work as usual, but the output is nothing but the program's bytes.
-void Quieten(int terminal) {
+// Keeps line mode, Ctrl-C and Ctrl-D.
+void DisableEchoAndOutputProcessing(int terminal) {
     termios settings = {};
     Checked(tcgetattr(terminal, &settings), "tcgetattr");
     settings.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
@@ -22,7 +22,7 @@ void Quieten(int terminal) {
     Checked(tcsetattr(terminal, TCSANOW, &settings), "tcsetattr");
 }
 
-bool AwaitRoom(int descriptor, Duration limit) {
+bool AwaitWritable(int descriptor, Duration limit) {
     pollfd wait = {descriptor, POLLOUT, 0};
     return poll(&wait, 1, static_cast<int>(limit.count())) > 0 && (wait.revents & POLLOUT) != 0;
 }
@@ -47,14 +47,14 @@ void Terminal::MakePipes() {
 }
 
 void Terminal::MakeTerminal() {
-    int ours = -1;
-    int programs = -1;
-    Checked(openpty(&ours, &programs, nullptr, nullptr, nullptr), "openpty");
-    input_ = FileDescriptor(ours);
-    program_input_ = FileDescriptor(programs);
-    for (const int descriptor : {ours, programs})
+    int test_end = -1;
+    int program_end = -1;
+    Checked(openpty(&test_end, &program_end, nullptr, nullptr, nullptr), "openpty");
+    input_ = FileDescriptor(test_end);
+    program_input_ = FileDescriptor(program_end);
+    for (const int descriptor : {test_end, program_end})
         Checked(fcntl(descriptor, F_SETFD, FD_CLOEXEC), "fcntl");
-    if (!IsPersons()) Quieten(programs);
+    if (!IsInteractive()) DisableEchoAndOutputProcessing(program_end);
 }
 
 int Terminal::ProgramOutput() const {
@@ -72,7 +72,7 @@ int Terminal::Output() const {
 
 bool Terminal::Write(std::string_view bytes, Duration limit) {
     while (!bytes.empty()) {
-        if (!AwaitRoom(input_.Number(), limit)) return false;
+        if (!AwaitWritable(input_.Number(), limit)) return false;
         const ssize_t count = write(input_.Number(), bytes.data(), bytes.size());
         if (count < 0 && errno != EAGAIN && errno != EINTR) return false;
         if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));

@@ -7,41 +7,41 @@
 
 namespace morvane_test {
 
-/// How the program's standard input and output are connected to the test.
+/// How standard input and output of the program are connected.
 enum class Wiring {
-    kTerminal,         ///< a pseudo-terminal without echo, on which "\n" stays "\n"
-    kPersonsTerminal,  ///< a pseudo-terminal as a person's: input is echoed, "\n" becomes "\r\n"
-    kPipes,            ///< one pipe in, one pipe out
+    kTerminal,             ///< a pseudo-terminal without echo and output processing
+    kInteractiveTerminal,  ///< one with default settings: echo, and "\r\n" for "\n"
+    kPipes,                ///< one pipe in, one pipe out
 };
 
-/// The test's end and the program's end of standard input and output. Terminals take lines of at
-/// most 4095 characters; longer ones need pipes.
+/// Both ends of the program's standard input and output. A terminal accepts lines of at most 4095
+/// characters; use pipes for longer ones.
 class Terminal {
   public:
     explicit Terminal(Wiring wiring);
 
     bool IsTerminal() const { return wiring_ != Wiring::kPipes; }
-    bool IsPersons() const { return wiring_ == Wiring::kPersonsTerminal; }
+    bool IsInteractive() const { return wiring_ == Wiring::kInteractiveTerminal; }
 
-    /// The program's ends. The test lets go of them once the program has its own copies.
+    /// The ends for the program. Release them when it has been started.
     int ProgramInput() const { return program_input_.Number(); }
     int ProgramOutput() const;
     void ReleaseProgramEnds();
 
-    /// Where the program's output is read, without blocking.
+    /// Non-blocking descriptor from which the program's output is read.
     int Output() const;
 
-    /// Returns false if the program takes no input any more, or none within `limit`.
+    /// Returns false on an error, or if the program does not read within `limit`.
     bool Write(std::string_view bytes, Duration limit);
 
-    /// End of input: closes the pipe, or types Ctrl-D on a terminal, which means the end only at
-    /// the start of a line (elsewhere it hands over the line as it stands).
+    /// Signals end of input: closes the pipe, or types Ctrl-D on the terminal, which is the end of
+    /// input only at the start of a line (elsewhere it submits the incomplete line).
     bool CloseInput();
 
-    /// The terminal is gone, as when its window is closed; pipes are closed.
+    /// Closes the terminal (the program gets SIGHUP) or the pipes.
     void HangUp();
 
-    /// Pipes only: nobody reads any more what the program writes.
+    /// Pipes only: closes the reading end of the output.
     void CloseOutput() { output_.Close(); }
 
   private:
@@ -49,7 +49,7 @@ class Terminal {
     void MakeTerminal();
 
     Wiring wiring_;
-    FileDescriptor input_;   // for a terminal the one test's end, which serves output too
+    FileDescriptor input_;   // for a terminal also the output
     FileDescriptor output_;  // pipes only
     FileDescriptor program_input_;
     FileDescriptor program_output_;  // pipes only

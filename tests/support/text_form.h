@@ -5,10 +5,10 @@
 
 namespace morvane_test {
 
-/// Every byte made visible, as a C string literal would write it, with a line break after each \n.
+/// Escapes `bytes` as in a C string literal and adds a line break after each \n.
 std::string Escaped(std::string_view bytes);
 
-/// What a person would read on the terminal, without the colours.
+/// The text as a terminal displays it, without colours.
 std::string AsSeen(std::string_view bytes);
 
 }  // namespace morvane_test

@@ -23,7 +23,7 @@ void Transcript::End() {
     changed_.notify_all();
 }
 
-// `attempt` returns a result, or nothing while more bytes may still decide.
+// `attempt` returns nullopt if the result depends on further bytes.
 template <typename Attempt>
 Transcript::Result Transcript::AwaitMatch(Duration limit, Attempt attempt) {
     std::unique_lock<std::mutex> lock(mutex_);
@@ -48,7 +48,7 @@ Transcript::Result Transcript::ExpectNext(std::string_view bytes, Duration limit
 }
 
 Transcript::Result Transcript::SkipPast(std::string_view bytes, Duration limit) {
-    std::size_t searched = 0;  // what has been looked at in vain: output may be megabytes
+    std::size_t searched = 0;  // avoids quadratic time: the output may be megabytes
     return AwaitMatch(limit, [&]() -> std::optional<Result> {
         const std::size_t found = bytes_.find(bytes, std::max(consumed_, searched));
         if (found == std::string::npos) {
@@ -142,7 +142,7 @@ void Pump::Run(int descriptor, Transcript& transcript, Duration pause) {
     std::array<char, 65536> chunk;
     while (AwaitBytes(descriptor)) {
         const ssize_t count = read(descriptor, chunk.data(), chunk.size());
-        // A terminal whose other side is closed fails with EIO where a pipe yields 0.
+        // At the end read() returns 0 on a pipe and fails with EIO on a terminal.
         if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) break;
         if (count > 0) transcript.Append({chunk.data(), static_cast<std::size_t>(count)});
         if (count < static_cast<ssize_t>(chunk.size())) std::this_thread::sleep_for(pause);

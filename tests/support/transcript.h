@@ -15,32 +15,33 @@
 
 namespace morvane_test {
 
-/// Everything that was read from a stream, and how much of it a test has consumed. Consumed bytes
-/// never match again. One thread appends, another awaits.
+/// The bytes read from a stream, and how many of them the test has consumed. Consumed bytes never
+/// match again. Thread-safe: one thread appends while another waits.
 class Transcript {
   public:
     enum class Result {
         kMatched,
-        kDiffers,  ///< other bytes came than the expected ones
-        kEnded,    ///< the stream ended first
+        kDiffers,  ///< unexpected bytes
+        kEnded,    ///< end of the stream
         kTimedOut,
     };
 
     void Append(std::string_view bytes);
-    /// No more bytes will come.
+    /// Marks the end of the stream.
     void End();
 
-    /// Consumes `bytes` if exactly they come next; nothing otherwise.
+    /// Consumes `bytes` if they are the next output; nothing otherwise.
     Result ExpectNext(std::string_view bytes, Duration limit);
-    /// Consumes everything up to the end of the next occurrence of `bytes`; nothing otherwise.
+    /// Consumes everything up to the end of the next occurrence of `bytes`; nothing if there is
+    /// none.
     Result SkipPast(std::string_view bytes, Duration limit);
     /// Consumes up to the end of the first occurrence of any of `texts`, and returns its index.
     std::optional<std::size_t> SkipPastAny(const std::vector<std::string>& texts, Duration limit);
-    /// Awaits all `texts` in any order, and consumes up to the end of the last of them.
+    /// Waits for all `texts` in any order and consumes up to the end of the last one.
     Result SkipPastAll(const std::vector<std::string>& texts, Duration limit);
-    /// Consumes everything so far once `accepts` returns true for it; nothing before.
+    /// Consumes everything when `accepts` returns true for it; nothing before.
     Result TakeAllIf(const std::function<bool(std::string_view)>& accepts, Duration limit);
-    /// Awaits the end of the stream; consumes nothing.
+    /// Waits for the end of the stream; consumes nothing.
     Result AwaitEnd(Duration limit);
 
     std::string Consumed() const;
@@ -53,16 +54,16 @@ class Transcript {
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
-    std::string bytes_;         // mutex_
-    std::size_t consumed_ = 0;  // mutex_
-    bool ended_ = false;        // mutex_
+    std::string bytes_;         // guarded by mutex_
+    std::size_t consumed_ = 0;  // guarded by mutex_
+    bool ended_ = false;        // guarded by mutex_
 };
 
-/// Reads from a descriptor into a transcript, on its own thread, so that the program at the other
-/// end never waits for the test. Descriptor and transcript must outlive the pump.
+/// Reads from a descriptor into a transcript on its own thread, so that the program never blocks on
+/// output. Descriptor and transcript must outlive the pump.
 ///
-/// With a `pause` it reads only that often: a pipe buffers 1 MiB meanwhile, and the program's
-/// writes wake no thread.
+/// With a `pause` it reads at that interval: the pipe buffers 1 MiB, and the program's writes wake
+/// no thread.
 class Pump {
   public:
     Pump(int descriptor, Transcript& transcript, Duration pause = Duration(0));
@@ -70,7 +71,7 @@ class Pump {
     Pump& operator=(const Pump&) = delete;
     ~Pump() { Stop(); }
 
-    /// Stops reading and ends the transcript before it returns.
+    /// Stops reading and marks the end of the transcript.
     void Stop();
 
   private:

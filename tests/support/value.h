@@ -7,8 +7,8 @@
 
 namespace morvane_test {
 
-/// A value, made from its GVariant text, such as "{'Size': <uint64 5>}". Converts to the
-/// `GVariant*` that it owns: for parameters that do not take ownership, as the daemon's.
+/// A value parsed from GVariant text, such as "{'Size': <uint64 5>}". Converts to the `GVariant*`
+/// that it owns: for parameters that do not take ownership.
 class Value {
   public:
     /// Throws std::invalid_argument.

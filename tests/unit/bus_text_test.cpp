@@ -14,8 +14,8 @@ bool IsValid(const std::string& text) {
 
 struct Row {
     std::string typed;
-    std::string replaced;  // by ReplaceInvalidBytes
-    std::string cut;       // by BusText
+    std::string replaced;  // expected from ReplaceInvalidBytes
+    std::string cut;       // expected from BusText
 };
 
 const Row kRows[] = {
@@ -27,19 +27,19 @@ const Row kRows[] = {
     {"\xC3\xA4\xC3", "\xC3\xA4?", "\xC3\xA4"},
     {"ab\xE2\x82", "ab??", "ab"},
     {"ab\xF0\x9F\x98", "ab???", "ab"},
-    // The same after first bytes that limit the second one.
+    // First bytes that restrict the second byte.
     {"\xE0", "?", ""},
     {"\xED", "?", ""},
     {"\xF0", "?", ""},
     {"\xF4", "?", ""},
-    // No character.
+    // Invalid anywhere in a text.
     {"\xFF\xC3\xA4", "?\xC3\xA4", "?\xC3\xA4"},
     {"M\xE4rz\x80", "M?rz?", "M?rz?"},
     {"\xE2\x82\xFF\xE2", "????", "???"},
     {"\xED\xA0\x80\xC0\x80", "?????", "?????"},
     {"\xF4\x90\x80\x80", "????", "????"},
     {std::string("a\0b", 3), "a?b", "a?b"},
-    // No further byte would make a character of these.
+    // Invalid at the end too: no following byte completes them.
     {"ab\xC0", "ab?", "ab?"},
     {"ab\xF5", "ab?", "ab?"},
     {"\xE0\x80", "??", "??"},
@@ -49,7 +49,7 @@ const Row kRows[] = {
     {std::string("\xC3\0b", 3), "??b", "??b"},
 };
 
-TEST(BusTextTest, ReplacesInvalidBytesAndDropsAnIncompleteLastCharacter) {
+TEST(BusTextTest, ReplacesInvalidBytesAndDropsIncompleteLastCharacter) {
     for (const Row& row : kRows) {
         SCOPED_TRACE(testing::PrintToString(row.typed));
         EXPECT_EQ(ReplaceInvalidBytes(row.typed), row.replaced);
@@ -57,7 +57,7 @@ TEST(BusTextTest, ReplacesInvalidBytesAndDropsAnIncompleteLastCharacter) {
     }
 }
 
-// Calls `check` with every text of that length over bytes of all kinds.
+// Calls `check` with every text of `length` bytes over an alphabet with each class of UTF-8 bytes.
 template <typename Check>
 void ForEachText(std::size_t length, const std::string& prefix, const Check& check) {
     if (prefix.size() == length) return check(prefix);
@@ -65,7 +65,7 @@ void ForEachText(std::size_t length, const std::string& prefix, const Check& che
         ForEachText(length, prefix + byte, check);
 }
 
-TEST(BusTextTest, IsAlwaysValidAndNeverLonger) {
+TEST(BusTextTest, ReturnsValidUtf8OfAtMostTheSameLength) {
     for (std::size_t length = 1; length <= 4; ++length) {
         ForEachText(length, "", [](const std::string& text) {
             const std::string replaced = ReplaceInvalidBytes(text);

@@ -34,19 +34,18 @@ Pipe FilledPipe(const std::string& bytes) {
     return pipe;
 }
 
-// An exception ends the process: if it left this function, GoogleTest would catch it and the child
-// would run the other tests, too.
+// noexcept: GoogleTest would catch an exception and run the remaining tests in the child.
 [[noreturn]] void RunInChild(const std::function<int()>& function, const Pipe& input,
                              const Pipe& output) noexcept {
     dup2(input.reader.Number(), STDIN_FILENO);
     dup2(output.writer.Number(), STDOUT_FILENO);
     const int status = function();
-    // Only now, so that exit() cannot write what the function should have flushed.
+    // Discards what exit() flushes: the function must flush its own output.
     dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
     std::exit(status);
 }
 
-// Whether there is something to read, or the end, before the deadline.
+// Waits until data or the end can be read; returns false at the deadline.
 bool AwaitPacket(int descriptor, std::chrono::steady_clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<Duration>(deadline - std::chrono::steady_clock::now());
@@ -56,7 +55,7 @@ bool AwaitPacket(int descriptor, std::chrono::steady_clock::time_point deadline)
     }
 }
 
-// Up to the end, or to the deadline if there is none by then.
+// Reads until the end or the deadline.
 std::vector<std::string> Packets(int descriptor, std::chrono::steady_clock::time_point deadline,
                                  bool& ended) {
     std::vector<std::string> packets;
@@ -70,7 +69,7 @@ std::vector<std::string> Packets(int descriptor, std::chrono::steady_clock::time
     return packets;
 }
 
-CapturedRun CaptureWell(const std::function<void()>& function, const std::string& input) {
+CapturedRun CaptureSuccess(const std::function<void()>& function, const std::string& input) {
     const auto run = [&] {
         function();
         return 0;
@@ -88,7 +87,7 @@ std::string CapturedRun::Output() const {
 
 CapturedRun Capture(const std::function<int()>& function, const std::string& input) {
     const Pipe in = FilledPipe(input);
-    Pipe out = MakePipe(O_DIRECT);  // keeps the bounds of every write
+    Pipe out = MakePipe(O_DIRECT);  // packet mode: preserves write boundaries
     std::fflush(nullptr);
     const pid_t child = Checked(fork(), "fork");
     if (child == 0) RunInChild(function, in, out);
@@ -98,7 +97,7 @@ CapturedRun Capture(const std::function<int()>& function, const std::string& inp
     bool ended = false;
     run.writes = Packets(out.reader.Number(), deadline, ended);
     if (!ended) {
-        ADD_FAILURE() << "the function does not return; it has written:\n" << Escaped(run.Output());
+        ADD_FAILURE() << "the function does not return; its output:\n" << Escaped(run.Output());
         kill(child, SIGKILL);
     }
     int status = 0;
@@ -108,11 +107,11 @@ CapturedRun Capture(const std::function<int()>& function, const std::string& inp
 }
 
 std::vector<std::string> WritesOf(const std::function<void()>& function, const std::string& input) {
-    return CaptureWell(function, input).writes;
+    return CaptureSuccess(function, input).writes;
 }
 
 std::string OutputOf(const std::function<void()>& function, const std::string& input) {
-    return CaptureWell(function, input).Output();
+    return CaptureSuccess(function, input).Output();
 }
 
 }  // namespace morvane_test

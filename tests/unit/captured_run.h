@@ -6,7 +6,7 @@
 
 namespace morvane_test {
 
-/// What a function wrote to standard output in a process of its own.
+/// The standard output of a function that ran in a child process.
 struct CapturedRun {
     std::vector<std::string> writes;  ///< one element for each write(2), up to 4096 bytes each
     int status = 0;                   ///< the exit status
@@ -14,13 +14,13 @@ struct CapturedRun {
     std::string Output() const;  ///< all writes together
 };
 
-/// Runs `function` in a child process with `input` (up to the size of a pipe, 64 KiB) on standard
-/// input, followed by its end, and standard output captured. Output that the function leaves
-/// unflushed is lost. What `function` returns becomes the exit status. A function that does not
-/// return is killed and fails the test. Call it only while the test has no other threads.
+/// Runs `function` in a child process with `input` (at most 64 KiB) on standard input and captures
+/// its standard output, except what it leaves unflushed. The result of `function` is the exit
+/// status. A function that does not return is killed and fails the test. The test must have no
+/// other threads.
 CapturedRun Capture(const std::function<int()>& function, const std::string& input = "");
 
-/// The same for what returns nothing: its writes, or all of them together.
+/// The same for a function without a result; returns its writes, or their concatenation.
 std::vector<std::string> WritesOf(const std::function<void()>& function,
                                   const std::string& input = "");
 std::string OutputOf(const std::function<void()>& function, const std::string& input = "");

@@ -4,7 +4,7 @@
 #include "support/file_descriptor.h"
 #include "support/messages.h"
 #include "unit/captured_run.h"
-#include "unit/rival.h"
+#include "unit/competing_thread.h"
 
 #include <gtest/gtest.h>
 
@@ -27,9 +27,9 @@ using morvane::PROXY_MenuInput;
 const std::string kMenuPrompt = Green("Path") + Red(" > ");
 const std::string kInputPrompt = Green("Path") + Red(" ? ");
 const std::string kAskedAgain = kInputPrompt + Red("Invalid value\n") + kInputPrompt;
-const std::string kLeft = "4294967295";
+const std::string kCancelled = "4294967295";
 
-// The output of `ask` for an operator who typed `input`, and what it returns, in one line.
+// The output of `ask` for this typed input, followed by what it returns.
 std::string Asked(const std::function<std::string()>& ask, const std::string& input) {
     return OutputOf([&] { morvane::PROXY_PrintNoPrompt("= ", "%s", ask().c_str()); }, input);
 }
@@ -38,7 +38,7 @@ std::string Answered(const std::string& shown, const std::string& result) {
     return shown + "= " + result + kResetSequence;
 }
 
-TEST(MenuInputTest, ReturnsTheFirstCharacterThatIsNotBlankOrQuitsAtTheEnd) {
+TEST(MenuInputTest, ReturnsFirstNonBlankCharacterOrQAtEndOfInput) {
     struct {
         const char* input;
         std::string shown;
@@ -54,11 +54,11 @@ TEST(MenuInputTest, ReturnsTheFirstCharacterThatIsNotBlankOrQuitsAtTheEnd) {
                   Answered(row.shown, row.key));
 }
 
-TEST(MenuInputTest, SleepsUntilATerminalThatDoesNotBlockGivesMore) {
+TEST(MenuInputTest, SleepsUntilNonBlockingInputIsReadable) {
     const auto ask = [] {
         const auto terminal = MakePipe(O_NONBLOCK);
         dup2(terminal.reader.Number(), STDIN_FILENO);
-        std::string slept = "did not sleep";
+        std::string slept = "polled";
         std::thread typist([&, asker = gettid()] {
             if (AwaitSleep(asker)) slept = "slept";
             EXPECT_EQ(write(terminal.writer.Number(), "h\n", 2), 2);
@@ -70,7 +70,7 @@ TEST(MenuInputTest, SleepsUntilATerminalThatDoesNotBlockGivesMore) {
     EXPECT_EQ(Asked(ask, ""), Answered(kMenuPrompt, "h slept"));
 }
 
-TEST(InputEndedTest, IsTrueOnceTheEndWasRead) {
+TEST(InputEndedTest, IsTrueAfterEndOfInputWasRead) {
     const auto ask = [] {
         std::string keys;
         for (int round = 0; round < 3; ++round) {
@@ -92,16 +92,16 @@ struct NumberRow {
 const NumberRow kNumberRows[] = {
     {"10\n", kInputPrompt, "10", "16"},
     {"0x1F\n", kInputPrompt, "0", "31"},
-    {"x5\n", kInputPrompt, kLeft, kLeft},
-    {"", kInputPrompt, kLeft, kLeft},
-    {"12", kInputPrompt, kLeft, kLeft},
+    {"x5\n", kInputPrompt, kCancelled, kCancelled},
+    {"", kInputPrompt, kCancelled, kCancelled},
+    {"12", kInputPrompt, kCancelled, kCancelled},
     {" x\n3\n", kAskedAgain, "3", "3"},
-    {"what\n", kAskedAgain, kLeft, kLeft},
+    {"what\n", kAskedAgain, kCancelled, kCancelled},
     {" \n3\n", kAskedAgain, "3", "3"},
     {"\n\n3\n", kInputPrompt + kInputPrompt + kInputPrompt, "3", "3"},
 };
 
-TEST(NumberInputTest, AsksUntilItIsANumberOrLeft) {
+TEST(NumberInputTest, AsksAgainUntilNumberOrCancel) {
     const std::string box = Heading("Title") + Normal(" x) Exit this input\n") + Stars();
     for (const NumberRow& row : kNumberRows) {
         for (const char* const title : {static_cast<const char*>(nullptr), "Title"}) {
@@ -116,16 +116,16 @@ TEST(NumberInputTest, AsksUntilItIsANumberOrLeft) {
     }
 }
 
-TEST(InputStringTest, KeepsOfALineWhatFits) {
-    const std::string begin = "12345678901234567890";
+TEST(InputStringTest, TruncatesLineToBufferSize) {
+    const std::string prefix = "12345678901234567890";
     struct {
         std::string input;
         unsigned int size;
         std::string result;
     } const rows[] = {{"  blanks kept \n", 21, "14   blanks kept "},
                       {"x\n", 21, "1 x"},
-                      {begin + "1234567890\n", 21, "20 " + begin},
-                      {begin + "\n", 21, "20 " + begin},
+                      {prefix + "1234567890\n", 21, "20 " + prefix},
+                      {prefix + "\n", 21, "20 " + prefix},
                       {"text\n", 1, "0 "},
                       {"", 21, "0 "},
                       {"text", 21, "4 text"}};
@@ -141,7 +141,7 @@ TEST(InputStringTest, KeepsOfALineWhatFits) {
     }
 }
 
-TEST(InputStringTest, DoesNothingWithoutPromptBufferOrRoom) {
+TEST(InputStringTest, ReturnsZeroWithoutPromptBufferOrSize) {
     const auto ask = [] {
         std::array<char, 4> buffer = {'!'};
         const unsigned int sum = PROXY_InputString(nullptr, "Title", buffer.data(), 4) +

@@ -3,7 +3,7 @@
 #include "support/file_descriptor.h"
 #include "support/messages.h"
 #include "unit/captured_run.h"
-#include "unit/rival.h"
+#include "unit/competing_thread.h"
 #include "unit/system_calls.h"
 
 #include <gtest/gtest.h>
@@ -33,9 +33,9 @@ using morvane::PROXY_Prompt;
 
 using Writes = std::vector<std::string>;
 
-// What comes of `function` while the prompt "Path" stands.
-Writes WritesUnderPrompt(const std::function<void(const char*, int)>& show_prompt,
-                         const std::function<void()>& function) {
+// The writes of `function` while the prompt "Path" is displayed, without those of the prompt.
+Writes WritesWithPrompt(const std::function<void(const char*, int)>& show_prompt,
+                        const std::function<void()>& function) {
     Writes writes = WritesOf([&] {
         show_prompt("Path", 1);
         function();
@@ -47,14 +47,14 @@ Writes WritesUnderPrompt(const std::function<void(const char*, int)>& show_promp
 
 const std::string kRedrawn = "\x1b[1;32mPath\x1b[1;31m > \x1b[0m";
 
-TEST(PrintTest, WritesColourTextAndResetAtOnce) {
+TEST(PrintTest, WritesColourTextAndResetInOneWrite) {
     EXPECT_EQ(WritesOf([] { PROXY_Print(kNormal, " %d) %s %x%%\n", -1, "name", 0xABU); }),
               Writes{"\x1b[0m -1) name ab%\n\x1b[0m"});
     EXPECT_EQ(WritesOf([] { PROXY_Print(kGreen, "%s", ""); }), Writes{Green("")});
 }
 
-TEST(PrintTest, PrintsNothingThatCannotBeFormatted) {
-    // In the C locale there is no multibyte character for this one.
+TEST(PrintTest, PrintsNothingIfFormattingFails) {
+    // The C locale has no multibyte encoding of this character.
     EXPECT_EQ(WritesOf([] { EXPECT_LT(PROXY_Print(kRed, "text %lc", L'\u20AC'), 0); }), Writes{});
 }
 
@@ -66,12 +66,12 @@ TEST(PrintTest, TruncatesTo999Bytes) {
         EXPECT_EQ(WritesOf([&] { PROXY_Print(kGreen, "%s", text.c_str()); }), Writes{Green(kept)});
         EXPECT_EQ(WritesOf([&] { morvane::PROXY_PrintNoPrompt(kGreen, "%s", text.c_str()); }),
                   Writes{Green(kept)});
-        EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [&] { PROXY_Print(kRed, "%s", text.c_str()); }),
+        EXPECT_EQ(WritesWithPrompt(PROXY_Prompt, [&] { PROXY_Print(kRed, "%s", text.c_str()); }),
                   Writes{"\n\x1b[1;31m" + kept + kRedrawn});
     }
 }
 
-TEST(PrintTest, RedrawsTheFirst100BytesOfAPromptAlsoBelowTheLongestText) {
+TEST(PrintTest, RedrawsFirst100BytesOfPromptAfterLongestText) {
     const std::string text(999, 'x');
     for (const std::size_t length : {99U, 100U, 101U, 300U}) {
         SCOPED_TRACE(length);
@@ -86,7 +86,7 @@ TEST(PrintTest, RedrawsTheFirst100BytesOfAPromptAlsoBelowTheLongestText) {
     }
 }
 
-// Until nothing more fits; returns how much did.
+// Writes until the pipe is full; returns the number of bytes.
 std::size_t Fill(int descriptor) {
     const std::string page(4096, 'x');
     std::size_t filled = 0;
@@ -102,7 +102,7 @@ std::string Read(int descriptor, std::size_t most) {
     return text;
 }
 
-TEST(PrintTest, SleepsUntilAFullTerminalThatDoesNotBlockTakesMore) {
+TEST(PrintTest, SleepsUntilNonBlockingOutputIsWritable) {
     const auto print = [] {
         const auto terminal = MakePipe(O_NONBLOCK);
         const FileDescriptor output(dup(STDOUT_FILENO));
@@ -116,27 +116,28 @@ TEST(PrintTest, SleepsUntilAFullTerminalThatDoesNotBlockTakesMore) {
         PROXY_Print(kGreen, "text\n");
         reader.join();
         dup2(output.Number(), STDOUT_FILENO);
-        if (!slept) PROXY_Print(kRed, "did not sleep\n");
+        if (!slept) PROXY_Print(kRed, "polled\n");
         const std::string came = Read(terminal.reader.Number(), 100);
         EXPECT_GT(write(STDOUT_FILENO, came.data(), came.size()), 0);
     };
     EXPECT_EQ(WritesOf(print), Writes{Green("text\n")});
 }
 
-TEST(PrintNoPromptTest, IgnoresAStandingPrompt) {
-    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt,
-                                [] { morvane::PROXY_PrintNoPrompt(kRed, "%s %d\n", "code", 7); }),
+TEST(PrintNoPromptTest, DoesNotRedrawThePrompt) {
+    EXPECT_EQ(WritesWithPrompt(PROXY_Prompt,
+                               [] { morvane::PROXY_PrintNoPrompt(kRed, "%s %d\n", "code", 7); }),
               Writes{Red("code 7\n")});
 }
 
-// Path and marker are messages like others: each moves the prompt that stands, by then the new one.
-TEST(PromptTest, IsDrawnUnderAPromptThatStandsAlready) {
-    EXPECT_EQ(WritesUnderPrompt(PROXY_Prompt, [] { PROXY_Input("Other", 1); }),
+// Path and marker are printed like messages: each redraws the displayed prompt, which is already
+// the new one.
+TEST(PromptTest, RedrawsIfAPromptIsAlreadyDisplayed) {
+    EXPECT_EQ(WritesWithPrompt(PROXY_Prompt, [] { PROXY_Input("Other", 1); }),
               (Writes{"\n\x1b[1;32mOther\x1b[1;32mOther\x1b[1;31m > \x1b[0m",
                       "\n\x1b[1;31m ? \x1b[1;32mOther\x1b[1;31m > \x1b[0m"}));
 }
 
-TEST(PromptTest, IsNotDrawnWithAnotherNumberThanOne) {
+TEST(PromptTest, IsNotDrawnIfNumberIsNotOne) {
     for (const auto show_prompt : {PROXY_Prompt, PROXY_Input})
         EXPECT_EQ(WritesOf([&] {
                       show_prompt("", 0);
@@ -146,25 +147,24 @@ TEST(PromptTest, IsNotDrawnWithAnotherNumberThanOne) {
                   Writes{"\n\x1b[0mnews\n" + kRedrawn});
 }
 
-// Messages of the other thread, at any moment while a prompt is drawn.
+// Another thread prints messages at random moments while prompts are drawn.
 class PromptRaceTest : public testing::TestWithParam<void (*)(const char*, int)> {
   protected:
     static constexpr int kRounds = 2000;
 
-    // One round after the other: the prompt is drawn, the message has come, the prompt is taken
-    // away.
+    // In each round: draw the prompt, wait for the message, remove the prompt.
     static void DrawPrompts() {
-        StayOnOneProcessor();
+        PinToOneProcessor();
         Pipe begin = MakePipe();
         Pipe end = MakePipe();
         std::thread other([&] {
-            for (int round = 0; round < kRounds; ++round) SayNewsAfterAWhile(begin, end, round);
+            for (int round = 0; round < kRounds; ++round) PrintAfterDelay(begin, end, round);
         });
-        StayBehindOtherThreads();
+        LowerPriority();
         for (int round = 0; round < kRounds; ++round) {
-            Tell(begin);
+            Signal(begin);
             GetParam()("Path", 1);
-            Await(end);
+            Receive(end);
             PROXY_Prompt("", 0);
             PROXY_Print(kNormal, "done\n");
         }
@@ -172,28 +172,28 @@ class PromptRaceTest : public testing::TestWithParam<void (*)(const char*, int)>
     }
 
   private:
-    static void SayNewsAfterAWhile(Pipe& begin, Pipe& end, int round) {
+    static void PrintAfterDelay(Pipe& begin, Pipe& end, int round) {
         prctl(PR_SET_TIMERSLACK, 1);
-        Await(begin);
+        Receive(begin);
         std::this_thread::sleep_for(std::chrono::microseconds(round % 40));
         PROXY_Print(kNormal, "news\n");
-        Tell(end);
+        Signal(end);
     }
 
-    static void Tell(Pipe& pipe) { ASSERT_EQ(write(pipe.writer.Number(), "", 1), 1); }
-    static void Await(Pipe& pipe) {
+    static void Signal(Pipe& pipe) { ASSERT_EQ(write(pipe.writer.Number(), "", 1), 1); }
+    static void Receive(Pipe& pipe) {
         char byte = 0;
         ASSERT_EQ(read(pipe.reader.Number(), &byte, 1), 1);
     }
 };
 
-TEST_P(PromptRaceTest, EachComesBeforeThePromptOrHasItDrawnAgain) {
+TEST_P(PromptRaceTest, MessagePrecedesPromptOrPromptIsRedrawn) {
     const Writes writes = WritesOf(DrawPrompts);
-    bool prompt_stands = false;
+    bool prompt_is_shown = false;
     for (std::size_t i = 0; i < writes.size(); ++i) {
-        if (writes[i] == Green("Path")) prompt_stands = true;
-        if (writes[i] == Normal("done\n")) prompt_stands = false;
-        ASSERT_FALSE(prompt_stands && writes[i] == Normal("news\n")) << "write " << i;
+        if (writes[i] == Green("Path")) prompt_is_shown = true;
+        if (writes[i] == Normal("done\n")) prompt_is_shown = false;
+        ASSERT_FALSE(prompt_is_shown && writes[i] == Normal("news\n")) << "write " << i;
     }
     EXPECT_EQ(writes.size(), 4U * kRounds);
 }
@@ -207,12 +207,12 @@ struct ConsoleCall {
 
 const std::vector<ConsoleCall> kCalls = {
     {"Print", [] { PROXY_Print(kNormal, "printed\n"); }},
-    {"PrintNoPrompt", [] { morvane::PROXY_PrintNoPrompt(morvane::kRed, "printed beside\n"); }},
+    {"PrintNoPrompt", [] { morvane::PROXY_PrintNoPrompt(morvane::kRed, "printed directly\n"); }},
     {"Prompt", [] { PROXY_Prompt("Path", 1); }},
     {"Input", [] { morvane::PROXY_Input("Path", 1); }},
-    {"TakeAway", [] { PROXY_Prompt("", 0); }}};
+    {"HidePrompt", [] { PROXY_Prompt("", 0); }}};
 
-// What `act` writes, and then a message that shows whether it has left a prompt standing.
+// The writes of `act` and of a message after it, which shows whether a prompt is displayed.
 Writes WritesAndState(const std::function<void()>& act) {
     return WritesOf([&] {
         act();
@@ -220,46 +220,47 @@ Writes WritesAndState(const std::function<void()>& act) {
     });
 }
 
-// `second` is made while `first` is at its write number `interrupted`.
+// Makes the call `second` on another thread during write number `interrupted` of `first`.
 Writes WritesOfBoth(const ConsoleCall& first, const ConsoleCall& second, std::size_t interrupted) {
     return WritesAndState([&] {
-        Rival rival(second.make);
+        CompetingThread competitor(second.make);
         std::atomic<std::size_t> count{0};
         write_substitute = [&](const void* bytes, std::size_t size) {
-            if (count++ == interrupted) rival.GoAsFarAsPossible();
+            if (count++ == interrupted) competitor.RunUntilBlocked();
             return RealWrite(bytes, size);
         };
         first.make();
-        rival.Join();
+        competitor.Join();
         write_substitute = nullptr;
     });
 }
 
-void ExpectTurns(const ConsoleCall& first, const ConsoleCall& second) {
-    const Writes in_turn = WritesAndState([&] {
+void ExpectSequentialWrites(const ConsoleCall& first, const ConsoleCall& second) {
+    const Writes sequential = WritesAndState([&] {
         first.make();
         second.make();
     });
     const std::size_t writes = WritesOf(first.make).size();
     for (std::size_t i = 0; i < writes; ++i)
-        EXPECT_EQ(WritesOfBoth(first, second, i), in_turn)
+        EXPECT_EQ(WritesOfBoth(first, second, i), sequential)
             << second.name << " during write " << i << " of " << first.name;
 }
 
-TEST(ConsoleThreadsTest, TakeTurns) {
+TEST(ConsoleThreadsTest, WritesOfTwoThreadsDoNotInterleave) {
     for (const ConsoleCall& call : kCalls) {
         const ConsoleCall under_prompt = {call.name, [&] {
-                                              PROXY_Prompt("Standing", 2);
+                                              PROXY_Prompt("Shown", 2);
                                               call.make();
                                           }};
         for (const ConsoleCall& second : kCalls) {
-            ExpectTurns(call, second);
-            ExpectTurns(under_prompt, second);
+            ExpectSequentialWrites(call, second);
+            ExpectSequentialWrites(under_prompt, second);
         }
     }
 }
 
-// The first write(2) gives `result` and `error`, and a positive result has written so many bytes.
+// The output if the first write(2) returns `result` with `error` in errno; a positive result writes
+// so many bytes.
 std::string OutputAfter(ssize_t result, int error) {
     return OutputOf([&] {
         write_substitute = [&](const void* bytes, std::size_t /*count*/) {
@@ -272,7 +273,7 @@ std::string OutputAfter(ssize_t result, int error) {
     });
 }
 
-TEST(WriteTest, ContinuesAfterAShortWriteOrARetryableErrorAndDropsTheMessageOtherwise) {
+TEST(WriteTest, RetriesShortWritesAndRetryableErrorsElseDropsMessage) {
     const std::string one = Normal("one\n");
     const std::string two = Normal("two\n");
     EXPECT_EQ(OutputAfter(6, 0), one + two);

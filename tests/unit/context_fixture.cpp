@@ -18,7 +18,8 @@
 namespace morvane_test {
 namespace {
 
-/// Standard output takes one message, `first`, and nothing more before `Flow`.
+/// Redirects standard output to a pipe with room for the message `first` only; later writes block
+/// until `Drain`.
 class StalledOutput {
   public:
     explicit StalledOutput(const std::string& first)
@@ -34,22 +35,22 @@ class StalledOutput {
     StalledOutput& operator=(const StalledOutput&) = delete;
     ~StalledOutput() { dup2(terminal_.Number(), STDOUT_FILENO); }
 
-    void AwaitFirst() const {
+    void AwaitFirstMessage() const {
         const auto deadline = std::chrono::steady_clock::now() + Patience();
-        while (Waiting() < capacity_ && std::chrono::steady_clock::now() < deadline)
+        while (BytesInPipe() < capacity_ && std::chrono::steady_clock::now() < deadline)
             std::this_thread::yield();
-        EXPECT_EQ(Waiting(), capacity_) << "the first message is another one";
+        EXPECT_EQ(BytesInPipe(), capacity_) << "unexpected first message";
     }
 
-    /// Takes out what is there.
-    std::string Flow() const {
-        std::string text(static_cast<std::size_t>(Waiting()), '\0');
+    /// Reads everything in the pipe.
+    std::string Drain() const {
+        std::string text(static_cast<std::size_t>(BytesInPipe()), '\0');
         Checked(static_cast<int>(read(pipe_.reader.Number(), text.data(), text.size())), "read");
         return text;
     }
 
   private:
-    int Waiting() const {
+    int BytesInPipe() const {
         int count = 0;
         Checked(ioctl(pipe_.reader.Number(), FIONREAD, &count), "FIONREAD");
         return count;
@@ -73,39 +74,40 @@ ContextTest::ContextTest() {
 }
 
 void ContextTest::TearDown() {
-    std::atomic<bool> gone{false};
-    // If its bus has died, the connection may go in GDBus's thread, which does not wake this one.
-    const auto note = [](gpointer flag, GObject* /*connection*/) {
+    std::atomic<bool> released{false};
+    // If its bus was killed, GDBus's worker thread may release the connection, which does not wake
+    // this thread.
+    const auto on_release = [](gpointer flag, GObject* /*connection*/) {
         *static_cast<std::atomic<bool>*>(flag) = true;
         g_main_context_wakeup(nullptr);
     };
-    g_object_weak_ref(G_OBJECT(connection_.get()), note, &gone);
+    g_object_weak_ref(G_OBJECT(connection_.get()), on_release, &released);
     connection_.reset();
     daemon_.reset();
-    while (!gone) g_main_context_iteration(nullptr, TRUE);
+    while (!released) g_main_context_iteration(nullptr, TRUE);
 }
 
-std::string ContextTest::Announced(const std::string& path, const std::string& interface,
-                                   const std::string& name, const std::string& value) {
+std::string ContextTest::PrintedOnChange(const std::string& path, const std::string& interface,
+                                         const std::string& name, const std::string& value) {
     return Printed([&] {
         daemon().Notify(path, interface, name, Value(value));
-        DispatchNotices();
+        DispatchSignals();
     });
 }
 
-// A report that comes too early waits, like the next message, until the output flows again.
+// A message printed too early blocks, like the next message, until the output is drained.
 std::string ContextTest::PrintedAfter(const std::string& first, const std::function<void()>& make,
                                       const std::function<void()>& announce) {
     const StalledOutput output(first);
     auto making = std::async(std::launch::async, make);
-    output.AwaitFirst();
+    output.AwaitFirstMessage();
     announce();
-    auto hearing = std::async(std::launch::async, DispatchNotices);
-    hearing.wait_for(Patience());
-    output.Flow();
+    auto dispatching = std::async(std::launch::async, DispatchSignals);
+    dispatching.wait_for(Patience());
+    output.Drain();
     making.get();
-    hearing.get();
-    return output.Flow();
+    dispatching.get();
+    return output.Drain();
 }
 
 }  // namespace morvane_test

@@ -14,25 +14,25 @@
 
 namespace morvane_test {
 
-/// A test of contexts in the test's own process, with a bus and a daemon. What is announced is
-/// handled only when the test runs the main loop, as `DispatchNotices` does.
+/// Fixture for contexts in the test's own process, with a bus and a daemon. Signals are handled
+/// only when the test runs the main loop, as `DispatchSignals` does.
 class ContextTest : public testing::Test {
   protected:
     ContextTest();
-    /// A later test in this process must meet its own bus.
+    /// Releases the shared connection so that the next test in this process gets its own bus.
     void TearDown() override;
 
     simulator::Daemon& daemon() { return *daemon_; }
     PrivateBus& bus() { return bus_; }
 
-    /// What `make` prints after its first message, `first`, when `announce` is heard between that
-    /// message and the next.
+    /// Runs `make`; calls `announce`, and handles what it sends, after its first message, `first`.
+    /// Returns what is printed after that message.
     std::string PrintedAfter(const std::string& first, const std::function<void()>& make,
                              const std::function<void()>& announce);
 
-    /// What the announcement prints.
-    std::string Announced(const std::string& path, const std::string& interface,
-                          const std::string& name, const std::string& value);
+    /// What is printed when the daemon changes this property.
+    std::string PrintedOnChange(const std::string& path, const std::string& interface,
+                                const std::string& name, const std::string& value);
 
   private:
     PrivateBus bus_;

@@ -4,7 +4,7 @@
 #include "interfaces/remote_call.h"
 #include "support/messages.h"
 #include "unit/captured_run.h"
-#include "unit/rival.h"
+#include "unit/competing_thread.h"
 #include "unit/simulated_bus.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ using morvane::ObexDeviceContext;
 
 constexpr char kDeviceAddress[] = "00:1B:DC:07:31:9A";
 
-TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
+TEST(DeviceContextTest, UsesDefaultBusNameIfEmpty) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         simulator::Daemon instance(bus.private_bus().Address(), bus.Options("second"));
@@ -32,48 +32,48 @@ TEST(DeviceContextTest, FallsBackToTheDefaultBusName) {
             ObexDeviceContext(bus_name, "/dev_1").Display(false, 0);
         const ObexDeviceContext device("/dev_1");
         device.Display(false, 0);
-        Say(device.GetPathName().c_str());
+        PrintLine(device.GetPathName().c_str());
     });
     const std::string address = std::string(" ") + kDeviceAddress + " | ";
     EXPECT_EQ(output,
               Lines({address + "Default", address + "Instance", address + "Default", "/dev_1"}));
 }
 
-// One letter, so often that the text has pages of its own and that it takes a while to print.
+// A long text: it has its own pages and takes a while to print.
 GVariant* LongAlias(std::size_t number) {
     constexpr gsize kLength = 200000;
     return g_variant_new_take_string(g_strnfill(kLength, static_cast<gchar>('a' + number % 3)));
 }
 
-// What is printed of it.
+// The truncated line for a long alias.
 std::string LineOfLongAlias(char letter) {
     const std::string begin = std::string(" ") + kDeviceAddress + " | ";
     return Normal(begin + std::string(999 - begin.size(), letter));
 }
 
-// The main thread drops a text while the menu thread is about to print it.
-TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
+// The main thread frees an alias while the menu thread prints it.
+TEST(DeviceContextTest, IsDisplayedDuringAliasChanges) {
     constexpr int kLines = 1000;
     constexpr int kChanges = 200;
     const std::string output = OutputOf([] {
-        mallopt(M_MMAP_THRESHOLD, 100000);  // a text that was dropped can no longer be read
+        mallopt(M_MMAP_THRESHOLD, 100000);  // unmaps freed texts, so that reading one crashes
         SimulatedBus bus;
         bus.daemon().AddDevice("/dev_1", kDeviceAddress, std::string(200000, 'a'));
-        StayOnOneProcessor();
+        PinToOneProcessor();
         const ObexDeviceContext device("/dev_1");
-        std::atomic<bool> shown{false};
-        std::atomic<bool> enough{false};
+        std::atomic<bool> done{false};
+        std::atomic<bool> stop{false};
         std::thread menu_thread([&] {
-            StayBehindOtherThreads();
-            for (int line = 0; line < kLines && !enough; ++line) device.Display(false, 0);
-            shown = true;
+            LowerPriority();
+            for (int line = 0; line < kLines && !stop; ++line) device.Display(false, 0);
+            done = true;
         });
-        for (int change = 0; change < kChanges && !shown; change += 2) {
+        for (int change = 0; change < kChanges && !done; change += 2) {
             bus.daemon().Flood("/dev_1", simulator::kDeviceInterface, "Alias", 2, LongAlias);
             while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
             }
         }
-        enough = true;
+        stop = true;
         menu_thread.join();
     });
     const std::size_t length = LineOfLongAlias('a').size();
@@ -85,7 +85,7 @@ TEST(DeviceContextTest, IsShownWhileItsAliasKeepsChanging) {
     }
 }
 
-TEST(ProxyTest, HasNoFlagsAndTheTimeOutOfTheBus) {
+TEST(ProxyTest, HasNoFlagsAndDefaultTimeOut) {
     const std::string output = OutputOf([] {
         const PrivateBus bus;
         UseBus(bus.Address());

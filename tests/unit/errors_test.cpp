@@ -24,7 +24,7 @@ using Outcomes = std::vector<std::string>;
 const std::string kPrinted = Red("100%s\n");
 const std::string kThrown = "thrown";
 
-// What `guard` prints when its action throws `error`, or that it lets it pass.
+// What `guard` prints when its action throws `error`; kThrown if it does not catch it.
 template <typename Guard, typename Error>
 std::string OutcomeOf(const Guard& guard, const Error& error) {
     const auto run = Capture([&] {
@@ -38,7 +38,7 @@ std::string OutcomeOf(const Guard& guard, const Error& error) {
     return run.Output() + (run.status == 0 ? "" : kThrown);
 }
 
-// One for each type of error.
+// The outcome for each type of error.
 template <typename Guard>
 Outcomes OutcomesOf(const Guard& guard) {
     return {OutcomeOf(guard, ProxyException("100%s")),
@@ -55,7 +55,7 @@ Outcomes OutcomesReporting() {
     return OutcomesOf([](const auto& action) { ReportErrors<Types...>(action); });
 }
 
-TEST(ReportErrorsTest, PrintsTheTypesThatAreNamedAndNoOthers) {
+TEST(ReportErrorsTest, CatchesOnlyTheListedTypes) {
     const std::string& p = kPrinted;
     const std::string& t = kThrown;
     const std::string s = Red("100%s -7\n");

@@ -11,8 +11,8 @@
 namespace morvane_test {
 namespace {
 
-// The simulator is built from the same descriptions as the tool: no conversation would fail if one
-// differed from the real daemon's, so they are repeated here.
+// The tool and the simulator use the same interface descriptions. Conversations cannot detect that
+// one differs from the real daemon's, so the descriptions are repeated here.
 
 std::string Arguments(GDBusArgInfo* const* arguments) {
     std::string text;
@@ -31,7 +31,7 @@ std::string Describe(const GDBusPropertyInfo& property) {
            (announced == nullptr ? "" : std::string(" announced=") + announced) + "\n";
 }
 
-// A line for the name, each method and each property.
+// One line for the name, each method and each property.
 std::string Describe(const GDBusInterfaceInfo* interface) {
     std::string text = std::string(interface->name) + "\n";
     for (GDBusMethodInfo* const* method = interface->methods; *method != nullptr; ++method)
@@ -132,7 +132,7 @@ b ServicesResolved
 ay AdvertData
 )";
 
-TEST(InterfacesTest, AreThoseOfTheDaemon) {
+TEST(InterfacesTest, MatchTheDaemon) {
     EXPECT_EQ(Describe(obex_client1_interface_info()), kClientMembers);
     EXPECT_EQ(Describe(obex_session1_interface_info()), kSessionMembers);
     EXPECT_EQ(Describe(obex_phonebook_access1_interface_info()), kPhonebookAccessMembers);

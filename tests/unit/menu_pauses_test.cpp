@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-// The pauses of the session's menus, in front of a daemon, with lines typed ahead.
+// The pauses of the menus in a session, with lines typed ahead.
 
 namespace morvane_test {
 namespace {
@@ -30,7 +30,7 @@ const std::string kPhonebookLost = Red("Phonebook Access Proxy is invalid\n");
 
 struct Menu {
     PromptId id;
-    std::vector<std::size_t> pauses;  // before each of its prompts, if one more line is typed
+    std::vector<std::size_t> pauses;  // before each of its prompts
 };
 
 const Menu kMenus[] = {
@@ -41,7 +41,7 @@ const Menu kMenus[] = {
     {PromptId::kSearchFilters, {2, 1}},
     {PromptId::kSizeFilters, {2, 1}},
     {PromptId::kListSizeFilters, {2, 1}},
-    // The first pause is for the first property-change notifications of the transfer.
+    // One more pause for the first notifications of the transfer.
     {PromptId::kTransfer, {2, 1}},
 };
 
@@ -49,7 +49,7 @@ void PrintTo(const Menu& menu, std::ostream* stream) {
     *stream << RowOf(menu.id).name;
 }
 
-// What is printed while the menu is opened and gets one invalid key.
+// Output while the menu is opened and gets one invalid key.
 std::string OutputIn(const Menu& menu, const std::function<void(SimulatedBus&)>& prepare) {
     const auto run = [&] {
         SimulatedBus bus;
@@ -60,11 +60,11 @@ std::string OutputIn(const Menu& menu, const std::function<void(SimulatedBus&)>&
         obexProxy.MenuThread();
     };
     std::string lines = "c\n0\ns\n0\n0\n";
-    for (const Answer& answer : WayTo(menu.id)) lines += answer.line + "\n";
+    for (const Answer& answer : PathTo(menu.id)) lines += answer.line + "\n";
     return OutputOf(run, lines + "Z\n");
 }
 
-// How many pauses were made between each of the menu's prompts and the prompt before it.
+// Number of pauses between each of the menu's prompts and the prompt before it.
 std::vector<std::size_t> PausesBeforePrompts(const std::string& output, const Menu& menu) {
     const std::regex event(
         "\x1b\\[0m\\[200 ms\\]\x1b\\[0m|"
@@ -84,7 +84,7 @@ std::vector<std::size_t> PausesBeforePrompts(const std::string& output, const Me
 
 class MenuPauses : public testing::TestWithParam<Menu> {};
 
-TEST_P(MenuPauses, AreMadeBeforeEachPrompt) {
+TEST_P(MenuPauses, PrecedeEachPrompt) {
     const std::string output = OutputIn(GetParam(), [](SimulatedBus& /*bus*/) {
         sleep_substitute = [](useconds_t microseconds) {
             morvane::PROXY_PrintNoPrompt(morvane::kNormal, "[%g ms]", microseconds / 1e3);
@@ -93,7 +93,7 @@ TEST_P(MenuPauses, AreMadeBeforeEachPrompt) {
     EXPECT_EQ(PausesBeforePrompts(output, GetParam()), GetParam().pauses) << output;
 }
 
-TEST_P(MenuPauses, AreFollowedByACheckOfTheSession) {
+TEST_P(MenuPauses, AreFollowedBySessionCheck) {
     const std::string output = OutputIn(GetParam(), [](SimulatedBus& bus) {
         static bool answered = false;
         write_substitute = [](const void* bytes, std::size_t count) {
@@ -104,7 +104,7 @@ TEST_P(MenuPauses, AreFollowedByACheckOfTheSession) {
         sleep_substitute = [&bus](useconds_t /*microseconds*/) {
             if (!std::exchange(answered, false)) return;
             bus.daemon().SetConnectionState(bus.daemon().Sessions().back(), 0);
-            DispatchNotices();
+            DispatchSignals();
         };
     });
     const bool is_first = GetParam().id == PromptId::kPhonebookMenu;

@@ -3,7 +3,7 @@
 #include "console/console_output.h"
 #include "support/messages.h"
 #include "unit/captured_run.h"
-#include "unit/rival.h"
+#include "unit/competing_thread.h"
 #include "unit/simulated_bus.h"
 #include "unit/system_calls.h"
 
@@ -21,8 +21,9 @@ namespace {
 
 using morvane::obexProxy;
 
-// The pauses are for messages of the main thread. After a blank line the input itself asks again.
-TEST(MenuThreadTest, PausesBeforeTheBannerAndEachPromptButNotAfterABlankLine) {
+// Pauses let the main thread print its messages. After a blank line the input function asks again
+// by itself.
+TEST(MenuThreadTest, PausesBeforeBannerAndPromptsButNotAfterBlankLine) {
     const auto run = [] {
         sleep_substitute = [](useconds_t microseconds) {
             morvane::PROXY_PrintNoPrompt(morvane::kNormal, "[%g ms]", microseconds / 1e3);
@@ -35,18 +36,18 @@ TEST(MenuThreadTest, PausesBeforeTheBannerAndEachPromptButNotAfterABlankLine) {
                                                    asked + refused + asked + Prompt() + Prompt());
 }
 
-// From its start the menu thread owns the registry, except while it waits for the operator.
-TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBannerOrPauses) {
-    const std::string begin = Banner() + Normal("pause is over\n");
+// The menu thread has the registry locked from its start, except while it waits for input.
+TEST(MenuThreadTest, BlocksRemovalsDuringBannerAndPauses) {
+    const std::string begin = Banner() + Normal("end of pause\n");
     for (const bool in_pause : {false, true}) {
         const std::string output = OutputOf([in_pause] {
-            Rival removal([] { obexProxy.ObjectRemoved("/dev_1"); });
-            StayOnOneProcessor();
+            CompetingThread removal([] { obexProxy.ObjectRemoved("/dev_1"); });
+            PinToOneProcessor();
             bool has_begun = false;
             const auto begin_removal = [&] {
                 if (std::exchange(has_begun, true)) return;
-                removal.GoAsFarAsPossible();
-                StayBehindOtherThreads();
+                removal.RunUntilBlocked();
+                LowerPriority();
             };
             write_substitute = [&](const void* bytes, std::size_t count) {
                 if (!in_pause) begin_removal();
@@ -55,7 +56,7 @@ TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBannerOrPauses) {
             sleep_substitute = [&](useconds_t time) {
                 if (time == 500000) return;
                 if (in_pause) begin_removal();
-                morvane::PROXY_Print(morvane::kNormal, "pause is over\n");
+                morvane::PROXY_Print(morvane::kNormal, "end of pause\n");
             };
             obexProxy.MenuThread();
             removal.Join();
@@ -66,19 +67,20 @@ TEST(MenuThreadTest, LetsNothingBeRemovedWhileItDrawsTheBannerOrPauses) {
     }
 }
 
-// With lines typed ahead, the menu thread would lock the mutex again before a removal wakes up.
-TEST(MenuThreadTest, LetsAWaitingRemovalPassBeforeItAsks) {
+// With lines typed ahead, the menu thread would lock the mutex again before a waiting removal wakes
+// up.
+TEST(MenuThreadTest, YieldsToWaitingRemovalBeforePrompt) {
     const auto run = [] {
         SimulatedBus bus;
         obexProxy.ObjectAdded(simulator::kClientPath);
         bus.OpenSession();
-        Rival removal([] { obexProxy.FreeClient(); });
-        // The session's file is deleted during the removal's turn.
+        CompetingThread removal([] { obexProxy.FreeClient(); });
+        // Called while the removal owns the mutex.
         remove_substitute = [menu_thread = gettid()](const char* /*name*/) {
-            Say(AwaitSleep(menu_thread) ? "file deleted" : "the menu does not wait");
+            PrintLine(AwaitSleep(menu_thread) ? "file deleted" : "menu thread not blocked");
         };
         sleep_substitute = [&](useconds_t time) {
-            if (time != 500000) removal.GoAsFarAsPossible();
+            if (time != 500000) removal.RunUntilBlocked();
         };
         obexProxy.MenuThread();
         removal.Join();
@@ -88,44 +90,44 @@ TEST(MenuThreadTest, LetsAWaitingRemovalPassBeforeItAsks) {
     EXPECT_NE(output.find(Lines({"file deleted"}) + Prompt()), output.npos) << output;
 }
 
-TEST(StartHandshakeTest, EndsWhenTheMenuThreadHasRunAlready) {
+TEST(StartHandshakeTest, ReturnsIfMenuThreadHasAlreadyEnded) {
     const std::string output = OutputOf([] {
         std::thread([] { obexProxy.MenuThread(); }).join();
         std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
         obexProxy.AwaitMenuThread(start_lock);
-        Say(obexProxy.IsRunning() ? "running" : "stopped");
+        PrintLine(obexProxy.IsRunning() ? "running" : "stopped");
     });
     EXPECT_EQ(output, Banner() + Prompt() + Lines({"stopped"}));
 }
 
-// Else its signal could fall between the main thread's look and its wait.
-TEST(StartHandshakeTest, TheMenuThreadWaitsForTheMainThreadToWait) {
+// Otherwise the wake-up would be lost between the main thread's check and its wait.
+TEST(StartHandshakeTest, MenuThreadWaitsUntilMainThreadWaits) {
     const std::string output = OutputOf([] {
         std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        Rival menu_thread([] { obexProxy.MenuThread(); });
-        sleep_substitute = [](useconds_t /*time*/) { Say("pause"); };
-        menu_thread.GoAsFarAsPossible();
-        Say("not yet waiting");
+        CompetingThread menu_thread([] { obexProxy.MenuThread(); });
+        sleep_substitute = [](useconds_t /*time*/) { PrintLine("pause"); };
+        menu_thread.RunUntilBlocked();
+        PrintLine("before the wait");
         obexProxy.AwaitMenuThread(start_lock);
     });
     const std::string pause = Lines({"pause"});
-    EXPECT_EQ(output, Lines({"not yet waiting"}) + pause + Banner() + pause + Prompt());
+    EXPECT_EQ(output, Lines({"before the wait"}) + pause + Banner() + pause + Prompt());
 }
 
-TEST(StartHandshakeTest, WaitsForTheMenuThread) {
+TEST(StartHandshakeTest, MainThreadWaitsForMenuThread) {
     const std::string output = OutputOf([] {
         std::unique_lock<std::mutex> start_lock = obexProxy.LockStart();
-        Say(obexProxy.IsRunning() ? "running" : "not yet");
+        PrintLine(obexProxy.IsRunning() ? "running" : "not yet");
         std::thread menu_thread([] { obexProxy.MenuThread(); });
         obexProxy.AwaitMenuThread(start_lock);
-        Say(obexProxy.IsRunning() ? "running" : "not yet");
+        PrintLine(obexProxy.IsRunning() ? "running" : "not yet");
         menu_thread.join();
     });
     EXPECT_EQ(output, Lines({"not yet", "running"}) + Banner() + Prompt());
 }
 
-// For ThreadSanitizer: it reports a data race here if a lock is missing.
-TEST(StopThreadsTest, MayComeWhileTheMainLoopIsMade) {
+// ThreadSanitizer reports a data race here if a lock is missing.
+TEST(StopThreadsTest, IsSafeWhileMainLoopIsCreated) {
     const std::string output = OutputOf([] {
         obexProxy.DBusInstance("7");
         std::thread other([] {
@@ -137,13 +139,13 @@ TEST(StopThreadsTest, MayComeWhileTheMainLoopIsMade) {
     EXPECT_EQ(output, Red("Error getting object manager client\n"));
 }
 
-// After the first Ctrl-C the next has its usual meaning.
-TEST(TerminationHandlerTest, StopsTheMenusAndRemovesItself) {
+// After the handler has been removed, the next Ctrl-C terminates the process.
+TEST(TerminationHandlerTest, StopsMenusAndRemovesItself) {
     const std::string output = OutputOf([] {
         std::thread menu_thread([] { obexProxy.MenuThread(); });
         while (!obexProxy.IsRunning()) std::this_thread::yield();
-        Say(morvane::terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "stays");
-        Say(obexProxy.IsRunning() ? "running" : "stopped");
+        PrintLine(morvane::terminationHandler(nullptr) == G_SOURCE_REMOVE ? "removed" : "kept");
+        PrintLine(obexProxy.IsRunning() ? "running" : "stopped");
         menu_thread.join();
     });
     EXPECT_EQ(output, Lines({"removed", "stopped"}) + Banner());

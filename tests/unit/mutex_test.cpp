@@ -7,7 +7,7 @@
 namespace morvane {
 namespace {
 
-TEST(MutexTest, DebugBuildsCheckAssertHeld) {
+TEST(MutexTest, AssertHeldAbortsInDebugBuilds) {
     Mutex mutex;
     std::mutex other;
     std::unique_lock<std::mutex> lock(mutex.Unchecked());

@@ -11,31 +11,31 @@
 namespace morvane {
 namespace {
 
-// What operators' scripts were written against.
-std::optional<unsigned int> AsAStreamReads(const std::string& text, int base) {
+// Reference: std::istream.
+std::optional<unsigned int> ReadByStream(const std::string& text, int base) {
     std::istringstream stream(text);
     unsigned int number = 0;
     stream >> std::setbase(base) >> number;
     return stream ? std::optional(number) : std::nullopt;
 }
 
-void ExpectAsAStreamReads(const std::string& text) {
+void ExpectSameAsStream(const std::string& text) {
     for (const int base : {10, 16}) {
-        EXPECT_EQ(ParseNumber(text, base), AsAStreamReads(text, base))
+        EXPECT_EQ(ParseNumber(text, base), ReadByStream(text, base))
             << "base " << base << ": " << testing::PrintToString(text);
     }
 }
 
-// Texts that the random ones below do not reach.
-TEST(NumberTest, ReadsLimitsAndOtherCharactersAsAStreamDoes) {
+// Texts that the random test does not generate.
+TEST(NumberTest, ReadsLimitsAndOddCharactersLikeAStream) {
     for (const char* const text :
          {"0x0x1", "0x00x1", " \t\n\v\f\r7", "\b7", "\xC2\xA0 7", "4294967295", "4294967296",
           "-4294967295", "-4294967296", "ffffffff", "100000000", "-ffffffff",
           "00000000000000000000000000001", "0b1"})
-        ExpectAsAStreamReads(text);
+        ExpectSameAsStream(text);
 }
 
-TEST(NumberTest, ReadsAnythingAsAStreamDoes) {
+TEST(NumberTest, ReadsRandomTextsLikeAStream) {
     const std::string alphabet("0019afFxX+- \t,.g\0", 17);
     std::mt19937 random(20);
     std::uniform_int_distribution<std::size_t> letter(0, alphabet.size() - 1);
@@ -43,7 +43,7 @@ TEST(NumberTest, ReadsAnythingAsAStreamDoes) {
     for (int round = 0; round < 20000 && !HasFailure(); ++round) {
         std::string text(length(random), ' ');
         for (char& character : text) character = alphabet[letter(random)];
-        ExpectAsAStreamReads(text);
+        ExpectSameAsStream(text);
     }
 }
 

@@ -15,8 +15,7 @@
 #include <thread>
 #include <vector>
 
-// Every allocation of the process by `new` fails while this is set: nothing else makes one
-// allocation of the tool's fail.
+// Makes every operator new fail, to test failed allocations of the tool.
 static std::atomic<bool> memory_is_exhausted{false};
 
 void* operator new(std::size_t size) {
@@ -25,12 +24,12 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
-// Sanitizers have forms of their own of whatever is not replaced.
+// Replaced as well, because sanitizers provide their own version otherwise.
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     return memory_is_exhausted ? nullptr : std::malloc(size);
 }
 
-// Inlined where operator new is not, they look to the compiler like the wrong way to release.
+// noinline: GCC would warn about a mismatched free() where only this one is inlined.
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -58,7 +57,7 @@ std::string Removed(const std::string& path) {
     return Red("Removed " + path + "\n");
 }
 
-TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
+TEST(RegistryTest, ListsDeviceOncePerAddition) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         for (const char* const path : {"/dev_a", "/dev_b", "/dev_aa"})
@@ -76,7 +75,7 @@ TEST(RegistryTest, ListsADeviceAsOftenAsItWasAnnounced) {
                           Removed("/dev_a") + DeviceList({begin + "/dev_b", begin + "/dev_aa"}));
 }
 
-TEST(RegistryTest, TellsObjectsByTheirPathAlone) {
+TEST(RegistryTest, ClassifiesObjectsByPath) {
     const std::string output = OutputOf([] {
         for (const char* const path :
              {"", "/", "dev_", "dev_1", "dev", "dev_/", "/a/dev_", "/a/dev_/b", "/dev", "/DEV_1",
@@ -89,9 +88,9 @@ TEST(RegistryTest, TellsObjectsByTheirPathAlone) {
                           Removed("/com/veltrisonix/obex/dev_00_11"));
 }
 
-// Additions do not wait for the menu thread, which may be looking. ThreadSanitizer sees what may go
-// wrong, whether or not it does.
-TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
+// Additions do not wait for the menu thread, which may be reading. ThreadSanitizer reports a
+// missing lock.
+TEST(RegistryTest, ListsDevicesDuringAdditions) {
     constexpr std::size_t kDevices = 50;
     const std::string output = OutputOf([] {
         SimulatedBus bus;
@@ -99,7 +98,7 @@ TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
         std::thread menu_thread([] {
             for (std::size_t i = 0; i < kDevices; ++i) {
                 obexProxy.DeviceList(false);
-                Say(obexProxy.GetBusName().c_str());
+                PrintLine(obexProxy.GetBusName().c_str());
             }
         });
         for (std::size_t i = 0; i < kDevices; ++i) obexProxy.ObjectAdded("/dev_1");
@@ -112,7 +111,7 @@ TEST(RegistryTest, ListsDevicesWhileOthersAreFound) {
     EXPECT_EQ(output.substr(output.size() - end.size()), end);
 }
 
-TEST(RegistryTest, KnowsDevicesByTheirPathAloneEvenWithoutASlash) {
+TEST(RegistryTest, RecognisesDevicePathsWithoutSlash) {
     EXPECT_EQ(OutputOf([] {
                   for (const char* const path : {"", "/", "dev", "dev_/", "dev_1", "/dev_2"})
                       obexProxy.ObjectRemoved(path);
@@ -120,17 +119,17 @@ TEST(RegistryTest, KnowsDevicesByTheirPathAloneEvenWithoutASlash) {
               Removed("dev_1") + Removed("/dev_2"));
 }
 
-TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
+TEST(RegistryTest, ReplacesClientAddedTwice) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         obexProxy.ObjectAdded(kClient);
         bus.OpenSession();
         const ClientProxyContext* const first = obexProxy.Client();
         obexProxy.ObjectAdded(kClient);
-        Say(obexProxy.Client() == first ? "the same" : "another");
-        Say(obexProxy.Client()->Phonebook() == nullptr ? "without session" : "with session");
+        PrintLine(obexProxy.Client() == first ? "the same" : "another");
+        PrintLine(obexProxy.Client()->Phonebook() == nullptr ? "without session" : "with session");
         obexProxy.ObjectRemoved(kClient);
-        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        PrintLine(obexProxy.Client() == nullptr ? "none" : "one");
     });
     const std::string after = output.substr(output.rfind(kFoundClient));
     const std::string file = after.substr(after.find("Removing: "));
@@ -139,21 +138,21 @@ TEST(RegistryTest, ReplacesAClientThatIsAnnouncedAgain) {
                          Lines({"none"}));
 }
 
-// The menu thread is inside the replaced client: it goes before that thread asks again.
-TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
+// The menu thread is in a call of the replaced client, which is destroyed before the next prompt.
+TEST(RegistryTest, KeepsReplacedClientUntilItsCallReturns) {
     const auto act = [] {
         SimulatedBus bus;
         obexProxy.ObjectAdded(kClient);
         bus.OpenSession();
         bus.daemon().Hang("SetUserId");
-        Say("Beginning");
+        PrintLine("Beginning");
         std::thread menu_thread([] { obexProxy.MenuThread(); });
         bus.daemon().AwaitCall("SetUserId", Patience());
         obexProxy.ObjectAdded(kClient);
-        Say("Replaced");
+        PrintLine("Replaced");
         bus.daemon().Release();
         menu_thread.join();
-        Say(obexProxy.IsRunning() ? "running" : "stopped");
+        PrintLine(obexProxy.IsRunning() ? "running" : "stopped");
     };
     const std::string output = OutputOf(act, "u\nme\n");
     const std::string beginning =
@@ -166,7 +165,7 @@ TEST(RegistryTest, KeepsAReplacedClientWhileItIsInUse) {
     EXPECT_EQ(output.substr(output.size() - end.size()), end);
 }
 
-TEST(RegistryTest, IsNeverValidUnlessRunning) {
+TEST(RegistryTest, IsInvalidUnlessRunning) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         obexProxy.ObjectAdded(kClient);
@@ -177,16 +176,16 @@ TEST(RegistryTest, IsNeverValidUnlessRunning) {
     EXPECT_NE(output.find(Normal("1 0 0\n")), output.npos) << output;
 }
 
-TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
+TEST(RegistryTest, ReportsObjectsWithoutProxyAndContinues) {
     const std::string output = OutputOf([] {
         UseBus("unix:path=/nowhere/bus");
         obexProxy.ObjectAdded(kClient);
-        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        PrintLine(obexProxy.Client() == nullptr ? "none" : "one");
         obexProxy.ObjectAdded("/dev_1");
         const SimulatedBus bus;
         obexProxy.ObjectAdded("/dev_2");
         obexProxy.ObjectAdded(kClient);
-        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        PrintLine(obexProxy.Client() == nullptr ? "none" : "one");
         obexProxy.DeviceList(false);
     });
     const std::string reason = "Could not connect: No such file or directory\n";
@@ -197,7 +196,7 @@ TEST(RegistryTest, LeavesOutWhatCannotBeReachedAndGoesOn) {
                           DeviceList({"Unknown | Unknown"}));
 }
 
-TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndKeepsTheClientBefore) {
+TEST(RegistryTest, ReportsFailedAllocationAndKeepsPreviousClient) {
     const std::string output = OutputOf([] {
         const SimulatedBus bus;
         const std::string client = kClient;
@@ -208,11 +207,11 @@ TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndKeepsTheClientBefore) {
             memory_is_exhausted = false;
         };
         add_without_memory(client);
-        Say(obexProxy.Client() == nullptr ? "none" : "one");
+        PrintLine(obexProxy.Client() == nullptr ? "none" : "one");
         obexProxy.ObjectAdded(client);
         const ClientProxyContext* const first = obexProxy.Client();
         add_without_memory(client);
-        Say(obexProxy.Client() == first ? "the same" : "another");
+        PrintLine(obexProxy.Client() == first ? "the same" : "another");
         add_without_memory(device);
         obexProxy.ObjectAdded(device);
         obexProxy.DeviceList(false);
@@ -223,16 +222,16 @@ TEST(RegistryTest, LeavesOutWhatThereIsNoMemoryForAndKeepsTheClientBefore) {
                           Found("/dev_1") + DeviceList({"Unknown | Unknown"}));
 }
 
-TEST(ClientContextTest, ReturnsWhetherTheSessionIsRemoved) {
+TEST(ClientContextTest, RemoveSessionReturnsSuccess) {
     const std::string output = OutputOf([] {
         SimulatedBus bus;
         obexProxy.ObjectAdded(kClient);
         ClientProxyContext& client = *obexProxy.Client();
-        Say(client.RemoveSession() ? "nothing to remove" : "failed");
+        PrintLine(client.RemoveSession() ? "nothing to remove" : "failed");
         bus.OpenSession();
         bus.daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy", 1);
-        Say(client.RemoveSession() ? "removed" : "not removed");
-        Say(client.RemoveSession() ? "now removed" : "failed");
+        PrintLine(client.RemoveSession() ? "removed" : "not removed");
+        PrintLine(client.RemoveSession() ? "now removed" : "failed");
     });
     const std::string busy =
         Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n");

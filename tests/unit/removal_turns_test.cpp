@@ -2,7 +2,7 @@
 
 #include "support/messages.h"
 #include "unit/captured_run.h"
-#include "unit/rival.h"
+#include "unit/competing_thread.h"
 #include "unit/simulated_bus.h"
 
 #include <gtest/gtest.h>
@@ -16,75 +16,75 @@ namespace {
 using morvane::Mutex;
 using morvane::RemovalTurns;
 
-// A removal on a thread of its own, which has its turn until `End`.
+// A removal on its own thread, which lasts until `End`.
 class OtherRemoval {
   public:
-    OtherRemoval(RemovalTurns& turns, Mutex& registry_mutex, const char* farewell)
-        : thread_([this, &turns, &registry_mutex, farewell] {
+    OtherRemoval(RemovalTurns& turns, Mutex& registry_mutex, const char* message)
+        : thread_([this, &turns, &registry_mutex, message] {
               const RemovalTurns::Removal removal(turns, registry_mutex);
               begun_.set_value();
               end_.get_future().wait();
-              Say(farewell);
+              PrintLine(message);
           }) {}
 
-    /// Returns when it waits for the registry mutex, or to be ended.
-    void Begin() { thread_.GoAsFarAsPossible(); }
+    /// Returns when the thread waits for the registry mutex or for `End`.
+    void Begin() { thread_.RunUntilBlocked(); }
     void AwaitTurn() { begun_.get_future().wait(); }
     void End() { end_.set_value(); }
 
   private:
     std::promise<void> begun_;
     std::promise<void> end_;
-    Rival thread_;
+    CompetingThread thread_;
 };
 
-TEST(RemovalTurnsTest, LetPassReturnsAtOnceWithoutARemoval) {
+TEST(RemovalTurnsTest, LetPassReturnsImmediatelyWithoutRemoval) {
     const std::string output = OutputOf([] {
         RemovalTurns turns;
         Mutex registry_mutex;
         turns.LetPass();
-        Say("before");
-        static_cast<void>(RemovalTurns::Removal(turns, registry_mutex));  // made and ended
+        PrintLine("before");
+        static_cast<void>(RemovalTurns::Removal(turns, registry_mutex));  // begins and ends
         turns.LetPass();
-        Say("after");
+        PrintLine("after");
     });
     EXPECT_EQ(output, Lines({"before", "after"}));
 }
 
-TEST(RemovalTurnsTest, LetPassReturnsAfterTheRemovalThatWaits) {
+TEST(RemovalTurnsTest, LetPassReturnsAfterWaitingRemoval) {
     const std::string output = OutputOf([] {
         RemovalTurns turns;
         Mutex registry_mutex;
         OtherRemoval removal(turns, registry_mutex, "removed");
-        Rival menu([&] {
+        CompetingThread menu([&] {
             turns.LetPass();
-            Say("passed");
+            PrintLine("passed");
         });
         registry_mutex.lock();
         removal.Begin();
         registry_mutex.unlock();
-        menu.GoAsFarAsPossible();
-        Say("waiting");
+        menu.RunUntilBlocked();
+        PrintLine("waiting");
         removal.End();
     });
     EXPECT_EQ(output, Lines({"waiting", "removed", "passed"}));
 }
 
-TEST(RemovalTurnsTest, LetPassDoesNotWaitForALaterRemoval) {
+TEST(RemovalTurnsTest, LetPassDoesNotWaitForLaterRemoval) {
     const std::string output = OutputOf([] {
         RemovalTurns turns;
         Mutex registry_mutex;
         OtherRemoval first(turns, registry_mutex, "first removed");
         OtherRemoval second(turns, registry_mutex, "second removed");
         std::promise<void> passed;
-        Rival menu([&] {
+        CompetingThread menu([&] {
             turns.LetPass();
-            Say("passed");
+            PrintLine("passed");
             passed.set_value();
         });
         first.Begin();
         first.AwaitTurn();
-        menu.GoAsFarAsPossible();
+        menu.RunUntilBlocked();
         second.Begin();
         first.End();
         passed.get_future().wait();

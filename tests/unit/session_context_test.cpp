@@ -21,7 +21,7 @@ using simulator::kPhonebookInterface;
 using simulator::kSessionInterface;
 using simulator::kTransferInterface;
 
-// There is nothing behind these paths.
+// The daemon has no objects at these paths.
 constexpr char kSessionPath[] = "/com/veltrisonix/obex/client/session0";
 constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
 constexpr char kOtherPath[] = "/com/veltrisonix/obex/client/session0/transfer1";
@@ -38,16 +38,16 @@ class SessionContextTest : public ContextTest {
     }
 
     PhonebookContext& phonebook() { return *phonebook_; }
-    std::string PrintedAtTheEnd() {
+    std::string PrintedOnDestruction() {
         return Printed([&] { phonebook_.reset(); });
     }
 
-    std::string Announced(const std::string& name, const std::string& value) {
-        return ContextTest::Announced(kSessionPath, kSessionInterface, name, value);
+    std::string PrintedOnChange(const std::string& name, const std::string& value) {
+        return ContextTest::PrintedOnChange(kSessionPath, kSessionInterface, name, value);
     }
 
-    /// What is printed when the session's object has a property of this name, and announces it.
-    std::string AnnouncedUnforeseen(const char* name) {
+    /// What is printed when a property of this name, which the interface does not have, changes.
+    std::string PrintedOnUnknownProperty(const char* name) {
         GObject* session = nullptr;
         const auto find = [](GSignalInvocationHint* /*hint*/, guint /*count*/, const GValue* values,
                              gpointer found) -> gboolean {
@@ -56,7 +56,7 @@ class SessionContextTest : public ContextTest {
         };
         g_signal_add_emission_hook(g_signal_lookup("g-properties-changed", G_TYPE_DBUS_PROXY), 0,
                                    find, &session, nullptr);
-        Announced("Source", "'s'");
+        PrintedOnChange("Source", "'s'");
         GParamSpec* const any = g_object_class_find_property(G_OBJECT_GET_CLASS(session), "source");
         return Printed([&] {
             g_signal_emit(session, g_signal_lookup("notify", G_TYPE_OBJECT),
@@ -68,16 +68,16 @@ class SessionContextTest : public ContextTest {
     std::optional<PhonebookContext> phonebook_;
 };
 
-TEST_F(SessionContextTest, KnowsItsPathAndWhetherItIsConnected) {
+TEST_F(SessionContextTest, ReturnsPathAndConnectionState) {
     EXPECT_EQ(phonebook().GetPathName(), kSessionPath);
     EXPECT_FALSE(phonebook().IsValid());
-    EXPECT_EQ(Announced("ConnectionState", "byte 5"), "");
+    EXPECT_EQ(PrintedOnChange("ConnectionState", "byte 5"), "");
     EXPECT_TRUE(phonebook().IsValid());
-    EXPECT_EQ(Announced("ConnectionState", "byte 6"), "");
+    EXPECT_EQ(PrintedOnChange("ConnectionState", "byte 6"), "");
     EXPECT_FALSE(phonebook().IsValid());
 }
 
-TEST_F(SessionContextTest, ReportsNoChangeBeforeTheProperties) {
+TEST_F(SessionContextTest, PrintsPropertiesBeforeChanges) {
     std::optional<PhonebookContext> other;
     const std::string rest = PrintedAfter(
         Normal("Session Disconnected\n"), [&] { other.emplace("/other"); },
@@ -88,31 +88,31 @@ TEST_F(SessionContextTest, ReportsNoChangeBeforeTheProperties) {
     EXPECT_EQ(rest,
               Lines({"Source Address: Unknown", "Destination Address: Unknown",
                      "Target UUID: Unknown", "Channel: 7", "Fixed Image Size: Not Supported"}));
-    EXPECT_EQ(ContextTest::Announced("/other", kPhonebookInterface, "Folder", "'late'"),
+    EXPECT_EQ(ContextTest::PrintedOnChange("/other", kPhonebookInterface, "Folder", "'late'"),
               Normal("Folder: late\n"));
 }
 
-// Sessions have no property "connected" today; should one come, its changes are reported.
-TEST_F(SessionContextTest, WouldReportAChangeOfConnected) {
-    EXPECT_EQ(AnnouncedUnforeseen("connected"), Normal("Session: 0 Disconnected\n"));
-    Announced("Channel", "uint16 19");
-    Announced("ConnectionState", "byte 5");
-    EXPECT_EQ(AnnouncedUnforeseen("connected"), Normal("Session: 19 Connected\n"));
-    EXPECT_EQ(AnnouncedUnforeseen("unheard-of"), "");
+// The interface has no property "connected" yet; if one is added, its changes are reported.
+TEST_F(SessionContextTest, ReportsChangeOfUndeclaredPropertyConnected) {
+    EXPECT_EQ(PrintedOnUnknownProperty("connected"), Normal("Session: 0 Disconnected\n"));
+    PrintedOnChange("Channel", "uint16 19");
+    PrintedOnChange("ConnectionState", "byte 5");
+    EXPECT_EQ(PrintedOnUnknownProperty("connected"), Normal("Session: 19 Connected\n"));
+    EXPECT_EQ(PrintedOnUnknownProperty("unheard-of"), "");
 }
 
-/// The one transfer that the context holds.
-class HeldTransferTest : public SessionContextTest {
+/// The transfer of a context, which has at most one.
+class CurrentTransferTest : public SessionContextTest {
   protected:
-    /// Announces the file of the transfer, and makes it.
+    /// Creates the file of the transfer and announces its name.
     std::string MakeFile(const std::string& path, const std::string& name) {
         const std::string file = directory_.File(name);
         std::ofstream(file) << "vcard";
-        ContextTest::Announced(path, kTransferInterface, "Filename", "'" + file + "'");
+        ContextTest::PrintedOnChange(path, kTransferInterface, "Filename", "'" + file + "'");
         return file;
     }
 
-    std::string Hold(const std::string& path, const std::string& properties = "@a{sv} {}") {
+    std::string Allocate(const std::string& path, const std::string& properties = "@a{sv} {}") {
         return Printed([&] { phonebook().AllocTransfer(path, Value(properties)); });
     }
 
@@ -120,21 +120,21 @@ class HeldTransferTest : public SessionContextTest {
     TemporaryDirectory directory_;
 };
 
-TEST_F(HeldTransferTest, IsReplacedAndItsFileStays) {
-    EXPECT_EQ(Hold(kPath, "{'Status': <'queued'>}"), Normal("Status: queued\n"));
+TEST_F(CurrentTransferTest, IsReplacedWithoutRemovingItsFile) {
+    EXPECT_EQ(Allocate(kPath, "{'Status': <'queued'>}"), Normal("Status: queued\n"));
     const std::string first = MakeFile(kPath, "first");
-    EXPECT_EQ(Hold(kOtherPath, "{'Status': <'active'>}"), Normal("Status: active\n"));
+    EXPECT_EQ(Allocate(kOtherPath, "{'Status': <'active'>}"), Normal("Status: active\n"));
     const std::string second = MakeFile(kOtherPath, "second");
-    EXPECT_EQ(ContextTest::Announced(kPath, kTransferInterface, "Status", "'complete'"), "");
-    EXPECT_EQ(ContextTest::Announced(kOtherPath, kTransferInterface, "Status", "'complete'"),
+    EXPECT_EQ(ContextTest::PrintedOnChange(kPath, kTransferInterface, "Status", "'complete'"), "");
+    EXPECT_EQ(ContextTest::PrintedOnChange(kOtherPath, kTransferInterface, "Status", "'complete'"),
               Normal("Status Attribute Received: complete\n"));
-    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + second + "\n"));
+    EXPECT_EQ(PrintedOnDestruction(), Normal("Removing: " + second + "\n"));
     EXPECT_TRUE(std::filesystem::exists(first));
     EXPECT_FALSE(std::filesystem::exists(second));
 }
 
-TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPathOrCannotBeReached) {
-    Hold(kPath);
+TEST_F(CurrentTransferTest, IsKeptIfTheNextHasNoPathOrProxy) {
+    Allocate(kPath);
     const std::string file = MakeFile(kPath, "file");
     const Value properties("{'Status': <'queued'>}");
     const auto failure_at = [&](const char* path) {
@@ -155,11 +155,10 @@ TEST_F(HeldTransferTest, StaysWhenTheNextHasNoPathOrCannotBeReached) {
     bus().Kill();
     EXPECT_EQ(failure_at(kOtherPath).find("Proxy: Failed to allocate Transfer proxy. Message: "),
               0U);
-    EXPECT_EQ(PrintedAtTheEnd(), Normal("Removing: " + file + "\n"));
+    EXPECT_EQ(PrintedOnDestruction(), Normal("Removing: " + file + "\n"));
 }
 
-/// Runs the main loop, and with it the handlers, on another thread than the test's, as the tool
-/// does.
+/// Runs the main loop and its handlers on a thread of its own, as in the tool.
 class LoopThread {
   public:
     LoopThread() = default;
@@ -179,7 +178,7 @@ class LoopThread {
     std::thread thread_{[this] { g_main_loop_run(loop_.get()); }};
 };
 
-TEST_F(HeldTransferTest, GoesWithoutHarmWhileItsNoticesAreHeard) {
+TEST_F(CurrentTransferTest, CanBeReleasedDuringItsNotifications) {
     const CapturedOutput output;
     {
         const LoopThread loop;

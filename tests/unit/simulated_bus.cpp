@@ -14,12 +14,12 @@ void UseBus(const std::string& address) {
     setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
 }
 
-void Say(const char* text) {
+void PrintLine(const char* text) {
     morvane::PROXY_PrintNoPrompt(morvane::kNormal, "%s\n", text);
 }
 
-// The bus answers only after it has passed on all that was announced before.
-void DispatchNotices() {
+// The reply of the bus arrives after all signals sent before.
+void DispatchSignals() {
     const morvane::GlibPtr<GDBusConnection> connection(
         g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
     morvane::ErrorPtr error;

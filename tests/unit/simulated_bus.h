@@ -8,18 +8,18 @@
 
 namespace morvane_test {
 
-// For tests that run the application itself in a process of its own (see `Capture`).
+// For tests that run the application in a child process (see `Capture`).
 
-/// What the process takes for the system bus from now on.
+/// Sets the address of the system bus for this process.
 void UseBus(const std::string& address);
 
-/// A line of the test's own among what the tool prints.
-void Say(const char* text);
+/// Prints a line through the tool's output functions.
+void PrintLine(const char* text);
 
-/// Runs the handlers of everything that has been announced on the process's bus, on this thread.
-void DispatchNotices();
+/// Handles on this thread all signals that have been sent on the process's bus.
+void DispatchSignals();
 
-/// A bus with a daemon, which the process uses.
+/// A bus with a daemon, set as the process's system bus.
 class SimulatedBus {
   public:
     SimulatedBus();
@@ -27,7 +27,7 @@ class SimulatedBus {
     simulator::Options Options(const std::string& instance) const;
     std::string PulledPhonebook() const { return directory_.File("phonebook.vcf"); }
 
-    /// The application's client gets a session with a transfer, whose file goes with it.
+    /// Opens a session with a transfer, whose file is removed with the session.
     void OpenSession();
 
     const PrivateBus& private_bus() const { return bus_; }

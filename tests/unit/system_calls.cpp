@@ -13,7 +13,7 @@ std::function<void(const char* name)> remove_substitute;
 
 }  // namespace morvane_test
 
-// The names are the linker's.
+// Names required by the linker's --wrap.
 extern "C" {
 
 ssize_t __real_write(int descriptor, const void* bytes, std::size_t count);
@@ -33,7 +33,7 @@ int __wrap_usleep(useconds_t microseconds) {
     return 0;
 }
 
-// Replaces that of the C library in the whole program, and does the same without a substitute.
+// Replaces remove(3) of the C library; implements it if there is no substitute.
 int remove(const char* name) noexcept {
     if (morvane_test::remove_substitute) {
         morvane_test::remove_substitute(name);

@@ -26,16 +26,16 @@ constexpr char kPath[] = "/com/veltrisonix/obex/client/session0/transfer0";
 
 class TransferContextTest : public ContextTest {
   protected:
-    /// What the proxies made next have in their cache.
+    /// Properties in the cache of proxies created from now on.
     void SetProperties(const std::string& properties) {
         daemon().Reply("GetAll", Value("(" + properties + ",)"));
     }
 
-    std::string Announced(const std::string& name, const std::string& value) {
-        return ContextTest::Announced(kPath, kTransferInterface, name, value);
+    std::string PrintedOnChange(const std::string& name, const std::string& value) {
+        return ContextTest::PrintedOnChange(kPath, kTransferInterface, name, value);
     }
 
-    std::unique_ptr<TransferContext> Quietly(const std::string& properties) {
+    std::unique_ptr<TransferContext> MakeTransfer(const std::string& properties) {
         std::unique_ptr<TransferContext> transfer;
         Printed([&] { transfer = std::make_unique<TransferContext>(kPath, Value(properties)); });
         return transfer;
@@ -55,9 +55,9 @@ const Dictionary kDictionaries[] = {
      Lines({"MIME type: text/x-vcard", "Bytes Transferred: 7", "Size: 9", "Session: s",
             "Filename: /f", "Object Name: n", "Status: active"})},
     {"a session as an object path", "{'Session': <objectpath '/s/1'>}", Normal("Session: /s/1\n")},
-    {"only known ones",
+    {"unknown keys",
      "{'status': <'a'>, 'Time': <uint64 5>, 'Statuses': <'b'>, 'Stat': <'c'>, '': <'d'>}", ""},
-    {"none", "@a{sv} {}", ""},
+    {"empty", "@a{sv} {}", ""},
     {"empty texts", "{'Status': <''>, 'Filename': <''>}",
      Normal("Status: \n") + Normal("Filename: \n")},
     {"a text like a format", "{'Name': <'100%s%n'>}", Normal("Object Name: 100%s%n\n")},
@@ -74,7 +74,7 @@ const Dictionary kDictionaries[] = {
             "Bytes Transferred: 0", "Session: Unknown", "MIME type: Unknown"})},
 };
 
-TEST_F(TransferContextTest, PrintsTheEntriesOfADictionary) {
+TEST_F(TransferContextTest, PrintsEntriesOfDictionary) {
     for (const Dictionary& dictionary : kDictionaries) {
         const Value properties(dictionary.properties);
         EXPECT_EQ(Printed([&] { TransferContext(kPath, properties); }), dictionary.lines)
@@ -82,7 +82,7 @@ TEST_F(TransferContextTest, PrintsTheEntriesOfADictionary) {
     }
 }
 
-TEST_F(TransferContextTest, PrintsTheDaemonsPropertiesWithoutADictionary) {
+TEST_F(TransferContextTest, PrintsPropertiesFromDaemonWithoutDictionary) {
     SetProperties(
         "{'Type': <'text/x-vcard'>, 'Session': <objectpath '/s/1'>, 'Transferred': <uint64 "
         "4294967299>, 'Size': <uint64 3000000000>, 'Filename': <'/f'>, 'Name': <'n'>, 'Status': "
@@ -105,14 +105,14 @@ TEST_F(TransferContextTest, PrintsAbsentPropertiesAsUnknown) {
     EXPECT_EQ(Printed([] { TransferContext(kPath, nullptr); }), unknown);
 }
 
-TEST_F(TransferContextTest, GivesWhatTheDaemonAnnouncedLast) {
-    const auto transfer = Quietly("{'Status': <'never cached'>}");
+TEST_F(TransferContextTest, ReturnsLatestAnnouncedValues) {
+    const auto transfer = MakeTransfer("{'Status': <'not cached'>}");
     EXPECT_EQ(transfer->GetPathName(), kPath);
     for (const std::string& text :
          {transfer->GetStatus(), transfer->GetName(), transfer->GetFileName()})
         EXPECT_EQ(text, "");
     for (const char* const name : {"Status", "Name", "Filename"})
-        Announced(name, "'" + std::string(name) + " text'");
+        PrintedOnChange(name, "'" + std::string(name) + " text'");
     EXPECT_EQ(transfer->GetStatus(), "Status text");
     EXPECT_EQ(transfer->GetName(), "Name text");
     EXPECT_EQ(transfer->GetFileName(), "Filename text");
@@ -135,35 +135,36 @@ constexpr Change kChanges[] = {
 };
 
 TEST_F(TransferContextTest, PrintsEveryNotification) {
-    const auto transfer = Quietly("@a{sv} {}");
+    const auto transfer = MakeTransfer("@a{sv} {}");
     for (const auto& [property, value, printed, invalidated] : kChanges) {
-        const std::string begin = std::string(property) + " Attribute Received: ";
-        const std::string line = Normal(begin + printed + "\n");
-        EXPECT_EQ(Announced(property, value), line);
-        EXPECT_EQ(Announced(property, value), line) << "unchanged";
+        const std::string prefix = std::string(property) + " Attribute Received: ";
+        const std::string line = Normal(prefix + printed + "\n");
+        EXPECT_EQ(PrintedOnChange(property, value), line);
+        EXPECT_EQ(PrintedOnChange(property, value), line) << "unchanged";
         EXPECT_EQ(Printed([&, name = property] {
                       daemon().Invalidate(kPath, kTransferInterface, name);
-                      DispatchNotices();
+                      DispatchSignals();
                   }),
-                  Normal(begin + invalidated + "\n"));
+                  Normal(prefix + invalidated + "\n"));
     }
 }
 
 TEST_F(TransferContextTest, PrintsSizesAsSignedNumbersOf32Bits) {
-    const auto transfer = Quietly("@a{sv} {}");
-    EXPECT_EQ(Announced("Size", "uint64 4294967295"), Normal("Size Attribute Received: -1\n"));
+    const auto transfer = MakeTransfer("@a{sv} {}");
+    EXPECT_EQ(PrintedOnChange("Size", "uint64 4294967295"),
+              Normal("Size Attribute Received: -1\n"));
     EXPECT_EQ(transfer->GetSize(), 4294967295U);
-    EXPECT_EQ(Announced("Size", "uint64 4294967303"), Normal("Size Attribute Received: 7\n"));
+    EXPECT_EQ(PrintedOnChange("Size", "uint64 4294967303"), Normal("Size Attribute Received: 7\n"));
     EXPECT_EQ(transfer->GetSize(), 4294967303U);
 }
 
-TEST_F(TransferContextTest, KeepsTheValueBeforeOneOfAWrongType) {
-    const auto transfer = Quietly("@a{sv} {}");
-    Announced("Status", "'active'");
-    EXPECT_EQ(Announced("Status", "uint32 5"), Normal("Status Attribute Received: active\n"));
-    Announced("Size", "uint64 1000");
-    EXPECT_EQ(Announced("Size", "uint32 5"), Normal("Size Attribute Received: 1000\n"));
-    EXPECT_EQ(Announced("Transferred", "'all'"), "");
+TEST_F(TransferContextTest, KeepsPreviousValueOnWrongType) {
+    const auto transfer = MakeTransfer("@a{sv} {}");
+    PrintedOnChange("Status", "'active'");
+    EXPECT_EQ(PrintedOnChange("Status", "uint32 5"), Normal("Status Attribute Received: active\n"));
+    PrintedOnChange("Size", "uint64 1000");
+    EXPECT_EQ(PrintedOnChange("Size", "uint32 5"), Normal("Size Attribute Received: 1000\n"));
+    EXPECT_EQ(PrintedOnChange("Transferred", "'all'"), "");
 }
 
 struct Progress {
@@ -176,10 +177,10 @@ struct Progress {
 const Progress kProgresses[] = {
     {"unknown size", 0, {0, 1, 1000}, {}},
     {"rounded down", 1000, {5, 9, 10, 15, 19, 20, 999, 1000}, {"1", "2", "99", "100"}},
-    {"going back", 1000, {500, 499, 10, 0, 500, 509, 510}, {"50", "51"}},
+    {"decreasing", 1000, {500, 499, 10, 0, 500, 509, 510}, {"50", "51"}},
     {"beyond the size", 10, {10, 20, 15}, {"100", "200"}},
     {"a size beyond 32 bits", 10000000000, {99999999, 100000000, 5000000000}, {"1", "50"}},
-    // The product wraps round at 64 bits, the quotient at 32.
+    // The product overflows 64 bits, the quotient 32 bits.
     {"numbers that overflow", 1, {184467440737095517, 42949673, 21474837, 5}, {"84", "500"}},
 };
 
@@ -189,56 +190,56 @@ std::string Percent(const std::string& number) {
 
 TEST_F(TransferContextTest, PrintsEachHigherPercentageOnce) {
     for (const auto& [name, size, transferred, percentages] : kProgresses) {
-        const auto transfer = Quietly("{'Size': <uint64 " + std::to_string(size) + ">}");
+        const auto transfer = MakeTransfer("{'Size': <uint64 " + std::to_string(size) + ">}");
         std::string printed;
         for (const guint64 bytes : transferred)
-            printed += Announced("Transferred", "uint64 " + std::to_string(bytes));
+            printed += PrintedOnChange("Transferred", "uint64 " + std::to_string(bytes));
         std::string expected;
         for (const std::string& percent : percentages) expected += Percent(percent);
         EXPECT_EQ(printed, expected) << name;
     }
 }
 
-TEST_F(TransferContextTest, CountsProgressAgainstTheSizeAnnouncedLast) {
+TEST_F(TransferContextTest, ComputesPercentageFromLatestSize) {
     SetProperties("{'Size': <uint64 1000>}");
-    const auto transfer = Quietly("{'Size': <uint64 2000>}");
-    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Percent("50"));
+    const auto transfer = MakeTransfer("{'Size': <uint64 2000>}");
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 1000"), Percent("50"));
     EXPECT_EQ(transfer->GetTransferredPercent(), 50);
-    Announced("Size", "uint64 1250");
-    EXPECT_EQ(Announced("Transferred", "uint64 1000"), Percent("80"));
-    Announced("Size", "uint64 1250");
-    EXPECT_EQ(Announced("Transferred", "uint64 900"), "") << "lower";
-    EXPECT_EQ(Announced("Transferred", "uint64 1015"), Percent("81"));
-    Announced("Size", "uint64 0");
-    EXPECT_EQ(Announced("Transferred", "uint64 1250"), "");
+    PrintedOnChange("Size", "uint64 1250");
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 1000"), Percent("80"));
+    PrintedOnChange("Size", "uint64 1250");
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 900"), "") << "lower";
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 1015"), Percent("81"));
+    PrintedOnChange("Size", "uint64 0");
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 1250"), "");
 }
 
-TEST_F(TransferContextTest, HearsOfASizeOnlyInItsTurn) {
-    const auto transfer = Quietly("@a{sv} {}");
+TEST_F(TransferContextTest, HandlesPropertiesOfOneSignalInOrder) {
+    const auto transfer = MakeTransfer("@a{sv} {}");
     EXPECT_EQ(Printed([&] {
                   daemon().NotifyAll(kPath, kTransferInterface,
                                      Value("{'Transferred': <uint64 500>, 'Size': <uint64 1000>}"));
-                  DispatchNotices();
+                  DispatchSignals();
               }),
               Normal("Size Attribute Received: 1000\n"));
-    EXPECT_EQ(Announced("Transferred", "uint64 500"), Percent("50"));
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 500"), Percent("50"));
 }
 
-TEST_F(TransferContextTest, StartsFromTheSizeAndPercentSet) {
-    const auto transfer = Quietly("@a{sv} {}");
+TEST_F(TransferContextTest, ComputesPercentageFromSetSizeAndPercent) {
+    const auto transfer = MakeTransfer("@a{sv} {}");
     EXPECT_EQ(transfer->GetSize(), 0U);
     EXPECT_EQ(transfer->GetTransferredPercent(), 0);
     transfer->SetSize(G_GUINT64_CONSTANT(200000000000));
     transfer->SetTransferredPercent(30);
     EXPECT_EQ(transfer->GetSize(), 200000000000U);
     EXPECT_EQ(transfer->GetTransferredPercent(), 30);
-    EXPECT_EQ(Announced("Transferred", "uint64 60000000000"), "");
-    EXPECT_EQ(Announced("Transferred", "uint64 62000000000"), Percent("31"));
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 60000000000"), "");
+    EXPECT_EQ(PrintedOnChange("Transferred", "uint64 62000000000"), Percent("31"));
     EXPECT_EQ(transfer->GetTransferredPercent(), 31);
 }
 
-TEST_F(TransferContextTest, ReturnsWhetherTheDaemonAccepted) {
-    const auto transfer = Quietly("@a{sv} {}");
+TEST_F(TransferContextTest, CallsReturnSuccess) {
+    const auto transfer = MakeTransfer("@a{sv} {}");
     const std::pair<const char*, bool (TransferContext::*)()> calls[] = {
         {"Cancel", &TransferContext::Cancel},
         {"Suspend", &TransferContext::Suspend},
@@ -256,7 +257,7 @@ TEST_F(TransferContextTest, ReturnsWhetherTheDaemonAccepted) {
     }
 }
 
-TEST_F(TransferContextTest, ReportsNoChangeBeforeTheProperties) {
+TEST_F(TransferContextTest, PrintsPropertiesBeforeChanges) {
     const Value properties("{'Status': <'queued'>, 'Size': <uint64 9>}");
     std::unique_ptr<TransferContext> transfer;
     const std::string rest = PrintedAfter(
@@ -264,7 +265,7 @@ TEST_F(TransferContextTest, ReportsNoChangeBeforeTheProperties) {
         [&] { transfer = std::make_unique<TransferContext>(kPath, properties); },
         [&] { daemon().Notify(kPath, kTransferInterface, "Name", Value("'early'")); });
     EXPECT_EQ(rest, Normal("Size: 9\n"));
-    EXPECT_EQ(Announced("Name", "'late'"), Normal("Name Attribute Received: late\n"));
+    EXPECT_EQ(PrintedOnChange("Name", "'late'"), Normal("Name Attribute Received: late\n"));
 }
 
 TEST(DisplayFileTest, LeavesNoDescriptorOpen) {

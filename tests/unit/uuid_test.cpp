@@ -25,7 +25,8 @@ std::string With(std::string text, std::size_t position, char character) {
     return text;
 }
 
-// What `write` writes, which must be `length` characters and a terminator; it returns their end.
+// The text that `write` writes; checks that it has `length` characters and a terminator, and that
+// `write` returns its end.
 std::string Written(std::size_t length, const std::function<char*(char*)>& write) {
     std::string text(length + 2, '!');
     EXPECT_EQ(write(text.data()), text.data() + length);
@@ -33,7 +34,7 @@ std::string Written(std::size_t length, const std::function<char*(char*)>& write
     return text.substr(0, length);
 }
 
-TEST(IsUUIDValidTest, AcceptsEitherCaseInOneLength) {
+TEST(IsUUIDValidTest, AcceptsBothCasesAndOneLength) {
     EXPECT_TRUE(IsUUIDValid(kMixedCase));
     EXPECT_TRUE(IsUUIDValid("FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF"));
     for (const std::string& text :
@@ -41,7 +42,7 @@ TEST(IsUUIDValidTest, AcceptsEitherCaseInOneLength) {
         EXPECT_FALSE(IsUUIDValid(text)) << text;
 }
 
-TEST(IsUUIDValidTest, AcceptsHyphensAtTheirPositionsOnlyAndDigitsElsewhere) {
+TEST(IsUUIDValidTest, RequiresHyphensAtTheirPositionsAndDigitsElsewhere) {
     for (std::size_t position = 0; position < kMixedCase.size(); ++position) {
         const bool hyphen = kMixedCase[position] == '-';
         EXPECT_EQ(IsUUIDValid(With(kMixedCase, position, '-')), hyphen) << position;
@@ -51,7 +52,7 @@ TEST(IsUUIDValidTest, AcceptsHyphensAtTheirPositionsOnlyAndDigitsElsewhere) {
         EXPECT_FALSE(IsUUIDValid(With(kPhonebookServer, 7, neighbour))) << neighbour;
 }
 
-TEST(ConvertUUID128To128CharTest, WritesLowerCaseTextIfThereIsRoom) {
+TEST(ConvertUUID128To128CharTest, WritesLowerCaseTextIfBufferIsLargeEnough) {
     std::array<char, kUuidTextSize> text = {'!'};
     EXPECT_FALSE(ConvertUUID128To128Char(text.data(), 36, kMixedBytes));
     EXPECT_FALSE(ConvertUUID128To128Char(text.data(), 0, kMixedBytes));
@@ -60,7 +61,7 @@ TEST(ConvertUUID128To128CharTest, WritesLowerCaseTextIfThereIsRoom) {
     EXPECT_EQ(text.data(), kLowerCase);
 }
 
-TEST(HexTest, HasAllDigitsInLowerCase) {
+TEST(HexTest, WritesAllDigitsInLowerCase) {
     const std::pair<unsigned short, const char*> rows16[] = {
         {0, "0000"}, {0x112f, "112f"}, {0xABCD, "abcd"}, {0xffff, "ffff"}};
     for (const auto& [value, text] : rows16)
@@ -82,18 +83,18 @@ TEST(HexTest, HasAllDigitsInLowerCase) {
     }
 }
 
-TEST(ConvertUUID16toUUID32Test, Widens) {
+TEST(ConvertUUID16toUUID32Test, KeepsTheValue) {
     for (const unsigned number : {0U, 0x112fU, 0xffffU})
         EXPECT_EQ(ConvertUUID16toUUID32(static_cast<unsigned short>(number)), number);
 }
 
-TEST(UUIDToLocalCaseTest, LowersEveryLetter) {
+TEST(UUIDToLocalCaseTest, ConvertsEveryLetterToLowerCase) {
     EXPECT_EQ(UUIDToLocalCase(kMixedCase), kLowerCase);
     EXPECT_EQ(UUIDToLocalCase("Not a UUID!"), "not a uuid!");
     EXPECT_EQ(UUIDToLocalCase(""), "");
 }
 
-TEST(Convert128CharToUUID16Test, ReadsTheLowHalfOfTheFirstGroupBeforeTheBaseUuid) {
+TEST(Convert128CharToUUID16Test, ReadsLowHalfOfFirstGroupOfBaseUuid) {
     const std::pair<std::string, unsigned short> rows[] = {
         {kPhonebookServer, 0x112f},
         {"beefFFFF-0000-1000-8000-00805f9b34fb", 0xffff},
@@ -110,7 +111,7 @@ TEST(Convert128CharToUUID16Test, ReadsTheLowHalfOfTheFirstGroupBeforeTheBaseUuid
     EXPECT_THROW(Convert128CharToUUID16(With(kPhonebookServer, 4, 'z')), std::invalid_argument);
 }
 
-TEST(Convert128CharToUUID128Test, ReadsSixteenBytesWithHyphensUnchecked) {
+TEST(Convert128CharToUUID128Test, ReadsSixteenBytesWithoutCheckingHyphens) {
     for (const std::string& text : {kMixedCase, With(kMixedCase, 8, '?')}) {
         Bytes bytes(17, '!');
         EXPECT_TRUE(Convert128CharToUUID128(bytes.data(), 16, text));
@@ -120,7 +121,7 @@ TEST(Convert128CharToUUID128Test, ReadsSixteenBytesWithHyphensUnchecked) {
     }
 }
 
-TEST(Convert128CharToUUID128Test, RefusesTooLittleRoomOtherLengthsAndNoLeadingDigit) {
+TEST(Convert128CharToUUID128Test, RejectsSmallBufferWrongLengthAndNonDigit) {
     Bytes bytes(16, '!');
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 15, kMixedCase));
     EXPECT_FALSE(Convert128CharToUUID128(bytes.data(), 16, kMixedCase + "0"));

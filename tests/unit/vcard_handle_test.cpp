@@ -20,7 +20,7 @@ std::string UniqueId(std::size_t length) {
     return "X-BT-UID:" + std::string(length, 'A');
 }
 
-// What is sent, or why nothing is.
+// The name that is sent, or the error.
 std::string Outcome(const std::optional<std::string>& typed) {
     try {
         return "sent: " + VcardName(typed);
@@ -29,8 +29,8 @@ std::string Outcome(const std::optional<std::string>& typed) {
     }
 }
 
-// What the base-16 conversion accepts is accepted, and never rewritten.
-TEST(VcardHandleTest, SendsAsManyAsEightCharactersThatAreANumber) {
+// Handles that the base-16 conversion accepts are sent unchanged.
+TEST(VcardHandleTest, AcceptsHexNumbersOfUpToEightCharacters) {
     for (const std::string typed :
          {"0", "1A", "1a", "0000001A", "FFFFFFFF", " 1A", "\t1A", "       1", "+1A", "-1",
           "+1234567", "0x1a", "0X1A", "0x123456", " -0x1"})
@@ -41,11 +41,11 @@ TEST(VcardHandleTest, SendsAsManyAsEightCharactersThatAreANumber) {
         EXPECT_EQ(Outcome(typed), kInvalidHandle) << testing::PrintToString(typed);
 }
 
-TEST(VcardHandleTest, RefusesAMissingAnswer) {
+TEST(VcardHandleTest, RejectsMissingAnswer) {
     EXPECT_EQ(Outcome(std::nullopt), "Invalid vCard handle entered");
 }
 
-TEST(VcardHandleTest, SendsUniqueIdsOfTheirLengthWithTheirPrefix) {
+TEST(VcardHandleTest, AcceptsUniqueIdsWithPrefixAndExactLength) {
     for (const std::string& typed : {UniqueId(32), "X-BT-UID:the rest is checked by the phone"s})
         EXPECT_EQ(Outcome(typed), "sent: " + typed);
     for (const std::size_t length : {0U, 31U, 33U})

@@ -9,9 +9,9 @@ namespace morvane_test {
 
 /// Draws that are the same for the same seed, on every machine: the standard fixes this engine, but
 /// not its distributions, which are therefore not used.
-class Dice {
+class RandomSource {
   public:
-    explicit Dice(std::uint64_t seed) : engine_(seed) {}
+    explicit RandomSource(std::uint64_t seed) : engine_(seed) {}
 
     /// 0 to `count` - 1.
     std::size_t Below(std::size_t count) { return static_cast<std::size_t>(engine_() % count); }

@@ -1,4 +1,4 @@
-#include "random/verdict.h"
+#include "random/checker.h"
 
 #include "random/output_grammar.h"
 #include "support/console.h"
@@ -22,49 +22,49 @@ std::optional<std::string> NameAfter(const std::string& message, const std::stri
 }
 
 // A chosen device without an address ends the process: the tool cannot go on without one.
-bool DiedOfMissingAddress(const Plan& plan, const Played& played) {
-    return plan.Has(&DaemonEvent::hides_address) && played.ending->signal == SIGABRT &&
-           played.errors.find("null") != std::string::npos;
+bool DiedOfMissingAddress(const Plan& plan, const PlayResult& result) {
+    return plan.Has(&DaemonEvent::hides_address) && result.ending->signal == SIGABRT &&
+           result.errors.find("null") != std::string::npos;
 }
 
-bool MayEndSo(const Plan& plan, const Played& played) {
-    const Ending& ending = *played.ending;
-    if (ending.status == 0 || DiedOfMissingAddress(plan, played)) return true;
-    return (ending.signal == SIGINT && played.interrupts > 1) ||
-           (ending.signal == SIGHUP && played.hung_up) ||
-           (ending.signal == SIGTERM && played.bus_died);
+bool IsAllowedEnding(const Plan& plan, const PlayResult& result) {
+    const Ending& ending = *result.ending;
+    if (ending.status == 0 || DiedOfMissingAddress(plan, result)) return true;
+    return (ending.signal == SIGINT && result.interrupts > 1) ||
+           (ending.signal == SIGHUP && result.hung_up) ||
+           (ending.signal == SIGTERM && result.bus_died);
 }
 
-void CheckEnding(const Plan& plan, const Played& played, Mistakes& mistakes) {
-    if (!played.stuck.empty()) mistakes.push_back("asks for nothing after: " + played.stuck);
-    if (!played.not_redrawn.empty())
-        mistakes.push_back("does not draw its prompt again after: " + played.not_redrawn);
-    if (!played.ending) {
+void CheckEnding(const Plan& plan, const PlayResult& result, Mistakes& mistakes) {
+    if (!result.stuck.empty()) mistakes.push_back("asks for nothing after: " + result.stuck);
+    if (!result.not_redrawn.empty())
+        mistakes.push_back("does not draw its prompt again after: " + result.not_redrawn);
+    if (!result.ending) {
         mistakes.emplace_back("does not end when its input has ended");
-    } else if (!MayEndSo(plan, played)) {
-        mistakes.push_back("ends wrongly: " + played.ending->Describe());
+    } else if (!IsAllowedEnding(plan, result)) {
+        mistakes.push_back("ends wrongly: " + result.ending->Describe());
     }
 }
 
-void CheckErrors(const Plan& plan, const Played& played, Mistakes& mistakes) {
+void CheckErrors(const Plan& plan, const PlayResult& result, Mistakes& mistakes) {
     std::vector<std::string> allowed;
-    if (plan.Has(&DaemonEvent::lies_about_types))
+    if (plan.Has(&DaemonEvent::mistypes_properties))
         allowed.emplace_back("GLib-GIO-WARNING .* does not match expected type");
     // Printed by GLib's object manager if the daemon returns for a moment only, and by the tool if
     // the daemon leaves the bus while the tool starts.
-    if (played.daemon_left) {
+    if (result.daemon_left) {
         allowed.emplace_back(
             "GLib-GIO-WARNING .* Error calling GetManagedObjects\\(\\) when name owner ");
         allowed.emplace_back("^Error getting object manager client: ");
     }
-    if (played.bus_died)
+    if (result.bus_died)
         allowed.emplace_back(
             "GLib-GIO-CRITICAL .* Error while sending (Add|Remove)Match.. message: ");
-    if (played.ending && DiedOfMissingAddress(plan, played)) {
+    if (result.ending && DiedOfMissingAddress(plan, result)) {
         allowed.emplace_back("^terminate called after throwing an instance of 'std::logic_error'$");
         allowed.emplace_back("^  what\\(\\):  .*null");
     }
-    for (const std::string& line : UndeclaredErrors(played.errors, allowed))
+    for (const std::string& line : UndeclaredErrors(result.errors, allowed))
         mistakes.push_back("on standard error: " + line);
 }
 
@@ -75,14 +75,14 @@ bool ConcernsLost(const simulator::Call& call, const LostSession& lost) {
     return (same && call.method != "Pull") || below;
 }
 
-void CheckCalls(const Played& played, Mistakes& mistakes) {
-    for (const simulator::Call& call : played.calls)
+void CheckCalls(const PlayResult& result, Mistakes& mistakes) {
+    for (const simulator::Call& call : result.calls)
         if (const auto mistake = FindMistake(call))
             mistakes.push_back(*mistake + ": " + Describe(call));
-    for (const LostSession& lost : played.lost_sessions)
-        for (std::size_t call = lost.from; call < std::min(lost.to, played.calls.size()); ++call)
-            if (ConcernsLost(played.calls[call], lost))
-                mistakes.push_back("on a lost session: " + Describe(played.calls[call]));
+    for (const LostSession& lost : result.lost_sessions)
+        for (std::size_t call = lost.from; call < std::min(lost.to, result.calls.size()); ++call)
+            if (ConcernsLost(result.calls[call], lost))
+                mistakes.push_back("on a lost session: " + Describe(result.calls[call]));
 }
 
 // The names of files that a transfer does not delete: another has replaced it, or the daemon has
@@ -102,33 +102,33 @@ std::set<std::string> FilesThatMayStay(const std::vector<std::string>& messages)
     return names;
 }
 
-void CheckFiles(const Plan& plan, const Played& played, const std::vector<std::string>& messages,
-                Mistakes& mistakes) {
+void CheckFiles(const Plan& plan, const PlayResult& result,
+                const std::vector<std::string>& messages, Mistakes& mistakes) {
     const bool knows_files = !plan.Has(&DaemonEvent::renames_files) &&
-                             !plan.Has(&DaemonEvent::fakes_transfers) && !played.control_c;
-    const bool must_delete = knows_files && played.ending && played.ending->status == 0;
+                             !plan.Has(&DaemonEvent::fakes_transfers) && !result.control_c;
+    const bool must_delete = knows_files && result.ending && result.ending->status == 0;
     const std::set<std::string> may_stay = FilesThatMayStay(messages);
-    for (const std::string& name : played.files) {
+    for (const std::string& name : result.files) {
         const bool pulled = name == "phonebook.vcf" || name == "card.vcf";
         if (!pulled || (must_delete && may_stay.count(name) == 0))
             mistakes.push_back("leaves a file behind: " + name);
     }
-    for (const std::string& process : played.orphans)
+    for (const std::string& process : result.orphans)
         mistakes.push_back("leaves a process behind: " + process);
 }
 
 }  // namespace
 
-std::vector<std::string> FindMistakes(const Plan& plan, const Played& played) {
+std::vector<std::string> FindMistakes(const Plan& plan, const PlayResult& result) {
     Mistakes mistakes;
     // A tool that a signal ended, or whose terminal hung up, may have been about to write.
-    const bool cut = !played.ending || played.ending->signal || played.hung_up;
-    const OutputReading output = ReadOutput(played.output, cut, played.control_c);
+    const bool truncated = !result.ending || result.ending->signal || result.hung_up;
+    const OutputReading output = ReadOutput(result.output, truncated, result.control_c);
     if (output.mistake) mistakes.push_back("on standard output: " + *output.mistake);
-    CheckEnding(plan, played, mistakes);
-    CheckErrors(plan, played, mistakes);
-    CheckCalls(played, mistakes);
-    CheckFiles(plan, played, output.messages, mistakes);
+    CheckEnding(plan, result, mistakes);
+    CheckErrors(plan, result, mistakes);
+    CheckCalls(result, mistakes);
+    CheckFiles(plan, result, output.messages, mistakes);
     return mistakes;
 }
 

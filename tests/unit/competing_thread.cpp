@@ -1,4 +1,4 @@
-#include "unit/rival.h"
+#include "unit/competing_thread.h"
 
 #include "support/patience.h"
 
@@ -14,7 +14,7 @@ namespace morvane_test {
 bool IsAsleep(pid_t thread) {
     std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
     const std::string stat(std::istreambuf_iterator<char>(file), {});
-    const std::size_t name_end = stat.rfind(')');  // the name may hold anything
+    const std::size_t name_end = stat.rfind(')');  // the name may contain blanks and brackets
     return name_end != stat.npos && stat.compare(name_end + 2, 1, "S") == 0;
 }
 
@@ -27,16 +27,16 @@ bool AwaitSleep(pid_t thread) {
     return true;
 }
 
-void Rival::GoAsFarAsPossible() {
+void CompetingThread::RunUntilBlocked() {
     thread_ = std::thread([this] {
         id_ = gettid();
-        act_();
+        action_();
         is_done_ = true;
     });
     while (!is_done_ && (id_ == 0 || !IsAsleep(id_))) std::this_thread::yield();
 }
 
-void Rival::Join() {
+void CompetingThread::Join() {
     if (thread_.joinable()) thread_.join();
 }
 

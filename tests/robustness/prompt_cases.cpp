@@ -1,4 +1,4 @@
-#include "robustness/places.h"
+#include "robustness/prompt_cases.h"
 
 namespace morvane_test {
 namespace {
@@ -16,7 +16,7 @@ const std::string kCallFailed = "Remote Call failed: ";
 // The calls besides those in front of which there is a filter menu.
 struct CallRow {
     Id id;
-    PlaceCall call;
+    AnswerCall call;
 };
 
 const CallRow kCalls[] = {
@@ -31,7 +31,7 @@ const CallRow kCalls[] = {
     {Id::kTransfer, {"p", "Suspend", "()", "Remote Call failed ", Id::kTransfer}},
 };
 
-PlaceCall CallAt(Id id) {
+AnswerCall CallAt(Id id) {
     for (const CallRow& row : kCalls)
         if (row.id == id) return row.call;
     for (const Operation& operation : FilteredOperations())
@@ -41,13 +41,13 @@ PlaceCall CallAt(Id id) {
     return {};
 }
 
-PlaceProperty PropertyAt(Id id) {
+PromptProperty PropertyAt(Id id) {
     if (id == Id::kMain) return {kPhonePath, simulator::kDeviceInterface, "Alias", "", ""};
     if (id == Id::kDevice) return {kPhonePath, simulator::kDeviceInterface, "Address", "", ""};
     if (id == Id::kTransfer)
         return {kFirstTransfer, simulator::kTransferInterface, "Status",
-                Notice(kTransferMenu, "Status Attribute Received: Unknown\n"),
-                Notice(kTransferMenu, "Status Attribute Received: queued\n")};
+                Notification(kTransferMenu, "Status Attribute Received: Unknown\n"),
+                Notification(kTransferMenu, "Status Attribute Received: queued\n")};
     if (!InSession(id)) return {};
     return {kFirstSession, simulator::kSessionInterface, "ConnectionState", "", ""};
 }
@@ -89,101 +89,101 @@ std::string EndOfInputAt(Id id) {
     if (row.asks == Asks::kNumber)
         return Red(row.error + "\n") + Prompt(above) + EndOfInputAt(above);
     const Id next = NextAfter(row, row.answer);
-    return Asking(next) + EndOfInputAt(next);
+    return QuestionAndPrompt(next) + EndOfInputAt(next);
 }
 
-std::string NonsenseAt(Id id) {
+std::string InvalidAnswerOutputAt(Id id) {
     const PromptRow& row = RowOf(id);
     if (row.asks == Asks::kKey) return kInvalidSelection + Prompt(id);
     if (row.asks == Asks::kNumber) return kInvalidValue + Prompt(id);
     if (id == Id::kHandle) return EndOfInputAt(id);
-    return Asking(NextAfter(row, row.answer));
+    return QuestionAndPrompt(NextAfter(row, row.answer));
 }
 
-Place MakePlace(const PromptRow& row) {
+PromptCase MakePromptCase(const PromptRow& row) {
     const Id next = NextAfter(row, row.answer);
     const bool enters = row.move == Move::kGo;
-    Place place = {
+    PromptCase prompt = {
         row,
-        WayTo(row.id),
-        ResultAt(row.id) + (enters ? Asking(next) : Prompt(next)),
+        PathTo(row.id),
+        ResultAt(row.id) + (enters ? QuestionAndPrompt(next) : Prompt(next)),
         LostAt(row.id),
-        NonsenseAt(row.id),
+        InvalidAnswerOutputAt(row.id),
         EndOfInputAt(row.id),
-        row.asks == Asks::kText ? Asking(next) + EndOfInputAt(next) : EndOfInputAt(row.id),
+        row.asks == Asks::kText ? QuestionAndPrompt(next) + EndOfInputAt(next) : EndOfInputAt(row.id),
         CallAt(row.id),
         PropertyAt(row.id)};
-    place.leaves_loss_to_its_call = row.id == Id::kPullFilters;
+    prompt.reports_loss_in_its_call = row.id == Id::kPullFilters;
     // There is a session to remove.
     if (row.id == Id::kMain)
-        place.opening = {{Id::kMain, "c", Id::kDevice},
+        prompt.opening = {{Id::kMain, "c", Id::kDevice},
                          {Id::kDevice, "0", Id::kPhonebookMenu},
                          {Id::kPhonebookMenu, "x", Id::kMain}};
-    return place;
+    return prompt;
 }
 
-std::vector<Place> MakePlaces() {
-    std::vector<Place> places;
+std::vector<PromptCase> MakePromptCases() {
+    std::vector<PromptCase> prompts;
     for (const PromptRow& row : Prompts())
-        if (row.id != Id::kCancelledTransfer) places.push_back(MakePlace(row));
-    return places;
+        if (row.id != Id::kCancelledTransfer) prompts.push_back(MakePromptCase(row));
+    return prompts;
 }
 
 }  // namespace
 
-const std::vector<Place>& Places() {
-    static const std::vector<Place> places = MakePlaces();
-    return places;
+const std::vector<PromptCase>& PromptCases() {
+    static const std::vector<PromptCase> prompts = MakePromptCases();
+    return prompts;
 }
 
-void PlaceTest::StartPlaceDaemon(const Place& place) {
+void PromptCaseTest::StartCaseDaemon(const PromptCase&prompt) {
     StartDaemon().AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
     daemon().SetPullContent(std::string(1000, 'x'));
     daemon().Reply("ListFilterFields", Value(FilterFieldsReply()));
-    if (!place.call.reply.empty()) daemon().Reply(place.call.method, Value(place.call.reply));
+    if (!prompt.call.reply.empty()) daemon().Reply(prompt.call.method, Value(prompt.call.reply));
 }
 
-void PlaceTest::ReachBase(const Place& place, Here here) {
-    if (InSession(place.id)) OpenSession(0, here);
-    if (NeedsSelection(place.id)) SelectPhonebook(0, 0, here);
+void PromptCaseTest::ReachBase(const PromptCase&prompt, Here here) {
+    if (InSession(prompt.id)) OpenSession(0, here);
+    if (NeedsSelection(prompt.id)) SelectPhonebook(0, 0, here);
 }
 
-void PlaceTest::Open(const Place& place, Here here) {
-    for (const Answer& answer : place.opening) {
+void PromptCaseTest::Open(const PromptCase&prompt, Here here) {
+    for (const Answer& answer : prompt.opening) {
         Type(answer.line, here);
         Await(Prompt(answer.next), here);
     }
 }
 
-void PlaceTest::Reach(const Place& place, const ConsoleOptions& options, Here here) {
-    StartPlaceDaemon(place);
+void PromptCaseTest::Reach(const PromptCase&prompt, const ConsoleOptions& options, Here here) {
+    StartCaseDaemon(prompt);
     Start(options, here);
-    ReachBase(place, here);
-    Open(place, here);
+    ReachBase(prompt, here);
+    Open(prompt, here);
 }
 
-void PlaceTest::EndTransfer(const Place& place, Here here) {
-    if (place.HasTransfer()) daemon().AbortTransfer(kFirstTransfer);
-    ExpectEndOfTransfer(place, here);
+void PromptCaseTest::EndTransfer(const PromptCase&prompt, Here here) {
+    if (prompt.HasTransfer()) daemon().AbortTransfer(kFirstTransfer);
+    ExpectEndOfTransfer(prompt, here);
 }
 
-void PlaceTest::ExpectEndOfTransfer(const Place& place, Here here) {
-    if (place.HasTransfer())
-        Expect(Notice(place.segment, "Status Attribute Received: error\n"), here);
+void PromptCaseTest::ExpectEndOfTransfer(const PromptCase&prompt, Here here) {
+    if (prompt.HasTransfer())
+        Expect(Notification(prompt.segment, "Status Attribute Received: error\n"), here);
 }
 
-std::string PlaceTest::Located(std::string output) const {
+std::string PromptCaseTest::Located(std::string output) const {
     const std::string mark = "<directory>";
     for (std::size_t at = output.find(mark); at != output.npos; at = output.find(mark))
         output.replace(at, mark.size(), directory().Path());
     return output;
 }
 
-void PlaceTest::ExpectOutput(const std::string& output, Here here) {
+void PromptCaseTest::ExpectOutput(const std::string& output, Here here) {
     Expect(Located(output), here);
 }
 
-void PlaceTest::ExpectInAnyOrder(const std::vector<std::string>& messages, Here here) {
+void PromptCaseTest::ExpectInAnyOrder(const std::vector<std::string>& messages, Here here) {
     const std::size_t before = console().Consumed().size();
     std::size_t length = 0;
     for (const std::string& message : messages) length += message.size();
@@ -192,19 +192,19 @@ void PlaceTest::ExpectInAnyOrder(const std::vector<std::string>& messages, Here 
         FailTest(here, "other output came between: " + console().Consumed().substr(before));
 }
 
-std::vector<const Place*> PlacesThat(bool (*condition)(const Place&)) {
-    std::vector<const Place*> places;
-    for (const Place& place : Places())
-        if (condition(place)) places.push_back(&place);
-    return places;
+std::vector<const PromptCase*> PromptCasesWith(bool (*condition)(const PromptCase&)) {
+    std::vector<const PromptCase*> prompts;
+    for (const PromptCase&prompt : PromptCases())
+        if (condition(prompt)) prompts.push_back(&prompt);
+    return prompts;
 }
 
-std::string NameOfPlace(const testing::TestParamInfo<const Place*>& place) {
-    return place.param->name;
+std::string NameOfPrompt(const testing::TestParamInfo<const PromptCase*>& prompt) {
+    return prompt.param->name;
 }
 
-void PrintTo(const Place* place, std::ostream* stream) {
-    *stream << place->name;
+void PrintTo(const PromptCase*prompt, std::ostream* stream) {
+    *stream << prompt->name;
 }
 
 }  // namespace morvane_test
