@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// What the calls to the daemon have in common.
+// Behaviour that all calls to the daemon share.
 
 namespace morvane_test {
 namespace {
@@ -28,7 +28,7 @@ class EveryOperation : public ConversationTest, public testing::WithParamInterfa
     }
 };
 
-TEST_P(EveryOperation, AsksTheSessionAndPrintsItsAnswer) {
+TEST_P(EveryOperation, CallsSessionAndPrintsReply) {
     const bool pulls = GetParam().reply_type == "(oa{sv})";
     OpenPhonebook();
     daemon().Reply(Method(), Value(GetParam().reply));
@@ -41,7 +41,7 @@ TEST_P(EveryOperation, AsksTheSessionAndPrintsItsAnswer) {
     EXPECT_EQ(call.interface, "com.veltrisonix.obex.PhonebookAccess1");
 }
 
-TEST_P(EveryOperation, SurvivesItsFailure) {
+TEST_P(EveryOperation, PrintsErrorsAndCanBeRepeated) {
     OpenPhonebook();
     daemon().Refuse(Method(), "com.veltrisonix.Error.Failed", "100%s busy", 1);
     Perform();
@@ -87,8 +87,8 @@ std::vector<CallRow> AllCalls() {
 
 class EveryCall : public ConversationTest, public testing::WithParamInterface<CallRow> {};
 
-// While the menu thread is in the call it may be using what is removed.
-TEST_P(EveryCall, DelaysRemovalsUntilItsResultIsPrinted) {
+// The menu thread may be using the objects during the call.
+TEST_P(EveryCall, DelaysRemovalsUntilResultIsPrinted) {
     const auto& [method, menu, lines, failure] = GetParam();
     OpenPrompt(menu);
     if (menu == PromptId::kPhonebookMenu) SelectPhonebook();

@@ -33,7 +33,7 @@ class ClientTest : public ConversationTest {
     }
 };
 
-TEST_F(ClientTest, OpensAndRemovesASession) {
+TEST_F(ClientTest, OpensAndRemovesSession) {
     Start();
     ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + Prompt(kPhonebookMenu));
@@ -47,7 +47,7 @@ TEST_F(ClientTest, OpensAndRemovesASession) {
     EXPECT_TRUE(daemon().Sessions().empty());
 }
 
-TEST_F(ClientTest, RemovesTheLastSessionAgainWhenAskedTo) {
+TEST_F(ClientTest, RemoveKeyRemovesLatestSessionAgain) {
     Start();
     Type("r");
     Expect(Prompt());
@@ -68,7 +68,7 @@ TEST_F(ClientTest, RemovesTheLastSessionAgainWhenAskedTo) {
     ExpectRemoveSession(kSecondSession);
 }
 
-TEST_F(ClientTest, KeepsASessionThatCannotBeRemovedUntilThereIsANewOne) {
+TEST_F(ClientTest, KeepsSessionThatWasNotRemovedUntilNextIsCreated) {
     OpenSession();
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
     Type("x");
@@ -86,7 +86,7 @@ TEST_F(ClientTest, KeepsASessionThatCannotBeRemovedUntilThereIsANewOne) {
     ExpectNoOutput();
 }
 
-TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
+TEST_F(ClientTest, ReleasesOldSessionAfterNewOneOpened) {
     OpenSelectedSession();
     PullAll("one");
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
@@ -110,7 +110,7 @@ TEST_F(ClientTest, DropsTheOldSessionWhenTheNewOneStands) {
     ExpectRemoveSession(kSecondSession);
 }
 
-TEST_F(ClientTest, TakesItsSessionAlongWhenItGoes) {
+TEST_F(ClientTest, RemovalOfClientReleasesItsSession) {
     OpenSession();
     RemoveClient(kPhonebookMenu);
     ReturnClient(kPhonebookMenu);
@@ -123,7 +123,7 @@ TEST_F(ClientTest, TakesItsSessionAlongWhenItGoes) {
     EXPECT_EQ(CountCalls("RemoveSession"), 0U);
 }
 
-TEST_F(ClientTest, LeavesASessionWhoseDaemonWentMeanwhile) {
+TEST_F(ClientTest, HandlesDaemonThatDisconnectsDuringCreateSession) {
     Start();
     daemon().Hang("CreateSession");
     ChooseDevice();
@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(, CredentialTest,
                                          Credential{PromptId::kPassword, "p", "SetPassword"}),
                          [](const auto& test) { return RowOf(test.param.prompt).name; });
 
-TEST_P(CredentialTest, SendsAtMostTheLimit) {
+TEST_P(CredentialTest, TruncatesToLimit) {
     Start();
     const std::string most(RowOf(GetParam().prompt).limit, 'a');
     for (const char* const rest : {"bcdef", "b", ""}) ExpectSent(most + rest, most);
@@ -166,14 +166,14 @@ TEST_P(CredentialTest, SendsAtMostTheLimit) {
     EXPECT_EQ(daemon().Calls().size(), 3U);
 }
 
-TEST_P(CredentialTest, SendsWhatWasTyped) {
+TEST_P(CredentialTest, SendsTextUnchanged) {
     Start();
     for (const char* const text : {"", "x", " a b ", "%s%n"}) ExpectSent(text, text);
 }
 
-// The bus carries whole characters only: one that the limit cuts is left out, and bytes that are
-// none are replaced.
-TEST_P(CredentialTest, SendsValidTextOnly) {
+// Strings on the bus must be valid UTF-8: a truncated last character is dropped and invalid bytes
+// are replaced.
+TEST_P(CredentialTest, SendsValidUtf8) {
     Start();
     const std::string nearly_most(RowOf(GetParam().prompt).limit - 1, 'a');
     ExpectSent(nearly_most + "ü", nearly_most);

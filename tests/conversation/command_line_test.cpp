@@ -15,7 +15,7 @@ const std::string kUsage =
 struct CommandLineRow {
     std::string name;
     std::vector<std::string> arguments;
-    std::string result;  ///< the instance, or the message above the usage
+    std::string result;  ///< the instance, or the message before the usage
 };
 
 void PrintTo(const CommandLineRow& row, std::ostream* stream) {
@@ -28,7 +28,7 @@ const auto kRowName = [](const auto& test) { return test.param.name; };
 
 class AcceptedCommandLine : public CommandLine {};
 
-TEST_P(AcceptedCommandLine, SelectsTheInstance) {
+TEST_P(AcceptedCommandLine, SelectsInstance) {
     simulator::Options options = simulator::Options::Scripted();
     options.instance = GetParam().result;
     StartDaemon(options);
@@ -60,13 +60,13 @@ INSTANTIATE_TEST_SUITE_P(, AcceptedCommandLine, testing::ValuesIn(kAccepted), kR
 
 class RefusedCommandLine : public CommandLine {};
 
-TEST_P(RefusedCommandLine, PrintsTheUsage) {
+TEST_P(RefusedCommandLine, PrintsUsage) {
     Launch(WithArguments(GetParam().arguments));
     Expect(GetParam().result + kUsage);
     ExpectExit(255);
 }
 
-const CommandLineRow kRefusedLines[] = {
+const CommandLineRow kRejected[] = {
     {"NoDash", {"bus"}, "Unrecognized command line option bus\n"},
     {"EmptyArgument", {""}, "Unrecognized command line option \n"},
     {"FormatInArgument", {"100%s"}, "Unrecognized command line option 100%s\n"},
@@ -82,9 +82,9 @@ const CommandLineRow kRefusedLines[] = {
     {"InstanceOf261Characters", {"-bus:" + std::string(261, 'a')}, ""},
 };
 
-INSTANTIATE_TEST_SUITE_P(, RefusedCommandLine, testing::ValuesIn(kRefusedLines), kRowName);
+INSTANTIATE_TEST_SUITE_P(, RefusedCommandLine, testing::ValuesIn(kRejected), kRowName);
 
-// The command line takes it, but there can be no such name on a bus.
+// Accepted as an argument, but not a valid bus name.
 class RefusedBusNameTest : public ConversationTest,
                            public testing::WithParamInterface<std::string> {};
 
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(, RefusedBusNameTest,
                                          std::string(240, 'i'), std::string(260, 'i'),
                                          std::string(260, 'i') + " " + std::string(300, 'i')));
 
-TEST_P(RefusedBusNameTest, EndsAtOnce) {
+TEST_P(RefusedBusNameTest, ExitsWithoutPrompt) {
     Launch(WithArguments({"-bus:" + GetParam()}));
     Expect(Red("Run menu\n") + Red("Error getting object manager client\n") + Banner());
     ExpectExit(0);

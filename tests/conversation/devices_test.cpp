@@ -15,7 +15,7 @@ struct DeviceRow {
     const char* line;
 };
 
-// What a daemon may say of a device, and its line.
+// Properties of a device, and the line for it.
 constexpr DeviceRow kRows[] = {
     {"/dev_plain", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Plain'>, 'Name': <'Other'>}",
      "00:11:22:33:44:55 | Plain"},
@@ -55,7 +55,7 @@ class DevicesTest : public ConversationTest {
     }
 };
 
-TEST_F(DevicesTest, ShowsAddressAndAlias) {
+TEST_F(DevicesTest, DisplaysAddressAndAlias) {
     StartWithoutDevices();
     std::vector<std::string> lines;
     for (const DeviceRow& row : kRows) {
@@ -69,7 +69,7 @@ TEST_F(DevicesTest, ShowsAddressAndAlias) {
     Expect(Red("Invalid Client selected\n") + Prompt());
 }
 
-TEST_F(DevicesTest, ShowsWhatTheDaemonAnnouncedLast) {
+TEST_F(DevicesTest, DisplaysLatestProperties) {
     StartWithoutDevices();
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Old'>}");
     Announce("Alias", "'New'");
@@ -84,7 +84,7 @@ TEST_F(DevicesTest, ShowsWhatTheDaemonAnnouncedLast) {
     ExpectList({"00:11:22:33:44:77 | New"});
 }
 
-TEST_F(DevicesTest, AsksTheDaemonNothingToShowADevice) {
+TEST_F(DevicesTest, DisplaysDevicesFromCacheWithoutCalls) {
     StartWithoutDevices();
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Phone'>}");
     for (const char* const method : {"Get", "GetAll", "GetManagedObjects"}) daemon().Hang(method);
@@ -97,8 +97,8 @@ TEST_F(DevicesTest, AsksTheDaemonNothingToShowADevice) {
     Expect(Red("Invalid Client selected\n") + Prompt());
 }
 
-// Such a device is in the registry all the same: its properties may still come.
-TEST_F(DevicesTest, KeepsADeviceWhosePropertiesCannotBeRead) {
+// The device is registered: its properties may arrive later.
+TEST_F(DevicesTest, KeepsDeviceWhosePropertiesCannotBeRead) {
     StartWithoutDevices();
     daemon().Refuse("GetAll", "com.veltrisonix.Error.Failed", "No", 1);
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Phone'>}");

@@ -12,7 +12,7 @@ namespace {
 
 const std::string kDevice = "/com/veltrisonix/hci0/dev_1";
 
-// The line of an object that was found, whether or not a prompt stands already.
+// The line for an object that was found, with or without a displayed prompt.
 std::string FoundLine(const std::string& kind, const std::string& path) {
     return kResetSequence + ("Found " + kind + " " + path + "\n");
 }
@@ -27,7 +27,7 @@ std::string RemovedNotice(const std::string& path) {
 
 class DiscoveryTest : public ConversationTest {
   protected:
-    /// Does not await that the tool notices.
+    /// Does not wait until the tool has processed it.
     void Publish(const std::string& path, const std::string& alias = "Phone") {
         daemon().AddDevice(path, kPhoneAddress, alias);
     }
@@ -37,14 +37,14 @@ class DiscoveryTest : public ConversationTest {
         Expect(DeviceList(devices) + Prompt(), here);
     }
 
-    /// The tool stands at the main prompt; nothing else has happened.
+    /// Starts the tool and expects no other output before the main prompt.
     void LaunchAlone() {
         Launch();
         Expect(Red("Run menu\n") + Banner() + Prompt());
     }
 };
 
-TEST_F(DiscoveryTest, ReportsWhatIsThereAtTheStart) {
+TEST_F(DiscoveryTest, ReportsExistingObjectsAtStart) {
     StartDaemon();
     Publish(kDevice);
     Publish("/com/veltrisonix/hci0/dev");
@@ -56,7 +56,7 @@ TEST_F(DiscoveryTest, ReportsWhatIsThereAtTheStart) {
     ExpectList({"00:1B:DC:07:31:9A | Phone"});
 }
 
-TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
+TEST_F(DiscoveryTest, TracksAddedAndRemovedObjects) {
     StartDaemon().RemoveClient();
     LaunchAlone();
     AddDevice(kDevice, kPhoneAddress, "Phone");
@@ -73,7 +73,7 @@ TEST_F(DiscoveryTest, FollowsObjectsThatComeAndGo) {
     ExpectList({});
 }
 
-TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
+TEST_F(DiscoveryTest, ListsDevicesInOrderOfAddition) {
     StartDaemon();
     Start();
     for (const char* const path : {"/dev_c", "/dev_a", "/dev_b"})
@@ -87,7 +87,7 @@ TEST_F(DiscoveryTest, ListsDevicesInTheOrderInWhichTheyWereFound) {
         {"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b", "00:00:00:00:00:02 | /dev_a"});
 }
 
-TEST_F(DiscoveryTest, TellsDevicesByTheBeginningOfTheLastElement) {
+TEST_F(DiscoveryTest, RecognisesDevicesByLastPathElement) {
     StartDaemon();
     Start();
     for (const char* const path : {"/com/veltrisonix/obex/dev_00_11", "/dev_", "/dev_dev_",
@@ -113,7 +113,7 @@ TEST_F(DiscoveryTest, IgnoresOtherObjects) {
     ExpectList({});
 }
 
-TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
+TEST_F(DiscoveryTest, UsesOnlyTheRequestedInstance) {
     auto options = simulator::Options::Scripted();
     options.instance = "bench.b2";
     StartDaemon(options);
@@ -132,8 +132,7 @@ TEST_F(DiscoveryTest, KnowsOnlyTheInstanceThatWasAskedFor) {
     EXPECT_TRUE(other.Calls().empty());
 }
 
-// No owner of the name is no failure.
-TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
+TEST_F(DiscoveryTest, FindsObjectsWhenDaemonStartsOrReturns) {
     LaunchAlone();
     Type("c");
     Expect(kNoClient + Prompt());
@@ -152,8 +151,8 @@ TEST_F(DiscoveryTest, AwaitsTheDaemonAndItsReturn) {
     }
 }
 
-// A bus that knows how to start the daemon does so.
-TEST_F(DiscoveryTest, AsksTheBusToStartTheDaemon) {
+// The bus may be able to activate the daemon.
+TEST_F(DiscoveryTest, RequestsDaemonActivationFromBus) {
     for (const std::string instance : {"", "bench"}) {
         ConsoleOptions options;
         if (!instance.empty()) options.arguments = {"-bus:" + instance};
@@ -165,9 +164,9 @@ TEST_F(DiscoveryTest, AsksTheBusToStartTheDaemon) {
     }
 }
 
-// Additions wait for nobody; removals wait until the operator is asked. The line of a removal may
-// come before or under that prompt.
-TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
+// Additions are processed immediately, removals at the next prompt. The message of a removal may
+// come before or after that prompt.
+TEST_F(DiscoveryTest, AddsDevicesDuringCallAndRemovesThemAtNextPrompt) {
     StartDaemon();
     Publish(kDevice);
     Start();
@@ -183,8 +182,8 @@ TEST_F(DiscoveryTest, AddsAtOnceAndRemovesAtTheNextPromptWhileACallHangs) {
     Await(DeviceList({"00:1B:DC:07:31:9A | /dev_2", "00:1B:DC:07:31:9A | /dev_3"}) + Prompt());
 }
 
-// A removal that waits gets its turn at the next prompt, however little time that leaves.
-TEST_F(DiscoveryTest, RemovesBeforeTheLinesThatWereTypedAhead) {
+// A waiting removal is processed at the next prompt even if the next line is already typed.
+TEST_F(DiscoveryTest, ProcessesRemovalBeforeLinesTypedAhead) {
     StartDaemon();
     Publish(kDevice);
     Start();
@@ -197,8 +196,8 @@ TEST_F(DiscoveryTest, RemovesBeforeTheLinesThatWereTypedAhead) {
     EXPECT_EQ(console().Output().find("| Phone"), std::string::npos);
 }
 
-// Proxies that went with their session do not see the daemon go.
-TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
+// A proxy of a closed session must not report that the daemon disconnects.
+TEST_F(DiscoveryTest, ReportsNoSessionChangesWhenDaemonDisconnects) {
     for (const bool session_is_open : {false, true}) {
         StartDaemon();
         Publish(kDevice);
@@ -210,7 +209,8 @@ TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
         }
         daemon().LeaveBus();
         const std::string segment = session_is_open ? kPhonebookMenu : "";
-        const std::string removed = Notification(segment, "Removed " + kClient + "\n", kRedSequence);
+        const std::string removed =
+            Notification(segment, "Removed " + kClient + "\n", kRedSequence);
         AwaitAll({removed, Notification(segment, "Removed " + kDevice + "\n", kRedSequence)});
         daemon().ReturnToBus();
         AwaitAll({Notification(segment, "Found Client " + kClient + "\n"),
@@ -223,7 +223,7 @@ TEST_F(DiscoveryTest, SaysNothingOfSessionsWhenTheDaemonGoes) {
     }
 }
 
-TEST_F(DiscoveryTest, EndsWhenTheDaemonDoesNotTellItsObjects) {
+TEST_F(DiscoveryTest, ExitsIfGetManagedObjectsFails) {
     StartDaemon().Refuse("GetManagedObjects", "com.veltrisonix.Error.Failed", "Not today");
     Launch();
     console().ExpectError(

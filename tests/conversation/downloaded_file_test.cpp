@@ -20,7 +20,7 @@ void WriteFile(const std::string& name, const std::string& content) {
     std::ofstream(name, std::ios::binary | std::ios::trunc) << content;
 }
 
-/// What the daemon wrote, shown and deleted from the transfer menu.
+/// The file that the daemon wrote, displayed and deleted in the transfer menu.
 class DownloadedFileTest : public ConversationTest {
   protected:
     void SetUp() override {
@@ -44,7 +44,7 @@ class DownloadedFileTest : public ConversationTest {
         Expect(messages + Prompt(kTransferMenu), here);
     }
 
-    /// The file with this name is announced and shown, in these pieces.
+    /// Expects this file in these pieces.
     void ExpectPieces(const std::string& file, const std::vector<std::string>& pieces,
                       Here here = Here::Now()) {
         std::string messages = Normal("Displaying: " + file + "\n");
@@ -58,7 +58,7 @@ class DownloadedFileTest : public ConversationTest {
         ExpectPieces(PulledPhonebook(), pieces, here);
     }
 
-    /// Leaves the menu, and enters it again with the next pull.
+    /// Leaves the menu with "x", then pulls again.
     void ExpectRemoval(const std::string& messages, Here here = Here::Now()) {
         Type("x", here);
         Expect(messages + Prompt(kPhonebookMenu), here);
@@ -66,7 +66,7 @@ class DownloadedFileTest : public ConversationTest {
     }
 };
 
-TEST_F(DownloadedFileTest, IsShownInPiecesOf512Bytes) {
+TEST_F(DownloadedFileTest, IsDisplayedInPiecesOf512Bytes) {
     const std::string piece(kPiece, 'v');
     ExpectContent("", {""});
     ExpectContent("BEGIN:VCARD\n", {"BEGIN:VCARD\n"});
@@ -81,7 +81,7 @@ TEST_F(DownloadedFileTest, IsShownInPiecesOf512Bytes) {
     }());
 }
 
-TEST_F(DownloadedFileTest, IsShownAsItIs) {
+TEST_F(DownloadedFileTest, IsDisplayedUnchangedUpToZeroByte) {
     ExpectContent("100%s %n %d%", {"100%s %n %d%"});
     ExpectContent("\x1b[2J\xff\xfe\r\n\t", {"\x1b[2J\xff\xfe\r\n\t"});
     ExpectContent(std::string("ab\0cd", 5), {"ab"});
@@ -89,7 +89,7 @@ TEST_F(DownloadedFileTest, IsShownAsItIs) {
     ExpectContent(std::string(kPiece - 1, 'v') + '\0' + "w", {std::string(kPiece - 1, 'v'), "w"});
 }
 
-TEST_F(DownloadedFileTest, IsShownUnderTheNameAnnouncedLast) {
+TEST_F(DownloadedFileTest, IsDisplayedFromLatestFilename) {
     for (const char* const name : {"100%s%n.vcf",
                                    "b\xc3\xbc"
                                    "cher und mehr.vcf"}) {
@@ -104,7 +104,7 @@ TEST_F(DownloadedFileTest, IsShownUnderTheNameAnnouncedLast) {
     ExpectPieces(link, {"100%s%n.vcf"});
 }
 
-TEST_F(DownloadedFileTest, CannotBeShownWithoutANameOrAFile) {
+TEST_F(DownloadedFileTest, DisplayReportsMissingNameOrFile) {
     for (const std::string& file : {directory().File("missing"), PulledPhonebook() + "/below",
                                     std::string("not/here"), std::string()}) {
         Announce(file);
@@ -119,20 +119,20 @@ TEST_F(DownloadedFileTest, CannotBeShownWithoutANameOrAFile) {
     ExpectDisplay(Red("Filename property not set!"));
 }
 
-TEST_F(DownloadedFileTest, IsNotWaitedForWhenItCannotBeRead) {
+TEST_F(DownloadedFileTest, DisplayDoesNotBlockOnUnreadableFile) {
     const std::string pipe = directory().File("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (const std::string& name : {directory().Path(), pipe, std::string("/proc/self/mem")}) {
         Announce(name);
         ExpectPieces(name, {});
     }
-    // Nor while somebody holds the pipe open.
-    const FileDescriptor holder(Checked(open(pipe.c_str(), O_RDWR | O_CLOEXEC), "open"));
+    // Not even if a writer has the pipe open.
+    const FileDescriptor writer(Checked(open(pipe.c_str(), O_RDWR | O_CLOEXEC), "open"));
     Announce(pipe);
     ExpectPieces(pipe, {});
 }
 
-TEST_F(DownloadedFileTest, IsDeletedOnLeaving) {
+TEST_F(DownloadedFileTest, IsDeletedWhenMenuIsLeft) {
     const std::string content = "BEGIN:VCARD\n";
     WriteFile(PulledPhonebook(), content);
     WriteFile(PulledCard(), content);
@@ -148,7 +148,7 @@ TEST_F(DownloadedFileTest, IsDeletedOnLeaving) {
     EXPECT_FALSE(std::filesystem::exists(PulledCard()));
 }
 
-TEST_F(DownloadedFileTest, IsDeletedUnderTheNameAnnouncedLast) {
+TEST_F(DownloadedFileTest, IsDeletedByLatestFilename) {
     const std::string strange = directory().File("100%s%n.vcf");
     const std::string link = directory().File("link");
     const std::string pipe = directory().File("pipe");
@@ -165,7 +165,7 @@ TEST_F(DownloadedFileTest, IsDeletedUnderTheNameAnnouncedLast) {
     EXPECT_TRUE(std::filesystem::exists(PulledCard()));
 }
 
-TEST_F(DownloadedFileTest, StaysSilentlyWhenItCannotBeDeleted) {
+TEST_F(DownloadedFileTest, FailedDeletionPrintsNoError) {
     Announce(directory().File("missing"));
     ExpectRemoval(Normal("Removing: " + directory().File("missing") + "\n"));
     Announce(directory().Path());
@@ -178,7 +178,7 @@ TEST_F(DownloadedFileTest, StaysSilentlyWhenItCannotBeDeleted) {
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
 }
 
-TEST_F(DownloadedFileTest, HasNoNameWhenTheDaemonGivesNone) {
+TEST_F(DownloadedFileTest, HandlesMissingFilenameProperty) {
     daemon().HideProperty(simulator::kAnyPath, kTransferInterface, "Filename");
     ExpectRemoval(Normal("Removing: " + PulledPhonebook() + "\n"));
     ExpectDisplay(Red("Filename property not set!"));

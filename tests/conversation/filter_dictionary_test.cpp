@@ -10,7 +10,8 @@
 namespace morvane_test {
 namespace {
 
-// Words typed in a filter menu before "d", and what is sent then. The fields are N, TEL and EMAIL.
+// Lines typed in a filter menu before "d", and the filters that are sent. The fields are N, TEL and
+// EMAIL.
 struct Choice {
     std::string words;
     std::string filters;
@@ -18,7 +19,7 @@ struct Choice {
 
 struct Theme {
     std::string name;
-    std::vector<std::string> methods;  ///< of the operations in whose menus it is tried
+    std::vector<std::string> methods;  ///< operations with these filters
     std::vector<Choice> choices;
 };
 
@@ -89,7 +90,7 @@ const Theme kThemes[] = {
       {"i l 0 l 1 u", kNothing},
       {"k 1 l 0 u l 1", "{'FilterAny': <['TEL']>}"},
       {"m l 0 u", "{'ResetNewMissedCalls': <true>}"}}},
-    // The fields of cards and those of selectors are chosen side by side.
+    // Fields of cards and of selectors are independent.
     {"BothLists",
      {"PullAll"},
      {{"s 0 l 0", "{'Fields': <['N']>, 'FilterAll': <@as []>}"},
@@ -114,7 +115,7 @@ const Theme kThemes[] = {
      {"GetSizePhonebook", "GetSizeListing"},
      {{"m k 1 l 0 k 0 l 1 h",
        "{'ResetNewMissedCalls': <true>, 'FilterAll': <['TEL']>, 'FilterAny': <['TEL', 'N']>}"}}},
-    // Nothing of one run of a menu is left in the next.
+    // Filters are cleared when the menu opens again.
     {"FreshSelectors",
      kSelections,
      {{"i k 0", kNothing},
@@ -133,7 +134,7 @@ std::string Print(GVariant* value) {
     return morvane::TextPtr(g_variant_print(value, TRUE)).get();
 }
 
-// The entries with their types, in an order of their own.
+// The sorted entries, with their types.
 std::vector<std::string> Entries(GVariant* dictionary) {
     std::vector<std::string> entries;
     for (gsize index = 0; index < g_variant_n_children(dictionary); ++index) {
@@ -144,7 +145,7 @@ std::vector<std::string> Entries(GVariant* dictionary) {
     return entries;
 }
 
-// The filters are every call's last argument.
+// The filters are the last argument of each call.
 std::vector<std::string> SentFilters(const simulator::Call& call) {
     const Value body(call.body);
     const morvane::VariantPtr filters(
@@ -168,13 +169,13 @@ class FilterDictionaries : public ConversationTest {
         for (std::string word; stream >> word;) Type(word, here);
     }
 
-    // From the phone book menu, and back to it.
+    // Starts and ends at the phone book menu.
     void ExpectFilters(const Operation& operation, const Choice& choice, Here here = Here::Now()) {
         SCOPED_TRACE("typed: " + choice.words);
         for (const std::string& line : operation.lines) Type(line, here);
         TypeWords(choice.words + " d", here);
         const auto call = daemon().AwaitCall(operation.method, Patience());
-        ASSERT_TRUE(call) << "nobody called " << operation.method;
+        ASSERT_TRUE(call) << "no call of " << operation.method;
         EXPECT_EQ(SentFilters(*call), Entries(Value(choice.filters)));
         Await(kRefused + kPhonebookPrompt, here);
     }
@@ -202,7 +203,7 @@ std::vector<ThemeOfOperation> AllThemes() {
 class FilterDictionary : public FilterDictionaries,
                          public testing::WithParamInterface<ThemeOfOperation> {};
 
-TEST_P(FilterDictionary, HoldsWhatWasChosen) {
+TEST_P(FilterDictionary, ContainsChosenFilters) {
     const auto& [operation, theme] = GetParam();
     OpenPhonebook(operation);
     for (const Choice& choice : theme.choices) ExpectFilters(operation, choice);
@@ -211,14 +212,14 @@ TEST_P(FilterDictionary, HoldsWhatWasChosen) {
 INSTANTIATE_TEST_SUITE_P(, FilterDictionary, testing::ValuesIn(AllThemes()),
                          [](const auto& row) { return row.param.Name(); });
 
-TEST_F(FilterDictionaries, WithoutFieldsHoldEmptyLists) {
+TEST_F(FilterDictionaries, AreEmptyListsWithoutFields) {
     OpenPhonebook(OperationOf("PullAll"), "(@as [],)");
     ExpectFilters(OperationOf("PullAll"), {"a", "{'Fields': <@as []>}"});
     ExpectFilters(OperationOf("PullAll"), {"i l 0", "{'FilterAll': <@as []>}"});
     ExpectFilters(OperationOf("PullAll"), {"s 0 k 0 l 1", "{'FilterAny': <@as []>}"});
 }
 
-TEST_F(FilterDictionaries, HoldTheFieldsThatWereListedLast) {
+TEST_F(FilterDictionaries, ContainLatestListedFields) {
     OpenPhonebook(OperationOf("Pull"));
     ExpectFilters(OperationOf("Pull"), {"a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"});
     daemon().Reply("ListFilterFields", Value("(['URL', 'N', 'URL'],)"));

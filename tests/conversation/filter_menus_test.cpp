@@ -13,7 +13,7 @@ const std::string kFilterPrompt = Prompt(kFilterMenu);
 
 class FilterMenus : public ConversationTest {
   protected:
-    // The daemon refuses the operation, which costs the least time.
+    // The daemon refuses the operation: the test needs no transfer.
     void OpenPhonebook(const std::string& method,
                        const std::vector<std::string>& fields = FilterFields(),
                        Here here = Here::Now()) {
@@ -40,7 +40,7 @@ class FilterMenu : public FilterMenus, public testing::WithParamInterface<Operat
     }
 };
 
-TEST_P(FilterMenu, AsksForEachValueAndTakesTheOtherKeysWithoutAWord) {
+TEST_P(FilterMenu, AsksForValuesAndAcceptsOtherKeysWithoutMessage) {
     OpenPhonebook(Method());
     OpenMenu();
     for (const KeyRow& row : KeysOf(Filters())) {
@@ -63,7 +63,7 @@ TEST_P(FilterMenu, AsksForEachValueAndTakesTheOtherKeysWithoutAWord) {
     Expect(kRefused + kPhonebookPrompt);
 }
 
-TEST_P(FilterMenu, FetchesTheFieldsOnlyIfThereAreNone) {
+TEST_P(FilterMenu, FetchesFieldsOnlyIfNoneAreStored) {
     OpenPhonebook(Method(), {});
     for (const std::size_t calls : {1U, 2U}) {
         OpenMenu();
@@ -78,7 +78,7 @@ TEST_P(FilterMenu, FetchesTheFieldsOnlyIfThereAreNone) {
     }
 }
 
-TEST_P(FilterMenu, IsNotShownWhenTheFieldsAreRefused) {
+TEST_P(FilterMenu, IsNotOpenedIfListFilterFieldsFails) {
     OpenPhonebook(Method());
     daemon().Refuse("ListFilterFields", "com.veltrisonix.Error.Failed", "enough", 1);
     Begin(GetParam());
@@ -88,8 +88,8 @@ TEST_P(FilterMenu, IsNotShownWhenTheFieldsAreRefused) {
     FinishWithoutFilters();
 }
 
-// The tool has stopped before the menu asks anything: the call is made without filters.
-TEST_P(FilterMenu, EndsAsIfDoneAfterAnInterruptBeforeTheFirstPrompt) {
+// The tool stops before the menu reads a key: the call is made without filters.
+TEST_P(FilterMenu, CallsWithoutFiltersAfterInterruptBeforeFirstPrompt) {
     OpenPhonebook(Method());
     daemon().Hang("ListFilterFields", 1);
     Begin(GetParam());
@@ -102,7 +102,7 @@ TEST_P(FilterMenu, EndsAsIfDoneAfterAnInterruptBeforeTheFirstPrompt) {
     ExpectCall(Method(), GetParam().arguments);
 }
 
-TEST_P(FilterMenu, SendsNothingAtTheEndOfInputInALostSession) {
+TEST_P(FilterMenu, SendsNothingAtEndOfInputAfterLossOfConnection) {
     OpenPhonebook(Method());
     OpenMenu();
     LoseConnection(kFilterMenu);
@@ -114,7 +114,7 @@ TEST_P(FilterMenu, SendsNothingAtTheEndOfInputInALostSession) {
 INSTANTIATE_TEST_SUITE_P(Operations, FilterMenu, testing::ValuesIn(FilteredOperations()),
                          [](const auto& row) { return row.param.method; });
 
-TEST_F(FilterMenus, WithoutFieldsEveryFieldIsRefused) {
+TEST_F(FilterMenus, RejectEveryFieldIfListIsEmpty) {
     OpenPhonebook("PullAll", {});
     Type("a");
     Await(kFilterPrompt);
@@ -128,7 +128,7 @@ TEST_F(FilterMenus, WithoutFieldsEveryFieldIsRefused) {
     ExpectCall("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
 }
 
-TEST_F(FilterMenus, TakeANumberOfAMegabyte) {
+TEST_F(FilterMenus, AcceptNumberOfOneMegabyte) {
     Start(Wired(Wiring::kPipes));
     OpenPhonebook("List");
     for (const std::string line : {"l", "c"}) Type(line);

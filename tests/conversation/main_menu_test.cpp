@@ -9,7 +9,7 @@ namespace {
 
 class MainMenuTest : public ConversationTest {};
 
-TEST_F(MainMenuTest, ReadsAsAConversationOnAPersonsTerminal) {
+TEST_F(MainMenuTest, WorksOnInteractiveTerminal) {
     Start(Wired(Wiring::kInteractiveTerminal));
     Type("help");
     Expect("help\n" + MenuOf(PromptId::kMain) + Prompt());
@@ -17,7 +17,7 @@ TEST_F(MainMenuTest, ReadsAsAConversationOnAPersonsTerminal) {
     Expect("z\n" + kInvalidSelection + Prompt());
 }
 
-TEST_F(MainMenuTest, EveryKeyButQuitNeedsAClient) {
+TEST_F(MainMenuTest, EveryKeyExceptQuitNeedsClient) {
     Launch();
     Await(Prompt());
     std::string keys = "zC";
@@ -32,7 +32,7 @@ TEST_F(MainMenuTest, EveryKeyButQuitNeedsAClient) {
     ExpectExit(0);
 }
 
-TEST_F(MainMenuTest, CreateWithoutDevicesReturnsToTheMenu) {
+TEST_F(MainMenuTest, CreateWithoutDevicesReturnsToMenu) {
     StartDaemon();
     Start();
     Type("c");
@@ -40,7 +40,7 @@ TEST_F(MainMenuTest, CreateWithoutDevicesReturnsToTheMenu) {
     EXPECT_EQ(CountCalls("CreateSession"), 0U);
 }
 
-TEST_F(MainMenuTest, NumberRefersToTheDevicesAsTheyAreThen) {
+TEST_F(MainMenuTest, NumberRefersToCurrentDeviceList) {
     StartDaemon();
     Start();
     AddDevice("/dev_1", "00:00:00:00:00:01", "first");

@@ -8,7 +8,7 @@
 #include <tuple>
 #include <vector>
 
-// What every menu has in common.
+// Behaviour that all menus share.
 
 namespace morvane_test {
 namespace {
@@ -30,7 +30,7 @@ class MenuKeys : public ConversationTest, public testing::WithParamInterface<Pro
   protected:
     PromptId Menu() const { return GetParam().id; }
 
-    // Each letter as it is no key: in capitals, or because the menu has no such row.
+    // Invalid keys: each letter that is not a key, and each key in upper case.
     std::vector<std::string> OtherLines() const {
         std::vector<std::string> lines = {"0", "?", "-x", "  Help", "\xc3\xa4", {'\0'}};
         for (char letter = 'a'; letter <= 'z'; ++letter) {
@@ -43,7 +43,7 @@ class MenuKeys : public ConversationTest, public testing::WithParamInterface<Pro
     }
 };
 
-TEST_P(MenuKeys, AreDisplayedOnHelp) {
+TEST_P(MenuKeys, AreDisplayedByHelp) {
     OpenPrompt(Menu());
     for (const std::string line : {"h", "help", " \th please"}) {
         SCOPED_TRACE(line);
@@ -52,7 +52,7 @@ TEST_P(MenuKeys, AreDisplayedOnHelp) {
     }
 }
 
-TEST_P(MenuKeys, AreNoOthers) {
+TEST_P(MenuKeys, RejectAllOtherKeys) {
     OpenPrompt(Menu());
     daemon().ForgetCalls();
     const std::vector<std::string> lines = OtherLines();
@@ -64,7 +64,7 @@ TEST_P(MenuKeys, AreNoOthers) {
     EXPECT_TRUE(daemon().Calls().empty());
 }
 
-TEST_P(MenuKeys, AreAskedForAgainAfterABlankLine) {
+TEST_P(MenuKeys, BlankLineRepeatsPrompt) {
     OpenPrompt(Menu());
     for (const char* const line : {"", "   ", "\t"}) {
         Type(line);
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(, MenuKeys, testing::ValuesIn(AllMenus()),
 class QuitKey : public ConversationTest,
                 public testing::WithParamInterface<std::tuple<PromptId, const char*>> {};
 
-TEST_P(QuitKey, ClosesTheSessionAndEndsTheTool) {
+TEST_P(QuitKey, ClosesSessionAndExits) {
     const auto& [menu, line] = GetParam();
     OpenPrompt(menu);
     const bool has_transfer = menu == PromptId::kTransfer;

@@ -27,7 +27,7 @@ class PhonebookQuery : public ConversationTest {
         Expect(Heading("Filter Fields") + Lines(lines) + kPhonebookPrompt, here);
     }
 
-    // A filter menu offers exactly these fields, and asked the daemon for none.
+    // Expects these fields in a filter menu, without a call to the daemon.
     void ExpectStoredFields(const std::vector<std::string>& fields, Here here = Here::Now()) {
         const std::size_t calls = CountCalls("ListFilterFields");
         Type("m", here);
@@ -38,7 +38,7 @@ class PhonebookQuery : public ConversationTest {
     }
 };
 
-TEST_F(PhonebookQuery, ListingShowsEveryEntryInTheDaemonsOrder) {
+TEST_F(PhonebookQuery, ListingKeepsOrderOfDaemon) {
     OpenSelectedSession();
     ExpectListing(
         "([('2.vcf', 'Zo\xc3\xab'), ('10.vcf', ''), ('1.vcf', '100%s;Ada'), ('', 'a\\tb'), "
@@ -46,7 +46,7 @@ TEST_F(PhonebookQuery, ListingShowsEveryEntryInTheDaemonsOrder) {
         {" 2.vcf\tZo\xc3\xab", " 10.vcf\t", " 1.vcf\t100%s;Ada", " \ta\tb", " 1.vcf\t100%s;Ada"});
 }
 
-TEST_F(PhonebookQuery, ListingHasNoEntryTooMany) {
+TEST_F(PhonebookQuery, ListingHandlesEmptyAndLongReplies) {
     OpenSelectedSession();
     ExpectListing("(@a(ss) [],)", {});
     std::string reply;
@@ -59,7 +59,7 @@ TEST_F(PhonebookQuery, ListingHasNoEntryTooMany) {
     ExpectListing(reply + "],)", lines);
 }
 
-TEST_F(PhonebookQuery, SizesAreUnsigned) {
+TEST_F(PhonebookQuery, PrintsSizesAsUnsignedNumbers) {
     OpenSelectedSession();
     const std::pair<const char*, const char*> queries[] = {{"GetSize", "Phonebook Size "},
                                                            {"GetSizePhonebook", "Phone Book Size "},
@@ -74,7 +74,7 @@ TEST_F(PhonebookQuery, SizesAreUnsigned) {
     }
 }
 
-TEST_F(PhonebookQuery, FilterFieldsReplaceTheStoredOnes) {
+TEST_F(PhonebookQuery, FilterFieldsReplaceStoredOnes) {
     OpenSelectedSession();
     ListFields("(@as [],)", {});
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
@@ -82,7 +82,7 @@ TEST_F(PhonebookQuery, FilterFieldsReplaceTheStoredOnes) {
     ExpectStoredFields({"100%s", "N"});
 }
 
-TEST_F(PhonebookQuery, FilterFieldsReplaceThoseThatAMenuFetched) {
+TEST_F(PhonebookQuery, FilterFieldsReplaceThoseFetchedByMenu) {
     OpenSelectedSession();
     daemon().Reply("ListFilterFields", Value("(['N', 'TEL'],)"));
     ExpectListing("(@a(ss) [],)", {});
@@ -90,7 +90,7 @@ TEST_F(PhonebookQuery, FilterFieldsReplaceThoseThatAMenuFetched) {
     ExpectStoredFields({"EMAIL"});
 }
 
-TEST_F(PhonebookQuery, RefusedFilterFieldsKeepTheStoredOnes) {
+TEST_F(PhonebookQuery, FailedListFilterFieldsKeepsStoredOnes) {
     OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
     daemon().Refuse("ListFilterFields", "com.veltrisonix.Error.Failed", "enough");
@@ -99,7 +99,7 @@ TEST_F(PhonebookQuery, RefusedFilterFieldsKeepTheStoredOnes) {
     ExpectStoredFields({"N", "TEL"});
 }
 
-TEST_F(PhonebookQuery, FilterFieldsBelongToTheSession) {
+TEST_F(PhonebookQuery, FilterFieldsAreStoredPerSession) {
     OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
     Type("x");

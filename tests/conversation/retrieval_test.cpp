@@ -14,7 +14,7 @@ class RetrievalTest : public ConversationTest {
   protected:
     void OpenSelected(Here here = Here::Now()) {
         OpenSelectedSession(here);
-        daemon().ForgetCalls();  // what counts begins here
+        daemon().ForgetCalls();  // count only later calls
     }
 
     void Answer(const std::string& answer, const std::string& result, Here here = Here::Now()) {
@@ -22,14 +22,14 @@ class RetrievalTest : public ConversationTest {
         Expect(result, here);
     }
 
-    // From the phone book menu to the filter menu of the pull that `key` starts.
+    // Opens the filter menu of the pull with this key.
     void AskForFilters(const std::string& key, Here here = Here::Now()) {
         if (key == "a") return Answer("a", QuestionAndPrompt(PromptId::kPullAllFilters), here);
         Answer("p", QuestionAndPrompt(PromptId::kHandle), here);
         Answer("1A", QuestionAndPrompt(PromptId::kPullFilters), here);
     }
 
-    // Replies that fix every byte; there is no object behind the transfer.
+    // Fixed replies, so that the output is known; the transfer has no object.
     void ReplyToPulls() {
         for (const char* const method : {"PullAll", "Pull"})
             daemon().Reply(method, Value("(objectpath '/transfer', {'Name': <'pulled'>})"));
@@ -39,7 +39,7 @@ class RetrievalTest : public ConversationTest {
 const std::string kPulled = Normal("Object Name: pulled\n") + Prompt(kTransferMenu);
 const std::string kLeftTransfer = Red("Filename property not set!") + kPhonebookPrompt;
 
-TEST_F(RetrievalTest, SendsTheChosenFiltersOfThisPullOnly) {
+TEST_F(RetrievalTest, SendsFiltersOfThisPullOnly) {
     OpenSelected();
     ReplyToPulls();
     AskForFilters("a");
@@ -65,14 +65,14 @@ TEST_F(RetrievalTest, SendsTheChosenFiltersOfThisPullOnly) {
     EXPECT_EQ(CountCalls("ListFilterFields"), 1U);
 }
 
-TEST_F(RetrievalTest, SendsTheHandleAsItWasTyped) {
+TEST_F(RetrievalTest, SendsHandleUnchanged) {
     OpenSelected();
     daemon().Refuse("Pull", "com.veltrisonix.Error.Failed", "enough");
     const std::pair<const char*, const char*> handles[] = {
         {"  0x1f", "'  0x1f.vcf'"},
         {"X-BT-UID:it may hold blanks, dots or '%s'",
          "\"X-BT-UID:it may hold blanks, dots or '%s'\""},
-        // What is no UTF-8 cannot be sent; the length stays.
+        // Invalid UTF-8 is replaced and the length does not change.
         {"X-BT-UID:\xFFThirty-one more characters,\xC3\xA4\xE2\x82",
          "'X-BT-UID:?Thirty-one more characters,ä?\?'"}};
     for (const auto& [typed, sent] : handles) {
@@ -83,8 +83,8 @@ TEST_F(RetrievalTest, SendsTheHandleAsItWasTyped) {
     }
 }
 
-// No answer is truncated to one that would be valid.
-TEST_F(RetrievalTest, RefusesWhatNamesNoCard) {
+// A long answer must not be truncated to a valid one.
+TEST_F(RetrievalTest, RejectsInvalidHandles) {
     OpenSelected();
     const auto expect_error = [this](const std::string& handle, const std::string& error) {
         Answer("p", QuestionAndPrompt(PromptId::kHandle));
@@ -98,8 +98,9 @@ TEST_F(RetrievalTest, RefusesWhatNamesNoCard) {
     EXPECT_TRUE(daemon().Calls().empty());
 }
 
-// The pull's filter menu leaves quietly, whatever the key: the session's context is still there.
-TEST_F(RetrievalTest, PullsOneCardEvenOverALostConnection) {
+// The filter menu of this pull exits without a message on any key: it does not check the
+// connection.
+TEST_F(RetrievalTest, PullIsSentAfterLossOfConnection) {
     OpenSelected();
     ReplyToPulls();
     AskForFilters("p");
@@ -112,7 +113,7 @@ TEST_F(RetrievalTest, PullsOneCardEvenOverALostConnection) {
     ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
 }
 
-TEST_F(RetrievalTest, PullsOneCardAfterAnInterruptAndEnds) {
+TEST_F(RetrievalTest, PullIsSentAfterInterruptBeforeExit) {
     OpenSelected();
     ReplyToPulls();
     AskForFilters("p");

@@ -16,7 +16,7 @@ class Search : public ConversationTest {
         daemon().Reply("Search", Value(OperationOf("Search").reply));
     }
 
-    // What is sent when `typed` is the value.
+    // Expects this value in the call when `typed` is typed.
     void ExpectSent(const std::string& typed, const std::string& sent, Here here = Here::Now()) {
         for (const std::string& line : {std::string("o"), std::string("0"), typed})
             Type(line, here);
@@ -46,7 +46,7 @@ TEST_F(Search, AsksForFieldValueAndFiltersInThisOrder) {
     }
 }
 
-TEST_F(Search, SendsAnyTextAsValue) {
+TEST_F(Search, SendsValueUnchanged) {
     OpenPhonebook();
     for (const std::string text : {"", "x", "q", "  two  blanks\t", "100%s \xc3\xa4"})
         ExpectSent(text, text);
@@ -60,7 +60,7 @@ TEST_F(Search, TruncatesTheValueTo63Bytes) {
     ExpectSent(most.substr(2) + "\xc3\xa4" + "e", most.substr(2) + "\xc3\xa4");
 }
 
-TEST_F(Search, SendsWholeCharactersOnly) {
+TEST_F(Search, SendsWholeUtf8Characters) {
     OpenPhonebook();
     ExpectSent(std::string(62, 'a') + "\xc3\xa4", std::string(62, 'a'));
     ExpectSent("c\xe2\x82", "c");

@@ -30,7 +30,7 @@ class SelectionTest : public ConversationTest {
         Expect(QuestionAndPrompt(PromptId::kLocation), here);
     }
 
-    // Answers the question for the location; the one for the phone book follows.
+    // Types the location; expects the choice of phone books.
     void ChooseLocation(const std::string& answer, const Texts& phonebooks,
                         Here here = Here::Now()) {
         Type(answer, here);
@@ -54,7 +54,7 @@ class SelectionTest : public ConversationTest {
     }
 };
 
-TEST_F(SelectionTest, IsNeededForAllButUpdateAndFields) {
+TEST_F(SelectionTest, IsRequiredExceptForUpdateAndFields) {
     OpenSession();
     daemon().Reply("ListFilterFields", Value("(['N'],)"));
     for (const KeyRow& row : KeysOf(PromptId::kPhonebookMenu))
@@ -64,7 +64,7 @@ TEST_F(SelectionTest, IsNeededForAllButUpdateAndFields) {
     EXPECT_EQ(daemon().Calls().size(), 3U);
 }
 
-TEST_F(SelectionTest, OffersFewerPhonebooksOnASim) {
+TEST_F(SelectionTest, OffersFewerPhonebooksOnSim) {
     OpenSession();
     SelectEach(0, kInternalPhonebooks);
     SelectEach(1, kSimPhonebooks);
@@ -72,7 +72,7 @@ TEST_F(SelectionTest, OffersFewerPhonebooksOnASim) {
     EXPECT_EQ(daemon().Calls().back().path, Session());
 }
 
-TEST_F(SelectionTest, IsKeptWhenALaterChoiceIsRefused) {
+TEST_F(SelectionTest, IsKeptAfterInvalidChoice) {
     OpenSession();
     SelectPhonebook();
     AskForLocation();
@@ -87,7 +87,7 @@ TEST_F(SelectionTest, IsKeptWhenALaterChoiceIsRefused) {
     EXPECT_EQ(CountCalls("Select"), 1U);
 }
 
-TEST_F(SelectionTest, IsLostWhenTheDaemonRefuses) {
+TEST_F(SelectionTest, IsClearedIfDaemonRefusesNextOne) {
     OpenSession();
     SelectPhonebook();
     Answer("g", kSize);
@@ -102,10 +102,10 @@ TEST_F(SelectionTest, IsLostWhenTheDaemonRefuses) {
     Answer("g", kSize);
 }
 
-// The tool's texts are English; GLib's must not be translated among them.
-TEST_F(SelectionTest, KeepsErrorsInEnglish) {
+// Messages of GLib must not be translated.
+TEST_F(SelectionTest, ErrorsAreNotTranslated) {
     if (!std::filesystem::exists("/usr/share/locale/de/LC_MESSAGES/glib20.mo"))
-        GTEST_SKIP() << "there is no translation that could be shown";
+        GTEST_SKIP() << "the German translation of GLib is not installed";
     const char* const launcher = std::getenv("MORVANE_TEST_LAUNCHER");
     const std::string german = "/usr/bin/env LC_ALL=C.UTF-8 LANGUAGE=de ";
     setenv("MORVANE_TEST_LAUNCHER", (german + (launcher ? launcher : "")).c_str(), 1);

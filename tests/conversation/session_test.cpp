@@ -19,7 +19,7 @@ class SessionTest : public ConversationTest {
     }
 };
 
-TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
+TEST_F(SessionTest, PrintsPropertiesWhenOpened) {
     Start();
     ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + kPhonebookPrompt);
@@ -37,7 +37,7 @@ TEST_F(SessionTest, PrintsItsPropertiesWhenItOpens) {
            kPhonebookPrompt);
 }
 
-TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
+TEST_F(SessionTest, IsConnectedOnlyInStateFive) {
     Start();
     console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
     const auto expect_loss = [this] {
@@ -55,7 +55,7 @@ TEST_F(SessionTest, IsConnectedInStateFiveOnly) {
     EXPECT_EQ(CountCalls("RemoveSession"), 6U);
 }
 
-TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
+TEST_F(SessionTest, UsesPathFromReply) {
     Start();
     daemon().Reply("CreateSession", Value("(objectpath '/elsewhere',)"));
     ChooseDevice();
@@ -66,7 +66,7 @@ TEST_F(SessionTest, LivesOnThePathThatTheDaemonGave) {
     ExpectCall("RemoveSession", "(objectpath '/elsewhere',)");
 }
 
-TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
+TEST_F(SessionTest, IsValidAfterReconnectionBeforeNextKey) {
     OpenSession();
     LoseConnection(kPhonebookMenu);
     daemon().SetConnectionState(Session(), 5);
@@ -75,7 +75,7 @@ TEST_F(SessionTest, IsValidAgainWhenItsConnectionReturnsInTime) {
     Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
-TEST_F(SessionTest, StartsWithoutSelectionEachTime) {
+TEST_F(SessionTest, StartsWithoutSelectedPhonebook) {
     OpenSelectedSession();
     Type("x");
     Expect(Prompt());
@@ -84,7 +84,7 @@ TEST_F(SessionTest, StartsWithoutSelectionEachTime) {
     Expect(Red("No Phonebook selected\n") + kPhonebookPrompt);
 }
 
-// A bus that, from a moment on, lets nobody make a proxy.
+// A bus that can be reconfigured so that no proxy can be created.
 class UnreachableObjectTest : public SessionTest {
   protected:
     void RefuseProxies() {
@@ -125,7 +125,7 @@ TEST_F(UnreachableObjectTest, PhonebookIsReportedByTheMainMenu) {
     RefuseProxies();
     ChooseDevice();
     ExpectFailure("Phonebook", Prompt());
-    // The daemon's session is still there to be removed.
+    // The session still exists in the daemon and can be removed.
     Type("r");
     Expect(Prompt());
     ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");

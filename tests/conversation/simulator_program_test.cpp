@@ -1,4 +1,4 @@
-// The tool and the simulator as programs, the latter driven by a third one over D-Bus.
+// The tool and the simulator as programs; the simulator is controlled over D-Bus.
 
 #include "support/conversation.h"
 #include "support/gdbus.h"
@@ -32,7 +32,7 @@ class SimulatorProgram : public ConversationTest {
     }
 };
 
-TEST_F(SimulatorProgram, IsControlledWhileTheToolRuns) {
+TEST_F(SimulatorProgram, CanBeControlledWhileToolRuns) {
     Launch();
     const std::string found = std::string("Found Device ") + kAster + "\n";
     AwaitAll({"Found Client " + kClient + "\n", found, Prompt()});

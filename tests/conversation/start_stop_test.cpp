@@ -19,8 +19,8 @@ const std::string kOpenedSession = kClient + "/client/session0";
 
 class StartStopTest : public ConversationTest {
   protected:
-    /// The main prompt stands, but the main thread is still asking for the daemon's objects.
-    void LaunchWithoutAnswer() {
+    /// Starts the tool up to the main prompt, while its main thread waits for the daemon's objects.
+    void LaunchWithPendingDiscovery() {
         StartDaemon().Hang("GetManagedObjects");
         BusMonitor monitor(bus().Address(), "GetManagedObjects");
         Launch();
@@ -47,8 +47,8 @@ class LateDiscoveryTest : public StartStopTest, public testing::WithParamInterfa
 
 INSTANTIATE_TEST_SUITE_P(QuitOrEndOfInput, LateDiscoveryTest, testing::Values("q\n", "\x04"));
 
-TEST_P(LateDiscoveryTest, Ends) {
-    LaunchWithoutAnswer();
+TEST_P(LateDiscoveryTest, ExitsAfterDiscovery) {
+    LaunchWithPendingDiscovery();
     const std::ptrdiff_t threads = Threads();
     console().TypeBytes(GetParam());
     AwaitThreads(threads - 1);
@@ -57,7 +57,7 @@ TEST_P(LateDiscoveryTest, Ends) {
     ExpectExit(0);
 }
 
-TEST_F(StartStopTest, TellsNothingMoreAfterAQuitBeforeTheMainLoop) {
+TEST_F(StartStopTest, PrintsNothingAfterQuitBeforeMainLoop) {
     StartDaemon().Hang("GetAll");
     BusMonitor monitor(bus().Address(), "GetAll");
     Launch();
@@ -71,8 +71,8 @@ TEST_F(StartStopTest, TellsNothingMoreAfterAQuitBeforeTheMainLoop) {
     ExpectExit(0);
 }
 
-TEST_F(StartStopTest, KeepsAControlCThatCameBeforeTheMainLoop) {
-    LaunchWithoutAnswer();
+TEST_F(StartStopTest, HandlesControlCBeforeMainLoop) {
+    LaunchWithPendingDiscovery();
     AwaitEndOfMainLoop([this] {
         console().Interrupt();
         daemon().Release();
@@ -82,23 +82,23 @@ TEST_F(StartStopTest, KeepsAControlCThatCameBeforeTheMainLoop) {
     ExpectExit(0);
 }
 
-TEST_F(StartStopTest, EndsWhenTheObjectManagerFailsLate) {
-    LaunchWithoutAnswer();
+TEST_F(StartStopTest, ExitsIfObjectManagerFailsAfterPrompt) {
+    LaunchWithPendingDiscovery();
     daemon().Crash();
     console().ExpectError(
         "Error getting object manager client: GDBus.Error:org.freedesktop.DBus.Error.NoReply: "
         "Message recipient disconnected from message bus without replying\n");
     EXPECT_FALSE(console().HasEnded());
-    console().TypeBytes("h\nh\n");  // the first may come before the error has been dealt with
+    console().TypeBytes("h\nh\n");  // the first may be read before the error is handled
     ExpectExit(0, Console::Rest::kIgnored);
 }
 
-// With the main loop the handler of Ctrl-C has gone, and the menu still waits for a line.
-TEST_F(StartStopTest, ControlCEndsAtOnceWhenTheObjectManagerHasFailed) {
-    LaunchWithoutAnswer();
+// Without the main loop there is no handler for Ctrl-C, and the menu still waits for a line.
+TEST_F(StartStopTest, ControlCTerminatesAfterObjectManagerFailed) {
+    LaunchWithPendingDiscovery();
     daemon().Crash();
     console().ExpectError("Error getting object manager client: ");
-    // The first may come while the handler is on its way out.
+    // The first signal may arrive while the handler is being removed.
     const auto deadline = std::chrono::steady_clock::now() + Patience();
     while (!console().HasEnded() && std::chrono::steady_clock::now() < deadline) {
         console().Interrupt();
@@ -107,7 +107,7 @@ TEST_F(StartStopTest, ControlCEndsAtOnceWhenTheObjectManagerHasFailed) {
     console().ExpectEndBySignal(SIGINT);
 }
 
-TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
+TEST_F(StartStopTest, SecondControlCTerminatesDuringCall) {
     StartDaemon();
     Start();
     HangInCall();
@@ -117,7 +117,7 @@ TEST_F(StartStopTest, SecondControlCEndsAHangingCall) {
     console().ExpectEndBySignal(SIGINT);
 }
 
-TEST_F(StartStopTest, LossOfTheBusEndsAHangingCall) {
+TEST_F(StartStopTest, LossOfBusTerminatesDuringCall) {
     StartDaemon();
     Start();
     HangInCall();
@@ -125,8 +125,8 @@ TEST_F(StartStopTest, LossOfTheBusEndsAHangingCall) {
     console().ExpectEndBySignal(SIGTERM);
 }
 
-// The session that the daemon would not remove lives until the process ends.
-TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
+// The session that the daemon did not remove exists until the process ends.
+TEST_F(StartStopTest, RemovesFileOfSessionThatDaemonDidNotRemove) {
     OpenSelectedSession();
     PullAll("one");
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy");
@@ -137,8 +137,8 @@ TEST_F(StartStopTest, RemovesTheFileOfASessionThatOutlivesTheMenus) {
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
 }
 
-// The menus return normally although the client has gone.
-TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
+// The menus return normally after the client has been removed.
+TEST_F(StartStopTest, ExitsFromFilterMenuWithoutClientAndMainLoop) {
     OpenSelectedSession();
     Type("a");
     Await(Prompt(kFilterMenu));
@@ -149,8 +149,8 @@ TEST_F(StartStopTest, EndsAFilterMenuWhoseClientAndMainLoopHaveGone) {
     EXPECT_EQ(CountCalls("RemoveSession"), 0U);
 }
 
-// A notification being delivered outlives the context that asked for it.
-TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
+// The context may be destroyed during the delivery of a notification.
+TEST_F(StartStopTest, ClosesSessionsAndTransfersDuringNotifications) {
     OpenSelectedSession();
     for (int round = 0; round < 3; ++round) {
         PullAll(std::string(1000, 'x'));
@@ -172,24 +172,24 @@ TEST_F(StartStopTest, LeavesSessionsAndTransfersWhileTheirNotificationsCome) {
     Await(Prompt());
 }
 
-// At every prompt, see robustness/input_torture_test.cpp.
+// For every prompt see robustness/input_torture_test.cpp.
 class ShutDown : public ConversationTest {};
 
-TEST_F(ShutDown, QuitsWhenInputEndedBeforeAnythingElse) {
+TEST_F(ShutDown, ExitsIfInputEndsBeforeFirstPrompt) {
     Launch(Wired(Wiring::kPipes));
     console().CloseInput();
     Await(Banner() + Prompt());
     ExpectExit(0);
 }
 
-TEST_F(ShutDown, QuitsOnALineTypedBeforeThePrompt) {
+TEST_F(ShutDown, QuitsOnLineTypedBeforePrompt) {
     Launch();
     Type("q");
     Await(Banner() + Prompt());
     ExpectExit(0);
 }
 
-TEST_F(ShutDown, InterruptInTheStartPauseEndsToo) {
+TEST_F(ShutDown, ExitsOnInterruptDuringStartPause) {
     StartDaemon();
     Launch();
     Await("Found Client ");
@@ -198,7 +198,7 @@ TEST_F(ShutDown, InterruptInTheStartPauseEndsToo) {
     ExpectExit(0, Console::Rest::kIgnored);
 }
 
-TEST_F(ShutDown, OtherSignalsKeepTheirMeaning) {
+TEST_F(ShutDown, OtherSignalsTerminate) {
     for (const int number : {SIGTERM, SIGQUIT}) {
         Start();
         console().Signal(number);

@@ -23,7 +23,7 @@ const bool kLauncher = std::getenv("MORVANE_TEST_LAUNCHER") != nullptr;
 
 class StartUp : public ConversationTest {};
 
-TEST_F(StartUp, PausesBeforeTheBannerAndThePrompt) {
+TEST_F(StartUp, PausesBeforeBannerAndPrompt) {
     const auto begin = std::chrono::steady_clock::now();
     Launch();
     Await(Banner());
@@ -32,11 +32,11 @@ TEST_F(StartUp, PausesBeforeTheBannerAndThePrompt) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(700));
 }
 
-TEST_F(StartUp, TakesNoInputAndEndsWithoutABus) {
+TEST_F(StartUp, ExitsWithoutBus) {
     ConsoleOptions options;
     options.bus_address = SocketAddress(directory().File("nothing"));
     Launch(options);
-    // Under a launcher the first prompt may be displayed before the bus is missed.
+    // With a launcher the first prompt may precede the error.
     if (!kLauncher) Type("h");
     console().ExpectError(
         "Error getting object manager client: Could not connect: No such file or directory\n");
@@ -45,22 +45,22 @@ TEST_F(StartUp, TakesNoInputAndEndsWithoutABus) {
     ExpectExit(0, kLauncher ? Console::Rest::kIgnored : Console::Rest::kNone);
 }
 
-TEST_F(StartUp, ReportsThatNoThreadCanBeStarted) {
+TEST_F(StartUp, ReportsFailureToStartThread) {
     if (kThreadSanitizer) GTEST_SKIP() << "ThreadSanitizer sets its own limits";
-    if (kLauncher) GTEST_SKIP() << "launchers keep no such limit";
+    if (kLauncher) GTEST_SKIP() << "launchers do not apply this limit";
     ConsoleOptions options;
-    // Stacks of 200 TiB do not fit into any address space.
+    // A stack of 200 TiB does not fit into the address space.
     options.prefix = {"/bin/sh", "-c", "ulimit -s 214748364800; exec \"$@\"", "sh"};
     Launch(options);
     Expect(Red("Resource temporarily unavailable\n"));
     ExpectExit(1);
 }
 
-// The tool is started with the descriptors closed that the shell words `closing` name.
+// Starts the tool with some descriptors closed by the shell redirections `closing`.
 class ClosedStreams : public ConversationTest {
   protected:
     void SetUp() override {
-        if (kLauncher) GTEST_SKIP() << "a launcher's own files take the places";
+        if (kLauncher) GTEST_SKIP() << "a launcher opens files of its own";
     }
 
     void LaunchClosing(const std::string& closing) {
@@ -75,18 +75,18 @@ class ClosedStreams : public ConversationTest {
     }
 };
 
-TEST_F(ClosedStreams, InputIsAtItsEnd) {
+TEST_F(ClosedStreams, ClosedInputIsEndOfInput) {
     LaunchClosing("<&-");
     Expect(kRunMenu + Banner() + Prompt());
     ExpectExit(0);
 }
 
-TEST_F(ClosedStreams, InputAndOutputAreAtTheirEnd) {
+TEST_F(ClosedStreams, AllStreamsCanBeClosed) {
     LaunchClosing("<&- >&- 2>&-");
     ExpectExit(0);
 }
 
-TEST_F(ClosedStreams, OutputGoesNowhere) {
+TEST_F(ClosedStreams, ClosedOutputIsReplacedByDevNull) {
     StartDaemon();
     BusMonitor monitor(bus().Address(), "GetManagedObjects");
     LaunchClosing(">&- 2>&-");

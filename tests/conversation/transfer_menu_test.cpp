@@ -16,7 +16,8 @@ class TransferMenuTest : public ConversationTest {
     void SetUp() override {
         OpenSelectedSession();
         PullAll("BEGIN:VCARD\n");
-        // Otherwise the transfer ends with its session, and says so at a moment of its own.
+        // Otherwise the session's removal aborts the transfer, with a notification at an undefined
+        // time.
         daemon().Reply("RemoveSession", Value("()"));
     }
 
@@ -36,7 +37,7 @@ class TransferMenuTest : public ConversationTest {
     const std::string invalid_ = Red("Phonebook Access Proxy is invalid\n");
 };
 
-TEST_F(TransferMenuTest, ShowsTheStatusAnnouncedLast) {
+TEST_F(TransferMenuTest, PrintsLatestStatus) {
     ExpectAnswer("s", Normal("Transfer Status: queued\n"));
     daemon().Notify(Transfer(), kTransferInterface, "Status", Value("'100%s'"));
     Expect(Notification(kTransferMenu, "Status Attribute Received: 100%s\n"));
@@ -57,7 +58,7 @@ TEST_F(TransferMenuTest, SuspendsAndResumes) {
     EXPECT_TRUE(FileExists());
 }
 
-TEST_F(TransferMenuTest, CancelDropsTheTransferAndTheNextKeyOnlyLeaves) {
+TEST_F(TransferMenuTest, CancelReleasesTransferAndNextKeyLeavesMenu) {
     daemon().Reply("Cancel", Value("()"));
     for (const char* const line : {"s", "x", "q", "Q", "c", "?"}) {
         EXPECT_TRUE(FileExists());
@@ -71,7 +72,7 @@ TEST_F(TransferMenuTest, CancelDropsTheTransferAndTheNextKeyOnlyLeaves) {
     EXPECT_EQ(CountCalls("Cancel"), 6U);
 }
 
-TEST_F(TransferMenuTest, CancelDropsTheTransferEvenIfRefused) {
+TEST_F(TransferMenuTest, CancelReleasesTransferEvenIfRefused) {
     daemon().Refuse("Cancel", kRefusal, "too late");
     ExpectAnswer("c",
                  Red(std::string("Remote Call failed GDBus.Error:") + kRefusal + ": too late\n") +
@@ -82,7 +83,7 @@ TEST_F(TransferMenuTest, CancelDropsTheTransferEvenIfRefused) {
     Expect(Prompt(kPhonebookMenu));
 }
 
-TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
+TEST_F(TransferMenuTest, ExitReleasesTransferAndNextPullCreatesAnother) {
     Type("x");
     Expect(Removing() + Prompt(kPhonebookMenu));
     EXPECT_FALSE(FileExists());
@@ -99,14 +100,14 @@ TEST_F(TransferMenuTest, ExitDropsTheTransferAndTheNextPullBringsAnother) {
     Expect(Prompt());
 }
 
-TEST_F(TransferMenuTest, AnswersLinesTypedAheadInTheirOrder) {
+TEST_F(TransferMenuTest, HandlesLinesTypedAheadInOrder) {
     console().TypeBytes("s\nS\nh\nx\nx\nl\n");
     Expect(Normal("Transfer Status: queued\n") + Prompt(kTransferMenu) +
            Red("Invalid Selection\n") + Prompt(kTransferMenu) + MenuOf(PromptId::kTransfer) +
            Prompt(kTransferMenu) + Removing() + Prompt(kPhonebookMenu) + Prompt() + Stars());
 }
 
-TEST_F(TransferMenuTest, QuitLeavesTheFileToTheEndOfTheSession) {
+TEST_F(TransferMenuTest, QuitDeletesFileAfterRemoveSession) {
     daemon().AbortTransfer(Transfer());
     Expect(Notification(kTransferMenu, "Status Attribute Received: error\n"));
     daemon().Hang("RemoveSession");
@@ -120,7 +121,7 @@ TEST_F(TransferMenuTest, QuitLeavesTheFileToTheEndOfTheSession) {
     EXPECT_FALSE(FileExists());
 }
 
-TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
+TEST_F(TransferMenuTest, InterruptDuringCallLeavesMenuWithoutMessage) {
     daemon().Hang("Suspend");
     Type("p");
     ExpectCall("Suspend", "()");
@@ -134,7 +135,7 @@ TEST_F(TransferMenuTest, InterruptDuringACallEndsTheMenuWithoutAWord) {
     ExpectExit(0);
 }
 
-TEST_F(TransferMenuTest, LooksForTheSessionBeforeItLeavesACancelledTransfer) {
+TEST_F(TransferMenuTest, ChecksSessionBeforeLeavingCancelledTransfer) {
     daemon().Reply("Cancel", Value("()"));
     ExpectAnswer("c", Removing());
     daemon().SetConnectionState(Session(), 4);

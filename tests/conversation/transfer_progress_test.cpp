@@ -8,7 +8,7 @@ namespace {
 
 using simulator::kTransferInterface;
 
-/// How a running transfer is heard of while the operator is asked.
+/// Notifications of a running transfer at prompts.
 class TransferProgressTest : public ConversationTest {
   protected:
     /// Ends at the prompt of the transfer menu.
@@ -26,7 +26,7 @@ class TransferProgressTest : public ConversationTest {
     }
 };
 
-TEST_F(TransferProgressTest, EveryChangeIsPrintedUnderThePromptWhichIsDrawnAgain) {
+TEST_F(TransferProgressTest, EachChangeIsPrintedAndPromptIsRedrawn) {
     FollowTransfer();
     Announce("Status", "'active'");
     Expect(
@@ -37,7 +37,7 @@ TEST_F(TransferProgressTest, EveryChangeIsPrintedUnderThePromptWhichIsDrawnAgain
     Announce("Transferred", "uint64 1000");
     ExpectNotice("Transferred Percent: 50%");
 
-    // A half-typed line is not lost.
+    // An incomplete line is kept.
     console().TypeBytes("st");
     Announce("Status", "'on its way'");
     ExpectNotice("Status Attribute Received: on its way");
@@ -45,7 +45,7 @@ TEST_F(TransferProgressTest, EveryChangeIsPrintedUnderThePromptWhichIsDrawnAgain
     Expect(Normal("Transfer Status: on its way\n") + Prompt(kTransferMenu));
 }
 
-TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannotBeRemoved) {
+TEST_F(TransferProgressTest, IsReportedInMainMenuWhileSessionIsNotRemoved) {
     FollowTransfer();
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
     daemon().SetConnectionState(Session(), 4);
@@ -70,7 +70,7 @@ TEST_F(TransferProgressTest, GoesOnUnderTheMainMenusPromptsWhileTheSessionCannot
     ExpectNoOutput();
 }
 
-TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
+TEST_F(TransferProgressTest, IsNotReportedAfterCancelOrExit) {
     FollowTransfer();
     daemon().Reply("Cancel", Value("()"));
     Type("c");
@@ -91,7 +91,7 @@ TEST_F(TransferProgressTest, IsNotHeardOfAfterCancelOrExit) {
     ExpectNoOutput(kPhonebookMenu);
 }
 
-TEST_F(TransferProgressTest, FollowsAPhonesTransferFromBeginningToEnd) {
+TEST_F(TransferProgressTest, IsReportedFromStartToCompletion) {
     simulator::Options options = simulator::Options::Scripted();
     options.pace = simulator::TransferPace::kByRate;
     options.rate = 400;

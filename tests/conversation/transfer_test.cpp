@@ -8,11 +8,11 @@ namespace {
 
 using simulator::kTransferInterface;
 
-/// A pull's transfer as the tool and the daemon see it on the bus.
+/// The D-Bus object of a transfer.
 class TransferTest : public ConversationTest {
   protected:
-    /// From the phone book menu to the transfer menu; the daemon chooses the order of the entries.
-    void ExpectPullToPrintThePhonesWords(Here here = Here::Now()) {
+    /// Pulls and expects the transfer's properties in any order.
+    void ExpectPullToPrintProperties(Here here = Here::Now()) {
         daemon().SetPullContent("vcard");
         Type("a", here);
         Await(Prompt(kFilterMenu), here);
@@ -32,13 +32,13 @@ class TransferTest : public ConversationTest {
     }
 };
 
-TEST_F(TransferTest, BeginsWithThePropertiesFromTheReply) {
+TEST_F(TransferTest, PrintsPropertiesFromReply) {
     OpenSelectedSession();
-    ExpectPullToPrintThePhonesWords();
+    ExpectPullToPrintProperties();
     ExpectAnswer("s", Normal("Transfer Status: queued\n"));
 }
 
-TEST_F(TransferTest, PrintsTheReplysEntriesAndKeepsTheSizeAlone) {
+TEST_F(TransferTest, StoresOnlySizeFromReply) {
     OpenSelectedSession();
     daemon().Reply("PullAll",
                    Value("(objectpath '/t/1', {'Type': <'t'>, 'Size': <uint64 1000>, 'Filename': "
@@ -50,7 +50,7 @@ TEST_F(TransferTest, PrintsTheReplysEntriesAndKeepsTheSizeAlone) {
            Prompt(kTransferMenu));
     daemon().Notify("/t/1", kTransferInterface, "Transferred", Value("uint64 500"));
     Expect(Notification(kTransferMenu, "Transferred Percent: 50%\n"));
-    // The daemon's object knows nothing of the rest.
+    // The other entries are not stored, and the object does not exist.
     ExpectAnswer("s", Normal("Transfer Status: \n"));
     Type("x");
     Expect(Red("Filename property not set!") + kPhonebookPrompt);
@@ -64,8 +64,8 @@ class TransferOfAnInstanceTest : public TransferTest {
     }
 };
 
-TEST_F(TransferOfAnInstanceTest, IsSoughtUnderTheDefaultNameAndNotFound) {
-    ExpectPullToPrintThePhonesWords();
+TEST_F(TransferOfAnInstanceTest, UsesDefaultBusNameAndFails) {
+    ExpectPullToPrintProperties();
     ExpectAnswer("s", Normal("Transfer Status: \n"));
     ExpectAnswer("d", Red("Filename property not set!"));
     const std::string failed =
@@ -80,7 +80,7 @@ TEST_F(TransferOfAnInstanceTest, IsSoughtUnderTheDefaultNameAndNotFound) {
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
 }
 
-TEST_F(TransferOfAnInstanceTest, IsSoughtAtTheDaemonWithTheDefaultName) {
+TEST_F(TransferOfAnInstanceTest, UsesDaemonWithDefaultBusName) {
     simulator::Daemon other(bus().Address(), simulator::Options::Scripted());
     other.Reply("GetAll", Value("({'Status': <'of the other'>},)"), 1);
     other.Reply("Suspend", Value("()"));

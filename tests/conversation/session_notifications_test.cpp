@@ -16,7 +16,7 @@ struct Change {
     const char* line;
 };
 
-class SessionNotices : public ConversationTest {
+class SessionNotifications : public ConversationTest {
   protected:
     void SetUp() override { OpenSession(); }
 
@@ -28,7 +28,7 @@ class SessionNotices : public ConversationTest {
         Expect(Notification(kPhonebookMenu, line + "\n"), here);
     }
 
-    // Each comes twice: a line is printed for an unchanged value, too.
+    // Sends each change twice: a message is printed for an unchanged value, too.
     void ExpectLines(const std::vector<Change>& changes, Here here = Here::Now()) {
         for (const Change& change : changes) {
             for (int repetition = 0; repetition < 2; ++repetition) {
@@ -39,7 +39,7 @@ class SessionNotices : public ConversationTest {
     }
 };
 
-TEST_F(SessionNotices, TellWhatChangesInTheSession) {
+TEST_F(SessionNotifications, ReportSessionProperties) {
     ExpectLines({
         {kSessionInterface, "Source", "'11:22'", "Source Attribute Received: 11:22"},
         {kSessionInterface, "Source", "''", "Source Attribute Received: "},
@@ -50,7 +50,7 @@ TEST_F(SessionNotices, TellWhatChangesInTheSession) {
     });
 }
 
-TEST_F(SessionNotices, TellWhatChangesInThePhonebook) {
+TEST_F(SessionNotifications, ReportPhonebookProperties) {
     ExpectLines({
         {kPhonebookInterface, "DatabaseIdentifier", "'ABC'", "Database Identifier: ABC"},
         {kPhonebookInterface, "PrimaryCounter", "'12'", "Primary Counter: 12"},
@@ -71,7 +71,7 @@ TEST_F(SessionNotices, TellWhatChangesInThePhonebook) {
     });
 }
 
-TEST_F(SessionNotices, NameSupportedPhonebooksInAFixedOrder) {
+TEST_F(SessionNotifications, ListSupportedPhonebooksInFixedOrder) {
     const std::vector<std::string> names = {
         "Server supports Local Phonebook", "Server supports SIM Phonebook",
         "Server supports Speed Dial Phonebook", "Server supports Favorites Phonebook"};
@@ -89,7 +89,7 @@ TEST_F(SessionNotices, NameSupportedPhonebooksInAFixedOrder) {
     }
 }
 
-TEST_F(SessionNotices, TellOfEveryPropertyInOneAnnouncement) {
+TEST_F(SessionNotifications, ReportEveryPropertyOfOneSignal) {
     daemon().NotifyAll(
         Session(), kPhonebookInterface,
         Value("{'Folder': <'f'>, 'SupportedPhonebooks': <byte 2>, 'PrimaryCounter': <'1'>}"));
@@ -98,7 +98,7 @@ TEST_F(SessionNotices, TellOfEveryPropertyInOneAnnouncement) {
     ExpectLine("Primary Counter: 1");
 }
 
-// A value of another type, and what is printed for a property that has no value any more.
+// A value of another type, and the message for a property without a value.
 const std::vector<Change> kAbsent = {
     {kSessionInterface, "Source", "uint32 1", "Source Attribute Received: Unknown"},
     {kSessionInterface, "Destination", "uint32 1", "Destination Attribute Received: Unknown"},
@@ -114,8 +114,8 @@ const std::vector<Change> kAbsent = {
     {kPhonebookInterface, "SupportedFeatures", "'1'", "Supported Features: 0"},
 };
 
-// A value of another type never reaches the tool, only that there is one.
-TEST_F(SessionNotices, ComeForInvalidatedPropertiesAndThoseOfAnotherType) {
+// GLib drops a value of another type; the tool only learns that the property changed.
+TEST_F(SessionNotifications, ReportInvalidatedAndMistypedProperties) {
     console().AllowStderr("GLib-GIO-WARNING .* does not match expected type");
     Notify(kPhonebookInterface, "SupportedPhonebooks", "uint32 2");
     for (const char* const name : {"Local", "SIM", "Speed Dial", "Favorites"})
@@ -132,10 +132,10 @@ TEST_F(SessionNotices, ComeForInvalidatedPropertiesAndThoseOfAnotherType) {
     ExpectNoOutput(kPhonebookMenu);
 }
 
-TEST_F(SessionNotices, DoNotComeForAnythingElse) {
+TEST_F(SessionNotifications, IgnoreOtherPropertiesAndObjects) {
     Notify(kSessionInterface, "Root", "'/new'");
     Notify(kSessionInterface, "ConnectionState", "byte 5");
-    // A property of this name is listened for, but sessions have none.
+    // The tool handles this property, which the interface does not have.
     Notify(kSessionInterface, "Connected", "true");
     Notify(kPhonebookInterface, "Unheard", "'of'");
     Notify(kPhonebookInterface, "Source", "'a session property'");
@@ -147,7 +147,7 @@ TEST_F(SessionNotices, DoNotComeForAnythingElse) {
     Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
-TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
+TEST_F(SessionNotifications, ArePrintedAtValuePrompts) {
     Type("s");
     Await(ValuePrompt("/Select Location"));
     Notify(kPhonebookInterface, "Folder", "'f'");
@@ -160,8 +160,8 @@ TEST_F(SessionNotices, ComeWhileAValueIsAskedFor) {
     Expect(Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
 }
 
-// The menu thread waits for the daemon with the registry locked; notices need no lock.
-TEST_F(SessionNotices, ComeWhileACallHangs) {
+// The menu thread has the registry locked during the call; notifications need no lock.
+TEST_F(SessionNotifications, ArePrintedDuringCall) {
     daemon().Hang("UpdateVersion");
     Type("u");
     ExpectCall("UpdateVersion", "()");
@@ -173,7 +173,7 @@ TEST_F(SessionNotices, ComeWhileACallHangs) {
     Expect(Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
-TEST_F(SessionNotices, EndWithTheSession) {
+TEST_F(SessionNotifications, StopWithTheSession) {
     const std::string session = Session();
     Type("x");
     Expect(Prompt());
@@ -186,8 +186,9 @@ GVariant* NumberedFolder(std::size_t number) {
     return g_variant_new_string(("f" + std::to_string(number)).c_str());
 }
 
-// Each notice stands whole in the output: at a prompt, which is drawn again, or between messages.
-void ExpectWholeNotices(const std::string& output, std::size_t count) {
+// Checks that no notification is interrupted by other output: each is followed by the redrawn
+// prompt, or a reset sequence between messages.
+void ExpectUninterruptedNotifications(const std::string& output, std::size_t count) {
     const std::string redrawn =
         std::string(kGreenSequence) + "Vantor" + kPhonebookMenu + Red(" > ");
     std::size_t end = 0;
@@ -202,18 +203,18 @@ void ExpectWholeNotices(const std::string& output, std::size_t count) {
     }
 }
 
-TEST_F(SessionNotices, AreNotTornByTheMenusOwnOutput) {
+TEST_F(SessionNotifications, AreNotInterruptedByMenuOutput) {
     constexpr std::size_t kCount = 5000;
     for (const char* const key : {"h", "h", "h", "h"}) Type(key);
     daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
     Await("Folder: f" + std::to_string(kCount - 1) + "\n");
     Type("?");
     Await(Red("Invalid Selection\n") + kPhonebookPrompt);
-    ExpectWholeNotices(console().Output(), kCount);
+    ExpectUninterruptedNotifications(console().Output(), kCount);
 }
 
-// The menu thread prints the properties of new sessions while the main thread changes them.
-TEST_F(SessionNotices, MayComeWhileASessionOpens) {
+// The menu thread prints the properties of a new session while the main thread changes them.
+TEST_F(SessionNotifications, AreHandledWhileSessionOpens) {
     Type("x");
     Await(Prompt());
     for (int session = 1; session <= 3; ++session) {
