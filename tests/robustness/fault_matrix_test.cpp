@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// Every fault at every prompt where the operator is asked something. Three tables: the prompts
-// (robustness/prompt_cases.cpp), the faults, and what must come of each fault at each prompt.
+// Injects every fault at every prompt. Three tables: the prompts (robustness/prompt_cases.cpp), the
+// faults, and the expected behaviour for each combination.
 
 namespace morvane_test {
 namespace {
@@ -28,28 +28,28 @@ class FaultMatrix;
 struct Fault {
     std::string name;
     void (FaultMatrix::*prepare)();  ///< before the tool starts, or null
-    void (FaultMatrix::*begin)();    ///< in the menu from which the prompt is opened, or null
+    void (FaultMatrix::*begin)();    ///< before the prompt is opened, or null
     void (FaultMatrix::*inject)();   ///< at the prompt
-    bool in_call = false;            ///< strikes the call that an answer makes
+    bool in_call = false;            ///< affects the call that an answer makes
 };
 
-/// Whether an answer's call, if it makes one, reaches the daemon.
+/// Whether the call of the answer, if there is one, reaches the daemon.
 enum class Sends { kItsCall, kNothing };
 
-/// What must come of some faults at some prompts. `output` is what the tool prints after the
-/// answer, up to where it ends.
+/// The expected behaviour for some faults at some prompts. `output` is printed after the answer, up
+/// to the next prompt.
 struct Expectation {
     Names faults;
-    Names prompts;  ///< none: all
-    std::string (*output)(const PromptCase&prompt) = nullptr;
+    Names prompts;  ///< empty: all
+    std::string (*output)(const PromptCase& prompt) = nullptr;
     Sends sends = Sends::kNothing;
-    void (FaultMatrix::*ending)() = nullptr;  ///< in prompt of an output
-    const char* cannot_occur = nullptr;       ///< why, in prompt of both
+    void (FaultMatrix::*ending)() = nullptr;  ///< checked instead of `output`
+    const char* cannot_occur = nullptr;       ///< the reason, if the combination is impossible
 };
 
 struct Cell {
     const Fault* fault;
-    const PromptCase*prompt;
+    const PromptCase* prompt;
     const Expectation* expectation;
 
     [[nodiscard]] std::string Name() const { return fault->name + "_At" + prompt->name; }
@@ -87,7 +87,7 @@ class FaultMatrix : public PromptCaseTest, public testing::WithParamInterface<Ce
     std::string Removed(const std::string& path) const;
     std::string Found(const std::string& text) const;
     void ExpectLossOfTheDaemon();
-    // A pull is asked for even over a lost session; the refusal's words are known.
+    // Pulls are called even after a loss of connection; gives the call a fixed error.
     void RefusePulls() { daemon().Refuse("Pull", kFailed, "no"); }
     void Do(void (FaultMatrix::*act)()) {
         if (act) (this->*act)();
@@ -96,8 +96,6 @@ class FaultMatrix : public PromptCaseTest, public testing::WithParamInterface<Ce
   private:
     std::future<void> flood_;
 };
-
-// The faults.
 
 const Fault kFaults[] = {
     {"DaemonDisconnects", nullptr, nullptr, &FaultMatrix::DisconnectTheDaemon},
@@ -125,7 +123,7 @@ struct Property {
     const char* name;
 };
 
-// What a daemon may keep to itself, or give with another type, without harm.
+// Properties that a daemon may omit or send with another type without effect on functions.
 constexpr Property kInformation[] = {
     {simulator::kDeviceInterface, "Alias"},
     {simulator::kSessionInterface, "Source"},
@@ -159,7 +157,8 @@ void FaultMatrix::UseEmptyTransferPath() {
     daemon().UseEmptyTransferPath(true);
 }
 
-// At the choice of a device it is still in_main_menu: its session could not be removed.
+// Closes the transfer menu. For the prompt of devices the transfer is kept, since the session is
+// not removed.
 void FaultMatrix::KeepATransfer() {
     const bool in_main_menu = !InSession(At().id);
     if (in_main_menu) {
@@ -189,7 +188,7 @@ std::string FaultMatrix::Found(const std::string& text) const {
     return Notification(At().segment, "Found " + text + "\n");
 }
 
-// The client takes its session along, and that the file of its transfer.
+// Removing the client releases its session, whose transfer deletes its file.
 void FaultMatrix::ExpectLossOfTheDaemon() {
     std::vector<std::string> messages = {Removed(kClientPath), Removed(kPhonePath)};
     if (At().HasTransfer())
@@ -212,7 +211,8 @@ void FaultMatrix::RestartTheDaemon() {
 
 void FaultMatrix::RemoveTheClient() {
     daemon().RemoveClient();
-    if (At().HasTransfer()) Expect(Notification(At().segment, "Removing: " + PulledPhonebook() + "\n"));
+    if (At().HasTransfer())
+        Expect(Notification(At().segment, "Removing: " + PulledPhonebook() + "\n"));
     Expect(Removed(kClientPath));
 }
 
@@ -269,7 +269,7 @@ void FaultMatrix::MistypeTheProperty() {
     ExpectNoOutput(At().segment);
 }
 
-// A device's changes are not reported, a session's are.
+// Changes of devices are not reported, those of sessions are.
 void FaultMatrix::FloodWithNotifications() {
     const std::string last = kPhoneAlias;
     daemon().Flood(kPhonePath, simulator::kDeviceInterface, "Alias", kFlood, [&](std::size_t i) {
@@ -278,8 +278,8 @@ void FaultMatrix::FloodWithNotifications() {
     if (InSession(At().id)) {
         std::string notifications;
         for (std::size_t i = 0; i < kFlood; ++i)
-            notifications +=
-                Notification(At().segment, "Channel Attribute Received: " + std::to_string(i) + "\n");
+            notifications += Notification(
+                At().segment, "Channel Attribute Received: " + std::to_string(i) + "\n");
         daemon().Flood(kFirstSession, simulator::kSessionInterface, "Channel", kFlood,
                        [](std::size_t i) { return g_variant_new_uint16(static_cast<guint16>(i)); });
         Expect(notifications);
@@ -287,7 +287,7 @@ void FaultMatrix::FloodWithNotifications() {
     ExpectNoOutput(At().segment);
 }
 
-// It goes on while the operator answers. Where that transfer has been left, nothing is heard of it.
+// Continues during the answer. Notifications of a released transfer are not reported.
 void FaultMatrix::NotifyOfThePreviousTransfer() {
     flood_ = std::async(std::launch::async, [this] {
         daemon().Flood(kFirstTransfer, simulator::kTransferInterface, "Transferred", 2000,
@@ -295,52 +295,51 @@ void FaultMatrix::NotifyOfThePreviousTransfer() {
     });
 }
 
-// What comes of them.
-
-std::string AcceptedOutput(const PromptCase&prompt) {
+std::string AcceptedOutput(const PromptCase& prompt) {
     return prompt.output;
 }
 
-std::string Lost(const PromptCase&prompt) {
+std::string Lost(const PromptCase& prompt) {
     return prompt.lost + Prompt();
 }
 
-std::string Failure(const PromptCase&prompt, const std::string& message) {
+std::string Failure(const PromptCase& prompt, const std::string& message) {
     return Red(prompt.call.failure + message + "\n") + Prompt(prompt.call.next);
 }
 
-std::string Refused(const PromptCase&prompt) {
+std::string Refused(const PromptCase& prompt) {
     return Failure(prompt, kRefusedCall);
 }
 
-std::string TimedOut(const PromptCase&prompt) {
+std::string TimedOut(const PromptCase& prompt) {
     return Failure(prompt, "Timeout was reached");
 }
 
-std::string WrongReply(const PromptCase&prompt) {
-    return Failure(prompt, "Method “" + prompt.call.method + "” returned type “(u)”, but expected “" +
-                              prompt.call.reply_type + "”");
+std::string WrongReply(const PromptCase& prompt) {
+    return Failure(prompt, "Method “" + prompt.call.method +
+                               "” returned type “(u)”, but expected “" + prompt.call.reply_type +
+                               "”");
 }
 
 std::string NoClient(const PromptCase& /*prompt*/) {
     return Red("No Client available, start daemon.\n") + Prompt();
 }
 
-// The client still believes in the session and wants it removed.
+// The client does not know that the session is closed, and removes it.
 const std::string kRemovalRefused =
     Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: No such session: " +
         std::string(kFirstSession) + "\n");
 
-std::string LostWithTheSession(const PromptCase&prompt) {
+std::string LostWithTheSession(const PromptCase& prompt) {
     return prompt.lost + kRemovalRefused + Prompt();
 }
 
-// A file goes with the session that was removed in good order.
-std::string LostAndFileRemoved(const PromptCase&prompt) {
+// The file is deleted when the session has been removed successfully.
+std::string LostAndFileRemoved(const PromptCase& prompt) {
     return prompt.lost + Normal("Removing: <directory>/phonebook.vcf\n") + Prompt();
 }
 
-// The menu before the pull of one card leaves it to the call.
+// The filter menu before this pull does not check the session.
 const std::string kPullRefused =
     Red("Remote Call failed: " + kRefusedCall + "\n") + Red("Client Proxy is invalid\n");
 
@@ -368,7 +367,7 @@ std::string BareSession(const PromptCase& /*prompt*/) {
     return UnknownSession("Connected") + Prompt(kPhonebookMenu);
 }
 
-std::string NoStatus(const PromptCase&prompt) {
+std::string NoStatus(const PromptCase& prompt) {
     return Normal("Transfer Status: \n") + Prompt(prompt.segment);
 }
 
@@ -382,7 +381,7 @@ void FaultMatrix::ExpectAbort() {
     console().ExpectEndBySignal(SIGABRT);
 }
 
-// How many percents come before the transfer is gone is open.
+// The number of percentages printed before the transfer is released is undefined.
 void FaultMatrix::ExpectReplacementInAFlood() {
     Await(Normal("Session Connected\n"));
     Await(Normal("Removing: " + PulledPhonebook() + "\n"));
@@ -398,7 +397,7 @@ const Names kWithoutCalls = {"Location", "Format",   "Order",  "Field",
 const Names kPulls = {"PullAllFilters", "PullFilters"};
 const Names kAllPrompts = {};
 
-// The first that fits counts.
+// The first match applies.
 const Expectation kExpectations[] = {
     {{"DaemonDisconnects", "ClientRemoved"}, {"MainMenu"}, NoClient},
     {{"DaemonDisconnects", "ClientRemoved"}, kAllPrompts, Lost},
@@ -440,7 +439,7 @@ const Expectation kExpectations[] = {
      nullptr,
      "the client object has no properties"},
     {{"PropertyInvalidated"}, {"MainMenu"}, NamelessDevice},
-    // No session can be asked for without an address: a daemon that gives none is broken.
+    // CreateSession requires an address: a daemon that provides none is broken.
     {{"PropertyInvalidated"},
      {"DeviceChoice"},
      nullptr,
@@ -476,14 +475,14 @@ const Expectation kExpectations[] = {
      nullptr,
      Sends::kNothing,
      nullptr,
-     "no transfer takes another's prompt here"},
+     "no transfer replaces another here"},
 };
 
 bool Contains(const Names& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-const Expectation* Find(const Fault& fault, const PromptCase&prompt) {
+const Expectation* Find(const Fault& fault, const PromptCase& prompt) {
     for (const Expectation& expectation : kExpectations)
         if (Contains(expectation.faults, fault.name) &&
             (expectation.prompts.empty() || Contains(expectation.prompts, prompt.name)))
@@ -494,7 +493,7 @@ const Expectation* Find(const Fault& fault, const PromptCase&prompt) {
 std::vector<Cell> AllCells() {
     std::vector<Cell> cells;
     for (const Fault& fault : kFaults)
-        for (const PromptCase&prompt : PromptCases())
+        for (const PromptCase& prompt : PromptCases())
             cells.push_back({&fault, &prompt, Find(fault, prompt)});
     return cells;
 }
@@ -535,8 +534,8 @@ TEST_P(FaultMatrix, Cell) {
 INSTANTIATE_TEST_SUITE_P(, FaultMatrix, testing::ValuesIn(CellsThatOccur()),
                          [](const auto& cell) { return cell.param.Name(); });
 
-// For scripts/fault-matrix, which learns from it also of the cells that are no tests.
-void Tell(const Cell& cell) {
+// Input of scripts/fault-matrix, including combinations that are not tested.
+void PrintForScript(const Cell& cell) {
     if (cell.expectation->cannot_occur) {
         std::cout << "cannot occur: " << cell.Name() << ": " << cell.expectation->cannot_occur;
     } else {
@@ -546,14 +545,14 @@ void Tell(const Cell& cell) {
 }
 
 TEST(FaultMatrixTable, HasAnExpectationForEveryCell) {
-    std::cout << "CTEST_FULL_OUTPUT\n";  // or CTest would cut it
+    std::cout << "CTEST_FULL_OUTPUT\n";  // prevents CTest from truncating it
     std::set<const Expectation*> used;
     for (const Cell& cell : AllCells()) {
         ASSERT_TRUE(cell.expectation) << cell.Name();
         used.insert(cell.expectation);
-        Tell(cell);
+        PrintForScript(cell);
     }
-    EXPECT_EQ(used.size(), std::size(kExpectations)) << "some expectations fit no cell";
+    EXPECT_EQ(used.size(), std::size(kExpectations)) << "some expectations match no combination";
 }
 
 }  // namespace

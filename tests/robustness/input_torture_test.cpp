@@ -9,19 +9,18 @@
 #include <string>
 #include <vector>
 
-// Everything that can come of an operator, a terminal or a script, at every prompt where the tool
-// asks something. Besides what is printed, the work and the memory that it costs are bounded.
+// Unusual input at every prompt: end of input, signals, long and invalid lines. Also limits CPU
+// time and memory.
 
 namespace morvane_test {
 namespace {
 
-// Processor time of the process, not elapsed time; ample, as on a virtual machine it may
-// include time that the host has taken away.
+// CPU time, not elapsed time; generous, since a virtual machine may include stolen time.
 constexpr Duration kCpuTimeLimit(5000);
 constexpr std::size_t kMegabyte = 1 << 20;
 constexpr char kControlC[] = "\x03";
 
-// Sanitizers, which another build's tool may have, and emulators use memory of their own.
+// Sanitizers (also of another tool) and emulators use additional memory.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kSanitizer = true;
 #else
@@ -30,7 +29,7 @@ constexpr bool kSanitizer = false;
 const bool kMeasuresMemory =
     !kSanitizer && !IsOtherTool() && std::getenv("MORVANE_TEST_LAUNCHER") == nullptr;
 
-// The most memory that the process has ever had, in bytes.
+// Peak resident memory of the process in bytes.
 std::size_t PeakMemory(pid_t process) {
     return ReadProcessNumber(process, "status", "VmHWM:") * 1024;
 }
@@ -39,15 +38,15 @@ ConsoleOptions Pipes() {
     return Wired(Wiring::kPipes);
 }
 
-// Pipes, and memory that is given back as soon as it is no longer used, so that its peak tells what
-// was in_main_menu at the same time.
+// Makes malloc() return freed memory immediately, so that the peak shows what was in use at the
+// same time.
 ConsoleOptions PipesReleasingMemory() {
     ConsoleOptions options = Pipes();
     options.environment = {"MALLOC_MMAP_THRESHOLD_=65536"};
     return options;
 }
 
-// What somebody else who shares the terminal or pipe may do to it.
+// Sets O_NONBLOCK, as another process that shares the terminal or pipe may do.
 ConsoleOptions NonBlocking(ConsoleOptions options) {
     options.prefix = {"/usr/bin/perl", "-MFcntl", "-e",
                       "for (*STDIN, *STDOUT) {"
@@ -57,8 +56,7 @@ ConsoleOptions NonBlocking(ConsoleOptions options) {
     return options;
 }
 
-// All bytes that a line can hold, none of which is a key, a number or the beginning of a handle in
-// its prompt().
+// A line of all bytes that begins with no valid key, number or handle.
 std::string EveryByte() {
     std::string bytes = {'\x01', '\xff', '\0'};
     for (int byte = 0; byte < 256; ++byte)
@@ -79,33 +77,33 @@ class InputTorture : public EachPromptTest {
         EXPECT_LT(console().CpuTime() - cpu_time_, Stretched(kCpuTimeLimit));
     }
 
-    // While the process runs.
+    // Only while the process is running.
     void ExpectMemory(std::size_t growth) {
         if (kMeasuresMemory) {
             EXPECT_LT(PeakMemory(console().ProcessId()), memory_ + growth);
         }
     }
 
-    // The end is in good order: nothing was left behind at the daemon.
+    // The tool exits with status 0 and leaves no session in the daemon.
     void ExpectEnd(Console::Rest rest = Console::Rest::kNone) {
         ExpectExit(0, rest);
         ExpectLowCpuTime();
         EXPECT_TRUE(daemon().Sessions().empty());
     }
 
-    // As the end of input is one.
+    // End of input is an empty text.
     static bool AcceptsAnEmptyText() {
         return prompt().asks == Asks::kText && prompt().id != PromptId::kHandle;
     }
 
-    // What comes of a line after Ctrl-C, if the daemon refuses what is still called.
+    // Output for a line after Ctrl-C, if the daemon refuses calls.
     std::string OutputAfterControlC() const {
         if (prompt().reports_loss_in_its_call)
             return Red(prompt().call.failure + "GDBus.Error:com.veltrisonix.Error.Failed: no\n");
         return prompt().HasTransfer() ? prompt().lost + prompt().end_of_input : prompt().lost;
     }
 
-    // The call that an answer makes has been made so often.
+    // Checks how often the call of the prompt has been made.
     void ExpectCalls(std::size_t count) {
         EXPECT_EQ(CountCalls(prompt().call.method), calls_ + count);
     }
@@ -125,7 +123,7 @@ TEST_P(InputTorture, EndOfInput) {
     ExpectCalls(AcceptsAnEmptyText() ? 1 : 0);
 }
 
-TEST_P(InputTorture, EndOfInputThroughAPipe) {
+TEST_P(InputTorture, EndOfInputOnPipe) {
     ReachPrompt(Pipes());
     EndTransfer(prompt());
     console().CloseInput();
@@ -133,8 +131,8 @@ TEST_P(InputTorture, EndOfInputThroughAPipe) {
     ExpectEnd();
 }
 
-// Keys and numbers need their end of line, a text does not.
-TEST_P(InputTorture, AnswerWithoutItsEnd) {
+// Keys and numbers need a newline, texts do not.
+TEST_P(InputTorture, AnswerWithoutNewline) {
     ReachPrompt(Pipes());
     EndTransfer(prompt());
     console().TypeBytes(prompt().asks == Asks::kKey ? prompt().call.line : prompt().answer);
@@ -157,7 +155,7 @@ TEST_P(InputTorture, HangUpUnderNohup) {
     ExpectEnd(Console::Rest::kIgnored);
 }
 
-// The bus library has the tool ignore SIGPIPE, so it goes on unseen.
+// GIO ignores SIGPIPE, so the tool continues.
 TEST_P(InputTorture, ClosedOutput) {
     ReachPrompt(Pipes());
     console().CloseOutput();
@@ -179,7 +177,7 @@ TEST_P(InputTorture, ControlC) {
     ExpectEnd();
 }
 
-// A blank line is an answer to the question for a text only.
+// A blank line is a valid answer only for texts.
 TEST_P(InputTorture, BlankLineAfterControlC) {
     ReachPrompt();
     PressControlC();
@@ -204,7 +202,7 @@ TEST_P(InputTorture, ControlCTwice) {
     ExpectLowCpuTime();
 }
 
-// As with Ctrl-Z and fg.
+// As with Ctrl-Z and "fg".
 TEST_P(InputTorture, LineTypedWhileStopped) {
     ReachPrompt();
     console().Signal(SIGSTOP);
@@ -215,7 +213,7 @@ TEST_P(InputTorture, LineTypedWhileStopped) {
 }
 
 TEST_P(InputTorture, LineOfFourMegabytes) {
-    // A text of this length has just grown, to exactly this.
+    // The tool's buffer has just been reallocated at this length.
     constexpr std::size_t kLength = 15 << 18;
     ReachPrompt(PipesReleasingMemory());
     Type(std::string(kLength, 'z'));
@@ -231,7 +229,7 @@ TEST_P(InputTorture, NonBlockingTerminal) {
     ExpectLowCpuTime();
 }
 
-// The line comes in pieces.
+// The tool reads the line in several parts.
 TEST_P(InputTorture, NonBlockingPipe) {
     ReachPrompt(NonBlocking(Pipes()));
     Type(std::string(kMegabyte, 'z'));
@@ -248,7 +246,7 @@ TEST_P(InputTorture, LineOfEveryByte) {
     ExpectLowCpuTime();
 }
 
-TEST_P(InputTorture, LineWithoutEnd) {
+TEST_P(InputTorture, LongLineWithoutNewline) {
     ReachPrompt(Pipes());
     console().TypeBytes(std::string(kMegabyte, 'z'));
     console().CloseInput();
@@ -271,8 +269,8 @@ INSTANTIATE_TEST_SUITE_P(, InputTorture,
 
 class FloodOfLines : public InputTorture {};
 
-// Menus pause before each prompt: the lines come faster than they can be taken.
-TEST_P(FloodOfLines, IsTakenLineByLine) {
+// Menus pause before each prompt: lines arrive faster than they are read.
+TEST_P(FloodOfLines, IsReadLineByLine) {
     constexpr std::size_t kLines = 5000;
     ReachPrompt(Pipes());
     std::string lines;
@@ -280,8 +278,8 @@ TEST_P(FloodOfLines, IsTakenLineByLine) {
     console().TypeBytes(lines);
     for (int i = 0; i < 5; ++i) ExpectOutput(prompt().invalid_answer_output);
     ExpectMemory(kMegabyte / 2);
-    // Not awaited: a menu ends with its next line, and the process possibly before the bus library
-    // has written what shows the end of the main loop.
+    // Does not wait: the menu may exit before GIO has sent the message that shows the end of the
+    // main loop.
     console().Interrupt();
     console().CloseInput();
     ExpectEnd(Console::Rest::kIgnored);

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-// Answers that a prompt refuses.
+// Answers that a prompt rejects.
 
 namespace morvane_test {
 namespace {
 
-// Besides what leaves any number prompt. The last are valid where only 16 bits are looked at.
+// Numbers out of range. The last ones are valid if truncated to 16 bits.
 std::vector<std::string> OutOfRange(const PromptRow& row) {
     constexpr unsigned kMultipleOf16Bits = 0xFFFF0000U;
     std::vector<unsigned> numbers = {row.limit, row.limit + 1, 4294967294, 65536 + row.smallest,
@@ -22,13 +22,13 @@ std::vector<std::string> OutOfRange(const PromptRow& row) {
     return answers;
 }
 
-class RefusingPrompt : public EachPromptTest {
+class RejectingPrompt : public EachPromptTest {
   protected:
     std::string Error() const {
         return Red(prompt().error + "\n") + Prompt(MenuAbove(prompt().id));
     }
 
-    // From the menu above, with each question on the way.
+    // Opens the prompt again from its menu.
     void OpenAgain(Here here = Here::Now()) {
         const std::vector<Answer>& way = prompt().opening;
         auto step = std::find_if(way.begin(), way.end(), [](const Answer& answer) {
@@ -41,12 +41,12 @@ class RefusingPrompt : public EachPromptTest {
     }
 };
 
-class NumberPrompt : public RefusingPrompt {};
+class NumberPrompt : public RejectingPrompt {};
 
-TEST_P(NumberPrompt, RefusesOtherNumbers) {
+TEST_P(NumberPrompt, RejectsNumbersOutOfRange) {
     Reach(prompt());
     std::vector<std::string> answers = OutOfRange(prompt());
-    // "x" leaves the prompt, and so does the number that stands for it.
+    // "x", and the number that represents it internally, leave the prompt.
     for (const char* const answer : {"x", "x0", "xyz", "4294967295", "-1"})
         answers.emplace_back(answer);
     for (const std::string& answer : answers) {
@@ -58,7 +58,7 @@ TEST_P(NumberPrompt, RefusesOtherNumbers) {
     EXPECT_EQ(CountCalls(prompt().call.method), 0U);
 }
 
-TEST_P(NumberPrompt, AsksAgainForWhatIsNoNumber) {
+TEST_P(NumberPrompt, AsksAgainUnlessNumber) {
     Reach(prompt());
     for (const std::string answer : {"one", " x", "X", "4294967296", "-", "  ", "\t", ".5"}) {
         SCOPED_TRACE(answer);
@@ -72,21 +72,21 @@ TEST_P(NumberPrompt, AsksAgainForWhatIsNoNumber) {
     ExpectOutput(prompt().output);
 }
 
-TEST_P(RefusingPrompt, LooksForTheSessionBeforeItRefuses) {
+TEST_P(RejectingPrompt, ReportsLossOfSessionBeforeInvalidAnswer) {
     Reach(prompt());
     InSession(prompt().id) ? LoseConnection(prompt().segment) : RemoveClient(prompt().segment);
     Type(prompt().asks == Asks::kNumber ? "x" : "1G");
     Expect(prompt().lost + Prompt());
 }
 
-const auto kNumbers = [](const PromptCase&prompt) { return prompt.asks == Asks::kNumber; };
-const auto kRefusing = [](const PromptCase&prompt) {
+const auto kNumbers = [](const PromptCase& prompt) { return prompt.asks == Asks::kNumber; };
+const auto kRejecting = [](const PromptCase& prompt) {
     return prompt.asks == Asks::kNumber || prompt.id == PromptId::kHandle;
 };
 
 INSTANTIATE_TEST_SUITE_P(, NumberPrompt, testing::ValuesIn(PromptCasesWith(kNumbers)),
                          NameOfPrompt);
-INSTANTIATE_TEST_SUITE_P(, RefusingPrompt, testing::ValuesIn(PromptCasesWith(kRefusing)),
+INSTANTIATE_TEST_SUITE_P(, RejectingPrompt, testing::ValuesIn(PromptCasesWith(kRejecting)),
                          NameOfPrompt);
 
 }  // namespace

@@ -13,7 +13,7 @@ const std::string kInvalidHandle =
 const std::string kRemoving = Normal("Removing: <directory>/phonebook.vcf\n");
 const std::string kCallFailed = "Remote Call failed: ";
 
-// The calls besides those in front of which there is a filter menu.
+// Calls without a filter menu before them.
 struct CallRow {
     Id id;
     AnswerCall call;
@@ -52,7 +52,7 @@ PromptProperty PropertyAt(Id id) {
     return {kFirstSession, simulator::kSessionInterface, "ConnectionState", "", ""};
 }
 
-// What is printed for the accepted answer, up to the next prompt's question.
+// Output for the valid answer, without the next prompt.
 std::string ResultAt(Id id) {
     if (id == Id::kMain) return DeviceList(RowOf(Id::kDevice).choices);
     if (id == Id::kDevice) return OpenedSession(kPhoneAddress);
@@ -78,7 +78,7 @@ Id NextAfter(const PromptRow& row, const std::string& answer) {
     return row.id;
 }
 
-// From each menu the next key is read, which quits or, in a filter menu, is refused.
+// After end of input each menu reads a key, which is "q"; filter menus reject it.
 std::string EndOfInputAt(Id id) {
     const PromptRow& row = RowOf(id);
     if (id == Id::kTransfer) return kRemoving;
@@ -103,22 +103,22 @@ std::string InvalidAnswerOutputAt(Id id) {
 PromptCase MakePromptCase(const PromptRow& row) {
     const Id next = NextAfter(row, row.answer);
     const bool enters = row.move == Move::kGo;
-    PromptCase prompt = {
-        row,
-        PathTo(row.id),
-        ResultAt(row.id) + (enters ? QuestionAndPrompt(next) : Prompt(next)),
-        LostAt(row.id),
-        InvalidAnswerOutputAt(row.id),
-        EndOfInputAt(row.id),
-        row.asks == Asks::kText ? QuestionAndPrompt(next) + EndOfInputAt(next) : EndOfInputAt(row.id),
-        CallAt(row.id),
-        PropertyAt(row.id)};
+    PromptCase prompt = {row,
+                         PathTo(row.id),
+                         ResultAt(row.id) + (enters ? QuestionAndPrompt(next) : Prompt(next)),
+                         LostAt(row.id),
+                         InvalidAnswerOutputAt(row.id),
+                         EndOfInputAt(row.id),
+                         row.asks == Asks::kText ? QuestionAndPrompt(next) + EndOfInputAt(next)
+                                                 : EndOfInputAt(row.id),
+                         CallAt(row.id),
+                         PropertyAt(row.id)};
     prompt.reports_loss_in_its_call = row.id == Id::kPullFilters;
-    // There is a session to remove.
+    // Creates a session that "r" can remove.
     if (row.id == Id::kMain)
         prompt.opening = {{Id::kMain, "c", Id::kDevice},
-                         {Id::kDevice, "0", Id::kPhonebookMenu},
-                         {Id::kPhonebookMenu, "x", Id::kMain}};
+                          {Id::kDevice, "0", Id::kPhonebookMenu},
+                          {Id::kPhonebookMenu, "x", Id::kMain}};
     return prompt;
 }
 
@@ -136,38 +136,38 @@ const std::vector<PromptCase>& PromptCases() {
     return prompts;
 }
 
-void PromptCaseTest::StartCaseDaemon(const PromptCase&prompt) {
+void PromptCaseTest::StartCaseDaemon(const PromptCase& prompt) {
     StartDaemon().AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
     daemon().SetPullContent(std::string(1000, 'x'));
     daemon().Reply("ListFilterFields", Value(FilterFieldsReply()));
     if (!prompt.call.reply.empty()) daemon().Reply(prompt.call.method, Value(prompt.call.reply));
 }
 
-void PromptCaseTest::ReachBase(const PromptCase&prompt, Here here) {
+void PromptCaseTest::ReachBase(const PromptCase& prompt, Here here) {
     if (InSession(prompt.id)) OpenSession(0, here);
     if (NeedsSelection(prompt.id)) SelectPhonebook(0, 0, here);
 }
 
-void PromptCaseTest::Open(const PromptCase&prompt, Here here) {
+void PromptCaseTest::Open(const PromptCase& prompt, Here here) {
     for (const Answer& answer : prompt.opening) {
         Type(answer.line, here);
         Await(Prompt(answer.next), here);
     }
 }
 
-void PromptCaseTest::Reach(const PromptCase&prompt, const ConsoleOptions& options, Here here) {
+void PromptCaseTest::Reach(const PromptCase& prompt, const ConsoleOptions& options, Here here) {
     StartCaseDaemon(prompt);
     Start(options, here);
     ReachBase(prompt, here);
     Open(prompt, here);
 }
 
-void PromptCaseTest::EndTransfer(const PromptCase&prompt, Here here) {
+void PromptCaseTest::EndTransfer(const PromptCase& prompt, Here here) {
     if (prompt.HasTransfer()) daemon().AbortTransfer(kFirstTransfer);
     ExpectEndOfTransfer(prompt, here);
 }
 
-void PromptCaseTest::ExpectEndOfTransfer(const PromptCase&prompt, Here here) {
+void PromptCaseTest::ExpectEndOfTransfer(const PromptCase& prompt, Here here) {
     if (prompt.HasTransfer())
         Expect(Notification(prompt.segment, "Status Attribute Received: error\n"), here);
 }
@@ -189,12 +189,13 @@ void PromptCaseTest::ExpectInAnyOrder(const std::vector<std::string>& messages, 
     for (const std::string& message : messages) length += message.size();
     AwaitAll(messages, here);
     if (console().Consumed().size() != before + length)
-        FailTest(here, "other output came between: " + console().Consumed().substr(before));
+        FailTest(here,
+                 "unexpected output between the messages: " + console().Consumed().substr(before));
 }
 
 std::vector<const PromptCase*> PromptCasesWith(bool (*condition)(const PromptCase&)) {
     std::vector<const PromptCase*> prompts;
-    for (const PromptCase&prompt : PromptCases())
+    for (const PromptCase& prompt : PromptCases())
         if (condition(prompt)) prompts.push_back(&prompt);
     return prompts;
 }
@@ -203,7 +204,7 @@ std::string NameOfPrompt(const testing::TestParamInfo<const PromptCase*>& prompt
     return prompt.param->name;
 }
 
-void PrintTo(const PromptCase*prompt, std::ostream* stream) {
+void PrintTo(const PromptCase* prompt, std::ostream* stream) {
     *stream << prompt->name;
 }
 

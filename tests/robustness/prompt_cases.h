@@ -9,77 +9,77 @@
 
 namespace morvane_test {
 
-/// The first session and transfer of a daemon.
+/// Paths of the first session and transfer.
 inline constexpr char kFirstSession[] = "/com/veltrisonix/obex/client/session0";
 inline constexpr char kFirstTransfer[] = "/com/veltrisonix/obex/client/session0/transfer0";
 
-/// The call that an answer makes.
+/// The call of an answer.
 struct AnswerCall {
     std::string line;        ///< the answer
-    std::string method;      ///< empty: no answer makes any
-    std::string reply_type;  ///< of its reply
-    std::string failure;     ///< what the tool prints before the bus's message if it fails
-    PromptId next = {};      ///< where it ends then
-    std::string reply = {};  ///< what the daemon shall reply; empty: it finds one by itself
+    std::string method;      ///< empty: no call
+    std::string reply_type;  ///< signature of the reply
+    std::string failure;     ///< printed before the error message
+    PromptId next = {};      ///< prompt after a failure
+    std::string reply = {};  ///< reply of the daemon; empty: its default
 };
 
-/// What the prompt depends on, and what the tool prints when that changes.
+/// A property that the prompt depends on, and the output when it changes.
 struct PromptProperty {
     std::string path;
     std::string interface;
-    std::string name;  ///< empty: nothing
+    std::string name;  ///< empty: no property
     std::string output_if_invalidated;
     std::string output_on_wrong_type;
 };
 
-/// A prompt, and what comes of its answers. Outputs end with the prompt that is displayed then;
-/// "<directory>" in them is replaced by the directory of the pulled files.
+/// A prompt and the output for various answers. Outputs end with the next prompt; "<directory>" in
+/// them is replaced by the directory of the pulled files.
 struct PromptCase : PromptRow {
-    std::vector<Answer> opening;  ///< leads here from the main menu or the phone book menu
-    std::string output;           ///< of `answer`
-    std::string lost;             ///< printed if what it needs has gone; empty: it needs nothing
-    std::string invalid_answer_output;  ///< printed for a line that means nothing here
-    std::string end_of_input;           ///< printed at the end of input, up to the last prompt
-    std::string unterminated;  ///< as `end_of_input`, after `answer` without an end of line
+    std::vector<Answer> opening;        ///< answers in the main or phone book menu that open it
+    std::string output;                 ///< for `answer`
+    std::string lost;                   ///< if the session or client has been lost
+    std::string invalid_answer_output;  ///< for an invalid line
+    std::string end_of_input;           ///< at end of input, up to the exit
+    std::string unterminated;           ///< at end of input after `answer` without a newline
     AnswerCall call;
     PromptProperty property;
-    /// Prints nothing when the session is lost: the call is made and fails.
+    /// The prompt does not report a lost session: its call is made and fails.
     bool reports_loss_in_its_call = false;
 
     [[nodiscard]] bool HasTransfer() const { return property.path == kFirstTransfer; }
 };
 
-/// All of them.
+/// One for each row of Prompts(), except the cancelled transfer.
 const std::vector<PromptCase>& PromptCases();
 
-/// A conversation that is led to a prompt.
+/// A conversation test that starts at a prompt.
 class PromptCaseTest : public ConversationTest {
   protected:
-    /// A daemon with the phone, whose pulls bring 1000 bytes and whose answers are fixed.
-    void StartCaseDaemon(const PromptCase&prompt);
-    /// From the main menu.
-    void ReachBase(const PromptCase&prompt, Here here = Here::Now());
-    /// From the base.
-    void Open(const PromptCase&prompt, Here here = Here::Now());
-    /// All of the above.
-    void Reach(const PromptCase&prompt, const ConsoleOptions& options = {},
+    /// Starts a daemon with the phone, pulls of 1000 bytes and fixed replies.
+    void StartCaseDaemon(const PromptCase& prompt);
+    /// From the main menu to the menu where `opening` begins.
+    void ReachBase(const PromptCase& prompt, Here here = Here::Now());
+    /// From there to the prompt.
+    void Open(const PromptCase& prompt, Here here = Here::Now());
+    /// All of these steps.
+    void Reach(const PromptCase& prompt, const ConsoleOptions& options = {},
                Here here = Here::Now());
 
-    /// Where there is a transfer, ends it, as the daemon does when its session goes; a session that
-    /// is removed later then says nothing of it.
-    void EndTransfer(const PromptCase&prompt, Here here = Here::Now());
-    void ExpectEndOfTransfer(const PromptCase&prompt, Here here = Here::Now());
+    /// Aborts the transfer, if there is one, as the daemon does when the session is closed. Closing
+    /// the session then sends no notification.
+    void EndTransfer(const PromptCase& prompt, Here here = Here::Now());
+    void ExpectEndOfTransfer(const PromptCase& prompt, Here here = Here::Now());
 
-    /// As `Expect`, with the directory in its prompt.
+    /// Replaces "<directory>", then as `Expect`.
     void ExpectOutput(const std::string& output, Here here = Here::Now());
     [[nodiscard]] std::string Located(std::string output) const;
 
-    /// Exactly these messages come next, in any order.
+    /// Expects exactly these messages as the next output, in any order.
     void ExpectInAnyOrder(const std::vector<std::string>& messages, Here here = Here::Now());
 };
 
-/// A conversation at the prompt that is the test's parameter. A pointer, because each process, which
-/// runs one test, makes several copies of every parameter of all tests.
+/// A conversation test with a prompt as its parameter: a pointer, because GoogleTest copies all
+/// parameters of all tests several times in each process.
 class EachPromptTest : public PromptCaseTest,
                        public testing::WithParamInterface<const PromptCase*> {
   protected:
@@ -89,6 +89,6 @@ class EachPromptTest : public PromptCaseTest,
 /// Parameters for `EachPromptTest`, and the names of its tests.
 std::vector<const PromptCase*> PromptCasesWith(bool (*condition)(const PromptCase&));
 std::string NameOfPrompt(const testing::TestParamInfo<const PromptCase*>& prompt);
-void PrintTo(const PromptCase*prompt, std::ostream* stream);
+void PrintTo(const PromptCase* prompt, std::ostream* stream);
 
 }  // namespace morvane_test
