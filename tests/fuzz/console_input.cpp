@@ -16,7 +16,7 @@ using morvane_test::Green;
 using morvane_test::Printed;
 using morvane_test::Red;
 
-/// A model of the console: the lines typed, the last of which has no end, and what is shown.
+/// Model of the console: the typed lines, of which the last has no newline, and the output.
 struct Console {
     std::string typed;
     std::string shown;
@@ -67,7 +67,7 @@ std::string ReadNumber(unsigned /*size*/) {
 }
 
 std::string ReadText(unsigned size) {
-    std::vector<char> buffer(size, '!');  // AddressSanitizer sees its end
+    std::vector<char> buffer(size, '!');  // on the heap, where AddressSanitizer detects overruns
     const unsigned length =
         morvane::PROXY_InputString("Path", nullptr, size == 0 ? nullptr : buffer.data(), size);
     Require(size == 0 ? length == 0 : length < size && buffer[length] == '\0',
@@ -87,7 +87,7 @@ constexpr Reader kReaders[] = {
     {'h', ReadNumber<morvane::PROXY_InputHex>, ModelNumber<std::hex>},
 };
 
-// Any other byte stands for a text, and for the room that it has.
+// Other bytes select a text prompt; their value is the buffer size.
 Reader FindReader(char letter) {
     for (const Reader& reader : kReaders)
         if (reader.letter == letter) return reader;
@@ -96,7 +96,7 @@ Reader FindReader(char letter) {
 
 }  // namespace
 
-// A line with a letter for each answer that is wanted, then what is typed.
+// The first line has a letter for each prompt; the rest is typed.
 void Check(Input input) {
     const std::string readers = input.Line();
     Console console{input.Rest(), "", false};
@@ -107,8 +107,8 @@ void Check(Input input) {
         std::string answer;
         const std::string shown = Printed([&] { answer = reader.read(size); });
         console.shown.clear();
-        RequireEqual(answer, reader.model(console, size), "an answer");
-        RequireEqual(shown, console.shown, "what the operator sees");
+        RequireEqual(answer, reader.model(console, size), "the answer");
+        RequireEqual(shown, console.shown, "the output");
         RequireEqual(morvane::PROXY_InputEnded(), console.ended, "whether the input has ended");
     }
 }

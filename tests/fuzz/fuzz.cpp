@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-// A warning of GLib is a finding. No bus must be found by chance.
+// Warnings of GLib end the process. The address prevents the use of a real bus.
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     g_log_set_always_fatal(
         static_cast<GLogLevelFlags>(G_LOG_FATAL_MASK | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
@@ -46,7 +46,7 @@ std::string Input::Rest() {
 
 void Require(bool holds, const char* what, const std::string& details) {
     if (holds) return;
-    std::fprintf(stderr, "Does not hold: %s\n%s\n", what, details.c_str());
+    std::fprintf(stderr, "Requirement violated: %s\n%s\n", what, details.c_str());
     std::abort();
 }
 

@@ -8,19 +8,19 @@
 #include <cstdint>
 #include <string>
 
-// Called by libFuzzer, and by replay.cpp in builds without it.
+// Called by libFuzzer, or by replay.cpp in other builds.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace morvane_fuzz {
 
-/// The bytes of one run, read from the front. Everything beyond the end is zero and empty.
+/// The input of one run. Reading beyond its end returns zero or an empty text.
 class Input {
   public:
     explicit Input(std::string bytes) : bytes_(std::move(bytes)) {}
 
     unsigned char Byte();
-    /// Up to the next newline, which is consumed and left out.
+    /// Reads up to the next newline, which is not included.
     std::string Line();
     std::string Rest();
 
@@ -29,10 +29,11 @@ class Input {
     std::size_t position_ = 0;
 };
 
-/// Defined by each target: tries the input and ends the process if a requirement is not met.
+/// Defined by each target: checks the requirements for this input, and ends the process if one is
+/// violated.
 void Check(Input input);
 
-/// Ends the process with a report unless `holds`.
+/// Reports and ends the process unless `holds`.
 void Require(bool holds, const char* what, const std::string& details = "");
 
 template <typename Actual, typename Expected>
@@ -42,7 +43,7 @@ void RequireEqual(const Actual& actual, const Expected& expected, const char* wh
             testing::PrintToString(actual) + "\nexpected " + testing::PrintToString(expected));
 }
 
-/// Standard input is this text, and then its end, while this lives.
+/// Replaces standard input by this text during its lifetime.
 class TypedInput {
   public:
     explicit TypedInput(const std::string& text);

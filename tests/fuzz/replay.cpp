@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-// Replaces libFuzzer in other builds: tries every file of the folders that are its arguments.
+// Used instead of libFuzzer: runs every file in the given folders.
 int main(int argc, char** argv) {
     LLVMFuzzerInitialize(&argc, &argv);
     int tried = 0;

@@ -18,8 +18,8 @@ std::optional<play::SessionFile> Parse(const std::string& text) {
     try {
         return play::ParseSession("a", text);
     } catch (const std::runtime_error& error) {
-        Require(std::string(error.what()).compare(0, 2, "a:") == 0, "an error names its place",
-                error.what());
+        Require(std::string(error.what()).compare(0, 2, "a:") == 0,
+                "an error begins with the location", error.what());
         return std::nullopt;
     }
 }
@@ -44,10 +44,10 @@ void CheckLine(const std::string& line) {
         Require(play::Pattern(written).Matches(line), "a written line matches", written);
     if (line.find('\x04') == std::string::npos && line.size() < 4000)
         RequireEqual(play::ParseAnswer(play::WriteAnswer(line)).keys, line + "\n",
-                     "a written answer is typed");
+                     "a written answer is read back");
 }
 
-// What came is in the updated file, whose first step it matches then.
+// The updated file must match the output in its first step.
 void CheckUpdate(const play::SessionFile& file, const std::vector<std::string>& lines) {
     play::Edits edits(file.lines);
     play::Align(file.steps.front(), lines, edits);
@@ -55,13 +55,13 @@ void CheckUpdate(const play::SessionFile& file, const std::vector<std::string>& 
     std::string text;
     for (const std::string& line : edits.Result()) text += line + "\n";
     const std::optional<play::SessionFile> updated = Parse(text);
-    // A group that matches nothing, and a file without output, are left to the person.
+    // Some updates cannot be parsed, such as a file without output: the user must edit them.
     if (updated) Require(Matches(updated->steps.front(), lines), "an updated file agrees", text);
 }
 
 }  // namespace
 
-/// A session file, and behind a zero byte what is displayed.
+/// A session file, a zero byte, and the output.
 void Check(Input input) {
     const std::string bytes = input.Rest();
     const std::size_t zero = std::min(bytes.find('\0'), bytes.size());

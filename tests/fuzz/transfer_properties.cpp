@@ -32,9 +32,9 @@ VariantPtr FromBytes(const std::string& bytes, const GVariantType* type) {
     return value;
 }
 
-// A value of `type` from the rest of the input, which begins with a letter for its form: "t" for
-// GVariant's text format, "n" for serialised bytes in normal form, as values from a bus are, any
-// other for serialised bytes as they are. Null if there is no such value.
+// Reads a value of `type` from the rest of the input, whose first byte selects the form: "t" for
+// GVariant text, "n" for serialised bytes in normal form, as received from a bus, anything else for
+// serialised bytes. Returns null if the value is invalid.
 VariantPtr ReadVariant(Input& input, const std::string& type_text) {
     const GVariantType* const type = G_VARIANT_TYPE(type_text.c_str());
     const unsigned char form = input.Byte();
@@ -104,8 +104,8 @@ Expected Model(GVariant* dictionary) {
     return expected;
 }
 
-// One entry: a line for its key, a line for the type of its value, and the value. Null if one of
-// them is invalid.
+// Reads an entry: a line with the key, a line with the type, and the value. Returns null if one is
+// invalid.
 VariantPtr ReadEntry(Input& input) {
     const std::string key = input.Line();
     const std::string type = input.Line();
@@ -123,7 +123,7 @@ VariantPtr ReadEntry(Input& input) {
 
 }  // namespace
 
-// Either "e" and an entry, or a whole dictionary.
+// "e" and an entry, or a complete dictionary.
 void Check(Input input) {
     Input whole = input;
     const VariantPtr dictionary =

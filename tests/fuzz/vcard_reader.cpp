@@ -38,15 +38,15 @@ void CheckComplaints(const VcardFile& file, const std::string& text) {
     }
 }
 
-// What vCard 2.1 writes is ambiguous where a backslash ends a component.
+// vCard 2.1 is ambiguous if a backslash ends a component.
 void CheckWritten(const Card& card, VcardFormat format) {
     const std::string text = simulator::WriteVcard(card, format);
     Require(g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE,
-            "what is written is UTF-8", text);
+            "written text is UTF-8", text);
     const VcardFile file = simulator::ReadVcards(text);
-    Require(file.cards.size() == 1 && file.complaints.empty(), "what is written can be read", text);
+    Require(file.cards.size() == 1 && file.complaints.empty(), "written text can be read", text);
     Require(format == VcardFormat::kVcard21 || AreEqual(file.cards.front(), card),
-            "what is written is read again", text);
+            "reading written text restores the card", text);
 }
 
 }  // namespace

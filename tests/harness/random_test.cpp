@@ -23,7 +23,7 @@ std::string MistakeOf(const std::vector<std::string>& call) {
         .value_or("none");
 }
 
-/// A conversation without a mistake, to which tests add some.
+/// A valid conversation, into which tests insert mistakes.
 class ConversationChecker : public testing::Test {
   protected:
     ConversationChecker() {
@@ -48,7 +48,7 @@ std::string DescribeAll(const Plan& plan) {
     return text;
 }
 
-TEST(Plans, DependOnTheSeedOnly) {
+TEST(Plans, DependOnSeedOnly) {
     std::set<std::string> plans;
     for (std::uint64_t seed = 1; seed <= 100; ++seed) {
         plans.insert(DescribeAll(DrawPlan(seed)));
@@ -57,7 +57,7 @@ TEST(Plans, DependOnTheSeedOnly) {
     EXPECT_EQ(plans.size(), 100U);
 }
 
-TEST(Plans, HaveEveryKindOfStepEventAndFarewell) {
+TEST(Plans, ContainAllKindsOfStepsEventsAndTerminations) {
     std::set<Step::Kind> kinds;
     std::set<Termination> terminations;
     std::set<std::string> verbs;
@@ -74,7 +74,7 @@ TEST(Plans, HaveEveryKindOfStepEventAndFarewell) {
     EXPECT_EQ(verbs.size(), 31U);  // one of them is empty: no event
 }
 
-TEST(OutputGrammar, ReadsMessagesAndPrompts) {
+TEST(OutputGrammar, ParsesMessagesAndPrompts) {
     const std::string output = Prompt() + Notification("", "Found\n") + Heading("Title") +
                                ValuePrompt("/MaxCount") + Notification("/MaxCount", "100%\n") +
                                Green("Vantor\n") + Red("Bad\n");
@@ -88,7 +88,7 @@ TEST(OutputGrammar, ReadsMessagesAndPrompts) {
     EXPECT_EQ(MistakeIn(Banner() + Prompt()), "none");
 }
 
-TEST(OutputGrammar, ReportsWhatIsOutsideMessages) {
+TEST(OutputGrammar, ReportsBytesOutsideMessages) {
     const std::string green = kGreenSequence;
     for (const std::string& output : std::vector<std::string>{
              Prompt() + "x", green + "no reset\n", green + "no reset\n" + Normal("next\n"),
@@ -101,7 +101,7 @@ TEST(OutputGrammar, ReportsWhatIsOutsideMessages) {
     EXPECT_EQ(MistakeIn(Normal(std::string(999, 'x'))), "none");
 }
 
-TEST(OutputGrammar, AcceptsATruncatedEndAndOneGapAfterControlC) {
+TEST(OutputGrammar, AcceptsTruncatedEndAndOneGapAfterControlC) {
     const std::string truncated = Prompt() + kGreenSequence + "no res";
     EXPECT_NE(MistakeIn(truncated), "none");
     EXPECT_EQ(MistakeIn(truncated, true), "none");
@@ -113,7 +113,7 @@ TEST(OutputGrammar, AcceptsATruncatedEndAndOneGapAfterControlC) {
     EXPECT_NE(MistakeIn(gap + "x", false, Prompt().size()), "none");
 }
 
-TEST(CallRules, AcceptWhatTheToolSendsOnly) {
+TEST(CallRules, AcceptOnlyCallsThatTheToolMaySend) {
     const std::vector<std::vector<std::string>> accepted = {
         {"Client1", "CreateSession", "('a', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})"},
         {"PhonebookAccess1", "GetSize", "()"},
@@ -141,7 +141,7 @@ TEST(CallRules, AcceptWhatTheToolSendsOnly) {
     for (const auto& call : refused) EXPECT_NE(MistakeOf(call), "none") << call[1] << call[2];
 }
 
-TEST_F(ConversationChecker, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnowItsFileOnly) {
+TEST_F(ConversationChecker, AcceptsRemainingFileOnlyIfTransferWasReplacedOrHasNoFilename) {
     const std::string output = result_.output;
     result_.files = {"phonebook.vcf"};
     EXPECT_EQ(Mistakes(), 1U);
@@ -155,7 +155,7 @@ TEST_F(ConversationChecker, AcceptsTheFileOfATransferThatIsReplacedOrDoesNotKnow
     EXPECT_EQ(Mistakes(), 1U);
 }
 
-TEST_F(ConversationChecker, AcceptsEachEndingForItsReasonOnly) {
+TEST_F(ConversationChecker, AcceptsEachEndingOnlyWithItsCause) {
     const auto mistakes_of = [this](std::optional<int> status, std::optional<int> signal) {
         result_.ending = Ending{status, signal};
         return Mistakes();
@@ -182,7 +182,7 @@ TEST_F(ConversationChecker, AcceptsEachEndingForItsReasonOnly) {
     EXPECT_EQ(Mistakes(), 1U);
 }
 
-TEST_F(ConversationChecker, ReportsErrorsOrphansAndAToolThatIsStuck) {
+TEST_F(ConversationChecker, ReportsErrorsChildProcessesAndMissingPrompts) {
     result_.errors = "(p:1): GLib-GIO-WARNING **: x does not match expected type y\n";
     EXPECT_EQ(Mistakes(), 1U);
     AddTrait(&DaemonEvent::mistypes_properties);
@@ -193,7 +193,7 @@ TEST_F(ConversationChecker, ReportsErrorsOrphansAndAToolThatIsStuck) {
     EXPECT_EQ(Mistakes(), 3U);
 }
 
-TEST_F(ConversationChecker, ReportsCallsOnALostSession) {
+TEST_F(ConversationChecker, ReportsCallsOnLostSession) {
     const std::string phonebook = "com.veltrisonix.obex.PhonebookAccess1";
     result_.calls = {{":1.1", "/s", phonebook, "GetSize", "()"},
                      {":1.1", "/s", phonebook, "GetSize", "()"}};

@@ -19,7 +19,7 @@ using morvane::VariantPtr;
 struct TextRule {
     const char* method;
     gsize argument;
-    const char* pattern;  // of the whole text
+    const char* pattern;  // ECMAScript, for the complete text
 };
 
 constexpr TextRule kTextRules[] = {
@@ -34,10 +34,10 @@ constexpr TextRule kTextRules[] = {
     {"Search", 1, "[\\s\\S]{0,63}"},
 };
 
-/// What a filter's value looks like in the text form of GVariant, types included.
+/// The valid values of a filter, as a pattern for GVariant text with types.
 struct FilterRule {
     const char* key;
-    const char* methods;  // that take it, as a pattern
+    const char* methods;  // methods with this filter, as a pattern
     const char* pattern;
 };
 

@@ -14,35 +14,35 @@ namespace {
 
 using Mistakes = std::vector<std::string>;
 
-// The last part of the path in a message that begins with `label`.
+// The file name of the path in a message that begins with `label`.
 std::optional<std::string> NameAfter(const std::string& message, const std::string& label) {
     if (message.rfind(label, 0) != 0) return std::nullopt;
     return std::filesystem::path(message.substr(0, message.find('\n')).substr(label.size()))
         .filename();
 }
 
-// A chosen device without an address ends the process: the tool cannot go on without one.
-bool DiedOfMissingAddress(const Plan& plan, const PlayResult& result) {
+// The tool aborts if the chosen device has no address.
+bool AbortedOnMissingAddress(const Plan& plan, const PlayResult& result) {
     return plan.Has(&DaemonEvent::hides_address) && result.ending->signal == SIGABRT &&
            result.errors.find("null") != std::string::npos;
 }
 
 bool IsAllowedEnding(const Plan& plan, const PlayResult& result) {
     const Ending& ending = *result.ending;
-    if (ending.status == 0 || DiedOfMissingAddress(plan, result)) return true;
+    if (ending.status == 0 || AbortedOnMissingAddress(plan, result)) return true;
     return (ending.signal == SIGINT && result.interrupts > 1) ||
            (ending.signal == SIGHUP && result.hung_up) ||
            (ending.signal == SIGTERM && result.bus_died);
 }
 
 void CheckEnding(const Plan& plan, const PlayResult& result, Mistakes& mistakes) {
-    if (!result.stuck.empty()) mistakes.push_back("asks for nothing after: " + result.stuck);
+    if (!result.stuck.empty()) mistakes.push_back("no prompt after: " + result.stuck);
     if (!result.not_redrawn.empty())
-        mistakes.push_back("does not draw its prompt again after: " + result.not_redrawn);
+        mistakes.push_back("prompt not redrawn after: " + result.not_redrawn);
     if (!result.ending) {
-        mistakes.emplace_back("does not end when its input has ended");
+        mistakes.emplace_back("does not exit at end of input");
     } else if (!IsAllowedEnding(plan, result)) {
-        mistakes.push_back("ends wrongly: " + result.ending->Describe());
+        mistakes.push_back("unexpected end: " + result.ending->Describe());
     }
 }
 
@@ -50,8 +50,8 @@ void CheckErrors(const Plan& plan, const PlayResult& result, Mistakes& mistakes)
     std::vector<std::string> allowed;
     if (plan.Has(&DaemonEvent::mistypes_properties))
         allowed.emplace_back("GLib-GIO-WARNING .* does not match expected type");
-    // Printed by GLib's object manager if the daemon returns for a moment only, and by the tool if
-    // the daemon leaves the bus while the tool starts.
+    // The first is printed by GLib's object manager if the daemon returns only briefly, the second
+    // by the tool if the daemon disconnects during its start.
     if (result.daemon_left) {
         allowed.emplace_back(
             "GLib-GIO-WARNING .* Error calling GetManagedObjects\\(\\) when name owner ");
@@ -60,7 +60,7 @@ void CheckErrors(const Plan& plan, const PlayResult& result, Mistakes& mistakes)
     if (result.bus_died)
         allowed.emplace_back(
             "GLib-GIO-CRITICAL .* Error while sending (Add|Remove)Match.. message: ");
-    if (result.ending && DiedOfMissingAddress(plan, result)) {
+    if (result.ending && AbortedOnMissingAddress(plan, result)) {
         allowed.emplace_back("^terminate called after throwing an instance of 'std::logic_error'$");
         allowed.emplace_back("^  what\\(\\):  .*null");
     }
@@ -71,7 +71,7 @@ void CheckErrors(const Plan& plan, const PlayResult& result, Mistakes& mistakes)
 bool ConcernsLost(const simulator::Call& call, const LostSession& lost) {
     const bool same = call.path == lost.path;
     const bool below = call.path.compare(0, lost.path.size() + 1, lost.path + "/") == 0;
-    // The pull's filter menu does not look whether the session is still connected.
+    // The filter menu of Pull does not check the connection.
     return (same && call.method != "Pull") || below;
 }
 
@@ -82,11 +82,11 @@ void CheckCalls(const PlayResult& result, Mistakes& mistakes) {
     for (const LostSession& lost : result.lost_sessions)
         for (std::size_t call = lost.from; call < std::min(lost.to, result.calls.size()); ++call)
             if (ConcernsLost(result.calls[call], lost))
-                mistakes.push_back("on a lost session: " + Describe(result.calls[call]));
+                mistakes.push_back("call on a lost session: " + Describe(result.calls[call]));
 }
 
-// The names of files that a transfer does not delete: another has replaced it, or the daemon has
-// left before the transfer's own properties were read.
+// Files that no transfer deletes: the transfer was replaced, or the daemon disconnected before its
+// properties were read.
 std::set<std::string> FilesThatMayStay(const std::vector<std::string>& messages) {
     std::set<std::string> names;
     std::string current;
@@ -111,17 +111,17 @@ void CheckFiles(const Plan& plan, const PlayResult& result,
     for (const std::string& name : result.files) {
         const bool pulled = name == "phonebook.vcf" || name == "card.vcf";
         if (!pulled || (must_delete && may_stay.count(name) == 0))
-            mistakes.push_back("leaves a file behind: " + name);
+            mistakes.push_back("remaining file: " + name);
     }
     for (const std::string& process : result.orphans)
-        mistakes.push_back("leaves a process behind: " + process);
+        mistakes.push_back("remaining process: " + process);
 }
 
 }  // namespace
 
 std::vector<std::string> FindMistakes(const Plan& plan, const PlayResult& result) {
     Mistakes mistakes;
-    // A tool that a signal ended, or whose terminal hung up, may have been about to write.
+    // Output may be incomplete after a signal or hang-up.
     const bool truncated = !result.ending || result.ending->signal || result.hung_up;
     const OutputReading output = ReadOutput(result.output, truncated, result.control_c);
     if (output.mistake) mistakes.push_back("on standard output: " + *output.mistake);

@@ -9,12 +9,12 @@
 
 namespace morvane_test {
 
-/// What must not have happened in any conversation, one line each. Empty if nothing is wrong.
+/// The rules that the conversation violates, one line each.
 std::vector<std::string> FindMistakes(const Plan& plan, const PlayResult& result);
 
-/// What is wrong with a call that the tool made, whatever was typed before: a method or interface
-/// that does not exist, a body that is not of the described signature or not UTF-8, an argument
-/// that the tool must never send.
+/// Checks one call independently of the conversation: the method must exist, the body must be UTF-8
+/// and have the described signature, and the arguments must be ones that the tool may send. Returns
+/// the violation.
 std::optional<std::string> FindMistake(const simulator::Call& call);
 
 }  // namespace morvane_test

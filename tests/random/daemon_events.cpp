@@ -12,7 +12,7 @@ struct PropertyRow {
     };
     const Interface& interface;
     const char* name;
-    const char* values[4];  ///< of the right type, in the text form of GVariant
+    const char* values[4];  ///< of the correct type, as GVariant text
 };
 
 namespace {
@@ -22,7 +22,7 @@ constexpr PropertyRow::Interface kSession = {"{session} ", simulator::kSessionIn
 constexpr PropertyRow::Interface kPhonebook = {"{session} ", simulator::kPhonebookInterface};
 constexpr PropertyRow::Interface kTransfer = {"{transfer} ", simulator::kTransferInterface};
 
-// Without the connection's state, whose loss has an event of its own.
+// Without ConnectionState, for which there are separate events.
 constexpr PropertyRow kProperties[] = {
     {kDevice, "Address", {"'02:00:5E:10:00:01'", "''", "'%s%n'", "'\\n'"}},
     {kDevice, "Alias", {"'New alias'", "''", "'%s%d %'", "'☎ Ærø'"}},
@@ -56,7 +56,7 @@ constexpr const char* kValues[] = {
     "uint32 7",   "uint64 7",   "int64 -1",  "1.5",        "objectpath '/'", "@as []",
     "['a', 'b']", "{'a': <1>}", "<'boxed'>", "@ay [1, 2]", "('a', 1)",       "signature 'a{sv}'"};
 
-// As a method's whole answer: most are wrong for most methods.
+// Complete replies; wrong for most methods.
 constexpr const char* kReplies[] = {
     "()",
     "('text',)",
@@ -77,7 +77,7 @@ constexpr const char* kReplies[] = {
     "(objectpath '/nowhere', {'Status': <<'boxed'>>, 'Name': <'%s%n'>, 'Session': <'/'>})",
 };
 
-// To a pull: what the tool reads without the help of a described type.
+// Replies to pulls: the tool parses these dictionaries itself.
 constexpr const char* kTransferReplies[] = {
     "(objectpath '/nowhere', {'Size': <'big'>, 'Status': <7>, 'Filename': <@as []>, 'X': <1>})",
     "(objectpath '/nowhere', {'Size': <uint32 5>, 'Transferred': <true>, 'Type': <byte 1>})",
@@ -146,7 +146,7 @@ constexpr EventRow kEvents[] = {
 }  // namespace
 
 DaemonEvent DaemonEventGenerator::Draw() {
-    // Little can happen without the client.
+    // Restore a lost client soon: few actions are possible without it.
     if (recoveries_.empty() || random_.Chance(recoveries_.back().restores_client ? 20 : 60))
         return DrawNewEvent();
     DaemonEvent event = recoveries_.back();
@@ -162,10 +162,10 @@ DaemonEvent DaemonEventGenerator::DrawNewEvent() {
     event.command = Fill(row.pattern, event);
     const auto begins = [&event](const char* text) { return event.command.rfind(text, 0) == 0; };
     event.makes_calls_hang = begins("hang ");
-    // The tool reads with GetAll what it knows of objects that are added later.
-    const bool blinds = event.failing_method == "GetAll";
-    event.hides_address = event.hides_address || blinds;
-    event.renames_files = event.renames_files || blinds;
+    // The tool calls GetAll for the properties of new objects.
+    const bool hides_all = event.failing_method == "GetAll";
+    event.hides_address = event.hides_address || hides_all;
+    event.renames_files = event.renames_files || hides_all;
     if (event.makes_calls_hang) event.failing_method.clear();
     event.fakes_transfers = begins("reply Pull") || begins("empty-transfer-path");
     if (row.recovery) {

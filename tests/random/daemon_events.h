@@ -7,27 +7,27 @@
 
 namespace morvane_test {
 
-/// What the operator loses by an event.
+/// What the tool loses by an event.
 enum class Loss { kNone, kSession, kClient };
 
-/// Something that the daemon does by itself, or how it answers from now on.
+/// An action of the daemon, or a change of its replies.
 struct DaemonEvent {
-    /// A command of the simulator, with "{session}" and "{transfer}" for the newest ones, and
-    /// "{phone}" for one of the phones.
+    /// A command of the simulator. "{session}" and "{transfer}" stand for the newest ones,
+    /// "{phone}" for the first phone.
     std::string command;
     Loss loss = Loss::kNone;
     bool restores_client = false;
-    bool mistypes_properties = false;  ///< a property may come with a value of another type
+    bool mistypes_properties = false;  ///< a property may have another type
     bool hides_address = false;        ///< a device may have no address
-    bool renames_files = false;        ///< a transfer may not tell where its file is
-    bool fakes_transfers = false;      ///< a pull may come to nothing although it was accepted
+    bool renames_files = false;        ///< the file of a transfer may be unknown
+    bool fakes_transfers = false;      ///< an accepted pull may have no transfer
     bool makes_calls_hang = false;
-    std::string failing_method;  ///< that will be refused or answered wrongly
+    std::string failing_method;  ///< will be refused or get a wrong reply
 };
 
 using DaemonTrait = bool DaemonEvent::*;
 
-/// Draws what a daemon does in one conversation. What was removed is often added again later.
+/// Draws the daemon's events for one conversation. Most faults are reverted by a later event.
 class DaemonEventGenerator {
   public:
     explicit DaemonEventGenerator(RandomSource& random) : random_(random) {}
@@ -43,7 +43,7 @@ class DaemonEventGenerator {
 
     RandomSource& random_;
     std::vector<DaemonEvent> recoveries_;
-    const struct PropertyRow* property_ = nullptr;  // that the event speaks of
+    const struct PropertyRow* property_ = nullptr;  // of the current event
 };
 
 }  // namespace morvane_test

@@ -1,4 +1,5 @@
-// Plays random conversations against the tool and checks what must be true of any conversation.
+// Plays random conversations against the tool and checks rules that every conversation must
+// satisfy.
 
 #include "random/checker.h"
 #include "random/plan.h"
@@ -20,14 +21,14 @@ namespace morvane_test {
 namespace {
 
 struct Settings {
-    std::string program;  // this one
+    std::string program;  // path of this program
     std::string tool;
     gint64 seed = 1;
     gint64 count = 1;
     gint jobs = 8;
 };
 
-// The variables that a sanitizer's findings depend on, as they are written before a command.
+// Environment variables that affect the result, as a shell command prefix.
 std::string Environment() {
     std::string settings;
     for (const char* const name :
@@ -37,12 +38,12 @@ std::string Environment() {
     return settings;
 }
 
-/// Plays the conversations, several at a time; each worker has its own bus.
+/// Plays the conversations in parallel; each worker has its own bus.
 class Run {
   public:
     explicit Run(const Settings& settings) : settings_(settings) {}
 
-    /// Returns the number of seeds that failed.
+    /// Returns the number of failed seeds.
     std::size_t Play() {
         std::vector<std::thread> workers;
         for (gint64 worker = 0; worker < std::min<gint64>(settings_.jobs, settings_.count);
@@ -84,13 +85,15 @@ class Run {
 Settings ParseCommandLine(int argc, char** argv) {
     Settings settings;
     gchar* tool = nullptr;
-    ParseOptions(
-        argc, argv, "- play random conversations",
-        {{"seed", 's', 0, G_OPTION_ARG_INT64, &settings.seed, "of the first conversation", "N"},
-         {"count", 'n', 0, G_OPTION_ARG_INT64, &settings.count, "conversations, one per seed", "N"},
-         {"jobs", 'j', 0, G_OPTION_ARG_INT, &settings.jobs, "conversations at a time", "N"},
-         {"tool", 't', 0, G_OPTION_ARG_FILENAME, &tool, "instead of the one built here", "FILE"},
-         {}});
+    ParseOptions(argc, argv, "- play random conversations",
+                 {{"seed", 's', 0, G_OPTION_ARG_INT64, &settings.seed, "first seed", "N"},
+                  {"count", 'n', 0, G_OPTION_ARG_INT64, &settings.count,
+                   "number of conversations, one per seed", "N"},
+                  {"jobs", 'j', 0, G_OPTION_ARG_INT, &settings.jobs,
+                   "number of parallel conversations", "N"},
+                  {"tool", 't', 0, G_OPTION_ARG_FILENAME, &tool,
+                   "tool to test (default: of this build)", "FILE"},
+                  {}});
     const morvane::TextPtr owned_tool(tool);
     settings.program = argv[0];
     // Each conversation has its own working directory.

@@ -8,16 +8,16 @@
 namespace morvane_test {
 namespace {
 
-constexpr unsigned kFields = 32;          // that the simulator lists
-constexpr unsigned kPhonebooksOfSim = 5;  // fewer than in internal memory
+constexpr unsigned kFields = 32;          // number of fields that the simulator lists
+constexpr unsigned kPhonebooksOfSim = 5;  // internal memory has more
 
-// What the number prompts have rules for, right or wrong.
+// Valid and invalid input for number prompts.
 constexpr const char* kUnusualNumbers[] = {
     "x",    "x5",    " x",         "-1",         "65535", "65536", "4294967295",
     "0x10", "12abc", "4294967296", "1000000000", "   ",   "",      "99999999999999999999",
     "1e3",  "+1",    "-0",         "\t2"};
 
-// Texts that some prompt treats in its own way.
+// Texts with a special meaning at some prompt.
 constexpr const char* kTexts[] = {
     "",
     "engineer",
@@ -48,7 +48,7 @@ constexpr const char* kUnusualLines[] = {
     "zzz", "0", "9",  "%s%s%n", "\xc3\xa9", "-", "d",    "x",
 };
 
-// What a prompt's valid answer makes the tool call, if much depends on it.
+// Calls on whose success later prompts depend.
 struct CallRow {
     PromptId prompt;
     const char* method;
@@ -103,7 +103,7 @@ unsigned OperatorModel::LimitOf(PromptId prompt) const {
     return RowOf(prompt).limit;
 }
 
-// Whether what a valid answer leads to is going to be refused.
+// Whether the call of a valid answer will fail.
 bool OperatorModel::Fails(PromptId prompt) const {
     return std::any_of(std::begin(kCalls), std::end(kCalls), [&](const CallRow& row) {
         return row.prompt == prompt && failing_.count(row.method) > 0;
@@ -111,7 +111,7 @@ bool OperatorModel::Fails(PromptId prompt) const {
 }
 
 std::string OperatorModel::DrawKey() {
-    // Keys that need a selected phone book are rarely tried without one.
+    // Rarely choose keys that need a selected phone book without one.
     const bool anything = selected_ || random_.Chance(5);
     const std::vector<KeyRow> keys = KeysOf(Now());
     const KeyRow& row = random_.PickWeighted(keys, [&](const KeyRow& key) -> std::size_t {
@@ -122,7 +122,7 @@ std::string OperatorModel::DrawKey() {
 }
 
 std::string OperatorModel::DrawNumber() {
-    // Little can be reached without a device.
+    // Most prompts need a device.
     const bool is_important = Now() == PromptId::kDevice || random_.Chance(50);
     if (random_.Chance(is_important ? 5 : 20)) return random_.Pick(kUnusualNumbers);
     const std::size_t smallest = RowOf(Now()).smallest;
@@ -134,7 +134,7 @@ std::string OperatorModel::DrawNumber() {
 }
 
 std::string OperatorModel::DrawText() {
-    // Most handles that are well formed lead nowhere; the first cards exist.
+    // Most valid handles do not exist; the first cards do.
     if (Now() == PromptId::kHandle && random_.Chance(60)) return std::to_string(random_.Below(20));
     if (random_.Chance(70)) return random_.Pick(kTexts);
     return DrawBytes(RowOf(Now()).limit - 2 + random_.Below(5));
@@ -147,7 +147,7 @@ std::string OperatorModel::DrawUnusual() {
     return std::string(kMegabyte / 2 + random_.Below(kMegabyte), random_.Pick("hx1 \xe2q\0"));
 }
 
-// A terminal takes control bytes for itself: Ctrl-C, Ctrl-D, Ctrl-Z, line editing.
+// On a terminal, control bytes have special meanings: Ctrl-C, Ctrl-D, Ctrl-Z, line editing.
 std::string OperatorModel::DrawBytes(std::size_t length) {
     std::string bytes;
     while (bytes.size() < length) {

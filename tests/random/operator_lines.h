@@ -10,24 +10,23 @@
 
 namespace morvane_test {
 
-/// An operator who draws lines that lead deep into the menus, and others. Where the tool will be
-/// after a line is forecast and not looked up, so that the lines depend on the random alone; a
-/// forecast that fails only makes the lines less apt until the two meet again.
+/// Draws the lines of an operator: mostly valid ones that lead deep into the menus. The next prompt
+/// is predicted and not read from the tool, so that the lines depend on the seed only; after a
+/// wrong prediction lines are invalid more often until it is correct again.
 class OperatorModel {
   public:
-    /// `on_terminal`: no bytes that a terminal interprets, and no long lines. `phones`: the number
-    /// of devices that can be chosen.
+    /// `on_terminal`: no control bytes and no long lines. `phones`: the number of devices.
     OperatorModel(RandomSource& random, bool on_terminal, unsigned phones)
         : random_(random), on_terminal_(on_terminal), phones_(phones) {}
 
-    /// Without its newline.
+    /// Without a newline.
     std::string DrawLine();
-    /// Lines that lead to the main menu from nearly anywhere.
+    /// Lines that return to the main menu from nearly any prompt.
     std::string GoHome();
-    /// What happens to be typed when the input ends.
+    /// An incomplete line before the end of input.
     std::string DrawUnterminated();
 
-    /// The daemon does this before the next line.
+    /// Takes into account an event of the daemon before the next line.
     void Expect(const DaemonEvent& event);
 
   private:

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kLongestItem = 2000;
 constexpr std::size_t kShownBytes = 300;
 
-// Colours and text of a message as patterns.
+// Patterns for the colours and text of a message.
 const std::string kGreen = "\x1b\\[1;32m";
 const std::string kRed = "\x1b\\[1;31m";
 const std::string kReset = "\x1b\\[0m";
@@ -21,7 +21,7 @@ class Reader {
   public:
     explicit Reader(std::string_view output) : output_(output) {}
 
-    /// Reads from `position` on. Returns where no item begins, or the size of the output.
+    /// Parses from `position`. Returns the offset of the first unparsable byte, or the size.
     std::size_t Read(std::size_t position) {
         static const std::string path = PathPattern();
         static const std::regex prompt(kGreen + "(" + path + ")" + kReset + kRed + " [>?] " +
@@ -63,7 +63,7 @@ class Reader {
     std::string_view output_;
     std::vector<std::string> messages_;
     std::cmatch item_;
-    std::optional<std::string> prompt_;  // that a message would be printed below
+    std::optional<std::string> prompt_;  // displayed prompt
 };
 
 }  // namespace

@@ -10,13 +10,13 @@ namespace {
 
 constexpr std::size_t kShownOfLine = 120;
 
-// Of several phones one demands these. They are set at the main menu.
+// One of several phones requires these credentials.
 constexpr char kCredentials[] = "u\nengineer\np\n1234\n";
 
 struct TerminationRow {
     Termination termination;
     unsigned weight;
-    bool on_terminals_only;
+    bool needs_terminal;
     const char* name;
 };
 
@@ -24,8 +24,8 @@ constexpr TerminationRow kTerminations[] = {
     {Termination::kEndOfInput, 50, false, "end of input"},
     {Termination::kUnterminatedLine, 25, false, "end of input within a line"},
     {Termination::kQuit, 15, false, "quit"},
-    {Termination::kHangUp, 12, true, "the terminal hangs up"},
-    {Termination::kBusDies, 4, false, "the bus dies"},
+    {Termination::kHangUp, 12, true, "terminal hang-up"},
+    {Termination::kBusDies, 4, false, "loss of the bus"},
 };
 
 simulator::Options DrawOptions(RandomSource& random) {
@@ -42,7 +42,7 @@ simulator::Options DrawOptions(RandomSource& random) {
     return options;
 }
 
-// What a pull downloads. Escape sequences would make the output ambiguous.
+// The content of pulls, without escape sequences, which would make the output ambiguous.
 std::string DrawContent(RandomSource& random) {
     constexpr std::size_t kSizes[] = {0, 1, 511, 512, 513, 1024, 5000};
     std::string content;
@@ -55,7 +55,7 @@ std::string DrawContent(RandomSource& random) {
     return content;
 }
 
-/// Draws the steps, one after the other.
+/// Draws the steps in order.
 class StepGenerator {
   public:
     StepGenerator(RandomSource& random, OperatorModel& typist, bool on_terminal)
@@ -101,14 +101,14 @@ std::string Shown(const std::string& bytes) {
     return '"' + text + '"';
 }
 
-std::string WhatHappens(const Step& step) {
+std::string DescribeAction(const Step& step) {
     switch (step.kind) {
         case Step::Kind::kType:
             return "type " + Shown(step.bytes);
         case Step::Kind::kCommand:
             return step.event.command;
         case Step::Kind::kContent:
-            return "pulls bring " + Shown(step.bytes);
+            return "pulls return " + Shown(step.bytes);
         case Step::Kind::kInterrupt:
             return "SIGINT";
         case Step::Kind::kControlC:
@@ -138,7 +138,7 @@ Plan DrawPlan(std::uint64_t seed) {
     const std::size_t steps = 6 + random.Below(18) + random.Below(18);
     for (std::size_t step = 0; step < steps; ++step) plan.steps.push_back(steps_of.DrawStep());
     const auto weight = [on_terminal](const TerminationRow& row) {
-        return row.on_terminals_only && !on_terminal ? 0 : row.weight;
+        return row.needs_terminal && !on_terminal ? 0 : row.weight;
     };
     plan.termination = random.PickWeighted(kTerminations, weight).termination;
     if (plan.termination == Termination::kQuit)
@@ -149,7 +149,7 @@ Plan DrawPlan(std::uint64_t seed) {
 }
 
 std::string Describe(const Step& step) {
-    return WhatHappens(step) + (step.awaited ? "" : " (and go on at once)");
+    return DescribeAction(step) + (step.awaited ? "" : " (without waiting)");
 }
 
 std::string Describe(const Plan& plan) {

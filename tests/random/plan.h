@@ -10,11 +10,11 @@
 
 namespace morvane_test {
 
-/// One thing that happens in a conversation.
+/// A step of a conversation.
 struct Step {
     enum class Kind {
         kType,       ///< the operator types `bytes`
-        kCommand,    ///< the daemon carries out `event`
+        kCommand,    ///< the daemon executes `event`
         kContent,    ///< the daemon's next pulls download `bytes`
         kInterrupt,  ///< SIGINT to the tool
         kControlC,   ///< Ctrl-C on the terminal
@@ -22,14 +22,14 @@ struct Step {
     Kind kind;
     std::string bytes;
     DaemonEvent event;
-    /// Whether the next step comes only when the tool has dealt with this one.
+    /// Wait until the tool has processed this step.
     bool awaited = true;
 };
 
 /// How a conversation ends.
 enum class Termination { kEndOfInput, kUnterminatedLine, kQuit, kHangUp, kBusDies };
 
-/// A whole conversation, drawn before it begins.
+/// A complete conversation, generated before it is played.
 struct Plan {
     std::uint64_t seed;
     Wiring wiring;
@@ -42,10 +42,10 @@ struct Plan {
     bool Has(DaemonTrait trait) const;
 };
 
-/// The same plan for the same seed.
+/// The plan depends on the seed only.
 Plan DrawPlan(std::uint64_t seed);
 
-/// One line: everything but the steps.
+/// One line, without the steps.
 std::string Describe(const Plan& plan);
 std::string Describe(const Step& step);
 

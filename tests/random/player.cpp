@@ -22,12 +22,11 @@ constexpr std::size_t kNotRedrawn = 1;  // which of two awaited texts
 constexpr Duration kHangingCall{300};
 constexpr Duration kBriefly{1000};
 
-// The ends of prompts that were drawn for an input. Those that are drawn again below a message have
-// no reset before the marker.
+// The ends of prompts drawn for input. Redrawn prompts have no reset before the marker.
 const std::vector<std::string> kPromptEnds = {kResetSequence + Red(" > "),
                                               kResetSequence + Red(" ? ")};
 
-// The tool was started with setsid(2), so its children have its id as theirs.
+// The tool was started with setsid(2): its children have its id as session id.
 std::vector<std::string> ChildrenLeft(pid_t tool) {
     std::vector<std::string> children;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
@@ -99,7 +98,7 @@ class Player {
         pending_prompts_ += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
         if (console_.TryWrite(bytes, hanging_ ? kBriefly : Patience())) return "";
         prompt_count_is_known_ = false;
-        return " (not taken)";
+        return " (not read)";
     }
 
     std::string Command(const DaemonEvent& event) {
@@ -118,7 +117,7 @@ class Player {
         return command_ == event.command ? "" : " (" + command_ + ")";
     }
 
-    // Throws std::runtime_error if the object does not exist.
+    // Replaces the placeholders. Throws std::runtime_error if the object does not exist.
     std::string Resolved(std::string command) const {
         const auto replace = [&command](const char* word, const std::vector<std::string>& paths) {
             const std::size_t found = command.find(word);
@@ -133,14 +132,14 @@ class Player {
     }
 
     void Interrupt(bool typed) {
-        AwaitPrompts("an interrupt");  // before its first prompt the tool may not be prepared
+        AwaitPrompts("an interrupt");  // before the first prompt there may be no signal handler
         ++result_.interrupts;
         if (!typed || pending_prompts_ > 0) return console_.Interrupt();
         if (!result_.control_c) result_.control_c = console_.Output().size();
         console_.TryWrite("\x03", Patience());
     }
 
-    /// Awaits a prompt for each line that was typed.
+    /// Waits for a prompt for each typed line.
     void AwaitPrompts(const std::string& what) {
         while (pending_prompts_ > 0) {
             const bool may_be_missing = hanging_ || !prompt_count_is_known_;
@@ -154,14 +153,14 @@ class Player {
         }
     }
 
-    /// Awaits also that the tool has handled everything that the daemon has announced so far.
+    /// Also waits until the tool has processed everything that the daemon has sent.
     void AwaitIdle(const std::string& what) {
         AwaitPrompts(what);
         is_idle_ = false;
         if (pending_prompts_ > 0 || !prompt_count_is_known_ || hanging_ || away_ ||
             result_.interrupts > 0)
             return;
-        // The device is removed before it can be chosen, since it has no usable address.
+        // The device is removed immediately: its address is invalid.
         const std::string path = kIdleProbePath;
         daemon_.AddDevice(path, "00:00:00:00:00:00", "settled");
         const std::string found_line = "Found Device " + path + "\n";
@@ -200,7 +199,7 @@ class Player {
         CloseInput();
     }
 
-    // On a terminal Ctrl-D within a line only hands the line over.
+    // On a terminal Ctrl-D in an incomplete line only submits it, so it is typed twice.
     void CloseInput() {
         constexpr char kControlD[] = "\x04";
         if (plan_.wiring == Wiring::kPipes) return console_.CloseInput();
@@ -210,7 +209,7 @@ class Player {
 
     void AwaitEnd() {
         if (!console_.AwaitEnd(kBriefly) && hanging_) {
-            log_ += "  (what hangs is released)\n";
+            log_ += "  (releasing pending calls)\n";
             daemon_.Release();
         }
         result_.ending = console_.AwaitEnd(3 * Patience());
@@ -240,11 +239,11 @@ class Player {
     Console console_;
     PlayResult result_;
     std::string log_;
-    std::string command_;                // the last one as it was carried out; empty if it was not
-    std::size_t calls_before_ = 0;       // the last command
-    std::size_t pending_prompts_ = 1;    // prompts: the first, and one for each line
-    bool prompt_count_is_known_ = true;  // until input was taken in part only
-    bool hanging_ = false;               // calls may get no answer
+    std::string command_;                // last executed command; empty if it failed
+    std::size_t calls_before_ = 0;       // number of calls before it
+    std::size_t pending_prompts_ = 1;    // the first one, and one for each line
+    bool prompt_count_is_known_ = true;  // false if input was read partly
+    bool hanging_ = false;               // calls may get no reply
     bool away_ = false;                  // the daemon is not on the bus
     bool is_idle_ = false;
 };

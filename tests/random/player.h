@@ -12,31 +12,30 @@
 
 namespace morvane_test {
 
-/// A session whose connection was lost, as the tool knows, before call number `from` was made, and
-/// until call number `to`.
+/// A session that the tool knows to be disconnected for calls number `from` to `to`, exclusive.
 struct LostSession {
     std::string path;
     std::size_t from;
     std::size_t to;
 };
 
-/// The result of a plan.
+/// The result of playing a plan.
 struct PlayResult {
-    std::optional<Ending> ending;  ///< nothing if the tool had to be killed
+    std::optional<Ending> ending;  ///< nullopt if the tool had to be killed
     std::string output;
     std::string errors;
     std::vector<simulator::Call> calls;
     std::vector<std::string> files;    ///< left in the directory of the tool and the daemon
-    std::vector<std::string> orphans;  ///< ids of processes that the tool left behind
+    std::vector<std::string> orphans;  ///< ids of remaining child processes
     std::vector<LostSession> lost_sessions;
-    std::string stuck;                     ///< the step after which no prompt was displayed
-    std::string not_redrawn;               ///< the step after which a message removed the prompt
-    std::optional<std::size_t> control_c;  ///< how much output there was when it was first typed
+    std::string stuck;                     ///< the step after which no prompt appeared
+    std::string not_redrawn;               ///< the step after which a prompt was not redrawn
+    std::optional<std::size_t> control_c;  ///< size of the output when it was first typed
     unsigned interrupts = 0;
     bool hung_up = false;
     bool bus_died = false;
     bool daemon_left = false;
-    std::string report;  ///< all that helps to understand a failure
+    std::string report;  ///< for failure reports
 };
 
 /// Plays the plan against the tool, or `program` if it is not empty, on a bus without other users.

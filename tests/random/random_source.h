@@ -7,8 +7,8 @@
 
 namespace morvane_test {
 
-/// Draws that are the same for the same seed, on every machine: the standard fixes this engine, but
-/// not its distributions, which are therefore not used.
+/// Random numbers that depend only on the seed, on every machine: the standard specifies this
+/// engine exactly, but not the distributions, which are therefore not used.
 class RandomSource {
   public:
     explicit RandomSource(std::uint64_t seed) : engine_(seed) {}
@@ -22,7 +22,7 @@ class RandomSource {
         return *(std::begin(table) + static_cast<std::ptrdiff_t>(Below(std::size(table))));
     }
 
-    /// As often as its `weight` says in comparison with the others'. One must have some.
+    /// Picks each row with a probability proportional to its `weight`. The sum must not be zero.
     template <typename Table, typename Weight>
     const auto& PickWeighted(const Table& table, Weight weight) {
         std::size_t total = 0;

@@ -1,5 +1,5 @@
-// One process of the tool runs through many sessions and notifications and must not gain memory,
-// descriptors or match rules by them.
+// Runs many sessions and notifications in one process of the tool, whose memory, descriptors and
+// match rules must not grow.
 
 #include "interfaces/glib_ptr.h"
 #include "simulator/daemon.h"
@@ -24,15 +24,15 @@ namespace {
 struct Settings {
     gint64 sessions = 10;
     gint64 notifications = 10000;
-    gint64 memory_kib = 256;  // that may be gained; negative: any
+    gint64 memory_kib = 256;  // permitted growth; negative: unlimited
 };
 Settings settings;
 
 constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_00_1B_DC_07_31_9A";
-constexpr char kVisitor[] = "/com/veltrisonix/hci0/dev_visitor_";
-constexpr std::size_t kVisitors = 5;
-constexpr std::size_t kWarmUp = 5;   // sessions until the tool has allocated what it reuses
-constexpr std::size_t kPiece = 20;  // notifications at once
+constexpr char kTemporaryDevice[] = "/com/veltrisonix/hci0/dev_temporary_";
+constexpr std::size_t kTemporaryDevices = 5;
+constexpr std::size_t kWarmUp = 5;  // sessions before caches are filled
+constexpr std::size_t kBatch = 20;   // notifications per batch
 constexpr std::size_t kShownBytes = 4000;
 
 enum class Object { kPhone, kSession, kTransfer };
@@ -59,11 +59,11 @@ constexpr Announcement kAnnouncements[] = {
     {Object::kPhone, simulator::kDeviceInterface, "Alias", Text},
 };
 
-/// What a process uses.
+/// Resources of a process.
 struct Footprint {
-    std::size_t resident_kib;  ///< of memory, shared pages included
+    std::size_t resident_kib;  ///< including shared pages
     std::size_t descriptors;
-    std::size_t match_rules;  ///< with the bus
+    std::size_t match_rules;  ///< on the bus
 
     std::string Describe() const {
         return std::to_string(resident_kib) + " KiB resident, " + std::to_string(descriptors) +
@@ -71,7 +71,7 @@ struct Footprint {
     }
 };
 
-// The bus counts the match rules of each connection.
+// Number of match rules of a connection.
 std::size_t CountMatchRules(GDBusConnection* bus, const std::string& unique_name) {
     const morvane::VariantPtr reply =
         CallOnBus(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -82,13 +82,13 @@ std::size_t CountMatchRules(GDBusConnection* bus, const std::string& unique_name
     return rules ? g_variant_n_children(rules.get()) : 0;
 }
 
-/// How a session at its transfer menu ends.
-struct Ending {
+/// How a session is left from its transfer menu.
+struct SessionEnd {
     const char* lines;
-    bool client_goes;
+    bool removes_client;
 };
 
-constexpr Ending kEndings[] = {
+constexpr SessionEnd kSessionEnds[] = {
     {"d\nx\nx\n", false}, {"c\nh\nx\n", false}, {"s\np\nr\nx\nx\n", false}, {"h\n", true}};
 
 class Soak : public testing::Test {
@@ -104,7 +104,7 @@ class Soak : public testing::Test {
         console_.emplace(options);
         console_->AwaitAll({std::string("Found Client ") + simulator::kClientPath,
                             std::string("Found Device ") + kPhonePath, Prompt()});
-        Settle();
+        AwaitIdle();
     }
 
     Console& console() { return *console_; }
@@ -120,20 +120,20 @@ class Soak : public testing::Test {
     void RunSession(std::size_t number, std::size_t notifications) {
         console_->TypeBytes("c\n0\ns\n0\n0\na\nd\n");
         console_->Await(Prompt(kTransferMenu));
-        ToggleVisitor(number % kVisitors);
+        ToggleTemporaryDevice(number % kTemporaryDevices);
         Announce(notifications);
         daemon_.CompleteTransfer(daemon_.Transfers().back());
-        Settle();
-        End(kEndings[number % std::size(kEndings)]);
+        AwaitIdle();
+        End(kSessionEnds[number % std::size(kSessionEnds)]);
         daemon_.ForgetCalls();
     }
 
-    /// At the main menu, with no devices but the phone.
+    /// At the main menu, with the phone as the only device.
     Footprint Measure() {
-        for (std::size_t visitor = 0; visitor < kVisitors; ++visitor)
-            if (visiting_.at(visitor)) ToggleVisitor(visitor);
-        Settle();
-        // The bus has received the tool's earlier messages when it has received a call.
+        for (std::size_t device = 0; device < kTemporaryDevices; ++device)
+            if (is_added_.at(device)) ToggleTemporaryDevice(device);
+        AwaitIdle();
+        // When the daemon has received a call, the bus has processed the tool's earlier messages.
         console_->TypeBytes("u\nsomebody\n");
         console_->Await(Prompt());
         return {ReadProcessNumber(console_->ProcessId(), "status", "VmRSS:"),
@@ -153,43 +153,44 @@ class Soak : public testing::Test {
         return object == Object::kSession ? daemon_.Sessions().back() : daemon_.Transfers().back();
     }
 
-    // In pieces, so that the tool's queue, and with it its memory, does not depend on its speed.
+    // In batches, so that the length of the tool's queue, and its memory, do not depend on its
+    // speed.
     void Announce(std::size_t notifications) {
-        for (std::size_t sent = 0; sent < notifications; sent += kPiece) {
+        for (std::size_t sent = 0; sent < notifications; sent += kBatch) {
             const Announcement& announcement =
-                kAnnouncements[sent / kPiece % std::size(kAnnouncements)];
+                kAnnouncements[sent / kBatch % std::size(kAnnouncements)];
             daemon_.Flood(PathOf(announcement.object), announcement.interface,
-                          announcement.property, std::min(kPiece, notifications - sent),
+                          announcement.property, std::min(kBatch, notifications - sent),
                           announcement.value);
-            Settle();
+            AwaitIdle();
         }
     }
 
-    void ToggleVisitor(std::size_t visitor) {
-        const std::string path = kVisitor + std::to_string(visitor);
-        visiting_.at(visitor) ? daemon_.RemoveDevice(path)
-                              : daemon_.AddDevice(path, "00:00:00:00:00:01", "Visitor");
-        visiting_.at(visitor) = !visiting_.at(visitor);
+    void ToggleTemporaryDevice(std::size_t device) {
+        const std::string path = kTemporaryDevice + std::to_string(device);
+        is_added_.at(device) ? daemon_.RemoveDevice(path)
+                             : daemon_.AddDevice(path, "00:00:00:00:00:01", "Temporary");
+        is_added_.at(device) = !is_added_.at(device);
     }
 
-    /// Awaits that the tool has dealt with all that was announced.
-    void Settle() {
-        constexpr char kPath[] = "/com/veltrisonix/hci0/dev_settled";
-        daemon_.AddDevice(kPath, "00:00:00:00:00:00", "settled");
+    /// Waits until the tool has processed everything that was sent.
+    void AwaitIdle() {
+        constexpr char kPath[] = "/com/veltrisonix/hci0/dev_probe";
+        daemon_.AddDevice(kPath, "00:00:00:00:00:00", "Probe");
         console_->Await(std::string("Found Device ") + kPath + "\n");
         daemon_.RemoveDevice(kPath);
         console_->Await(std::string("Removed ") + kPath + "\n");
     }
 
-    void End(const Ending& ending) {
-        if (ending.client_goes) {
+    void End(const SessionEnd& end) {
+        if (end.removes_client) {
             daemon_.RemoveClient();
             console_->Await(std::string("Removed ") + simulator::kClientPath);
         }
-        console_->TypeBytes(ending.lines);
+        console_->TypeBytes(end.lines);
         console_->Await(Prompt());
         daemon_.AddClient();
-        Settle();
+        AwaitIdle();
     }
 
     TemporaryDirectory directory_;
@@ -197,10 +198,10 @@ class Soak : public testing::Test {
     simulator::Daemon daemon_;
     morvane::GlibPtr<GDBusConnection> connection_;
     std::optional<Console> console_;
-    std::array<bool, kVisitors> visiting_ = {};
+    std::array<bool, kTemporaryDevices> is_added_ = {};
 };
 
-TEST_F(Soak, LeavesNothingBehind) {
+TEST_F(Soak, ResourcesDoNotGrow) {
     const auto sessions = static_cast<std::size_t>(settings.sessions);
     const auto notifications = static_cast<std::size_t>(settings.notifications);
     const std::size_t tenth = std::max(sessions / 10, kWarmUp);
@@ -216,7 +217,7 @@ TEST_F(Soak, LeavesNothingBehind) {
     }
     EXPECT_EQ(last.descriptors, first.descriptors);
     EXPECT_EQ(last.match_rules, first.match_rules);
-    // The tool of another build may have a sanitizer, too.
+    // The tool of another build may be instrumented.
     if (settings.memory_kib >= 0 && !IsOtherTool()) {
         EXPECT_LT(last.resident_kib,
                   first.resident_kib + static_cast<std::size_t>(settings.memory_kib));
@@ -224,13 +225,13 @@ TEST_F(Soak, LeavesNothingBehind) {
 }
 
 void ParseCommandLine(int argc, char** argv) {
-    ParseOptions(
-        argc, argv, "- soak the tool",
-        {{"sessions", 'n', 0, G_OPTION_ARG_INT64, &settings.sessions, "in all", "N"},
-         {"notifications", 'm', 0, G_OPTION_ARG_INT64, &settings.notifications, "in all", "M"},
-         {"memory", 0, 0, G_OPTION_ARG_INT64, &settings.memory_kib,
-          "that may be gained after the first tenth, in KiB; negative: any", "KIB"},
-         {}});
+    ParseOptions(argc, argv, "- soak the tool",
+                 {{"sessions", 'n', 0, G_OPTION_ARG_INT64, &settings.sessions, "total number", "N"},
+                  {"notifications", 'm', 0, G_OPTION_ARG_INT64, &settings.notifications,
+                   "total number", "M"},
+                  {"memory", 0, 0, G_OPTION_ARG_INT64, &settings.memory_kib,
+                   "permitted growth after the first tenth, in KiB; negative: unlimited", "KIB"},
+                  {}});
 }
 
 }  // namespace
