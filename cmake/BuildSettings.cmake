@@ -1,11 +1,10 @@
-# What every target of ours is built with, gathered in the target morvane-settings; that of test code
-# is morvane-test-settings.
+# Build settings of all targets: morvane-settings; for test code morvane-test-settings.
 
-option(MORVANE_STRICT "Treat every warning as an error; demand the test dependencies" OFF)
+option(MORVANE_STRICT "Treat every warning as an error; require the test dependencies" OFF)
 set(MORVANE_SANITIZER "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
 option(MORVANE_COVERAGE "Instrument for coverage" OFF)
 option(MORVANE_BENCHMARKS "Build the benchmarks" OFF)
-option(MORVANE_STATIC_RUNTIME "Put what is used of the C++ runtime into the tool, where it can be" ON)
+option(MORVANE_STATIC_RUNTIME "Link the C++ runtime statically into the tool, if possible" ON)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE MinSizeRel CACHE STRING "Build type" FORCE)
@@ -24,7 +23,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 add_library(morvane-language INTERFACE)
 target_compile_definitions(
-    # Files are 64-bit everywhere: a 32-bit target would refuse those with large inode numbers.
+    # 64-bit file offsets: on 32-bit targets files with large inode numbers could not be opened.
     morvane-language INTERFACE MORVANE_VERSION="${PROJECT_VERSION}" _FILE_OFFSET_BITS=64
                                GLIB_VERSION_MIN_REQUIRED=GLIB_VERSION_2_66
                                GLIB_VERSION_MAX_ALLOWED=GLIB_VERSION_2_66)
@@ -35,11 +34,11 @@ if(MORVANE_STRICT)
         INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                   -Wcast-align -Wcast-qual -Wformat=2 -Wmissing-declarations -Wnon-virtual-dtor
                   -Woverloaded-virtual -Wnull-dereference -Wundef -Wunused -Werror
-                  # See console/mutex.h; "beta" is what checks the order of locks.
+                  # See console/mutex.h; "beta" checks the lock order.
                   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety -Wthread-safety-beta>)
 endif()
 
-# Hardening. Fortification needs the optimiser and would blunt the sanitizers.
+# Hardening. _FORTIFY_SOURCE needs optimisation and would hide errors from sanitizers.
 set(optimised $<NOT:$<CONFIG:Debug>>)
 add_library(morvane-hardening INTERFACE)
 target_compile_options(morvane-hardening INTERFACE $<${optimised}:-fstack-protector-strong>)
@@ -47,8 +46,8 @@ target_compile_definitions(morvane-hardening INTERFACE $<${optimised}:_FORTIFY_S
 target_link_options(morvane-hardening INTERFACE
                     $<${optimised}:LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed>)
 
-# The tool lives in the flash of small boards. Half of what gdbus-codegen writes is for daemons, and
-# only a linker that sees each function by itself can leave it out.
+# Size matters in the flash of small boards. Half of the code of gdbus-codegen is for daemons;
+# --gc-sections removes unused functions only if each has its own section.
 add_library(morvane-size INTERFACE)
 target_compile_options(
     morvane-size
@@ -58,8 +57,9 @@ target_compile_options(
 target_link_options(morvane-size INTERFACE $<${optimised}:LINKER:--gc-sections>)
 target_link_libraries(morvane-hardening INTERFACE morvane-size)
 
-# The tool uses some 50 KiB of the C++ runtime; the shared one takes 2 MiB of flash, 1 MiB of memory
-# and an eighth of the instructions at start. Not every cross compiler brings the archives.
+# The tool uses about 50 KiB of the C++ runtime; the shared library takes 2 MiB of flash, 1 MiB of
+# memory and an eighth of the instructions at start. Not every cross compiler includes the static
+# libraries.
 add_library(morvane-static-runtime INTERFACE)
 if(MORVANE_STATIC_RUNTIME AND NOT MORVANE_SANITIZER)
     include(CheckCXXSourceCompiles)
@@ -73,7 +73,7 @@ if(MORVANE_STATIC_RUNTIME AND NOT MORVANE_SANITIZER)
     endif()
 endif()
 
-# Where it was built is nobody's concern, and two builds give the same bytes.
+# Strip build paths from the binaries (reproducible builds).
 add_library(morvane-reproducible INTERFACE)
 target_compile_options(
     morvane-reproducible
@@ -83,13 +83,13 @@ target_link_libraries(morvane-hardening INTERFACE morvane-reproducible)
 add_library(morvane-settings INTERFACE)
 target_link_libraries(morvane-settings INTERFACE morvane-language morvane-hardening)
 
-# Test code is compiled more often than it is run. Position-independent code as in an executable,
-# also in its static libraries, so that all of it can share one precompiled header.
+# Test code is compiled more often than it is run: -O0. With -fPIE for libraries too, all test code
+# can share one precompiled header.
 add_library(morvane-test-settings INTERFACE)
 target_compile_options(morvane-test-settings INTERFACE $<${optimised}:-O0> -fPIE)
 target_link_libraries(morvane-test-settings INTERFACE morvane-language)
 
-# Sanitizers and coverage must reach the generated code and the tests too.
+# Also for generated code and tests.
 if(MORVANE_SANITIZER)
     add_compile_options(-fsanitize=${MORVANE_SANITIZER} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)

@@ -2,7 +2,7 @@ find_program(GZIP gzip REQUIRED)
 
 # compress(<file> <variable>)
 #
-# Makes <file>.gz with every build, the same bytes each time, and puts its path into <variable>.
+# Adds a reproducible <file>.gz to every build and sets <variable> to its path.
 function(compress file variable)
     cmake_path(ABSOLUTE_PATH file)
     cmake_path(GET file FILENAME name)

@@ -1,7 +1,7 @@
 # embed_file(<target> <file> <header> <namespace> <constant>)
 #
-# Adds a source to <target> that defines <constant>, which <header> declares as
-# `extern const std::string_view <constant>;` in <namespace>: the bytes of <file>.
+# Adds a source to <target> that defines <constant> with the bytes of <file>. <header> declares it
+# as `extern const std::string_view <constant>;` in <namespace>.
 function(embed_file target file header namespace constant)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
     file(READ "${file}" bytes HEX)

@@ -1,10 +1,10 @@
 # shellcheck shell=bash
 # Sourced by the scripts that build.
 
-# with_build_lock FOLDER COMMAND...: runs the command with the lock of this build folder, for which
-# it waits if need be. A subshell owns the lock, so that it is not released if the script is killed
-# and its compiler keeps running. Programs do not inherit it: one that stays in the background, such
-# as the server of a compiler cache, would keep it.
+# with_build_lock FOLDER COMMAND...: runs the command while it has a lock on this build folder;
+# waits for the lock. A subshell owns it, so that it is kept if the script is killed while its
+# compiler is running. Programs do not inherit the descriptor: a background process, such as the
+# server of a compiler cache, would keep the lock.
 with_build_lock() {
     local folder=$1
     shift

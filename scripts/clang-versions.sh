@@ -1,16 +1,17 @@
 # shellcheck shell=bash
 # Sourced by the other scripts.
 
-# The versions of clang and its tools that accept the code: those of Debian 12, 13 and unstable.
-# Others format differently or have other checks.
+# Supported versions of clang and its tools: those of Debian 12, 13 and unstable. Others format
+# differently or have other checks.
 readonly clang_versions=(14 19 21)
 
-# clang_version PROGRAM: its major version; nothing if it is not installed
+# clang_version PROGRAM: prints its major version, or nothing if it is not installed
 clang_version() {
     "$1" --version 2>/dev/null | sed --quiet --regexp-extended '/version/ { s/^[^0-9]*version ([0-9]+).*/\1/p; q }' || true
 }
 
-# find_clang PROGRAM: the command for the first of these versions that is installed, or status 1
+# find_clang PROGRAM: prints the command for the first supported version that is installed; status 1
+# if there is none
 find_clang() {
     local version unsuffixed
     unsuffixed=$(clang_version "$1")

@@ -1,14 +1,14 @@
 # shellcheck shell=bash
 # Sourced by the scripts that need a Debian system of its own, in a folder.
 
-# Of the release of this machine, and from where this machine's packages come from.
+# The package sources of this machine.
 debian_sources() {
     # shellcheck disable=SC2016 # the names are apt's
     apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' \
         'Created-By: Packages' 'Label: Debian' 'Component: main'
 }
 
-# What mmdebstrap is started with.
+# Command prefix for mmdebstrap.
 launcher=()
 
 # make_debian_tree MACHINE VARIANT TARGET OPTION...: see mmdebstrap(1)
@@ -16,7 +16,7 @@ make_debian_tree() {
     debian_sources | "${launcher[@]}" mmdebstrap --quiet --architectures="$1" --variant="$2" "${@:4}" '' "$3" -
 }
 
-# Links that start at the root would lead out of the tree.
+# Makes absolute links relative: they would point out of the tree.
 make_links_relative() {
     local link
     find "$1" -lname '/*' | while read -r link; do
@@ -24,8 +24,8 @@ make_links_relative() {
     done
 }
 
-# extract_debian_tree MACHINE FOLDER OPTION...: nothing is configured, so that it may be of another
-# processor; devices, which only root may make, are left out
+# extract_debian_tree MACHINE FOLDER OPTION...: extracts packages without configuring them, which
+# works for other processors; omits devices, which only root may create
 extract_debian_tree() {
     mkdir -p "$2" &&
         make_debian_tree "$1" extract - --format=tar "${@:3}" |

@@ -1,15 +1,15 @@
 # shellcheck shell=bash
-# Sourced by the other scripts: runs steps. What a step prints goes to a file in build/logs; shown is
-# how far it is, and if it fails what scripts/failures finds in that file.
+# Sourced by the other scripts: runs steps. The output of a step is written to a file in build/logs;
+# its progress is displayed, and after a failure the summary of scripts/failures.
 #
-# How far a step is: the last "N/M" that begins a line of its output. On a terminal one line shows it
-# for all steps that run and is rewritten every second; elsewhere a line is added every half minute.
+# The progress of a step is the last "N/M" at the start of a line of its output. On a terminal one
+# line for all running steps is updated every second; otherwise a line is printed every 30 seconds.
 
 declare -A step_process=() step_start=()
 progress_is_shown=false
 
-# quietly WHAT COMMAND...: runs a step. The command gets no standard input, which may be somebody's
-# answers to something else. In a step of another script its output is part of that step's.
+# quietly WHAT COMMAND...: runs a step. The command gets no standard input, which may contain
+# answers for another program. Within a step of another script the output is part of that step's.
 quietly() {
     if [ -n "${MORVANE_STEP-}" ]; then
         printf '%s ...\n' "$1"
@@ -20,7 +20,7 @@ quietly() {
     fi
 }
 
-# begin WHAT COMMAND...: starts a step, which runs beside others until finish WHAT.
+# begin WHAT COMMAND...: starts a step in the background, until finish WHAT.
 begin() {
     hide_progress
     printf '%s ...\n' "$1" >&2
@@ -64,7 +64,7 @@ log_of() {
         "$(dirname "${BASH_SOURCE[0]}")/../build/logs/${name//[^a-z0-9]/-}.log"
 }
 
-# progress: of all steps that run
+# progress: prints that of all running steps
 progress() {
     local what counter text=
     for what in "${!step_process[@]}"; do

@@ -1,4 +1,4 @@
-// scripts/demo with the programs of this build.
+// Runs scripts/demo with the programs of this build.
 
 #include "documents/script_tree.h"
 #include "support/file_descriptor.h"
@@ -22,8 +22,8 @@ namespace {
 constexpr char kWaiting[] = "Waiting for another build in ";
 constexpr char kFilename[] = "Filename: ";
 
-// Fails if another build runs at the same time, or if the lock was inherited. Builds until a line
-// arrives through the pipe "go", if there is one, or the test ends.
+// Stand-in for CMake: fails if another build is running or the lock was inherited. If there is a
+// pipe "go", the build ends when it can read a line from it.
 constexpr char kCmake[] = R"(
 mkdir build/busy || exit
 ! readlink /proc/$$/fd/* | grep build/demo/lock || exit
@@ -50,7 +50,7 @@ class Demo : public testing::Test {
     std::deque<Console> consoles_;
 };
 
-TEST_F(Demo, WaitsForAnotherBuildInItsFolder) {
+TEST_F(Demo, WaitsForAnotherBuildInSameFolder) {
     tree().Write("bin/cmake", kCmake);
     const std::string path = tree().File("go");
     Checked(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), "mkfifo");
@@ -65,12 +65,12 @@ TEST_F(Demo, WaitsForAnotherBuildInItsFolder) {
     for (Console* console : {&first, &second}) console->Await(Prompt());
 }
 
-TEST_F(Demo, DoesNotWaitForAnotherDemoThatRuns) {
+TEST_F(Demo, DoesNotWaitForRunningDemo) {
     Run().Await(Prompt());
     Run().Expect("Building the tool and its simulator ...\n");
 }
 
-TEST_F(Demo, PrintsTheOptionsOfTheSimulatorWithoutABus) {
+TEST_F(Demo, PrintsSimulatorHelpWithoutBus) {
     for (const char* const arguments : {"-h", "--help", "--phones=1 --help"}) {
         Console& console = Run(arguments);
         console.Await("Usage:\n");
@@ -79,14 +79,14 @@ TEST_F(Demo, PrintsTheOptionsOfTheSimulatorWithoutABus) {
     }
 }
 
-TEST_F(Demo, EndsIfDependenciesAreMissing) {
+TEST_F(Demo, FailsIfDependenciesAreMissing) {
     tree().Write("scripts/install-dependencies", "echo refused; exit 1");
     Console& console = Run();
     console.Expect("refused\n");
     console.ExpectExit(1);
 }
 
-TEST_F(Demo, EndsIfItCannotWriteToItsBuildFolder) {
+TEST_F(Demo, FailsIfBuildFolderIsNotWritable) {
     std::filesystem::remove_all(tree().File("build/demo"));
     tree().Write("build/demo", "");
     Console& console = Run();
@@ -95,7 +95,7 @@ TEST_F(Demo, EndsIfItCannotWriteToItsBuildFolder) {
     console.ExpectExit(1);
 }
 
-TEST_F(Demo, PassesTheInstanceOnToTheTool) {
+TEST_F(Demo, PassesInstanceToTool) {
     for (const char* const arguments :
          {"--instance=second", "--instance second", "--phones=1 --instance x --instance=second"}) {
         Console& console = Run(arguments);
@@ -104,14 +104,14 @@ TEST_F(Demo, PassesTheInstanceOnToTheTool) {
     }
 }
 
-TEST_F(Demo, TellsTheOneThatRunsACommandWithoutBuilding) {
+TEST_F(Demo, SendsCommandToRunningDemoWithoutBuilding) {
     Run("--phones=1").Await(Prompt());
     Console& console = Run("--tell phones");
     console.Expect("/com/veltrisonix/hci0/dev_02_00_5E_10_00_01  02:00:5E:10:00:01  Aster\n");
     console.ExpectExit(0);
 }
 
-TEST_F(Demo, RunsAnotherCommandThanTheTool) {
+TEST_F(Demo, RunsOtherCommandInsteadOfTool) {
     Console& console = Run("--phones=1 --exec echo --tell");
     console.Expect("Building the tool and its simulator ...\n--tell\n");
     console.ExpectExit(0);
@@ -119,7 +119,7 @@ TEST_F(Demo, RunsAnotherCommandThanTheTool) {
 
 class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
 
-TEST_P(DemoInDirectory, PullsAPhonebookAndLeavesNothing) {
+TEST_P(DemoInDirectory, PullsPhonebookAndRemovesTemporaryFiles) {
     const std::string directory = tree().File(GetParam().name);
     std::filesystem::create_directory(directory);
     ConsoleOptions options = tree().Running("scripts/demo", Wiring::kPipes);

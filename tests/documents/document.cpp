@@ -18,14 +18,14 @@ bool IsOutside(const std::filesystem::path& path) {
     return name == "build" || (name.front() == '.' && name != ".ci");
 }
 
-// Where the text of the block begins, and how long it is.
+// Offset and length of the text in the block.
 std::pair<std::size_t, std::size_t> FindBlock(const std::string& markdown,
                                               const std::string& kind) {
     const std::string fence = "\n```" + kind + "\n";
     const std::size_t found = markdown.find(fence);
     const std::size_t end = markdown.find("\n```\n", found + 1);
     if (found == std::string::npos || end == std::string::npos)
-        throw std::runtime_error("no block of " + kind);
+        throw std::runtime_error("no fenced block: " + kind);
     const std::size_t begin = found + fence.size();
     return {begin, end + 1 - begin};
 }

@@ -8,30 +8,31 @@ namespace morvane_test {
 
 using Names = std::set<std::string>;
 
-/// Where this build's sources and documents are.
+/// Absolute path of a file in the sources.
 std::string SourcePath(const std::string& name);
 
-/// A file of the sources. Throws std::runtime_error if it cannot be read.
+/// Content of a source file. Throws std::runtime_error if it cannot be read.
 std::string ReadSource(const std::string& name);
 void WriteSource(const std::string& name, const std::string& text);
 
-/// The sources' files whose names match `pattern` (ECMAScript), sorted, as names that `ReadSource`
-/// takes; nothing of the build, of git or otherwise hidden.
+/// Sorted names of the source files that match `pattern` (ECMAScript), without build and hidden
+/// folders.
 std::vector<std::string> FindSources(const std::string& pattern);
 
-/// Every match of `pattern` (ECMAScript) in `text`: its first group that matched.
+/// The first matched group of every match of `pattern` (ECMAScript) in `text`.
 std::vector<std::string> FindAll(const std::string& text, const std::string& pattern);
 
-/// The same, each once and sorted.
+/// The same as a set.
 Names FindNames(const std::string& text, const std::string& pattern);
 
-/// `text` in the letters that the name of a test may have.
+/// `text` with all characters replaced that a test name must not contain.
 std::string AsTestName(const std::string& text);
 
-/// The text of the first block of Markdown that is fenced as ```kind; throws if there is none.
+/// The text of the first Markdown block fenced as ```kind; throws std::runtime_error if there is
+/// none.
 std::string FencedBlock(const std::string& markdown, const std::string& kind);
 
-/// `markdown` with another text in that block.
+/// `markdown` with the text of that block replaced.
 std::string ReplaceFencedBlock(const std::string& markdown, const std::string& kind,
                                const std::string& text);
 

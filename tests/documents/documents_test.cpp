@@ -1,4 +1,5 @@
-// What the documents name exists, and their lists of options, keys and commands are complete.
+// Files, presets, options, keys and commands in the documents exist, and lists of them are
+// complete.
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
@@ -33,7 +34,7 @@ bool IsFile(const std::string& name) {
     return std::filesystem::exists(SourcePath(name));
 }
 
-/// A document, and the folder that its links start from.
+/// A document, and the folder for its relative links.
 class Documents : public testing::TestWithParam<std::string> {
   protected:
     std::string text_ = ReadSource(GetParam());
@@ -61,7 +62,7 @@ TEST_P(Documents, LinkToExistingFilesAndHeadings) {
     }
 }
 
-TEST_P(Documents, NameFilesThatAreThere) {
+TEST_P(Documents, NameExistingFiles) {
     const std::string folders =
         "app|benchmarks|client|cmake|console|docs|examples|interfaces|packaging|phonebook|play|"
         "scripts|simulator|"
@@ -73,8 +74,8 @@ TEST_P(Documents, NameFilesThatAreThere) {
         EXPECT_FALSE(FindSources("/" + name + "$").empty()) << name;
 }
 
-// Without a preset CMake would generate for Make, which is not installed.
-TEST_P(Documents, BuildWithPresetsThatExistAndAreConfiguredBefore) {
+// Without a preset CMake would use Make, which may not be installed.
+TEST_P(Documents, UseExistingAndConfiguredPresets) {
     const Names presets = FindNames(ReadSource("CMakePresets.json"), "\"name\": \"(\\w+)\"");
     for (const std::string& preset : FindAll(text_, "--preset[ =](\\w+)"))
         EXPECT_EQ(presets.count(preset), 1U) << preset;
@@ -138,7 +139,7 @@ TEST(Contributing, ShowsTheOutputOfTheTestScript) {
               FencedBlock(ReadSource("CONTRIBUTING.md"), "text"));
 }
 
-// Each mutant in the list: where it is, what was changed, and the lines before and after.
+// Each mutant in the list: location, operator and diff.
 std::vector<std::string> ListedMutants(const std::string& list) {
     return FindAll(list,
                    "\n([a-z]+/\\w+\\.(?:cpp|h):\\d+: [a-z ]+\n--- .*\n\\+\\+\\+ .*\n@@ (?:.+\n)+)");
@@ -150,7 +151,7 @@ std::string ListMutants(const std::string& arguments, int status) {
            "\n";
 }
 
-TEST(Mutants, AreListedWithTheirDiffs) {
+TEST(Mutants, AreListedWithDiffs) {
     const std::vector<std::string> mutants = ListedMutants(ListMutants("--count 50", 0));
     EXPECT_EQ(Names(mutants.begin(), mutants.end()).size(), 50U);
     for (const std::string& mutant : mutants) {
@@ -159,7 +160,7 @@ TEST(Mutants, AreListedWithTheirDiffs) {
     }
 }
 
-TEST(Mutants, DependOnTheSeedAndTheFilesOnly) {
+TEST(Mutants, DependOnlyOnSeedAndFiles) {
     const std::string list = ListMutants("--seed 1 --count 5", 0);
     EXPECT_EQ(ListMutants("--seed 1 --count 5", 0), list);
     EXPECT_NE(ListMutants("--seed 2 --count 5", 0), list);
@@ -169,7 +170,7 @@ TEST(Mutants, DependOnTheSeedAndTheFilesOnly) {
     ListMutants("no_such_file.cpp", 2);
 }
 
-// Options as --help lists them, at the start of a line: "  -h, --help" or "  --phones=N".
+// Options in the output of --help: "  -h, --help" or "  --phones=N" at the start of a line.
 Names OptionsInHelp(const std::string& help) {
     Names options = FindNames(help, "\n\\s+(--?[a-z][-a-z]*)");
     const Names further = FindNames(help, "\n\\s+-[a-z], (--[a-z][-a-z]*)");
@@ -198,12 +199,12 @@ class Manuals : public testing::TestWithParam<Program> {
     std::string manual_ = ReadSource(std::string("docs/") + GetParam().name + ".1");
 };
 
-TEST_P(Manuals, DescribeTheOptionsThatHelpLists) {
+TEST_P(Manuals, DescribeAllOptionsOfHelp) {
     EXPECT_FALSE(listed_.empty());
     EXPECT_EQ(OptionsInManual(manual_, "It"), listed_);
 }
 
-TEST_P(Manuals, HaveThemInTheSynopsis) {
+TEST_P(Manuals, ListAllOptionsInSynopsis) {
     listed_.erase("-h");
     EXPECT_EQ(OptionsInManual(manual_.substr(0, manual_.find(".Sh DESCRIPTION")), "Op|Fl"),
               listed_);
@@ -225,8 +226,8 @@ void PrintTo(const Menu& menu, std::ostream* stream) {
 
 class Menus : public testing::TestWithParam<Menu> {};
 
-// Filter menus differ: described are the keys that all of them have.
-TEST_P(Menus, HaveTheKeysOfTheManual) {
+// Filter menus differ: the manual describes their common keys.
+TEST_P(Menus, HaveKeysOfTheManual) {
     Names keys = FindNames(AsSeen(MenuOf(GetParam().id)), "\n (\\w)\\) ");
     if (GetParam().id == PromptId::kPullAllFilters) keys = {"d", "h"};
     const std::string manual = ReadSource("docs/morvane.1");
@@ -243,8 +244,7 @@ INSTANTIATE_TEST_SUITE_P(All, Menus,
                                          Menu{"Transfer menu", PromptId::kTransfer}),
                          [](const auto& menu) { return AsTestName(menu.param.name); });
 
-// The rules of a distribution's system bus that matter here, and those of a daemon's package, which
-// admit no client.
+// The relevant rules of a distribution's system bus, and those for a daemon, which admit no client.
 std::string SystemBusPolicies() {
     return R"(<policy context="default">
   <allow user="*"/>
@@ -284,7 +284,7 @@ class PolicyExample : public testing::Test {
     std::optional<Console> console_;
 };
 
-TEST_F(PolicyExample, IsNeededOnASystemBus) {
+TEST_F(PolicyExample, IsRequiredOnSystemBus) {
     Launch(SystemBusPolicies());
     console_->ExpectError("AccessDenied");
     console_->ExpectExit(0, Console::Rest::kIgnored);
@@ -301,7 +301,7 @@ TEST_F(PolicyExample, AdmitsItsGroup) {
     console_->Await(Prompt());
 }
 
-/// The manual's command for phones that are not trusted.
+/// The command in the manual for untrusted phones.
 class PipeThroughCat : public ConversationTest {
   protected:
     void LaunchAsTheManualSays() {
@@ -310,7 +310,8 @@ class PipeThroughCat : public ConversationTest {
         ASSERT_EQ(pipes.size(), 1U);
         ConsoleOptions options;
         options.program = "/bin/sh";
-        // Unlike an interactive shell, this one is in the terminal's foreground process group.
+        // This shell stays in the terminal's foreground process group, unlike an interactive one:
+        // it must not exit on Ctrl-C.
         options.arguments = {"-c",
                              "trap : INT; " + Launcher() + " '" + ToolPath() + "'" + pipes[0]};
         Launch(options);
@@ -320,7 +321,7 @@ class PipeThroughCat : public ConversationTest {
     }
 };
 
-TEST_F(PipeThroughCat, ShowsPromptsAndControlCharacters) {
+TEST_F(PipeThroughCat, DisplaysPromptsAndEscapesControlCharacters) {
     StartDaemon();
     daemon().AddDevice(kPhonePath, kPhoneAddress, "a\x1b[5n");
     LaunchAsTheManualSays();

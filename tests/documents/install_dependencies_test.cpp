@@ -1,5 +1,5 @@
-// scripts/install-dependencies where nothing that it needs is installed. Commands that would change
-// the machine are replaced by scripts that record their arguments.
+// Runs scripts/install-dependencies with no dependency installed. Commands that would change the
+// machine are replaced by scripts that record their arguments.
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
@@ -32,7 +32,7 @@ constexpr char kSudoWithoutPassword[] = R"(
 exec "$@"
 )";
 
-// Asks on the terminal, as sudo does, whatever standard input and output are.
+// Asks on the controlling terminal, as sudo does.
 constexpr char kSudoWithPassword[] = R"(
 if [ "$1" = --validate ]; then
     echo validate >>calls
@@ -47,17 +47,17 @@ fi
 struct Machine {
     const char* test;
     const char* user_id;
-    const char* sudo;  ///< null if there is none
+    const char* sudo;  ///< null: not installed
     Wiring wiring;
-    std::string password;  ///< empty if it is not asked for
+    std::string password;  ///< empty: not asked for
     bool installs;
 };
 
 const Machine kMachines[] = {
     {"InstallsAsRootWithoutSudo", "0", nullptr, Wiring::kPipes, "", true},
     {"InstallsWithSudoThatNeedsNoPassword", "1000", kSudoWithoutPassword, Wiring::kPipes, "", true},
-    {"ShowsThePasswordPromptOfSudo", "1000", kSudoWithPassword, Wiring::kInteractiveTerminal,
-     "right", true},
+    {"ShowsPasswordPromptOfSudo", "1000", kSudoWithPassword, Wiring::kInteractiveTerminal, "right",
+     true},
     {"PrintsTheCommandIfSudoRefuses", "1000", kSudoWithPassword, Wiring::kInteractiveTerminal,
      "wrong", false},
     {"PrintsTheCommandWithoutSudo", "1000", nullptr, Wiring::kInteractiveTerminal, "", false},
@@ -66,7 +66,7 @@ const Machine kMachines[] = {
 
 class InstallDependencies : public testing::TestWithParam<Machine> {};
 
-TEST_P(InstallDependencies, InstallsOrPrintsTheCommandForAnAdministrator) {
+TEST_P(InstallDependencies, InstallsOrPrintsCommandForAdministrator) {
     const Machine& machine = GetParam();
     const ScriptTree tree;
     for (const char* const name : {"bash", "cat", "dirname", "env", "grep", "mkdir", "realpath",
@@ -95,7 +95,7 @@ TEST_P(InstallDependencies, InstallsOrPrintsTheCommandForAnAdministrator) {
                   (machine.installs ? kUpdate + kInstall : ""));
 }
 
-TEST(InstallDependenciesFor, OnePurpose) {
+TEST(InstallDependenciesFor, AcceptsExactlyOnePurpose) {
     const std::string script = "'" + SourcePath("scripts/install-dependencies") + "'";
     const std::string usage = ScriptTree().OutputOf(script, 2);
     EXPECT_EQ(usage.find("Usage: scripts/install-dependencies build|demo|"), 0U) << usage;

@@ -8,21 +8,21 @@
 
 namespace morvane_test {
 
-/// A folder in which scripts/demo and scripts/test run unchanged, but build, install and check
-/// nothing: the programs are those of this build, and the commands that they call do nothing. CTest
-/// reports that one cell of the fault matrix has passed.
+/// A folder with scripts/demo and scripts/test, the programs of this build, and stand-ins for the
+/// commands that the scripts call, which do nothing. ctest reports one passed cell of the fault
+/// matrix.
 class ScriptTree {
   public:
     ScriptTree();
 
     std::string File(const std::string& name) const { return directory_.File(name); }
-    /// Writes or replaces a shell script.
+    /// Writes a shell script.
     void Write(const std::string& name, const std::string& script) const;
 
-    /// How to run a command line there, with standard error on standard output. Its temporary
-    /// directory is this folder.
+    /// Options that run a command line in the folder, with standard error redirected to standard
+    /// output. TMPDIR is this folder.
     ConsoleOptions Running(const std::string& command, Wiring wiring = Wiring::kPipes) const;
-    /// Runs it and returns its output. Any other exit status is a failure.
+    /// Runs it and returns its output; fails the test unless it exits with `status`.
     std::string OutputOf(const std::string& command, int status) const;
 
   private:

@@ -1,4 +1,4 @@
-// The output of the scripts that developers run.
+// Output of the scripts for developers.
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
@@ -81,11 +81,11 @@ class Scripts : public testing::Test {
     ScriptTree tree_;
 };
 
-TEST_F(Scripts, FailuresNameFailedTestsAndTheirFirstLines) {
+TEST_F(Scripts, FailuresListsFailedTestsWithFirstLines) {
     EXPECT_EQ(FailuresIn(kLogOfTests), kFailuresOfTests);
 }
 
-TEST_F(Scripts, FailuresShowTenTests) {
+TEST_F(Scripts, FailuresListsAtMostTenTests) {
     std::string log;
     for (int number = 1; number <= 12; ++number)
         log += " 1/12 Test #" + std::to_string(number) + ": A ...***Failed  1 sec\nreason\n";
@@ -94,14 +94,14 @@ TEST_F(Scripts, FailuresShowTenTests) {
     EXPECT_EQ(FailuresIn(log), expected + "  and 2 more\nAll of it is in log\n");
 }
 
-TEST_F(Scripts, FailuresShowTheErrorsOfABuild) {
+TEST_F(Scripts, FailuresListsErrorsOfBuild) {
     EXPECT_EQ(FailuresIn(kLogOfBuild),
               "  FAILED: uuid.cpp.o\n"
               "  uuid.cpp:3:5: error: 'x' was not declared in this scope\n"
               "All of it is in log\n");
 }
 
-TEST_F(Scripts, FailuresShowTheLastLinesOfAnythingElse) {
+TEST_F(Scripts, FailuresListsLastLinesOfOtherLogs) {
     std::string log;
     std::string expected;
     for (int number = 1; number <= 20; ++number) {
@@ -111,7 +111,7 @@ TEST_F(Scripts, FailuresShowTheLastLinesOfAnythingElse) {
     EXPECT_EQ(FailuresIn(log), expected + "All of it is in log\n");
 }
 
-TEST_F(Scripts, TestReportsAFailedStepAndChecksTheRest) {
+TEST_F(Scripts, TestReportsFailedStepAndContinues) {
     tree_.Write("scripts/picture", "echo 'x.cpp:1:1: error: no'; exit 1");
     const std::string output = tree_.OutputOf("scripts/test", 1);
     for (const char* const part :
@@ -122,7 +122,7 @@ TEST_F(Scripts, TestReportsAFailedStepAndChecksTheRest) {
         EXPECT_NE(output.find(part), output.npos) << output;
 }
 
-TEST_F(Scripts, TestEndsWhereTheReleaseCannotBeBuilt) {
+TEST_F(Scripts, TestStopsIfReleaseCannotBeBuilt) {
     tree_.Write("bin/cmake", "exit 1");
     EXPECT_EQ(tree_.OutputOf("scripts/test", 1),
               "Checking the format ...\n"
@@ -133,7 +133,7 @@ TEST_F(Scripts, TestEndsWhereTheReleaseCannotBeBuilt) {
               "0 passed, 0 failed\n");
 }
 
-TEST_F(Scripts, QuickTestRunsWhatMatchesWithoutTheSlow) {
+TEST_F(Scripts, QuickTestRunsMatchingTestsExceptSlowOnes) {
     tree_.Write("bin/ctest", "echo \"$@\" >arguments");
     EXPECT_EQ(tree_.OutputOf("scripts/test --quick Filter", 0),
               "Building the release ...\n"
@@ -145,11 +145,11 @@ TEST_F(Scripts, QuickTestRunsWhatMatchesWithoutTheSlow) {
               std::string::npos);
 }
 
-TEST_F(Scripts, ClangFormatIsTheFirstOfAKnownVersion) {
+TEST_F(Scripts, ClangFormatOfFirstSupportedVersionIsUsed) {
     const std::string none =
         "Skipping the check: it needs clang-format 14, 19 or 21; this system has ";
     struct Row {
-        std::map<std::string, std::string> versions;  // of what is installed
+        std::map<std::string, std::string> versions;  // of installed commands
         int status;
         std::string output;
     };
@@ -172,12 +172,12 @@ TEST_F(Scripts, ClangFormatIsTheFirstOfAKnownVersion) {
     }
 }
 
-TEST(Benchmarks, HaveAPictureOfTheFigures) {
+TEST(Benchmarks, HavePictureOfFigures) {
     EXPECT_EQ(ScriptTree().OutputOf("'" + SourcePath("benchmarks/picture") + "' --check", 0), "");
 }
 
-// Both counters appear in one line, in any order.
-TEST_F(Scripts, StepsBesideEachOtherShowTheirProgressOnATerminal) {
+// Both counters are in one line, in any order.
+TEST_F(Scripts, ParallelStepsShowProgressOnTerminal) {
     Console console(
         Steps("mkfifo gate\n"
               "count() { echo \"$1\"; cat gate; }\n"

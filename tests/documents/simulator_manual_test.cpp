@@ -1,4 +1,4 @@
-// The simulator's commands and options, as its documents describe them.
+// Commands and options of the simulator in its documents.
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
@@ -20,7 +20,7 @@ using morvane_test::ReadSource;
 
 class SimulatorDocuments : public SimulatorTest {
   protected:
-    /// One of the default phones has a session, and that a transfer; nothing moves by itself.
+    /// A phone with a session and a transfer, which moves only on command.
     void SetUp() override {
         Options options = ByHand();
         options.phones = 3;
@@ -32,7 +32,7 @@ class SimulatorDocuments : public SimulatorTest {
     std::optional<Commands> commands_;
 };
 
-TEST_F(SimulatorDocuments, ManualHasEveryCommandAndNoOther) {
+TEST_F(SimulatorDocuments, ManualListsExactlyTheCommands) {
     const std::string manual = ReadSource("docs/morvane-simulator.1");
     const std::size_t begin = manual.find(".Ss Commands");
     const std::string part = manual.substr(begin, manual.find("\n.Sh", begin) - begin);
@@ -44,14 +44,14 @@ TEST_F(SimulatorDocuments, ManualHasEveryCommandAndNoOther) {
     EXPECT_EQ(described, FindNames("\n" + commands_->Execute("help"), "\n([-a-z]+) "));
 }
 
-// In the table, but not in its last column; what begins with "--" is no command but an option.
+// The commands in the table, without its last column; words that begin with "--" are options.
 std::vector<std::string> CommandsOfTheGuide() {
     const std::string text = ReadSource("docs/simulator.md");
     return FindAll(text.substr(text.find("\n|---|---|---|\n")),
                    "`([a-z][^`\n]*)`(?=[^\n]*\\|[^|\n]*\\|\n)");
 }
 
-TEST_F(SimulatorDocuments, GuideHasCommandsThatWork) {
+TEST_F(SimulatorDocuments, CommandsInGuideAreValid) {
     const std::pair<const char*, std::string> examples[] = {
         {"PATH", "/a/dev_1"},
         {"ADDRESS", "00:00:00:00:00:01"},
@@ -72,7 +72,7 @@ TEST_F(SimulatorDocuments, GuideHasCommandsThatWork) {
     }
 }
 
-TEST(SimulatorProgram, PrintsAnswersAfterItsFirstLine) {
+TEST(SimulatorProgram, PrintsAnswersAfterFirstLine) {
     const morvane_test::PrivateBus bus;
     EXPECT_EQ(morvane_test::ScriptTree().OutputOf(
                   "env DBUS_SYSTEM_BUS_ADDRESS='" + bus.Address() +
@@ -82,14 +82,14 @@ TEST(SimulatorProgram, PrintsAnswersAfterItsFirstLine) {
               "The daemon ends: shown at once; an open session ends at the next answer\n");
 }
 
-TEST(SimulatorGuide, NamesOptionsThatAreInTheManual) {
+TEST(SimulatorGuide, NamesOptionsOfTheManual) {
     const Names known = FindNames(ReadSource("docs/morvane-simulator.1"), "Fl \\\\-([a-z][-a-z]*)");
     for (const std::string& option :
          FindAll(ReadSource("docs/simulator.md"), "[ `(]--([a-z][-a-z]*)"))
         EXPECT_EQ(known.count(option), 1U) << option;
 }
 
-TEST_F(SimulatorDocuments, NameThePhoneThatDemandsAuthentication) {
+TEST_F(SimulatorDocuments, NamePhoneThatRequiresAuthentication) {
     const std::vector<PhoneInfo> phones = daemon().Phones();
     const auto phone = std::find_if(phones.begin(), phones.end(), [](const PhoneInfo& one) {
         return one.demands_authentication;

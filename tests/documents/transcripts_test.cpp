@@ -1,5 +1,5 @@
 // Plays the transcripts in the documents with scripts/demo and the programs of this build, and
-// compares. scripts/record-transcripts writes what was played into the documents instead.
+// compares the output. For scripts/record-transcripts it replaces them by the actual output.
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
@@ -24,7 +24,7 @@ namespace {
 constexpr char kReadme[] = "README.md";
 constexpr char kReadmeBlock[] = "console";
 
-/// A transcript: the command line after "$ ", then the output, with the typed lines after prompts.
+/// A transcript: a command line after "$ ", then the output with typed lines after prompts.
 struct Recording {
     struct Step {
         std::string output;  ///< ends with the prompt
@@ -67,9 +67,8 @@ std::string FormatRecording(const Recording& recording) {
     return text + recording.rest;
 }
 
-// Output as documents show it: without colours and trailing blanks, without the prompts that
-// were redrawn below a message, and with X for the random letters in the name of the demo's
-// directory.
+// Output as documents show it: without colours, trailing blanks and redrawn prompts, and with X for
+// the random letters in the name of the demo's directory.
 std::string AsDocumented(std::string_view bytes) {
     std::string text = AsSeen(bytes);
     text = Replace(text, " /[^\\n]*/morvane-demo\\.[A-Za-z0-9]{6}", " /tmp/morvane-demo.XXXXXX");
@@ -77,13 +76,13 @@ std::string AsDocumented(std::string_view bytes) {
     return Replace(text, "[ \\t]+(?=\\n|$)", "");
 }
 
-// Whether the last line of output as documents show it is a prompt.
+// Whether the last line is a prompt.
 bool EndsInPrompt(const std::string& documented) {
     static const std::regex prompt("Vantor(/.*)? [>?]");
     return std::regex_match(documented.substr(documented.rfind('\n') + 1), prompt);
 }
 
-// The same of output as it is, whose end is enough to know.
+// The same for actual output; its end suffices.
 bool IsAtPrompt(std::string_view bytes) {
     constexpr std::size_t kEnd = 200;
     return EndsInPrompt(AsDocumented(bytes.substr(bytes.size() - std::min(bytes.size(), kEnd))));
@@ -93,15 +92,15 @@ bool IsRecording() {
     return std::getenv("MORVANE_RECORD_TRANSCRIPTS") != nullptr;
 }
 
-// On a busy machine, too, an announcement must not precede the result of the call, nor a transfer
-// start before the tool has read its properties.
+// Delays for slow machines: an announcement must not precede the reply, nor a transfer start before
+// the tool has read its properties.
 std::string Delays() {
     return " --announce-delay=" + std::to_string(Stretched(Duration(500)).count()) +
            " --start-delay=" + std::to_string(Stretched(Duration(1000)).count());
 }
 
-/// Types the answers of a transcript when its prompts are displayed. The parameter is the README or
-/// the keys of an example. The README's run is on a terminal; the others read keys from a pipe.
+/// Types the answers of a transcript at its prompts. The parameter is the README, which is played
+/// on a terminal, or the keys of an example, which are read from a pipe.
 class Transcripts : public testing::TestWithParam<std::string> {
   protected:
     bool IsReadme() const { return GetParam() == kReadme; }
@@ -115,7 +114,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
         return ParseRecording(IsReadme() ? FencedBlock(text, kReadmeBlock) : text);
     }
 
-    /// All that is needed to record it.
+    /// The command and the answers, without output.
     Recording Outline() const {
         if (IsReadme()) return Read();
         Recording recording;
@@ -131,7 +130,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
                                        : text);
     }
 
-    /// Calls `take` with the echo of the last answer and the output up to the next one.
+    /// Calls `take` with the echo of the previous answer and the output up to the next one.
     template <typename Take>
     void Play(Recording& recording, const std::string& options, Take take) {
         const std::string command = recording.command.substr(0, recording.command.find(" <"));
@@ -147,7 +146,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
         take(echo, recording.rest);
     }
 
-    // The order of what both threads print at the start is not defined.
+    // The order of messages of the two threads is undefined at the start.
     void Compare(const std::string& expected, bool in_any_order) {
         const auto lines = [in_any_order](const std::string& text) {
             std::vector<std::string> all = FindAll(text + "\n", "(.*)\n");
@@ -163,7 +162,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
         FailTest(Here::Now(), Name() + " differs from the output.");
     }
 
-    // The output up to a prompt, or the end, that nothing follows for a while.
+    // Waits until the output ends with a prompt and does not change for a while.
     std::string Record() {
         std::string before;
         std::string now;
@@ -187,7 +186,7 @@ class Transcripts : public testing::TestWithParam<std::string> {
     std::optional<Console> console_;
 };
 
-TEST_P(Transcripts, AreTheOutput) {
+TEST_P(Transcripts, MatchTheOutput) {
     Recording recording = IsRecording() ? Outline() : Read();
     if (IsRecording()) {
         Play(recording, "", [this](const std::string& echo, std::string& output) {
@@ -202,7 +201,7 @@ TEST_P(Transcripts, AreTheOutput) {
     });
 }
 
-TEST_P(Transcripts, HaveTheirKeys) {
+TEST_P(Transcripts, ContainTheirKeys) {
     const Recording outline = Outline();
     const Recording recording = Read();
     EXPECT_EQ(recording.command, outline.command);
