@@ -32,7 +32,7 @@ constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_00_1B_DC_07_31_9A";
 constexpr char kTemporaryDevice[] = "/com/veltrisonix/hci0/dev_temporary_";
 constexpr std::size_t kTemporaryDevices = 5;
 constexpr std::size_t kWarmUp = 5;  // sessions before caches are filled
-constexpr std::size_t kBatch = 20;   // notifications per batch
+constexpr std::size_t kBatch = 20;  // notifications per batch
 constexpr std::size_t kShownBytes = 4000;
 
 enum class Object { kPhone, kSession, kTransfer };
