@@ -224,7 +224,7 @@ TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
 TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
     Write("a.session", "one\ntwo\n");
     ConsoleOptions options = Playing(Behind("read -r answer", {"a.session"}));
-    options.wiring = Wiring::kPersonsTerminal;
+    options.wiring = Wiring::kInteractiveTerminal;
     options.directory = directory().Path();
     Console console(options);
     console.Await("a.session: line 2 of 2");

@@ -154,7 +154,7 @@ TEST_F(RecordTest, LeavesNoFileIfItCannotStart) {
     EXPECT_EQ(Run({"--record", "a.session"}).output, "morvane-play: --record needs a terminal\n");
     EXPECT_FALSE(Exists("a.session"));
     ConsoleOptions options = Playing({"--record", "a.session", "--", "./nowhere"});
-    options.wiring = Wiring::kPersonsTerminal;
+    options.wiring = Wiring::kInteractiveTerminal;
     options.directory = directory().Path();
     Console console(options);
     console.ExpectExit(2, Console::Rest::kIgnored);

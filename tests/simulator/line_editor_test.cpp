@@ -28,7 +28,7 @@ class LineEditor : public PlainInput {
 
     /// Awaits the first prompt.
     Console& Edit(const std::vector<std::string>& arguments = {}) {
-        auto options = RunningProgram(arguments, Wiring::kPersonsTerminal);
+        auto options = RunningProgram(arguments, Wiring::kInteractiveTerminal);
         options.bus_address = bus_.Address();
         Console& console = Launch(options);
         console.Await("Serving com.veltrisonix\n");
@@ -149,7 +149,7 @@ TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
     for (const std::string& word : ProgramWords()) words += word + " ";
     const std::string script = "set -m; before=$(stty -g); " + words +
                                "; [ \"$before\" = \"$(stty -g)\" ] && echo the same; fg";
-    auto options = Running({"sh", "-c", script}, Wiring::kPersonsTerminal);
+    auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
     options.bus_address = bus_.Address();
     Console& console = Launch(options);
     console.Await("> ");
@@ -173,7 +173,7 @@ TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
     for (const char* const keys : {"quit\n", "\x03", "\x1c", kNone}) {
         const std::string script = "before=$(stty -g); trap : INT QUIT; ulimit -c 0; " + words +
                                    "; [ \"$before\" = \"$(stty -g)\" ] && echo the same";
-        auto options = Running({"sh", "-c", script}, Wiring::kPersonsTerminal);
+        auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
         options.bus_address = bus_.Address();
         Console& console = Launch(options);
         console.AllowStderr("Quit");
