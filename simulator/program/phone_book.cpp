@@ -12,7 +12,8 @@
 namespace simulator {
 namespace {
 
-constexpr std::size_t kMostCards = 9999;  // as many as can be invented
+constexpr std::size_t kMostCards = 9999;                // as many as can be invented
+constexpr std::size_t kLargestFile = 64 * 1024 * 1024;  // others may be endless, such as /dev/zero
 
 struct FileRelease {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
@@ -25,6 +26,9 @@ std::string ReadWholeFile(const std::string& path) {
     std::size_t size = 0;
     while (file && (size = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
         text.append(buffer, size);
+        if (text.size() > kLargestFile) {
+            throw std::runtime_error("--phone-book: more than 64 MiB in " + path);
+        }
     }
     if (!file || std::ferror(file.get()) != 0) {
         throw std::runtime_error("--phone-book: cannot read " + path + ": " + g_strerror(errno));

@@ -70,6 +70,7 @@ TEST_F(PhoneBookOption, RefusesAFileWithoutAUsableCard) {
     const std::pair<string, string> rows[] = {
         {"/nonexistent", prefix + "cannot read /nonexistent: No such file or directory\n"},
         {folder, prefix + "cannot read " + folder + ": Is a directory\n"},
+        {"/dev/zero", prefix + "more than 64 MiB in /dev/zero\n"},
         {empty, prefix + "no usable card in " + empty + "\n"},
         {bad, bad + ":1: The card has no VERSION\n" + prefix + "no usable card in " + bad + "\n"},
     };
