@@ -121,7 +121,12 @@ Outcome Flood(Commands& commands, const Words& words) {
 }
 
 Outcome SwitchLog(Commands& commands, const Words& words) {
-    return commands.ShowCalls(words[0].value == "on");
+    const bool on = words[0].value == "on";
+    const bool changed = commands.ShowCalls(on);
+    if (on && changed) {
+        return "The log of calls is on: printed where the simulator was started\n";
+    }
+    return changed;
 }
 
 Outcome Quit(Commands& commands, const Words& /*words*/) {
@@ -228,7 +233,7 @@ constexpr Command kCommands[] = {
      "The calls that arrived are forgotten", "", "No calls have arrived"},
     {"log", "on|off", "Show each call with its answer when it arrives", "log on", SwitchLog,
      "The log of calls is {on|off}", "", "The log of calls is {on|off} already"},
-    {"quit", "", "End the daemon", "quit", Quit, "The daemon ends", kEndsSession},
+    {"quit", "", "End the simulator", "quit", Quit, "The simulator ends", kEndsSession},
 };
 
 bool ChecksNames(const Command& command) {

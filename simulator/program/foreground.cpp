@@ -48,7 +48,11 @@ pid_t StartCommand(SignalQueue& signals, const std::vector<std::string>& command
     const pid_t process =
         Start({command, kSpawnFlags, environment.get(), -1, -1, PrepareCommand, &signals}, error);
     if (g_error_matches(error.get(), G_SPAWN_ERROR, G_SPAWN_ERROR_NOENT) != FALSE) {
-        throw ExitError(kNotFound, "No such command: " + command.front());
+        // exec(2) reports the same for the interpreter of a script and for the dynamic linker.
+        throw morvane::TextPtr(g_find_program_in_path(command.front().c_str()))
+            ? ExitError(kCannotExecute,
+                        "Cannot execute " + command.front() + ": its interpreter does not exist")
+            : ExitError(kNotFound, "No such command: " + command.front());
     }
     if (error) {
         throw ExitError(kCannotExecute, "Cannot execute " + command.front());

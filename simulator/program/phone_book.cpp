@@ -36,10 +36,22 @@ std::string ReadWholeFile(const std::string& path) {
     return text;
 }
 
+/// By its byte order mark, or by the zero byte of an ASCII character.
+bool IsUtf16(const std::string& text) {
+    const std::string beginning = text.substr(0, 2);
+    return beginning == "\xff\xfe" || beginning == "\xfe\xff" ||
+           beginning.find('\0') != std::string::npos;
+}
+
 }  // namespace
 
 std::vector<Card> LoadPhoneBook(const std::string& path) {
-    const VcardFile file = ReadVcards(ReadWholeFile(path));
+    const std::string text = ReadWholeFile(path);
+    if (IsUtf16(text)) {
+        throw std::runtime_error("--phone-book: " + path +
+                                 " is in UTF-16: convert it, as with iconv -f UTF-16 -t UTF-8");
+    }
+    const VcardFile file = ReadVcards(text);
     for (const VcardComplaint& complaint : file.complaints) {
         std::fprintf(stderr, "%s:%zu: %s\n", path.c_str(), complaint.line,
                      complaint.reason.c_str());

@@ -79,7 +79,7 @@ TEST(SimulatorProgram, PrintsAnswersAfterFirstLine) {
                       "' build/demo/morvane-simulator --do='stall on' --do=sessions --do=quit",
                   0),
               "Serving com.veltrisonix\nStalling of transfers is on\nThere are no sessions\n"
-              "The daemon ends: shown at once; an open session ends at the next answer\n");
+              "The simulator ends: shown at once; an open session ends at the next answer\n");
 }
 
 TEST(SimulatorGuide, NamesOptionsOfTheManual) {

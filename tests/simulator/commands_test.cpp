@@ -297,7 +297,7 @@ TEST_F(SimulatorCommands, SayWhatChangedAndWhenItIsShown) {
          "the next pull; in a session or transfer that exists, when the property next changes\n"},
         {"notify session Session1 Root '/x'", "Root of session0 is announced as '/x'\n"},
         {"state session 3", "The connection state of session0 is 3: shown at the next answer\n"},
-        {"quit", "The daemon ends: shown at once; an open session ends at the next answer\n"},
+        {"quit", "The simulator ends: shown at once; an open session ends at the next answer\n"},
     };
     for (const auto& [line, answer] : answers) EXPECT_EQ(Execute(line), answer) << line;
 }
@@ -430,7 +430,8 @@ TEST_F(SimulatorCommands, CallsAreListedAndQuitIsRemembered) {
 
 TEST_F(SimulatorCommands, LogShowsCallsWithAnswersAndFaults) {
     Access("GetSize");
-    EXPECT_EQ(Execute("log on"), "The log of calls is on\n");
+    EXPECT_EQ(Execute("log on"),
+              "The log of calls is on: printed where the simulator was started\n");
     Access("GetSize");
     Execute("refuse GetSize Failed Not today");
     Access("GetSize");

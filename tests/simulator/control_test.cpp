@@ -68,7 +68,7 @@ TEST_F(ControlInterface, ExecutesCommands) {
 }
 
 TEST_F(ControlInterface, AnswersQuit) {
-    EXPECT_EQ(Execute("quit").find("('The daemon ends"), 0U);
+    EXPECT_EQ(Execute("quit").find("('The simulator ends"), 0U);
     console_->ExpectExit(0);
 }
 

@@ -4,6 +4,7 @@
 #include "support/private_bus.h"
 
 #include <csignal>
+#include <fstream>
 
 namespace simulator {
 namespace {
@@ -97,6 +98,17 @@ TEST_F(Exec, EndsWith127IfThereIsNoSuchCommand) {
 TEST_F(Exec, EndsWith126IfTheCommandCannotBeExecuted) {
     Console& console = Run({"--exec", "/dev/null"});
     console.ExpectError("morvane-simulator: Cannot execute /dev/null\n");
+    console.ExpectExit(126);
+    ExpectNothingLeft();
+}
+
+TEST_F(Exec, EndsWith126IfTheInterpreterIsMissing) {
+    const std::string script = directory_.File("script");
+    std::ofstream(script) << "#!/no/such\n";
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    Console& console = Run({"--exec", script});
+    console.ExpectError("morvane-simulator: Cannot execute " + script +
+                        ": its interpreter does not exist\n");
     console.ExpectExit(126);
     ExpectNothingLeft();
 }

@@ -58,19 +58,26 @@ TEST_F(PhoneBookOption, IsPulledFromTheFirstPhoneWithoutMalformedCards) {
     client().Call(second, string(kAccess) + ".Select", "('int', 'pb')");
     EXPECT_EQ(client().Call(second, string(kAccess) + ".GetSize"), "(uint16 26,)");
     program.Type("quit");
-    program.Await("The daemon ends");
+    program.Await("The simulator ends");
     program.ExpectExit(0, Console::Rest::kIgnored);
 }
 
 TEST_F(PhoneBookOption, RefusesAFileWithoutAUsableCard) {
     const string empty = Write("empty.vcf", "");
     const string bad = Write("bad.vcf", "BEGIN:VCARD\nFN:x\nEND:VCARD\n");
+    const string utf16 = Write("utf16.vcf", string("\xff\xfe"
+                                                   "B\0E\0G\0",
+                                                   8));
+    const string unmarked = Write("unmarked.vcf", string("\0B\0E\0G", 6));
+    const string convert = " is in UTF-16: convert it, as with iconv -f UTF-16 -t UTF-8\n";
     const string folder = directory_.Path();
     const string prefix = "morvane-simulator: --phone-book: ";
     const std::pair<string, string> rows[] = {
         {"/nonexistent", prefix + "cannot read /nonexistent: No such file or directory\n"},
         {folder, prefix + "cannot read " + folder + ": Is a directory\n"},
         {"/dev/zero", prefix + "more than 64 MiB in /dev/zero\n"},
+        {utf16, prefix + utf16 + convert},
+        {unmarked, prefix + unmarked + convert},
         {empty, prefix + "no usable card in " + empty + "\n"},
         {bad, bad + ":1: The card has no VERSION\n" + prefix + "no usable card in " + bad + "\n"},
     };

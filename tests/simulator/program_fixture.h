@@ -19,7 +19,7 @@ namespace simulator {
 /// The simulator as a program, in a directory of the test's own.
 /// The answer to the command quit.
 inline const std::string kEnding =
-    "The daemon ends: shown at once; an open session ends at the next answer\n";
+    "The simulator ends: shown at once; an open session ends at the next answer\n";
 
 class ProgramTest : public testing::Test {
   protected:
