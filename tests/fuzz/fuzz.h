@@ -47,8 +47,6 @@ void RequireEqual(const Actual& actual, const Expected& expected, const char* wh
 class TypedInput {
   public:
     explicit TypedInput(const std::string& text);
-    TypedInput(const TypedInput&) = delete;
-    TypedInput& operator=(const TypedInput&) = delete;
     ~TypedInput();
 
   private:

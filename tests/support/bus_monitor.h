@@ -16,8 +16,6 @@ class BusMonitor {
   public:
     BusMonitor(const std::string& address, const std::string& member,
                const std::string& argument = "");
-    BusMonitor(const BusMonitor&) = delete;
-    BusMonitor& operator=(const BusMonitor&) = delete;
     ~BusMonitor();
 
     /// Waits for a call that no earlier `AwaitCall` has consumed; fails the test after

@@ -11,8 +11,6 @@ namespace morvane_test {
 class CapturedOutput {
   public:
     CapturedOutput();
-    CapturedOutput(const CapturedOutput&) = delete;
-    CapturedOutput& operator=(const CapturedOutput&) = delete;
     ~CapturedOutput();
 
     /// Everything written so far.

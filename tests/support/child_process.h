@@ -38,8 +38,6 @@ class ChildProcess {
   public:
     /// Throws std::runtime_error if the program cannot be started.
     explicit ChildProcess(const ChildSetup& setup);
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess();
 
     pid_t Id() const { return id_; }

@@ -67,8 +67,6 @@ class Transcript {
 class Pump {
   public:
     Pump(int descriptor, Transcript& transcript, Duration pause = Duration(0));
-    Pump(const Pump&) = delete;
-    Pump& operator=(const Pump&) = delete;
     ~Pump() { Stop(); }
 
     /// Stops reading and marks the end of the transcript.

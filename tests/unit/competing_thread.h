@@ -20,8 +20,6 @@ bool AwaitSleep(pid_t thread);
 class CompetingThread {
   public:
     explicit CompetingThread(std::function<void()> act) : action_(std::move(act)) {}
-    CompetingThread(const CompetingThread&) = delete;
-    CompetingThread& operator=(const CompetingThread&) = delete;
     ~CompetingThread() { Join(); }
 
     /// Starts the thread; returns when the action is done or the thread sleeps, usually on a lock.

@@ -31,8 +31,6 @@ class StalledOutput {
         std::fflush(stdout);
         Checked(dup2(pipe_.writer.Number(), STDOUT_FILENO), "dup2");
     }
-    StalledOutput(const StalledOutput&) = delete;
-    StalledOutput& operator=(const StalledOutput&) = delete;
     ~StalledOutput() { dup2(terminal_.Number(), STDOUT_FILENO); }
 
     void AwaitFirstMessage() const {

@@ -161,9 +161,6 @@ TEST_F(CurrentTransferTest, IsKeptIfTheNextHasNoPathOrProxy) {
 /// Runs the main loop and its handlers on a thread of its own, as in the tool.
 class LoopThread {
   public:
-    LoopThread() = default;
-    LoopThread(const LoopThread&) = delete;
-    LoopThread& operator=(const LoopThread&) = delete;
     ~LoopThread() {
         const auto quit = [](gpointer loop) -> gboolean {
             g_main_loop_quit(static_cast<GMainLoop*>(loop));
