@@ -177,7 +177,8 @@ Word Property(const Situation& situation, const std::string& word) {
     const Word& object = situation.earlier.front();
     const Word& interface = situation.earlier.back();
     const Word property = Same(ResolveProperty(interface.value, word, situation.insists));
-    if (!situation.insists && situation.daemon.Lacks(object.value, interface.value)) {
+    if (!situation.insists && object.value != kAnyPath &&
+        situation.daemon.Lacks(object.value, interface.value)) {
         throw Invalid(object.label + " has no interface " + interface.label);
     }
     return property;

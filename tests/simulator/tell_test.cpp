@@ -73,7 +73,7 @@ TEST_F(Tell, TerminatesTheCommandByQuit) {
     Console& console = Run({"--tell=quit"});
     console.Expect(kEnding);
     console.ExpectExit(0);
-    command.ExpectExit(128 + SIGTERM);
+    command.ExpectEndBySignal(SIGTERM);
 }
 
 TEST_F(Tell, DemandsAChoiceOfSeveral) {
