@@ -29,6 +29,7 @@ bool EscapesWildcard(std::string_view text) {
 std::string_view Prefix(std::string_view line) {
     const bool escaped = StartsWith(line, "#") || StartsWith(line, "%") || StartsWith(line, "$ ") ||
                          (StartsWith(line, "\\") && !EscapesWildcard(line)) || line == "..." ||
+                         StartsWith(line, kByteOrderMark) ||
                          PromptLength(std::string(line) + " ") > 0;
     return escaped ? "\\" : "";
 }

@@ -74,10 +74,11 @@ void Player::Act(const Step& step) {
 void Player::Type(const Answer& answer, Clock::time_point deadline) {
     display_.ExpectEcho(answer.echo, answer.keys.back() == '\n');
     const std::string_view keys = answer.keys;
+    const std::string_view echo = answer.echo;
     std::size_t typed = 0;
     for (const Answer::Flush& flush : answer.flushes) {
         program_.Type(keys.substr(typed, flush.keys - typed), deadline);
-        AwaitEcho(std::string_view(answer.echo).substr(0, flush.echo), deadline);
+        AwaitEcho(echo.substr(0, flush.echo), deadline);
         typed = flush.keys;
     }
     program_.Type(keys.substr(typed), deadline);

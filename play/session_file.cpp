@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::string_view kCommand = "$ ";
 constexpr std::string_view kTool = "morvane";
-constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kSignal = "signal ";
 constexpr int kLastSignal = 64;

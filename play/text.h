@@ -5,6 +5,9 @@
 
 namespace play {
 
+/// At the beginning of a file it is ignored.
+inline constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 inline std::string_view WithoutTrailingBlanks(std::string_view line) {
     return line.substr(0, line.find_last_not_of(" \t") + 1);
 }

@@ -273,9 +273,9 @@ displayed since the last answer:
      "a.session: /bin/sh was ended by signal 9 (Killed), expected was signal 15\n"},
     {"StatusInsteadOfSignal", "% exit signal 15\none\n", "echo one; exit 15",
      "a.session: /bin/sh ended with status 15, expected was signal 15\n"},
-    {"OutputWithoutEnd", "% timeout 60min\n...\nVantor > q\n", "exec yes",
+    {"OutputWithoutEnd", "% await 60min\n...\nVantor > q\n", "exec yes",
      "a.session:3: /bin/sh prints without end\n"},
-    {"LineWithoutEnd", "% timeout 60min\n...\nVantor > q\n", "exec tr '\\0' x </dev/zero",
+    {"LineWithoutEnd", "% await 60min\n...\nVantor > q\n", "exec tr '\\0' x </dev/zero",
      "a.session:3: /bin/sh prints without end\n"},
 };
 

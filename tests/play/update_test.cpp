@@ -37,6 +37,9 @@ constexpr Update kUpdates[] = {
      "one\n2\n3\nfour\n"},
     {"WritesLinesWithEscapes", "Vantor > q\n", "prompt Vantor ' > '; echo '# [..]'; echo ...",
      "Vantor > q\n\\# \\[..]\n\\...\n"},
+    {"EscapesByteOrderMark", "one\n", "printf '\\357\\273\\277two\\n'",
+     "\\\xef\xbb\xbf"
+     "two\n"},
     {"WritesWildcardsForWhatVaries", "one\n",
      "echo Address: 02:00:5E:10:00:02; echo Found /hci0/dev_02_00_5E_10_00_02",
      "Address: [..]\nFound /hci0/dev_[..]\n"},
