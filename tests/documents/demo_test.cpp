@@ -1,9 +1,11 @@
 // Runs scripts/demo with the programs of this build.
 
+#include "documents/document.h"
 #include "documents/script_tree.h"
 #include "support/file_descriptor.h"
 #include "support/messages.h"
 #include "support/odd_directories.h"
+#include "support/text_form.h"
 
 #include <gtest/gtest.h>
 
@@ -116,6 +118,19 @@ TEST_F(Demo, RunsOtherCommandInsteadOfTool) {
     console.Expect("Building the tool and its simulator ...\n--tell\n");
     console.ExpectExit(0);
 }
+
+class PlayedKeys : public testing::TestWithParam<std::string> {};
+
+TEST_P(PlayedKeys, LeaveTheSessionAndQuit) {
+    const std::string output =
+        ScriptTree().OutputOf("scripts/demo <'" + SourcePath(GetParam()) + "'", 0);
+    const std::string seen = AsSeen(output);
+    EXPECT_EQ(seen.substr(seen.rfind('\n') + 1), "Vantor/Phonebook Menu > Vantor > ");
+}
+
+INSTANTIATE_TEST_SUITE_P(Examples, PlayedKeys,
+                         testing::ValuesIn(FindSources("^examples/.*\\.keys$")),
+                         [](const auto& keys) { return AsTestName(keys.param); });
 
 class DemoInDirectory : public Demo, public testing::WithParamInterface<OddDirectory> {};
 

@@ -6,7 +6,6 @@
 #include <regex>
 #include <sstream>
 #include <stdexcept>
-#include <utility>
 
 namespace morvane_test {
 namespace {
@@ -16,18 +15,6 @@ using Directory = std::filesystem::recursive_directory_iterator;
 bool IsOutside(const std::filesystem::path& path) {
     const std::string name = path.filename();
     return name == "build" || (name.front() == '.' && name != ".ci");
-}
-
-// Offset and length of the text in the block.
-std::pair<std::size_t, std::size_t> FindBlock(const std::string& markdown,
-                                              const std::string& kind) {
-    const std::string fence = "\n```" + kind + "\n";
-    const std::size_t found = markdown.find(fence);
-    const std::size_t end = markdown.find("\n```\n", found + 1);
-    if (found == std::string::npos || end == std::string::npos)
-        throw std::runtime_error("no fenced block: " + kind);
-    const std::size_t begin = found + fence.size();
-    return {begin, end + 1 - begin};
 }
 
 }  // namespace
@@ -42,10 +29,6 @@ std::string ReadSource(const std::string& name) {
     text << file.rdbuf();
     if (!file || !text) throw std::runtime_error("cannot read " + name);
     return text.str();
-}
-
-void WriteSource(const std::string& name, const std::string& text) {
-    std::ofstream(SourcePath(name)) << text;
 }
 
 std::vector<std::string> FindSources(const std::string& pattern) {
@@ -84,14 +67,13 @@ std::string AsTestName(const std::string& text) {
 }
 
 std::string FencedBlock(const std::string& markdown, const std::string& kind) {
-    const auto [begin, length] = FindBlock(markdown, kind);
-    return markdown.substr(begin, length);
-}
-
-std::string ReplaceFencedBlock(const std::string& markdown, const std::string& kind,
-                               const std::string& text) {
-    const auto [begin, length] = FindBlock(markdown, kind);
-    return std::string(markdown).replace(begin, length, text);
+    const std::string fence = "\n```" + kind + "\n";
+    const std::size_t found = markdown.find(fence);
+    const std::size_t end = markdown.find("\n```\n", found + 1);
+    if (found == std::string::npos || end == std::string::npos)
+        throw std::runtime_error("no block of " + kind);
+    const std::size_t begin = found + fence.size();
+    return markdown.substr(begin, end + 1 - begin);
 }
 
 }  // namespace morvane_test

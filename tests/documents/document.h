@@ -13,7 +13,6 @@ std::string SourcePath(const std::string& name);
 
 /// Content of a source file. Throws std::runtime_error if it cannot be read.
 std::string ReadSource(const std::string& name);
-void WriteSource(const std::string& name, const std::string& text);
 
 /// Sorted names of the source files that match `pattern` (ECMAScript), without build and hidden
 /// folders.
@@ -31,9 +30,5 @@ std::string AsTestName(const std::string& text);
 /// The text of the first Markdown block fenced as ```kind; throws std::runtime_error if there is
 /// none.
 std::string FencedBlock(const std::string& markdown, const std::string& kind);
-
-/// `markdown` with the text of that block replaced.
-std::string ReplaceFencedBlock(const std::string& markdown, const std::string& kind,
-                               const std::string& text);
 
 }  // namespace morvane_test

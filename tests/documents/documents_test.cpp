@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(Architecture, Drawings,
 
 TEST(ExamplesReadme, NamesEveryExample) {
     Names examples;
-    for (const std::string& file : FindSources("^examples/.*\\.(keys|transcript)$"))
+    for (const std::string& file : FindSources("^examples/.*\\.keys$"))
         examples.insert(file.substr(file.find('/') + 1, file.rfind('.') - file.find('/') - 1));
     EXPECT_EQ(FindNames(ReadSource("examples/README.md"), "`([-\\w]+)\\.keys`"), examples);
 }

@@ -156,10 +156,6 @@ void Console::AwaitAll(const std::vector<std::string>& texts, Here here) {
     ExpectMatched(output_.SkipPastAll(expected, patience_), output_, description, here);
 }
 
-bool Console::TakeOutputIf(const std::function<bool(std::string_view)>& accepts) {
-    return output_.TakeAllIf(accepts, patience_) == Transcript::Result::kMatched;
-}
-
 std::optional<Ending> Console::AwaitEnd(Duration limit) {
     const auto ending = process_.AwaitEnd(limit);
     if (ending) end_was_awaited_ = true;

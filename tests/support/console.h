@@ -1,7 +1,6 @@
 #pragma once
 
 #include <csignal>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -65,9 +64,6 @@ class Console {
     /// Waits for all these texts in any order and consumes the output up to the end of the last
     /// one: for messages of both of the tool's threads.
     void AwaitAll(const std::vector<std::string>& texts, Here here = Here::Now());
-    /// Waits until `accepts` returns true for all unconsumed output and consumes it. On time-out
-    /// returns false and consumes nothing.
-    bool TakeOutputIf(const std::function<bool(std::string_view)>& accepts);
 
     // The next functions report failure by their result and do not fail the test.
     bool TryWrite(std::string_view bytes, Duration limit) { return terminal_.Write(bytes, limit); }

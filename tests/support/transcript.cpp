@@ -90,15 +90,6 @@ Transcript::Result Transcript::SkipPastAll(const std::vector<std::string>& texts
     });
 }
 
-Transcript::Result Transcript::TakeAllIf(const std::function<bool(std::string_view)>& accepts,
-                                         Duration limit) {
-    return AwaitMatch(limit, [&]() -> std::optional<Result> {
-        if (!accepts(std::string_view(bytes_).substr(consumed_))) return std::nullopt;
-        consumed_ = bytes_.size();
-        return Result::kMatched;
-    });
-}
-
 Transcript::Result Transcript::AwaitEnd(Duration limit) {
     return AwaitMatch(limit, [&]() -> std::optional<Result> {
         return ended_ ? std::optional(Result::kMatched) : std::nullopt;

@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -39,8 +38,6 @@ class Transcript {
     std::optional<std::size_t> SkipPastAny(const std::vector<std::string>& texts, Duration limit);
     /// Waits for all `texts` in any order and consumes up to the end of the last one.
     Result SkipPastAll(const std::vector<std::string>& texts, Duration limit);
-    /// Consumes everything when `accepts` returns true for it; nothing before.
-    Result TakeAllIf(const std::function<bool(std::string_view)>& accepts, Duration limit);
     /// Waits for the end of the stream; consumes nothing.
     Result AwaitEnd(Duration limit);
 
