@@ -126,6 +126,12 @@ class ConversationTest : public testing::Test {
     void AwaitAll(const std::vector<std::string>& texts, Here here = Here::Now()) {
         console().AwaitAll(texts, here);
     }
+    /// After an error of the main thread, whose next prompt is not displayed unless the thread is
+    /// slower than the pause before it. The input ends for that case.
+    void ExpectExitUnlessPrompted(Here here = Here::Now()) {
+        console().CloseInput();
+        console().ExpectExit(0, Console::Rest::kIgnored, here);
+    }
     void ExpectExit(int status, Console::Rest rest = Console::Rest::kNone,
                     Here here = Here::Now()) {
         console().ExpectExit(status, rest, here);

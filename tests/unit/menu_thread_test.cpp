@@ -36,6 +36,17 @@ TEST(MenuThreadTest, PausesBeforeBannerAndPromptsButNotAfterBlankLine) {
                                                    asked + refused + asked + Prompt() + Prompt());
 }
 
+TEST(MenuThreadTest, DisplaysNoPromptAfterObjectManagerFailed) {
+    const std::string output = OutputOf([] {
+        obexProxy.DBusInstance("7");
+        sleep_substitute = [](useconds_t /*time*/) {
+            std::thread([] { obexProxy.GDBusRun(); }).join();
+        };
+        obexProxy.MenuThread();
+    });
+    EXPECT_EQ(output, Red("Error getting object manager client\n") + Banner());
+}
+
 // The menu thread has the registry locked from its start, except while it waits for input.
 TEST(MenuThreadTest, BlocksRemovalsDuringBannerAndPauses) {
     const std::string begin = Banner() + Normal("end of pause\n");
