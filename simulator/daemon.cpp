@@ -90,7 +90,7 @@ class Daemon::Impl {
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
-    /// Lets the stack do something and awaits that the bus has its signals.
+    /// Runs an action in the thread and waits until the bus has its signals.
     template <typename Action>
     void Do(Action action) {
         thread_.Run([&] {

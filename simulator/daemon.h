@@ -31,12 +31,12 @@ inline constexpr unsigned kAlways = 0;
 /// /transfer<M>, M counting from 0 over the daemon's life. Transfers stay as long as their session.
 ///
 /// Threads: the daemon runs in a thread of its own. Every member may be called from any thread but
-/// that one, at the same time as others, and has taken effect, with its signals delivered to the
-/// bus, when it returns.
+/// that one, concurrently with others. When it returns, it has taken effect and the bus has its
+/// signals.
 ///
-/// Errors: `std::runtime_error` with one clear line when the bus or the name cannot be had or a
-/// path or address is not known; `std::invalid_argument` when an argument is malformed (no object
-/// path, no tuple where one is due).
+/// Errors: `std::runtime_error` with one line if the daemon cannot connect to the bus or own the
+/// name, or for an unknown path or address; `std::invalid_argument` for a malformed argument (not
+/// an object path, not a tuple).
 ///
 /// Members that return `bool` return whether they changed anything, if nothing else is documented.
 ///
@@ -44,58 +44,57 @@ inline constexpr unsigned kAlways = 0;
 /// A null value is refused.
 class Daemon {
   public:
-    /// Connects to the bus at a D-Bus address; returns when the name is owned and all is exported.
+    /// Connects to the bus at a D-Bus address, exports all objects and owns the name.
     explicit Daemon(const std::string& address, const Options& options = Options());
-    /// Uses the caller's connection and leaves it open at the end. Such a daemon can `Crash`, which
-    /// closes the connection, but not return afterwards.
+    /// Uses the caller's connection, which the destructor leaves open. `Crash` closes it;
+    /// `ReturnToBus` fails afterwards.
     explicit Daemon(GDBusConnection* connection, const Options& options = Options());
-    /// Leaves the bus and joins the thread. Calls still hanging get no answer.
+    /// Disconnects and joins the thread. Calls that hang get no reply.
     ~Daemon();
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
     [[nodiscard]] std::string BusName() const;
 
-    // What was called. Calls to com.veltrisonix.* interfaces only, recorded when they arrive and
-    // before they are acted upon, also those that a fault answers or swallows.
+    // Recorded calls: those of com.veltrisonix.* interfaces only, recorded on arrival, including
+    // calls that a fault refuses, answers or lets hang.
     [[nodiscard]] std::vector<Call> Calls() const;
     /// See `Recorder::Await`.
     std::optional<Call> AwaitCall(const std::string& method, std::chrono::milliseconds timeout);
     bool ForgetCalls();
 
-    // Every call to the daemon's objects, those of the standard interfaces too, and what was
-    // answered to it. Handlers are called in GDBus' worker thread, one at a time, for as long as
-    // the subscription exists; no message is sent or received meanwhile. They must not call the
-    // daemon. A call that hangs is announced as answered with `kHangs`, and again when it is
-    // released.
+    // Every call to the daemon's objects, also of the standard interfaces, and its answer. Handlers
+    // are called in GDBus' worker thread, one at a time, for the lifetime of the subscription, and
+    // block sending and receiving. They must not call the daemon. A call that hangs is reported
+    // with `kHangs`, and again after its release.
     [[nodiscard]] Subscription OnCall(std::function<void(const Call&)> handler);
     [[nodiscard]] Subscription OnAnswer(std::function<void(const Answer&)> handler);
 
-    // Coming and going.
+    // Devices, the client object and the bus name.
     [[nodiscard]] std::vector<PhoneInfo> Phones() const;
-    /// With what `AddDevice` added.
+    /// The phones and the devices that `AddDevice` added.
     [[nodiscard]] std::vector<PhoneInfo> Devices() const;
     /// Adds a device that has exactly these properties (a{sv}), whatever their types, and no
     /// others. A path that is in use is refused. Sessions can be made to it when it has an
     /// "Address" of type s: a phone with the seed's contents then stands behind it.
     void AddDevice(const std::string& path, GVariant* properties);
-    /// A device without wishes: Address, Alias, Name and the like are given sensible values.
+    /// Adds a device with default values for properties other than its address and alias.
     void AddDevice(const std::string& path, const std::string& address, const std::string& alias);
-    /// Its sessions lose their connection (announced) and go with it. What was added by
-    /// `AddDevice` is forgotten, a phone may return.
+    /// Removes it with its sessions, whose loss of connection is announced. A device that
+    /// `AddDevice` added is deleted; a phone can return.
     void RemoveDevice(const std::string& path);
-    /// Brings back a phone that `RemoveDevice` took away.
+    /// Adds a phone again that `RemoveDevice` has removed.
     bool ReturnDevice(const std::string& path);
-    /// Takes the client object away, and with it all sessions, without a change of their state.
+    /// Removes the client object with all sessions, without announcing a state.
     bool RemoveClient();
-    bool AddClient();  ///< does nothing when it is there
-    /// Gives up the bus name; the connection stays. Sessions end, as in a daemon that stops.
+    bool AddClient();  ///< does nothing if it exists
+    /// Releases the bus name without disconnecting. Ends sessions, like a daemon that stops.
     bool LeaveBus();
-    /// Drops the connection without a word, as a killed process does: callers still waiting are
-    /// told by the bus, as soon as it notices. Sessions end.
+    /// Closes the connection without releasing the name, like a killed process. The bus replies
+    /// with an error to waiting callers. Ends sessions.
     bool Crash();
-    bool ReturnToBus();  ///< after `LeaveBus` or `Crash`; does nothing when it is there
-    /// Called in the daemon's thread when the bus goes away by itself. It must not call back here.
+    bool ReturnToBus();  ///< after `LeaveBus` or `Crash`; otherwise does nothing
+    /// Called in the daemon's thread when the connection is lost. It must not call the daemon.
     void OnBusLost(std::function<void()> handler);
 
     // Sessions and transfers.
@@ -105,50 +104,50 @@ class Daemon {
     [[nodiscard]] std::vector<TransferInfo> DescribeTransfers() const;
     /// Sets and announces it.
     bool SetConnectionState(const std::string& session, std::uint8_t state);
-    /// Ends the session from the phone's side: state 0 is announced, the object goes.
+    /// Ends the session from the phone's side: announces state 0 and removes the object.
     void CloseSession(const std::string& session);
-    /// The next pulls download exactly these bytes, until `RestorePullContent`. They need no
-    /// selected phone book, handle or filter that makes sense.
+    /// Pulls download exactly these bytes until `RestorePullContent`, whatever the selected phone
+    /// book, handle and filters.
     void SetPullContent(const std::string& content);
     bool RestorePullContent();
     /// Makes the transfer active if it is queued, writes up to so many further bytes to its file
     /// and announces Transferred; Status too when it changes. At its end it is complete. Refused
     /// when it is already complete or in error.
     void AdvanceTransfer(const std::string& transfer, std::uint64_t bytes);
-    /// Makes it active (announced) without writing.
+    /// Makes it active, and announces that, without writing.
     bool StartTransfer(const std::string& transfer);
-    /// All that is left at once.
+    /// Writes all remaining bytes.
     void CompleteTransfer(const std::string& transfer);
-    /// Status "error", announced; what was written stays.
+    /// Announces status "error"; keeps the bytes written.
     void AbortTransfer(const std::string& transfer);
-    /// Whether transfers stand still, as on a lost radio link. Nothing is announced. Concerns
-    /// transfers moved by rate, present and future.
+    /// Whether transfers make no progress, as on a lost radio link. Announces nothing. Affects
+    /// present and future transfers at `rate`.
     bool StallTransfers(bool stall);
-    /// An object path cannot be empty on D-Bus. The nearest thing that can be sent is "/", with
-    /// no transfer object behind it, in the reply to every pull while this is on.
+    /// Whether replies to pulls contain "/" as path, and no transfer is made. D-Bus does not allow
+    /// an empty object path.
     bool UseEmptyTransferPath(bool use);
 
     /// Whether the object exists, without this interface.
     [[nodiscard]] bool Lacks(const std::string& path, const std::string& interface) const;
 
-    // What happens on a phone, by its device path or address. Clients hear of it when a call of
-    // theirs brings the news, as the profile has it.
+    // Events on a phone, by its device path or address. The profile reports them to a client only
+    // in the reply to its next call.
     void MissCall(const std::string& phone, const std::string& number);
     void AddContact(const std::string& phone, const std::string& name, const std::string& number);
 
     // Faults of calls. `method` is "Select" or "com.veltrisonix.obex.PhonebookAccess1.Select"; the
     // methods of the standard interfaces, such as GetAll and GetManagedObjects, can be named too.
     // A later fault of a method replaces the earlier.
-    /// Answers with an error, so many times.
+    /// Answers with an error, for `times` calls.
     void Refuse(const std::string& method, const std::string& error_name,
                 const std::string& message, unsigned times = kAlways);
     /// Answers with this body (a tuple), of any type, without doing anything.
     void Reply(const std::string& method, GVariant* body, unsigned times = kAlways);
     /// Gives no answer until `Release`.
     void Hang(const std::string& method, unsigned times = kAlways);
-    /// Answers all calls that hang, by then carrying them out, and lets later ones pass.
+    /// Carries out and answers all calls that hang; later ones do not hang.
     bool Release();
-    /// Forgets faults of calls. Calls that hang keep hanging.
+    /// Removes faults of calls. Calls that hang continue to hang.
     bool ClearFaults();
 
     // Faults of properties, in every way in which a client can read them: Get, GetAll,

@@ -18,13 +18,13 @@ constexpr guint32 kDoNotQueue = 4;
 constexpr guint32 kPrimaryOwner = 1;
 constexpr guint32 kAlreadyOwner = 4;
 
-/// One call that was held back, on its way through our own objects.
+/// A delayed call, sent to our own objects.
 struct HeldCall {
     MessagePtr call;
-    std::shared_ptr<void> batch;  // the last to let go of it finishes the batch
+    std::shared_ptr<void> batch;  // releasing the last reference finishes the batch
 };
 
-/// Null when the message holds file descriptors that cannot be duplicated.
+/// Null when file descriptors in the message cannot be duplicated.
 MessagePtr Redirect(GDBusMessage* message, const gchar* destination) {
     MessagePtr copy(g_dbus_message_copy(message, nullptr));
     if (!copy) {
@@ -43,7 +43,7 @@ void ForwardAnswer(GObject* source, GAsyncResult* result, gpointer data) {
     const MessagePtr answer(
         g_dbus_connection_send_message_with_reply_finish(connection, result, Out(error)));
     if (!answer) {
-        return;  // the connection is gone, and with it the caller's patience
+        return;  // the connection is closed: the caller gets no reply
     }
     const MessagePtr forward = Redirect(answer.get(), g_dbus_message_get_sender(held->call.get()));
     if (!forward) {

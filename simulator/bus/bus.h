@@ -10,7 +10,7 @@
 
 namespace simulator {
 
-/// The daemon's connection to the bus and its name there. Used in the daemon's thread only, but
+/// The daemon's connection to the bus and its bus name. Used in the daemon's thread only, except
 /// for `OnLost`'s handler.
 class Bus {
   public:
@@ -27,25 +27,26 @@ class Bus {
     [[nodiscard]] bool IsOpen() const;
     [[nodiscard]] bool HasName() const { return has_name_; }
 
-    // These throw `std::runtime_error` with one line that names what could not be had.
+    // These throw `std::runtime_error` with one line that names the address or bus name that
+    // failed.
     void Open();
     void TakeName();
 
     void DropName();
     /// Closes the connection without giving up the name first.
     void Close();
-    /// Waits until the bus has dealt with all that was sent. Merely to write it would not do: what
-    /// others send later through their own sockets could overtake it.
+    /// Waits until the bus has processed all messages sent. Flushing the socket is not enough:
+    /// messages that others send later over their own sockets could arrive first.
     void Settle();
     void OnLost(std::function<void()> handler) { on_lost_ = std::move(handler); }
 
-    /// Sends a PropertiesChanged; with `kSentAsItStands` no fault edits it.
+    /// Sends a PropertiesChanged signal; `kSentAsItStands` exempts it from property faults.
     void EmitChanges(const std::string& path, const std::string& interface, GVariant* changed,
                      const std::vector<std::string>& invalidated = {},
                      GDBusMessageFlags flags = G_DBUS_MESSAGE_FLAGS_NONE);
 
-    /// Carries out calls that were held back, as if they came now, and sends the answers to their
-    /// callers. `done` is called when the last has been answered.
+    /// Carries out delayed calls as if they had arrived now, and replies to their callers. `done`
+    /// is called after the last reply.
     void CarryOut(std::vector<MessagePtr> calls, std::function<void()> done);
 
   private:

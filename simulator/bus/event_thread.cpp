@@ -8,7 +8,7 @@ EventThread::EventThread()
       thread_([this] { Serve(); }) {}
 
 EventThread::~EventThread() {
-    // Quitting from within the loop cannot come before it runs.
+    // g_main_loop_quit() has no effect before the loop runs.
     Run([this] { g_main_loop_quit(loop_.get()); });
     thread_.join();
 }
@@ -42,7 +42,7 @@ void EventThread::RunTasks() {
 void EventThread::Serve() {
     g_main_context_push_thread_default(context_.get());
     g_main_loop_run(loop_.get());
-    // GLib hands back the data of removed filters and the like through the context.
+    // GLib calls GDestroyNotify of removed filters and subscriptions in this context.
     while (g_main_context_pending(context_.get()) != FALSE) {
         g_main_context_iteration(context_.get(), FALSE);
     }

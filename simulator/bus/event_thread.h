@@ -14,13 +14,13 @@ namespace simulator {
 class EventThread {
   public:
     EventThread();
-    /// Lets what is due happen, then ends the loop and joins.
+    /// Dispatches pending sources, then ends the loop and joins.
     ~EventThread();
     EventThread(const EventThread&) = delete;
     EventThread& operator=(const EventThread&) = delete;
 
-    /// Runs the task in the thread and waits for it; what it throws is thrown here. From any
-    /// thread but this one.
+    /// Runs the task in the thread and waits for it; rethrows its exceptions. Callable from any
+    /// other thread.
     void Run(std::function<void()> task);
 
   private:

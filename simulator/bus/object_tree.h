@@ -14,7 +14,7 @@ class ObjectTree {
 
     /// Announces an object with these interfaces.
     void Export(const std::string& path, std::initializer_list<GDBusInterfaceSkeleton*> interfaces);
-    /// Announces that it has gone, if there was one.
+    /// Announces its removal, if it was exported.
     void Unexport(const std::string& path);
     [[nodiscard]] bool Has(const std::string& path) const;
     /// Whether the object exists, without this interface.
@@ -27,10 +27,10 @@ class ObjectTree {
     morvane::GlibPtr<GDBusObjectManagerServer> server_;
 };
 
-/// Sends at once what the skeleton would announce in the next turn of the main loop.
+/// Emits pending PropertiesChanged signals now, not in an idle callback.
 void Announce(gpointer skeleton);
 
-/// The skeleton's properties as they are (a{sv}).
+/// The skeleton's current properties (a{sv}).
 morvane::VariantPtr PropertiesOf(gpointer skeleton);
 
 /// Sets a property by its D-Bus name; the value must be of its type.

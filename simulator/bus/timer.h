@@ -8,11 +8,11 @@
 
 namespace simulator {
 
-/// Calls something later in the thread that starts it, through its thread-default context. The
-/// call does not happen once the timer is stopped, started anew or destroyed.
+/// Calls a function after a delay in the thread that starts the timer, through its thread-default
+/// context. Stopping, restarting or destroying the timer cancels the call.
 class Timer {
   public:
-    /// `action` returns whether it is to be called again after the same time.
+    /// `action` returns whether to call it again after the same delay.
     void Start(std::chrono::milliseconds interval, std::function<bool()> action);
     void Stop() { source_.reset(); }
 

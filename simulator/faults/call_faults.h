@@ -13,7 +13,7 @@ namespace simulator {
 
 using MessagePtr = morvane::GlibPtr<GDBusMessage>;
 
-/// What happens to a call instead of what it asks for.
+/// A fault of a method.
 struct CallFault {
     enum class Kind { kRefuse, kReply, kHang };
     Kind kind;
@@ -22,13 +22,13 @@ struct CallFault {
     morvane::VariantPtr body;   ///< of kReply
 };
 
-/// What a fault makes of a call.
+/// A fault's answer to a call.
 struct FaultyAnswer {
     const char* fault = nullptr;  ///< name of the fault's command; null when no fault applies
     MessagePtr message;           ///< null when the call hangs
 };
 
-/// Which calls go wrong, and those that have had no answer yet. Safe from any thread.
+/// Faults of methods, and the calls that hang. Safe from any thread.
 class CallFaults {
   public:
     struct Released {
@@ -41,12 +41,12 @@ class CallFaults {
     /// Returns whether there were any.
     bool Clear();
 
-    /// The answer that a fault has for the call, if it has one. A call that is to hang is kept.
+    /// The answer of the fault that applies to the call, if any. Stores a call that hangs.
     /// `description` is the call's.
     FaultyAnswer AnswerTo(GDBusMessage* call, const Call& description);
 
-    /// The calls that hang, oldest first; they are the caller's to answer. Faults that make calls
-    /// hang end.
+    /// Removes faults that make calls hang, and returns the calls that hang, oldest first, which
+    /// the caller must answer.
     Released Release();
     void ForgetHanging();
 

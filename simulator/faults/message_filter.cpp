@@ -47,7 +47,7 @@ bool IsOurs(const Call& call) {
     return call.interface.compare(0, std::strlen(kOwnInterfaces), kOwnInterfaces) == 0;
 }
 
-/// Calls that were released come from the connection itself and are carried out untouched.
+/// Released calls have the connection itself as sender, and are not subject to faults.
 bool IsReleased(GDBusConnection* connection, GDBusMessage* call) {
     return TextOrEmpty(g_dbus_message_get_sender(call)) ==
            TextOrEmpty(g_dbus_connection_get_unique_name(connection));

@@ -16,7 +16,7 @@
 
 namespace simulator {
 
-/// What looks at, and meddles with, the messages of a daemon. Outlives its connections.
+/// Recorder and faults of a daemon's messages. Outlives its connections.
 struct Instruments {
     Recorder recorder;
     CallFaults call_faults;
@@ -26,10 +26,10 @@ struct Instruments {
     Listeners<Answer> answers;
 };
 
-/// A signal with this flag, which means nothing on a signal, is sent as it stands.
+/// Exempts a signal from property faults. D-Bus gives the flag no meaning in a signal.
 inline constexpr GDBusMessageFlags kSentAsItStands = G_DBUS_MESSAGE_FLAGS_NO_AUTO_START;
 
-/// Stands between a connection and the objects exported on it. Runs in GDBus' worker thread.
+/// Filters messages between a connection and its exported objects, in GDBus' worker thread.
 class MessageFilter {
   public:
     /// Installs a filter; returns its id for `g_dbus_connection_remove_filter`.
@@ -43,7 +43,7 @@ class MessageFilter {
     /// A call that has not been answered yet.
     struct Pending {
         Call call;
-        bool is_released = false;     ///< answered to the connection itself first
+        bool is_released = false;     ///< the reply is first sent to the connection itself
         const char* fault = nullptr;  ///< name of its command; null when none applies
         bool hangs = false;
         bool reads_objects = false;    ///< GetManagedObjects

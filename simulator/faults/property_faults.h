@@ -14,11 +14,10 @@ namespace simulator {
 /// In place of an object path: every object, also those that do not exist yet.
 inline constexpr char kAnyPath[] = "*";
 
-/// Which properties are missing or have a value that no honest daemon would give. Safe from any
-/// thread.
+/// Properties that are missing or have an injected value. Safe from any thread.
 class PropertyFaults {
   public:
-    /// `path` may be `kAnyPath`; a fault of the path itself counts more.
+    /// `path` may be `kAnyPath`; a fault of the path itself takes precedence.
     void Override(const std::string& path, const std::string& interface, const std::string& name,
                   morvane::VariantPtr value);
     void Hide(const std::string& path, const std::string& interface, const std::string& name);
@@ -30,17 +29,17 @@ class PropertyFaults {
                   morvane::VariantPtr properties);
     void ForgetExact(const std::string& path);
 
-    /// All properties (a{sv}) of an interface as they are to be read, in the same order, those
-    /// that a fault adds at the end.
+    /// All properties (a{sv}) of an interface with faults applied, in the same order; properties
+    /// that a fault adds are last.
     [[nodiscard]] morvane::VariantPtr Apply(const std::string& path, const std::string& interface,
                                             GVariant* properties) const;
-    /// The same for some of the properties (a{sv}): none is added.
+    /// The same for some of the properties (a{sv}): adds none.
     [[nodiscard]] morvane::VariantPtr ApplyToChanges(const std::string& path,
                                                      const std::string& interface,
                                                      GVariant* changes) const;
 
     struct Reading {
-        bool faulty = false;        ///< else the property is to be read as it is
+        bool faulty = false;        ///< otherwise the property has its real value
         morvane::VariantPtr value;  ///< null when there is no such property
     };
     [[nodiscard]] Reading Read(const std::string& path, const std::string& interface,

@@ -38,7 +38,7 @@ struct Answer {
 /// One line for a failure message: "/path interface.Method(body)".
 std::string Describe(const Call& call);
 
-/// Remembers calls in the order of their arrival. Safe from any thread.
+/// Records calls in the order of their arrival. Safe from any thread.
 class Recorder {
   public:
     void Record(Call call);
@@ -46,8 +46,8 @@ class Recorder {
     bool Forget();
     [[nodiscard]] std::vector<Call> Calls() const;
 
-    /// The first call of `method` that no earlier `Await` has returned, waiting for it if need be;
-    /// nothing when the time is over. `method` is "Select" or "interface.Select".
+    /// Waits for a call of `method` ("Select" or "interface.Select") and returns the first that no
+    /// earlier `Await` has returned; nothing after the time-out.
     std::optional<Call> Await(const std::string& method, std::chrono::milliseconds timeout);
 
   private:

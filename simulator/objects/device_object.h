@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-/// A remote device as the daemon shows it while it is in reach.
+/// The D-Bus object of a remote device that is in reach.
 class DeviceObject {
   public:
     /// `on_disconnect` is called when a client ends the connection to the device.

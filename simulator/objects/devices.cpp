@@ -21,7 +21,7 @@ std::string NameOf(unsigned index) {
     return round == 0 ? name : name + " " + std::to_string(round + 1);
 }
 
-/// A range of locally administered addresses, so that no real phone is meant.
+/// Locally administered addresses, which no real phone has.
 std::string AddressOf(unsigned index) {
     const TextPtr text(g_strdup_printf("02:00:5E:10:00:%02X", index + 1));
     return text.get();

@@ -22,7 +22,7 @@ class Devices {
         std::string alias;
         bool scripted;
         bool demands_authentication;
-        std::shared_ptr<Phone> phone;          ///< what sessions to it find
+        std::shared_ptr<Phone> phone;          ///< whose contents sessions access
         std::unique_ptr<DeviceObject> object;  ///< null while it is out of reach
     };
 
@@ -33,7 +33,7 @@ class Devices {
     [[nodiscard]] std::vector<PhoneInfo> Phones() const;
     [[nodiscard]] std::vector<PhoneInfo> All() const;
 
-    // What these are for is told where `Daemon` declares them.
+    // Documented at the members of `Daemon` with the same names.
     void Add(const std::string& path, const std::string& address, const std::string& alias);
     void AddExact(const std::string& path, GVariant* properties);
     void Remove(const std::string& path);

@@ -7,9 +7,9 @@
 
 namespace simulator {
 
-/// The signal handler of a generated skeleton that calls a member function with the arguments of a
-/// method and answers with the tuple that it returns, null for an empty one. What the member
-/// throws becomes an error.
+/// Signal handler for a generated skeleton. Calls a member function with the arguments of a method
+/// and replies with the tuple that it returns (null: an empty tuple), or with an error for an
+/// exception.
 template <auto Member>
 struct Handler;
 

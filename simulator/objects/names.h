@@ -9,7 +9,7 @@ inline constexpr char kSessionInterface[] = "com.veltrisonix.obex.Session1";
 inline constexpr char kPhonebookInterface[] = "com.veltrisonix.obex.PhonebookAccess1";
 inline constexpr char kTransferInterface[] = "com.veltrisonix.obex.Transfer1";
 
-/// The UUID of the one service that sessions are made to.
+/// The UUID of the only service that sessions can connect to.
 inline constexpr char kPhonebookServer[] = "0000112f-0000-1000-8000-00805f9b34fb";
 
 }  // namespace simulator

@@ -9,10 +9,10 @@
 
 namespace simulator {
 
-/// How transfers get on by themselves.
+/// What moves transfers.
 enum class TransferPace {
     kByRate,  ///< queued, then active after `start_delay`, then complete, at `rate` bytes a second
-    kByHand,  ///< queued until `Daemon::AdvanceTransfer` and its siblings move them
+    kByHand,  ///< queued until `Daemon::AdvanceTransfer` and similar members move them
 };
 
 /// What a daemon starts with. The defaults behave as real phones do; a test that fixes every byte
@@ -38,8 +38,8 @@ struct Options {
     /// transfer becomes active.
     bool size_in_reply = true;
 
-    /// Files go under this directory with the last element of the name asked for; empty: they go
-    /// exactly where the client asked. The directory must exist.
+    /// Files are written to this existing directory under their base name; if empty, to the path
+    /// that the client names.
     std::string directory;
 
     /// Whether Folder, NewMissedCalls, the counters and DatabaseIdentifier are announced when a

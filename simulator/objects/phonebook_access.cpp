@@ -193,8 +193,8 @@ VariantPtr PhonebookAccess::UpdateVersion() {
     return nullptr;
 }
 
-/// Phones tell their number of new missed calls, and let it be reset, only with the histories that
-/// hold missed calls.
+/// Phones report and reset their number of new missed calls only with the histories that contain
+/// missed calls.
 void PhonebookAccess::LearnMissedCalls(const Filters& filters) {
     if (phonebook_ != "mch" && phonebook_ != "cch") {
         return;
@@ -223,7 +223,7 @@ void PhonebookAccess::Learn(const char* name, GVariant* value) {
     });
 }
 
-/// One signal for each, in the order in which they were learnt.
+/// One signal for each property, in the order in which the changes were received.
 void PhonebookAccess::AnnounceLearnt() {
     for (const auto& [name, value] : learnt_) {
         GVariantDict changed;

@@ -15,10 +15,10 @@
 
 namespace simulator {
 
-/// A phone's phone books as a session shows them.
+/// The phone book interface of a session.
 class PhonebookAccess {
   public:
-    /// `path` is the session's; `is_connected` is asked before each call.
+    /// `path` is the session's; `is_connected` is called before each method.
     PhonebookAccess(World& world, std::shared_ptr<Phone> phone, std::string path,
                     std::function<bool()> is_connected);
     ~PhonebookAccess() = default;

@@ -28,9 +28,9 @@ class Session {
 
     [[nodiscard]] SessionInfo Describe() const;
 
-    /// Returns whether it was another one.
+    /// Returns whether it changed.
     bool SetConnectionState(std::uint8_t state);
-    /// The connection is lost: transfers fail, then the state changes.
+    /// Simulates loss of the connection: transfers fail, then the state changes.
     void Disconnect();
 
   private:
@@ -44,7 +44,7 @@ class Session {
     PhonebookAccess access_;
 };
 
-/// The sessions that are open, and through them their transfers.
+/// The open sessions, which own their transfers.
 class Sessions {
   public:
     explicit Sessions(World& world) : world_(world) {}
@@ -54,11 +54,11 @@ class Sessions {
     /// Null when there is no such session.
     [[nodiscard]] Session* Find(const std::string& path);
     [[nodiscard]] Transfer* FindTransfer(const std::string& path);
-    /// Ends a session at the client's wish; returns whether there was one.
+    /// Ends a session that the client removes; returns whether it existed.
     bool Close(const std::string& path);
     /// Ends all sessions to a phone that is out of reach.
     void LoseDestination(const std::string& destination);
-    /// Ends all sessions without a word about their state.
+    /// Ends all sessions without announcing a state.
     void Drop() { sessions_.clear(); }
 
     [[nodiscard]] std::vector<SessionInfo> Describe() const;            ///< oldest first

@@ -14,7 +14,7 @@ Stack::Stack(const Options& options, const std::function<std::unique_ptr<Bus>()>
     ReturnToBus();
 }
 
-/// Without a farewell for each object: the bus tells that the name has gone.
+/// Sends no InterfacesRemoved: the bus announces that the name has lost its owner.
 Stack::~Stack() {
     LeaveBus();
     world_.tree.Attach(nullptr);
@@ -68,7 +68,7 @@ bool Stack::Crash() {
     return changes;
 }
 
-/// The objects are there before the name is, so that whoever sees the name finds them.
+/// Exports the objects before owning the name, so that clients that see the name find them.
 bool Stack::ReturnToBus() {
     bus_->Open();
     world_.tree.Attach(bus_->connection());

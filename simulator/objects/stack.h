@@ -12,10 +12,10 @@
 
 namespace simulator {
 
-/// The daemon itself, inside its thread: its objects and its place on the bus.
+/// The daemon's objects and its bus connection. Used in the daemon's thread only.
 class Stack {
   public:
-    /// Exports everything and takes the name; throws `std::runtime_error` when it cannot be had.
+    /// Exports all objects and owns the name; throws `std::runtime_error` on failure.
     Stack(const Options& options, const std::function<std::unique_ptr<Bus>()>& make_bus,
           PropertyFaults& property_faults);
     ~Stack();

@@ -15,7 +15,8 @@ using morvane::VariantPtr;
 
 constexpr std::array<const char*, 5> kStatusWords = {"queued", "active", "suspended", "complete",
                                                      "error"};
-/// A client prints a line for each piece, too many of which would scroll away what is typed.
+/// A client prints a line for each announcement; limit their rate so that the input line stays
+/// readable.
 constexpr std::chrono::milliseconds kBetweenPieces{500};
 constexpr std::chrono::milliseconds kBeforeOnlyPiece{50};
 constexpr std::uint64_t kMicroseconds = 1000000;
@@ -39,7 +40,7 @@ Transfer::~Transfer() {
     world_.tree.Unexport(path_);
 }
 
-/// A FIFO would stop the daemon until somebody reads it.
+/// Opening a FIFO blocks until another process reads it.
 void Transfer::OpenFile() {
     std::error_code ignored;
     if (!std::filesystem::is_fifo(download_.file, ignored)) {
@@ -158,7 +159,7 @@ void Transfer::AdvanceByRate() {
     const std::uint64_t due = rate == 0 ? Remaining() : elapsed * rate / kMicroseconds;
     const bool idle = world_.transfers_stalled || status_ == Status::kSuspended;
     if (!idle && due == 0 && Remaining() > 0) {
-        return;  // slow: let the time add up
+        return;  // less than one byte is due: accumulate time
     }
     last_advance_ = now;
     if (!idle) {

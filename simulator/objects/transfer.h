@@ -12,7 +12,7 @@
 
 namespace simulator {
 
-/// What a pull downloads, and where to.
+/// Content and target file of a pull.
 struct Download {
     std::string name;     ///< of the object on the phone
     std::string type;     ///< its MIME type
@@ -20,7 +20,7 @@ struct Download {
     std::string content;  ///< all of it
 };
 
-/// One download: writes its file piece by piece and says so.
+/// A download: writes its file in chunks and announces its progress.
 class Transfer {
   public:
     /// `number` makes its path unique. Opens the file and exports the object; throws `Refusal` when
@@ -33,7 +33,7 @@ class Transfer {
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] unsigned number() const { return number_; }
     [[nodiscard]] TransferInfo Describe() const;
-    /// The a{sv} with which a pull is answered.
+    /// The a{sv} in the reply to a pull.
     [[nodiscard]] morvane::VariantPtr Properties() const;
 
     // These throw `std::runtime_error` when the transfer is over; `Advance` also when it is

@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-/// What all objects of one daemon share. Used in the daemon's thread only.
+/// State shared by all objects of one daemon. Used in the daemon's thread only.
 struct World {
     const Options& options;
     Bus& bus;
@@ -18,7 +18,7 @@ struct World {
 
     bool transfers_stalled = false;
     bool empty_transfer_path = false;
-    std::optional<std::string> pull_content;  ///< instead of what phones hold
+    std::optional<std::string> pull_content;  ///< instead of the phones' contents
     unsigned next_session = 0;
     unsigned next_transfer = 0;
 };

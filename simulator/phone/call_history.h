@@ -17,10 +17,10 @@ struct CallEntry {
     std::string name;  ///< empty when the caller is no contact
 };
 
-/// The entry as phones give it: name, number and X-IRMC-CALL-DATETIME.
+/// The vCard of an entry: name, number and X-IRMC-CALL-DATETIME.
 Card MakeCallCard(const CallEntry& call);
 
-/// The phone book in which calls of this kind are found besides the combined history.
+/// The phone book of calls of this kind, besides the combined history.
 const char* HistoryOf(CallKind kind);
 
 /// "YYYYMMDDTHHMMSS"

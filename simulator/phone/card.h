@@ -62,7 +62,7 @@ struct Property {
     bool binary = false;
 };
 
-/// What a phone knows of one person or one call, whatever the vCard version it is written in.
+/// A contact or call, independent of the vCard version.
 struct Card {
     std::vector<Property> properties;
 

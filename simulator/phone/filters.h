@@ -12,7 +12,7 @@ namespace simulator {
 
 enum class Order { kIndexed, kAlphanumeric, kPhonetic };
 
-/// What a call asks for besides the phone book.
+/// The filters of a call.
 struct Filters {
     VcardFormat format = VcardFormat::kVcard21;
     Order order = Order::kIndexed;

@@ -61,9 +61,9 @@ constexpr std::array<const char*, 4> kNotes = {
     "Prefers to be called in the morning between nine and eleven, never at lunch time, and not "
     "at all on Fridays.",
     "Grüße von Tante Käthe \\ Onkel Jürgen"};
-/// Numbers of this kind stand first, where every contact has one.
+/// The first number of every contact is of this kind.
 constexpr std::array<const char*, 4> kNumberTypes = {"CELL", "HOME", "WORK", "FAX"};
-/// Number ranges that are set aside for fiction.
+/// Number ranges reserved for fiction.
 constexpr std::array<const char*, 3> kNumberRanges = {"+4477009", "+1202555", "+3319900"};
 
 Property Text(Field field, std::string text, std::vector<std::string> types = {}) {
@@ -117,7 +117,7 @@ void AddMail(Card& card, Dice& dice, const Name& family, const Name& given) {
     }
 }
 
-/// Each of these only some contacts have, so that selectors find something to select by.
+/// Only some contacts have each of these properties, so that selectors have an effect.
 void AddExtras(Card& card, Dice& dice) {
     std::vector<Property>& all = card.properties;
     if (!dice.OneIn(3)) {

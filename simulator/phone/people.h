@@ -26,11 +26,11 @@ class Dice {
     std::mt19937 engine_;
 };
 
-/// A contact as a phone's memory holds it, with several numbers, addresses and often a photo.
+/// A contact in a phone's memory, with several numbers, addresses and often a photo.
 Card MakeContact(Dice& dice);
 /// The phone's owner: card 0 of every phone book.
 Card MakeOwner(Dice& dice, const std::string& phone_name);
-/// What a SIM card can hold of a contact: a name and one number.
+/// A contact on a SIM card: a name and one number.
 Card MakeSimContact(Dice& dice);
 /// Name and one number; `name` is split at its last blank.
 Card MakeShortContact(const std::string& name, const std::string& number, const std::string& uid);

@@ -23,7 +23,7 @@ struct Entry {
 /// Ordered by handle.
 using Phonebook = std::vector<Entry>;
 
-/// The memory of a phone: what it holds, not how it is asked for.
+/// The contents of a phone, independent of D-Bus.
 class Phone {
   public:
     /// `contacts` people are invented, unless there are `cards` to be its contacts.

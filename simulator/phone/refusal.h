@@ -15,7 +15,7 @@ inline constexpr char kForbidden[] = "com.veltrisonix.Error.Forbidden";
 inline constexpr char kNotInProgress[] = "com.veltrisonix.Error.NotInProgress";
 inline constexpr char kFailed[] = "com.veltrisonix.Error.Failed";
 
-/// Leaves the handler of a call and becomes its answer.
+/// Thrown by the handler of a call; becomes the error reply.
 class Refusal : public std::runtime_error {
   public:
     Refusal(std::string name, const std::string& message)

@@ -48,7 +48,7 @@ bool HasName(const Entry& entry, const std::string& value) {
            Contains(Folded(entry.card.Text(Field::kFn)), wanted);
 }
 
-/// What the entry is sorted by, in every order the owner's card, if any, comes first.
+/// The sort key. The owner's card, if any, is first in every order.
 std::string SortKey(const Entry& entry, Order order) {
     const std::string sound = entry.card.Text(Field::kSound);
     if (order == Order::kPhonetic && !sound.empty()) {
@@ -101,7 +101,7 @@ bool IsHexadecimal(const std::string& text) {
                        [](unsigned char letter) { return std::isxdigit(letter) != 0; });
 }
 
-/// Only digits count: what a conversion would also accept, such as "0x1", is no handle.
+/// Only digits are valid, although a conversion would also accept "0x1".
 std::uint32_t ParseHandle(const std::string& name) {
     const std::size_t suffix = sizeof kHandleSuffix - 1;
     const std::size_t digits = name.size() < suffix ? 0 : name.size() - suffix;

@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-/// Whether the value is found in that field, whatever the case of its letters. Of numbers only
-/// digits count. An empty value is found everywhere.
+/// Whether the field contains the value, ignoring letter case. Compares only the digits of numbers.
+/// An empty value matches every field.
 bool Matches(const Entry& entry, SearchField field, const std::string& value);
 
 using Selected = std::vector<const Entry*>;

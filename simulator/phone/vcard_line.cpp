@@ -19,7 +19,7 @@ bool BeginsWithBlank(const std::string& line) {
     return !line.empty() && (line.front() == ' ' || line.front() == '\t');
 }
 
-/// The parts of a text between separators, of which those inside quotation marks are none.
+/// Splits a text at separators that are not inside quotation marks.
 std::vector<std::string> SplitQuoted(const std::string& text, char separator) {
     std::vector<std::string> parts(1);
     bool quoted = false;
@@ -137,7 +137,7 @@ std::string DecodeQuotedPrintable(const ContentLine& line) {
             continue;
         }
         if (i + 1 == text.size()) {
-            break;  // a soft line break with nothing behind it
+            break;  // a soft line break at the end
         }
         const int high = g_ascii_xdigit_value(text[i + 1]);
         const int low = i + 2 < text.size() ? g_ascii_xdigit_value(text[i + 2]) : -1;

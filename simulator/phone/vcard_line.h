@@ -62,8 +62,8 @@ std::string DecodeText(const ContentLine& line);
 
 /// Parts a text at each ";" if it is `compound`, and removes the escapes of the version.
 std::vector<std::string> SplitText(const std::string& text, VcardFormat version, bool compound);
-/// For what has none in a vCard, such as a URL: removes backslashes and line ends, which some
-/// phones put there.
+/// For a value without escapes, such as a URL: removes backslashes and line ends that some phones
+/// insert.
 std::string WithoutEscapes(const std::string& text);
 
 std::string Upper(const std::string& text);

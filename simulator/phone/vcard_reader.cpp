@@ -19,7 +19,7 @@ bool IsBlank(const std::string& line) {
     return Trimmed(line).empty();
 }
 
-/// What can be binary, and is of no use where it is only referred to.
+/// Properties that can be binary, and are skipped if they are a URI.
 bool IsMedia(Field field) {
     return field == Field::kPhoto || field == Field::kLogo || field == Field::kSound ||
            field == Field::kKey;

@@ -13,7 +13,7 @@ constexpr std::size_t kFoldedLength = 75;
 constexpr std::size_t kQuotedLength = 76;
 constexpr char kLineEnd[] = "\r\n";
 
-/// All that distinguishes the two versions but the writing of one line.
+/// Differences between the versions, except for encoding a line.
 struct FormatRules {
     const char* version;
     const char* type_prefix;
@@ -73,8 +73,8 @@ std::string WriteBinary21(const std::string& head, const Property& property) {
     return lines + kLineEnd;
 }
 
-/// Version 2.1 can break a line of text only at blanks; a long one is quoted, as one that is not
-/// plain.
+/// Version 2.1 folds text only at blanks; encode a long line as quoted-printable, like one that is
+/// not plain ASCII.
 std::string WriteText21(const std::string& head, const Property& property) {
     const std::string text = EscapeVcard21(property.components);
     if (IsPlain(text) && head.size() + 1 + text.size() <= kQuotedLength) {
@@ -96,7 +96,7 @@ std::string Write30(const std::string& head, const Property& property) {
     if (property.binary) {
         return FoldLine(head + ";ENCODING=b:" + Base64(property.components.front())) + kLineEnd;
     }
-    // An address of the web is no text: nothing in it is escaped.
+    // A URL is not text: it is not escaped.
     const bool literal = property.field == Field::kUrl;
     const std::string value =
         literal ? property.components.front() : EscapeVcard30(property.components);

@@ -20,16 +20,16 @@ using morvane::VariantPtr;
 
 constexpr char kErrorPrefix[] = "com.veltrisonix.Error.";
 
-/// What the meaning of a word depends on.
+/// Context for resolving a word.
 struct Situation {
     Daemon& daemon;
-    bool insists;          ///< on names that are not known
+    bool insists;          ///< accepts unknown names
     const Words& earlier;  ///< the arguments before it
 };
 
 using Names = std::vector<std::string>;
 
-/// What is known of an argument that is being typed.
+/// Context for completing an argument.
 struct Typing {
     Daemon& daemon;
     const Names& earlier;      ///< the arguments before it
@@ -88,7 +88,7 @@ bool Begins(const std::string& text, const std::string& folded) {
 
 using MatchesDevice = bool (*)(const PhoneInfo& device, const std::string& word);
 
-// The first that any device satisfies counts.
+// In order of precedence.
 constexpr MatchesDevice kDeviceMatches[] = {
     [](const PhoneInfo& device, const std::string& word) { return device.path == word; },
     [](const PhoneInfo& device, const std::string& word) {
@@ -218,7 +218,7 @@ Word Number(const Situation& /*situation*/, const std::string& word) {
     return Same(std::to_string(NumberUpTo(std::numeric_limits<Integer>::max(), word)));
 }
 
-/// More would keep the program from its commands and signals for minutes.
+/// More would block the main loop for minutes.
 constexpr std::uint64_t kMostInAFlood = 1000000;
 
 Word Count(const Situation& /*situation*/, const std::string& word) {

@@ -32,7 +32,7 @@ constexpr char kSummary[] =
     "(or the bus that DBUS_SYSTEM_BUS_ADDRESS names). Commands are read from standard input, one "
     "a line;\n\"help\" lists them. With --exec a private bus is started and COMMAND run on it.";
 
-/// What GOption fills.
+/// Values that GOption sets.
 struct Arguments {
     gint64 phones;
     gint64 contacts;
@@ -134,8 +134,9 @@ Arguments Defaults() {
     return arguments;
 }
 
-/// The tables in GOption's form. What the options hold belongs to the arguments once this is gone.
-/// Texts are taken as file names are, untouched: the bus wants UTF-8 whatever the locale says.
+/// The tables as GOptionEntry. The destructor transfers ownership of the values to the arguments.
+/// Texts have the type of file names, which GOption does not convert from the locale's encoding:
+/// D-Bus needs UTF-8.
 class OptionEntries {
   public:
     explicit OptionEntries(Arguments& to) : commands_(to.commands), told_(to.told) {
@@ -267,7 +268,7 @@ Options ToOptions(const Arguments& arguments) {
     return options;
 }
 
-/// All of it may go to the bus, which carries nothing else.
+/// All texts may be sent over the bus, which requires UTF-8.
 void CheckEncoding(const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         if (g_utf8_validate(word.c_str(), -1, nullptr) == FALSE) {
@@ -284,7 +285,7 @@ void CheckDirectory(const std::string& directory) {
     throw std::runtime_error("--directory: no such directory: " + directory);
 }
 
-/// Nothing that was asked for is ignored.
+/// Refuses options that would have no effect.
 void CheckCombination(const CommandLine& line, const std::vector<std::string>& arguments) {
     const bool serves = line.told.empty() && !line.list;
     Require(serves || line.program.empty(), "--exec cannot be combined with --tell or --list");

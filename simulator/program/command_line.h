@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// What the operator of the executable asked for.
+/// The parsed command line.
 struct CommandLine {
     Options options;
     std::string help;  ///< to be printed instead of serving, unless empty
@@ -20,8 +20,8 @@ struct CommandLine {
     std::vector<std::string> program;   ///< to run on a private bus, with its arguments
 };
 
-/// Reads the arguments, the program's name first. Throws `std::runtime_error` with one line for
-/// what cannot be understood.
+/// Parses the arguments, the program's name first. Throws `std::runtime_error` with one line for
+/// invalid ones.
 CommandLine ParseCommandLine(const std::vector<std::string>& words);
 
 }  // namespace simulator

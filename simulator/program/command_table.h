@@ -9,10 +9,10 @@ namespace simulator {
 
 class Commands;
 
-/// The text that a command prints, or whether it changed anything.
+/// The answer, or whether the command changed anything.
 using Outcome = std::variant<bool, std::string>;
 
-/// In `shown`; answers do not mention it.
+/// A value of `shown` that answers leave out.
 inline constexpr char kAtOnce[] = "at once";
 
 /// A command of the console. Answers may contain its arguments' kinds in braces.

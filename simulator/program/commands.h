@@ -8,8 +8,7 @@
 
 namespace simulator {
 
-/// Carries out one line of what the operator types, such as
-/// "refuse Select Failed The phone is busy".
+/// Executes command lines such as "refuse Select Failed The phone is busy".
 class Commands {
   public:
     /// Gets the lines of the log of calls, each with its line end, in GDBus' worker thread. It must

@@ -49,7 +49,7 @@ std::string Quoted(const std::string& word) {
     return text.str();
 }
 
-/// The whole words that were typed, at most `most`, and where the rest begins.
+/// The complete words, at most `most`, and the offset of the rest.
 struct Split {
     std::vector<std::string> words;
     std::size_t rest = 0;
@@ -64,7 +64,7 @@ Split SplitTyped(const std::string& typed, std::size_t most) {
         }
         const std::size_t end = EndOfWord(typed, split.rest);
         if (end == typed.size()) {
-            return split;  // it may go on
+            return split;  // it may be incomplete
         }
         split.words.push_back(Unquoted(typed.substr(split.rest, end - split.rest)));
         split.rest = end;

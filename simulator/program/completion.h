@@ -7,8 +7,8 @@
 
 namespace simulator {
 
-/// The words that the last one in `typed` can become: names of commands, then arguments by their
-/// kind. Letter case is ignored.
+/// Completions of the last word in `typed`: a command's name, or an argument of a kind with known
+/// values. Ignores letter case.
 Completion CompleteCommand(Daemon& daemon, const std::string& typed);
 
 }  // namespace simulator

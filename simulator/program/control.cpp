@@ -37,7 +37,7 @@ Refusal AsRefusal(CommandErrorKind kind, const std::exception& failure) {
     return {NameOf(kind), failure.what()};
 }
 
-/// Does something with the daemon; what it throws becomes an error of the interface.
+/// Calls the daemon; exceptions become errors of the interface.
 template <typename Action>
 auto Try(const Action& action) {
     try {

@@ -19,8 +19,8 @@ inline constexpr char kControlInterface[] = "org.morvane.Simulator1";
 std::string ControlName(const std::string& instance);
 
 /// The interface org.morvane.Simulator1 on the daemon's bus, by which other processes control the
-/// simulation. It has a connection and a name of its own, so that no fault of the daemon reaches
-/// it. Calls are handled in the default main context.
+/// simulation. It has a connection and a name of its own, so that faults of the daemon do not
+/// affect it. Calls are handled in the default main context.
 class Control {
   public:
     using Execute = std::function<std::string(const std::string&)>;
@@ -31,7 +31,7 @@ class Control {
             Execute execute);
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
-    /// Sends answers that are under way.
+    /// Flushes pending replies.
     ~Control();
 
     [[nodiscard]] const std::string& bus_name() const { return bus_name_; }

@@ -24,7 +24,7 @@ struct Ending {
 /// a loop at Ctrl-C only if the command in it was ended by SIGINT.
 int EndAs(const Ending& ending);
 
-/// What ends the program with another status than `EXIT_FAILURE`.
+/// Ends the program with an exit status other than `EXIT_FAILURE`.
 class ExitError : public std::runtime_error {
   public:
     ExitError(int status, const std::string& message)
@@ -35,8 +35,8 @@ class ExitError : public std::runtime_error {
     int status_;
 };
 
-/// Blocks the signals that concern a command in the foreground, for good, and queues them. To be
-/// constructed before any other thread exists.
+/// Blocks the signals for a foreground command permanently and queues them. Must be constructed
+/// before any other thread.
 class SignalQueue {
   public:
     SignalQueue();
@@ -45,7 +45,7 @@ class SignalQueue {
     std::optional<signalfd_siginfo> Take();
     /// Removes all signals; returns the first that would have ended the process, or 0.
     int TakeTermination();
-    /// Gives the calling process what this one had. Async-signal-safe.
+    /// Restores the original signal mask and SIGPIPE action. Async-signal-safe.
     void Restore() const;
 
   private:
@@ -54,11 +54,10 @@ class SignalQueue {
     FileDescriptor descriptor_;
 };
 
-/// A command that runs as if this process did not exist, in the same process group and with the
-/// same descriptors. What the terminal sends to the group (Ctrl-C, Ctrl-\, Ctrl-Z) is the command's
-/// affair; signals that another process sends to this one are passed on, and so is a hang-up, which
-/// the kernel sends to the leader of a session only. When the command stops this process stops, and
-/// continues it when continued.
+/// A child process in the same process group and with the same descriptors as this one. This
+/// process ignores signals that the terminal sends to the group (Ctrl-C, Ctrl-\, Ctrl-Z). It
+/// forwards signals from other processes, and SIGHUP, which the kernel sends to the session leader
+/// only. It stops when the command stops, and continues the command when it is continued.
 class Foreground {
   public:
     /// `on_end` is called in the default main context. Throws `ExitError` with the status of a

@@ -6,8 +6,8 @@
 namespace simulator {
 
 // The names in the descriptions of the daemon's interfaces, and those of the standard interfaces.
-// What is unknown is refused with the nearest known name, by a `CommandError`, unless the operator
-// insists on it.
+// Unknown names are refused by a `CommandError` that suggests the nearest known name, unless
+// `insists` is set.
 
 /// The full name of an interface, given that or its last part, such as "Device1".
 std::string ResolveInterface(const std::string& word, bool insists);

@@ -6,7 +6,8 @@
 
 namespace simulator {
 
-// What commands and the log print: one line each, or one that says that there is nothing.
+// The output of commands that list, and of the log: one line for each item; if there is none, one
+// line that says so.
 std::string ListPhones(const Daemon& daemon);
 std::string ListSessions(const Daemon& daemon);
 std::string ListTransfers(const Daemon& daemon);

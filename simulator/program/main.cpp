@@ -35,7 +35,7 @@ using simulator::LineEditor;
 using simulator::Output;
 using simulator::Server;
 
-/// What is typed.
+/// Reads commands from standard input.
 struct Console {
     Server& server;
     Output& output;
@@ -71,7 +71,7 @@ void ExecuteLines(Console& console) {
     }
 }
 
-/// The end of input leaves the daemon at its work, so that it can run in the background.
+/// The daemon keeps running after the end of input, so that it can run in the background.
 gboolean OnTyped(gint file, GIOCondition /*condition*/, gpointer console) {
     char buffer[4096];
     const ssize_t length = read(file, buffer, sizeof buffer);
@@ -90,7 +90,7 @@ gboolean OnStop(gpointer server) {
     return G_SOURCE_CONTINUE;
 }
 
-/// nohup(1) has SIGHUP ignored, and that remains so.
+/// Keeps SIGHUP ignored under nohup(1).
 void StopOnSignals(Server& server) {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         struct sigaction action = {};
@@ -101,7 +101,7 @@ void StopOnSignals(Server& server) {
     }
 }
 
-/// Reads commands from a terminal with a line editor, as long as it exists.
+/// Reads commands with a line editor, for the object's lifetime.
 class EditedInput {
   public:
     explicit EditedInput(Console& console)
@@ -151,7 +151,7 @@ int Serve(const CommandLine& line) {
     return EXIT_SUCCESS;
 }
 
-/// Runs the command on a bus of its own. When the simulation ends first, the command is terminated.
+/// Runs the command on a private bus. If the simulation ends first, terminates the command.
 Ending ServeInBackground(const CommandLine& line) {
     simulator::SignalQueue signals;
     const simulator::WorkDirectory directory;
@@ -160,7 +160,7 @@ Ending ServeInBackground(const CommandLine& line) {
     if (options.directory.empty()) {
         options.directory = directory.path();
     }
-    // Standard output is the command's.
+    // Standard output belongs to the command.
     Server server(bus.address(), options,
                   [](const std::string& text) { std::fputs(text.c_str(), stderr); });
     for (const std::string& command : line.commands) {

@@ -9,8 +9,8 @@
 
 namespace simulator {
 
-/// Standard output of the program. Answers and lines of the log wait until the first line, which
-/// reports that the daemon is ready, was written. Safe from any thread, but for `WriteBy`.
+/// Standard output of the program. Buffers answers and log lines until `Begin` has written the
+/// first line, which reports that the daemon is ready. Safe from any thread, except `WriteBy`.
 class Output {
   public:
     using Writer = std::function<void(const std::string& text)>;

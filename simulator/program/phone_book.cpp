@@ -12,7 +12,7 @@
 namespace simulator {
 namespace {
 
-constexpr std::size_t kMostCards = 9999;                // as many as can be invented
+constexpr std::size_t kMostCards = 9999;                // the limit of --contacts
 constexpr std::size_t kLargestFile = 64 * 1024 * 1024;  // others may be endless, such as /dev/zero
 
 struct FileRelease {

@@ -21,8 +21,8 @@ namespace {
 using morvane::ErrorPtr;
 using morvane::TextPtr;
 
-// Nothing is started on demand. Monitors may see everything. The parser demands <listen>, which
-// --address replaces.
+// Without service activation; monitors may receive all messages. The parser requires <listen>,
+// which --address overrides.
 constexpr char kConfiguration[] =
     R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
   "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -44,7 +44,7 @@ void PrepareDaemon(gpointer parent) {
     setsid();
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != *static_cast<const pid_t*>(parent)) {
-        _exit(EXIT_FAILURE);  // it has ended before prctl()
+        _exit(EXIT_FAILURE);  // the parent ended before prctl()
     }
 }
 

@@ -48,7 +48,7 @@ std::string RuntimeDirectory() {
                                             : "/tmp/morvane-simulator-" + std::to_string(getuid());
 }
 
-/// What others could have put there is not read.
+/// In /tmp another user could have created it.
 void DemandOwnDirectory(const std::string& path) {
     struct stat status = {};
     Checked(lstat(path.c_str(), &status), path);
@@ -66,7 +66,7 @@ std::string MakeRuntimeDirectory() {
     return path;
 }
 
-/// Opened and locked before it gets its name: a file with a name and no lock is a stale one.
+/// Opened and locked before it gets its name, because a named file without a lock is stale.
 int WriteLocked(const std::string& directory, const Running& running) {
     const std::string path = directory + "/." + running.process;
     const int file =

@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// What another process needs to know of a simulator that runs.
+/// Where another process can reach a running simulator.
 struct Running {
     std::string process;  ///< its id
     std::string since;    ///< local time
@@ -16,8 +16,8 @@ struct Running {
     std::string bus_address;
 };
 
-/// All simulators of this user, by their files in the runtime directory. Files that their process
-/// has left behind are removed. Throws `std::runtime_error` if the directory is not to be trusted.
+/// All simulators of this user, by their files in the runtime directory. Removes stale files.
+/// Throws `std::runtime_error` unless this user owns the directory and no other may access it.
 std::vector<Running> FindRunning();
 
 /// Whether its process is stopped, as by Ctrl-Z.
@@ -26,8 +26,8 @@ bool IsStopped(const Running& running);
 /// One line for a person.
 std::string Describe(const Running& running);
 
-/// Lets `FindRunning` find this process as long as it lives: a file, named by the process id, with
-/// a lock on it.
+/// Lets `FindRunning` find this process during the object's lifetime: a locked file, named by the
+/// process id.
 class RunningFile {
   public:
     /// Sets `process` and `since` itself. Throws `std::runtime_error` if the file cannot be

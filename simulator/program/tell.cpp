@@ -24,7 +24,7 @@ std::vector<Running> Only(std::vector<Running> all, const Condition& condition) 
     return all;
 }
 
-/// Of those to choose from, the one on the bus of this process, as within --exec.
+/// Prefers the one on the bus of this process, as within --exec.
 std::vector<Running> PreferOwnBus(const std::vector<Running>& all) {
     const gchar* address = g_getenv("DBUS_SYSTEM_BUS_ADDRESS");
     const auto on_bus = Only(

@@ -6,9 +6,9 @@
 
 namespace simulator {
 
-/// Carries out the commands of `--tell` in a running simulator, until one fails; prints the
-/// answers. Throws `std::runtime_error` if none can be reached, several could be meant, or a
-/// command fails.
+/// Executes the commands of `--tell` in a running simulator until one fails, and prints the
+/// answers. Throws `std::runtime_error` if no simulator can be reached, if the choice is ambiguous,
+/// or if a command fails.
 void TellRunning(const CommandLine& line);
 
 /// Prints the running simulators, one a line.
