@@ -28,7 +28,7 @@ struct ContextRelease {
 using ContextPtr = std::unique_ptr<GOptionContext, ContextRelease>;
 
 constexpr char kSummary[] =
-    "Stands in for the Bluetooth stack's daemon, and for the phones behind it, on the system bus\n"
+    "Simulates the Bluetooth stack's daemon, and the phones behind it, on the system bus\n"
     "(or the bus that DBUS_SYSTEM_BUS_ADDRESS names). Commands are read from standard input, one "
     "a line;\n\"help\" lists them. With --exec a private bus is started and COMMAND run on it.";
 
