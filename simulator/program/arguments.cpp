@@ -176,7 +176,7 @@ Word Interface(const Situation& situation, const std::string& word) {
 Word Property(const Situation& situation, const std::string& word) {
     const Word& object = situation.earlier.front();
     const Word& interface = situation.earlier.back();
-    const Word property = Same(ResolveProperty(interface.value, word, situation.insists));
+    Word property = Same(ResolveProperty(interface.value, word, situation.insists));
     if (!situation.insists && object.value != kAnyPath &&
         situation.daemon.Lacks(object.value, interface.value)) {
         throw Invalid(object.label + " has no interface " + interface.label);

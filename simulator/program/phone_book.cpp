@@ -12,8 +12,8 @@
 namespace simulator {
 namespace {
 
-constexpr std::size_t kMostCards = 9999;                // the limit of --contacts
-constexpr std::size_t kLargestFile = 64 * 1024 * 1024;  // others may be endless, such as /dev/zero
+constexpr std::size_t kMostCards = 9999;                      // the limit of --contacts
+constexpr std::size_t kLargestFile = std::size_t{64} << 20U;  // /dev/zero is endless
 
 struct FileRelease {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
