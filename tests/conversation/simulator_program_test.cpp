@@ -23,7 +23,8 @@ class SimulatorProgram : public ConversationTest {
         Launch(options).Expect("Serving com.veltrisonix\n");
     }
     void TearDown() override {
-        Execute("quit", "The simulator ends: shown at once; an open session ends at the next answer");
+        Execute("quit",
+                "The simulator ends: shown at once; an open session ends at the next answer");
         ConversationTest::TearDown();
     }
 
