@@ -40,8 +40,7 @@ TEST_F(ClientTest, OpensAndRemovesSession) {
     ExpectCreateSession();
     EXPECT_EQ(daemon().Calls().front().path, kClient);
     EXPECT_EQ(CountCalls("CreateSession"), 1U);
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     ExpectRemoveSession(kFirstSession);
     EXPECT_EQ(daemon().Calls().back().path, kClient);
     EXPECT_TRUE(daemon().Sessions().empty());
@@ -49,39 +48,33 @@ TEST_F(ClientTest, OpensAndRemovesSession) {
 
 TEST_F(ClientTest, RemoveKeyRemovesLatestSessionAgain) {
     Start();
-    Type("r");
-    Expect(Prompt());
+    Enter("r", Prompt());
     EXPECT_TRUE(daemon().Calls().empty());
     OpenSession();
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     ExpectRemoveSession(kFirstSession);
-    Type("r");
-    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
-               "No such session: " +
-               kFirstSession + "\n") +
-           Prompt());
+    Enter("r", Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.DoesNotExist: "
+                   "No such session: " +
+                   kFirstSession + "\n") +
+                   Prompt());
     ExpectRemoveSession(kFirstSession);
     OpenSession();
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     ExpectRemoveSession(kSecondSession);
 }
 
 TEST_F(ClientTest, KeepsSessionThatWasNotRemovedUntilNextIsCreated) {
     OpenSession();
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
-    Type("x");
-    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
-           Prompt());
+    Enter("x",
+          Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") + Prompt());
     daemon().Refuse("CreateSession", kFailed, "Page time-out", 1);
     ChooseDevice();
     Expect(Red("Create Session failed GDBus.Error:com.veltrisonix.Error.Failed: Page time-out\n") +
            Prompt());
     Announce(kFirstSession, "Somewhere");
     Expect(Notification("", "Source Attribute Received: Somewhere\n"));
-    Type("r");
-    Expect(Prompt());
+    Enter("r", Prompt());
     Announce(kFirstSession, "Elsewhere");
     ExpectNoOutput();
 }
@@ -104,8 +97,7 @@ TEST_F(ClientTest, ReleasesOldSessionAfterNewOneOpened) {
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
     Announce(kFirstSession, "Somewhere");
     ExpectNoOutput(kPhonebookMenu);
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     ExpectRemoveSession(kFirstSession);
     ExpectRemoveSession(kSecondSession);
 }
@@ -116,10 +108,8 @@ TEST_F(ClientTest, RemovalOfClientReleasesItsSession) {
     ReturnClient(kPhonebookMenu);
     Announce(kFirstSession, "the session is closed");
     ExpectNoOutput(kPhonebookMenu);
-    Type("r");
-    Expect(kClientGone + Prompt());
-    Type("r");
-    Expect(Prompt());
+    Enter("r", kClientGone + Prompt());
+    Enter("r", Prompt());
     EXPECT_EQ(CountCalls("RemoveSession"), 0U);
 }
 
@@ -144,10 +134,8 @@ struct Credential {
 class CredentialTest : public ClientTest, public testing::WithParamInterface<Credential> {
   protected:
     void ExpectSent(const std::string& typed, const std::string& sent, Here here = Here::Now()) {
-        Type(GetParam().key, here);
-        Expect(QuestionAndPrompt(GetParam().prompt), here);
-        Type(typed, here);
-        Expect(Prompt(), here);
+        Enter(GetParam().key, QuestionAndPrompt(GetParam().prompt), here);
+        Enter(typed, Prompt(), here);
         ExpectCall(std::string("com.veltrisonix.obex.Client1.") + GetParam().method,
                    "('" + sent + "',)", here);
     }

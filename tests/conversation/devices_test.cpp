@@ -45,8 +45,7 @@ class DevicesTest : public ConversationTest {
     }
 
     void ExpectList(const std::vector<std::string>& lines, Here here = Here::Now()) {
-        Type("l", here);
-        Expect(DeviceList(lines) + Prompt(), here);
+        Enter("l", DeviceList(lines) + Prompt(), here);
     }
 
     void Announce(const std::string& property, const std::string& value) {
@@ -63,10 +62,8 @@ TEST_F(DevicesTest, DisplaysAddressAndAlias) {
         lines.emplace_back(row.line);
     }
     ExpectList(lines);
-    Type("c");
-    Expect(DeviceBox(lines) + Prompt(PromptId::kDevice));
-    Type("x");
-    Expect(Red("Invalid Client selected\n") + Prompt());
+    Enter("c", DeviceBox(lines) + Prompt(PromptId::kDevice));
+    Enter("x", Red("Invalid Client selected\n") + Prompt());
 }
 
 TEST_F(DevicesTest, DisplaysLatestProperties) {
@@ -89,12 +86,10 @@ TEST_F(DevicesTest, DisplaysDevicesFromCacheWithoutCalls) {
     Add("/dev_1", "{'Address': <'00:11:22:33:44:55'>, 'Alias': <'Phone'>}");
     for (const char* const method : {"Get", "GetAll", "GetManagedObjects"}) daemon().Hang(method);
     ExpectList({"00:11:22:33:44:55 | Phone"});
-    Type("c");
-    Expect(DeviceBox({"00:11:22:33:44:55 | Phone"}) + Prompt(PromptId::kDevice));
+    Enter("c", DeviceBox({"00:11:22:33:44:55 | Phone"}) + Prompt(PromptId::kDevice));
     EXPECT_TRUE(daemon().Calls().empty());
     daemon().Release();
-    Type("9");
-    Expect(Red("Invalid Client selected\n") + Prompt());
+    Enter("9", Red("Invalid Client selected\n") + Prompt());
 }
 
 // The device is registered: its properties may arrive later.

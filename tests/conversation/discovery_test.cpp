@@ -33,8 +33,7 @@ class DiscoveryTest : public ConversationTest {
     }
 
     void ExpectList(const std::vector<std::string>& devices, Here here = Here::Now()) {
-        Type("l", here);
-        Expect(DeviceList(devices) + Prompt(), here);
+        Enter("l", DeviceList(devices) + Prompt(), here);
     }
 
     /// Starts the tool and expects no other output before the main prompt.
@@ -60,15 +59,13 @@ TEST_F(DiscoveryTest, TracksAddedAndRemovedObjects) {
     StartDaemon().RemoveClient();
     LaunchAlone();
     AddDevice(kDevice, kPhoneAddress, "Phone");
-    Type("l");
-    Expect(kNoClient + Prompt());
+    Enter("l", kNoClient + Prompt());
     ReturnClient();
     ExpectList({"00:1B:DC:07:31:9A | Phone"});
     RemoveDevice(kDevice);
     ExpectList({});
     RemoveClient();
-    Type("h");
-    Expect(kNoClient + Prompt());
+    Enter("h", kNoClient + Prompt());
     ReturnClient();
     ExpectList({});
 }
@@ -134,16 +131,14 @@ TEST_F(DiscoveryTest, UsesOnlyTheRequestedInstance) {
 
 TEST_F(DiscoveryTest, FindsObjectsWhenDaemonStartsOrReturns) {
     LaunchAlone();
-    Type("c");
-    Expect(kNoClient + Prompt());
+    Enter("c", kNoClient + Prompt());
     StartDaemon();
     Expect(FoundNotice("Client", kClient));
     AddDevice(kDevice, kPhoneAddress, "Phone");
     for (const bool crash : {false, true}) {
         crash ? daemon().Crash() : daemon().LeaveBus();
         AwaitAll({RemovedNotice(kClient), RemovedNotice(kDevice)});
-        Type("l");
-        Expect(kNoClient + Prompt());
+        Enter("l", kNoClient + Prompt());
         daemon().ReturnToBus();
         AwaitAll({FoundNotice("Client", kClient), FoundNotice("Device", kDevice)});
         ExpectNoOutput();
@@ -204,8 +199,7 @@ TEST_F(DiscoveryTest, ReportsNoSessionChangesWhenDaemonDisconnects) {
         Start();
         OpenSession();
         if (!session_is_open) {
-            Type("x");
-            Expect(Prompt());
+            Enter("x", Prompt());
         }
         daemon().LeaveBus();
         const std::string segment = session_is_open ? kPhonebookMenu : "";

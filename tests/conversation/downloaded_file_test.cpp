@@ -40,8 +40,7 @@ class DownloadedFileTest : public ConversationTest {
     }
 
     void ExpectDisplay(const std::string& messages, Here here = Here::Now()) {
-        Type("d", here);
-        Expect(messages + Prompt(kTransferMenu), here);
+        Enter("d", messages + Prompt(kTransferMenu), here);
     }
 
     /// Expects this file in these pieces.
@@ -60,8 +59,7 @@ class DownloadedFileTest : public ConversationTest {
 
     /// Leaves the menu with "x", then pulls again.
     void ExpectRemoval(const std::string& messages, Here here = Here::Now()) {
-        Type("x", here);
-        Expect(messages + Prompt(kPhonebookMenu), here);
+        Enter("x", messages + Prompt(kPhonebookMenu), here);
         PullAll("", here);
     }
 };
@@ -136,15 +134,13 @@ TEST_F(DownloadedFileTest, IsDeletedWhenMenuIsLeft) {
     const std::string content = "BEGIN:VCARD\n";
     WriteFile(PulledPhonebook(), content);
     WriteFile(PulledCard(), content);
-    Type("x");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
+    Enter("x", Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
     EXPECT_TRUE(std::filesystem::exists(PulledCard()));
 
     Pull("0", content);
     EXPECT_TRUE(std::filesystem::exists(PulledCard()));
-    Type("x");
-    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
+    Enter("x", Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
     EXPECT_FALSE(std::filesystem::exists(PulledCard()));
 }
 

@@ -34,8 +34,7 @@ class FilterMenu : public FilterMenus, public testing::WithParamInterface<Operat
     }
 
     void FinishWithoutFilters(Here here = Here::Now()) {
-        Type("d", here);
-        Expect(kRefused + kPhonebookPrompt, here);
+        Enter("d", kRefused + kPhonebookPrompt, here);
         ExpectCall(Method(), GetParam().arguments, here);
     }
 };
@@ -51,16 +50,13 @@ TEST_P(FilterMenu, AsksForValuesAndAcceptsOtherKeysWithoutMessage) {
         if (row.move == Move::kEnter) {
             const PromptRow& value = RowOf(row.next);
             Expect(QuestionAndPrompt(row.next));
-            Type("x");
-            Expect(Red(value.error + "\n") + kFilterPrompt);
-            Type(key);
-            Expect(QuestionAndPrompt(row.next));
+            Enter("x", Red(value.error + "\n") + kFilterPrompt);
+            Enter(key, QuestionAndPrompt(row.next));
             Type(value.answer);
         }
         Expect(kFilterPrompt);
     }
-    Type("d");
-    Expect(kRefused + kPhonebookPrompt);
+    Enter("d", kRefused + kPhonebookPrompt);
 }
 
 TEST_P(FilterMenu, FetchesFieldsOnlyIfNoneAreStored) {
@@ -119,10 +115,8 @@ TEST_F(FilterMenus, RejectEveryFieldIfListIsEmpty) {
     Type("a");
     Await(kFilterPrompt);
     for (const std::string key : {"s", "k"}) {
-        Type(key);
-        Expect(Heading("Select a Filter Field") + Prompt(PromptId::kField));
-        Type("0");
-        Expect(Red("Invalid filter selected\n") + kFilterPrompt);
+        Enter(key, Heading("Select a Filter Field") + Prompt(PromptId::kField));
+        Enter("0", Red("Invalid filter selected\n") + kFilterPrompt);
     }
     Type("d");
     ExpectCall("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
@@ -133,10 +127,8 @@ TEST_F(FilterMenus, AcceptNumberOfOneMegabyte) {
     OpenPhonebook("List");
     for (const std::string line : {"l", "c"}) Type(line);
     Await(Prompt(PromptId::kMaxCount));
-    Type(std::string(1 << 20, '9'));
-    Expect(Red("Invalid value\n") + Prompt(PromptId::kMaxCount));
-    Type(std::string(1 << 20, '0') + "7");
-    Expect(kFilterPrompt);
+    Enter(std::string(1 << 20, '9'), Red("Invalid value\n") + Prompt(PromptId::kMaxCount));
+    Enter(std::string(1 << 20, '0') + "7", kFilterPrompt);
     Type(std::string(1 << 20, ' ') + "d");
     ExpectCall("List", "({'MaxCount': <uint16 7>},)");
     EXPECT_LT(console().CpuTime(), Stretched(std::chrono::seconds(5)));

@@ -11,10 +11,8 @@ class MainMenuTest : public ConversationTest {};
 
 TEST_F(MainMenuTest, WorksOnInteractiveTerminal) {
     Start(Wired(Wiring::kInteractiveTerminal));
-    Type("help");
-    Expect("help\n" + MenuOf(PromptId::kMain) + Prompt());
-    Type("z");
-    Expect("z\n" + kInvalidSelection + Prompt());
+    Enter("help", "help\n" + MenuOf(PromptId::kMain) + Prompt());
+    Enter("z", "z\n" + kInvalidSelection + Prompt());
 }
 
 TEST_F(MainMenuTest, EveryKeyExceptQuitNeedsClient) {
@@ -25,8 +23,7 @@ TEST_F(MainMenuTest, EveryKeyExceptQuitNeedsClient) {
         if (row.move != Move::kQuit) keys += row.key;
     for (const char key : keys) {
         SCOPED_TRACE(key);
-        Type({&key, 1});
-        Expect(kNoClient + Prompt());
+        Enter({&key, 1}, kNoClient + Prompt());
     }
     Type("Q");
     ExpectExit(0);
@@ -35,8 +32,7 @@ TEST_F(MainMenuTest, EveryKeyExceptQuitNeedsClient) {
 TEST_F(MainMenuTest, CreateWithoutDevicesReturnsToMenu) {
     StartDaemon();
     Start();
-    Type("c");
-    Expect(Red("No Clients\n") + Prompt());
+    Enter("c", Red("No Clients\n") + Prompt());
     EXPECT_EQ(CountCalls("CreateSession"), 0U);
 }
 
@@ -45,9 +41,8 @@ TEST_F(MainMenuTest, NumberRefersToCurrentDeviceList) {
     Start();
     AddDevice("/dev_1", "00:00:00:00:00:01", "first");
     AddDevice("/dev_2", "00:00:00:00:00:02", "second");
-    Type("c");
-    Expect(DeviceBox({"00:00:00:00:00:01 | first", "00:00:00:00:00:02 | second"}) +
-           Prompt(PromptId::kDevice));
+    Enter("c", DeviceBox({"00:00:00:00:00:01 | first", "00:00:00:00:00:02 | second"}) +
+                   Prompt(PromptId::kDevice));
     RemoveDevice("/dev_1", "/Select Device");
     AddDevice("/dev_3", "00:00:00:00:00:03", "third", "/Select Device");
     AddDevice("/dev_4", "00:00:00:00:00:04", "fourth", "/Select Device");

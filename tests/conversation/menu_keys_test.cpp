@@ -47,8 +47,7 @@ TEST_P(MenuKeys, AreDisplayedByHelp) {
     OpenPrompt(Menu());
     for (const std::string line : {"h", "help", " \th please"}) {
         SCOPED_TRACE(line);
-        Type(line);
-        Expect(MenuOf(Menu()) + Prompt(Menu()));
+        Enter(line, MenuOf(Menu()) + Prompt(Menu()));
     }
 }
 
@@ -67,8 +66,7 @@ TEST_P(MenuKeys, RejectAllOtherKeys) {
 TEST_P(MenuKeys, BlankLineRepeatsPrompt) {
     OpenPrompt(Menu());
     for (const char* const line : {"", "   ", "\t"}) {
-        Type(line);
-        Expect(Prompt(Menu()));
+        Enter(line, Prompt(Menu()));
     }
 }
 

@@ -16,15 +16,13 @@ class PhonebookQuery : public ConversationTest {
         daemon().Reply("List", Value(reply));
         Type("l", here);
         Await(Prompt(kFilterMenu), here);
-        Type("d", here);
-        Expect(Heading("vCard Listing") + Lines(lines) + kPhonebookPrompt, here);
+        Enter("d", Heading("vCard Listing") + Lines(lines) + kPhonebookPrompt, here);
     }
 
     void ListFields(const std::string& reply, const std::vector<std::string>& lines,
                     Here here = Here::Now()) {
         daemon().Reply("ListFilterFields", Value(reply));
-        Type("f", here);
-        Expect(Heading("Filter Fields") + Lines(lines) + kPhonebookPrompt, here);
+        Enter("f", Heading("Filter Fields") + Lines(lines) + kPhonebookPrompt, here);
     }
 
     // Expects these fields in a filter menu, without a call to the daemon.
@@ -33,8 +31,8 @@ class PhonebookQuery : public ConversationTest {
         Type("m", here);
         Await(Prompt(kFilterMenu), here);
         EXPECT_EQ(CountCalls("ListFilterFields"), calls);
-        Type("k", here);
-        Expect(Heading("Select a Filter Field") + Choices(fields) + Prompt(PromptId::kField), here);
+        Enter("k", Heading("Select a Filter Field") + Choices(fields) + Prompt(PromptId::kField),
+              here);
     }
 };
 
@@ -94,20 +92,17 @@ TEST_F(PhonebookQuery, FailedListFilterFieldsKeepsStoredOnes) {
     OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
     daemon().Refuse("ListFilterFields", "com.veltrisonix.Error.Failed", "enough");
-    Type("f");
-    Expect(kRefused + kPhonebookPrompt);
+    Enter("f", kRefused + kPhonebookPrompt);
     ExpectStoredFields({"N", "TEL"});
 }
 
 TEST_F(PhonebookQuery, FilterFieldsAreStoredPerSession) {
     OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     OpenSelectedSession();
     daemon().Reply("ListFilterFields", Value("(['EMAIL'],)"));
-    Type("m");
-    Expect(QuestionAndPrompt(PromptId::kSizeFilters));
+    Enter("m", QuestionAndPrompt(PromptId::kSizeFilters));
     ExpectCall("ListFilterFields", "()");
     ExpectCall("ListFilterFields", "()");
 }

@@ -17,16 +17,11 @@ class RetrievalTest : public ConversationTest {
         daemon().ForgetCalls();  // count only later calls
     }
 
-    void Answer(const std::string& answer, const std::string& result, Here here = Here::Now()) {
-        Type(answer, here);
-        Expect(result, here);
-    }
-
     // Opens the filter menu of the pull with this key.
     void AskForFilters(const std::string& key, Here here = Here::Now()) {
-        if (key == "a") return Answer("a", QuestionAndPrompt(PromptId::kPullAllFilters), here);
-        Answer("p", QuestionAndPrompt(PromptId::kHandle), here);
-        Answer("1A", QuestionAndPrompt(PromptId::kPullFilters), here);
+        if (key == "a") return Enter("a", QuestionAndPrompt(PromptId::kPullAllFilters), here);
+        Enter("p", QuestionAndPrompt(PromptId::kHandle), here);
+        Enter("1A", QuestionAndPrompt(PromptId::kPullFilters), here);
     }
 
     // Fixed replies, so that the output is known; the transfer has no object.
@@ -43,24 +38,24 @@ TEST_F(RetrievalTest, SendsFiltersOfThisPullOnly) {
     OpenSelected();
     ReplyToPulls();
     AskForFilters("a");
-    Answer("m", Prompt(kFilterMenu));
-    Answer("d", kPulled);
+    Enter("m", Prompt(kFilterMenu));
+    Enter("d", kPulled);
     ExpectCall("PullAll", "('/tmp/phonebook.vcf', {'ResetNewMissedCalls': <true>})");
-    Answer("x", kLeftTransfer);
+    Enter("x", kLeftTransfer);
 
     AskForFilters("p");
     Type("f");
     Await(ValuePrompt("/Select Format"));
-    Answer("2", Red("Invalid format selected\n") + Prompt(kFilterMenu));
+    Enter("2", Red("Invalid format selected\n") + Prompt(kFilterMenu));
     Type("f");
     Await(ValuePrompt("/Select Format"));
-    Answer("1", Prompt(kFilterMenu));
-    Answer("d", kPulled);
+    Enter("1", Prompt(kFilterMenu));
+    Enter("d", kPulled);
     ExpectCall("Pull", "('1A.vcf', '/tmp/card.vcf', {'Format': <'vcard30'>})");
-    Answer("x", kLeftTransfer);
+    Enter("x", kLeftTransfer);
 
     AskForFilters("a");
-    Answer("d", kPulled);
+    Enter("d", kPulled);
     ExpectCall("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
     EXPECT_EQ(CountCalls("ListFilterFields"), 1U);
 }
@@ -76,9 +71,9 @@ TEST_F(RetrievalTest, SendsHandleUnchanged) {
         {"X-BT-UID:\xFFThirty-one more characters,\xC3\xA4\xE2\x82",
          "'X-BT-UID:?Thirty-one more characters,ä?\?'"}};
     for (const auto& [typed, sent] : handles) {
-        Answer("p", QuestionAndPrompt(PromptId::kHandle));
-        Answer(typed, QuestionAndPrompt(PromptId::kPullFilters));
-        Answer("d", kRefused + kPhonebookPrompt);
+        Enter("p", QuestionAndPrompt(PromptId::kHandle));
+        Enter(typed, QuestionAndPrompt(PromptId::kPullFilters));
+        Enter("d", kRefused + kPhonebookPrompt);
         ExpectCall("Pull", std::string("(") + sent + ", '/tmp/card.vcf', @a{sv} {})");
     }
 }
@@ -87,8 +82,8 @@ TEST_F(RetrievalTest, SendsHandleUnchanged) {
 TEST_F(RetrievalTest, RejectsInvalidHandles) {
     OpenSelected();
     const auto expect_error = [this](const std::string& handle, const std::string& error) {
-        Answer("p", QuestionAndPrompt(PromptId::kHandle));
-        Answer(handle, Red(error) + kPhonebookPrompt);
+        Enter("p", QuestionAndPrompt(PromptId::kHandle));
+        Enter(handle, Red(error) + kPhonebookPrompt);
     };
     for (const std::string& handle :
          {std::string("000000001"), std::string(" "), std::string("1A.vcf"), std::string(42, '0')})
@@ -107,8 +102,8 @@ TEST_F(RetrievalTest, PullIsSentAfterLossOfConnection) {
     for (const char* const line : {"f", "1"}) Type(line);
     Await(Prompt(kFilterMenu));
     LoseConnection(kFilterMenu);
-    Answer("?", Normal("Object Name: pulled\n") + Red("Phonebook Access Proxy is invalid\n") +
-                    Red("Filename property not set!") + Prompt());
+    Enter("?", Normal("Object Name: pulled\n") + Red("Phonebook Access Proxy is invalid\n") +
+                   Red("Filename property not set!") + Prompt());
     ExpectCall("Pull", "('1A.vcf', '/tmp/card.vcf', {'Format': <'vcard30'>})");
     ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
 }
@@ -118,8 +113,7 @@ TEST_F(RetrievalTest, PullIsSentAfterInterruptBeforeExit) {
     ReplyToPulls();
     AskForFilters("p");
     Interrupt();
-    Type("d");
-    Expect(Normal("Object Name: pulled\n") + Red("Filename property not set!"));
+    Enter("d", Normal("Object Name: pulled\n") + Red("Filename property not set!"));
     ExpectExit(0);
     EXPECT_EQ(CountCalls("Pull"), 1U);
     EXPECT_EQ(CountCalls("RemoveSession"), 1U);

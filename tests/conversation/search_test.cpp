@@ -21,8 +21,7 @@ class Search : public ConversationTest {
         for (const std::string& line : {std::string("o"), std::string("0"), typed})
             Type(line, here);
         Await(QuestionAndPrompt(PromptId::kSearchFilters), here);
-        Type("d", here);
-        Expect(kResult + kPhonebookPrompt, here);
+        Enter("d", kResult + kPhonebookPrompt, here);
         ExpectCall("Search", "('name', '" + sent + "', @a{sv} {})", here);
     }
 };
@@ -32,16 +31,11 @@ TEST_F(Search, AsksForFieldValueAndFiltersInThisOrder) {
     int field = 0;
     for (const std::string& name : RowOf(PromptId::kSearchField).choices) {
         SCOPED_TRACE(name);
-        Type("o");
-        Expect(QuestionAndPrompt(PromptId::kSearchField));
-        Type(std::to_string(field++));
-        Expect(QuestionAndPrompt(PromptId::kSearchValue));
-        Type("Ada");
-        Expect(QuestionAndPrompt(PromptId::kSearchFilters));
-        Type("m");
-        Expect(Prompt(kFilterMenu));
-        Type("d");
-        Expect(kResult + kPhonebookPrompt);
+        Enter("o", QuestionAndPrompt(PromptId::kSearchField));
+        Enter(std::to_string(field++), QuestionAndPrompt(PromptId::kSearchValue));
+        Enter("Ada", QuestionAndPrompt(PromptId::kSearchFilters));
+        Enter("m", Prompt(kFilterMenu));
+        Enter("d", kResult + kPhonebookPrompt);
         ExpectCall("Search", "('" + name + "', 'Ada', {'ResetNewMissedCalls': <true>})");
     }
 }

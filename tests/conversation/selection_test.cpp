@@ -26,8 +26,7 @@ class SelectionTest : public ConversationTest {
     }
 
     void AskForLocation(Here here = Here::Now()) {
-        Type("s", here);
-        Expect(QuestionAndPrompt(PromptId::kLocation), here);
+        Enter("s", QuestionAndPrompt(PromptId::kLocation), here);
     }
 
     // Types the location; expects the choice of phone books.
@@ -38,16 +37,11 @@ class SelectionTest : public ConversationTest {
                here);
     }
 
-    void Answer(const std::string& answer, const std::string& result, Here here = Here::Now()) {
-        Type(answer, here);
-        Expect(result, here);
-    }
-
     void SelectEach(unsigned location, const Texts& phonebooks, Here here = Here::Now()) {
         for (std::size_t index = 0; index < phonebooks.size(); ++index) {
             AskForLocation(here);
             ChooseLocation(std::to_string(location), phonebooks, here);
-            Answer(std::to_string(index), kSelected, here);
+            Enter(std::to_string(index), kSelected, here);
             ExpectCall("com.veltrisonix.obex.PhonebookAccess1.Select",
                        "('" + kLocations[location] + "', '" + phonebooks[index] + "')", here);
         }
@@ -58,9 +52,9 @@ TEST_F(SelectionTest, IsRequiredExceptForUpdateAndFields) {
     OpenSession();
     daemon().Reply("ListFilterFields", Value("(['N'],)"));
     for (const KeyRow& row : KeysOf(PromptId::kPhonebookMenu))
-        if (row.needs_selection) Answer({row.key}, kNothingSelected);
-    Answer("u", Normal("Counters updated\n") + kPhonebookPrompt);
-    Answer("f", Heading("Filter Fields") + Lines({" N"}) + kPhonebookPrompt);
+        if (row.needs_selection) Enter(std::string{row.key}, kNothingSelected);
+    Enter("u", Normal("Counters updated\n") + kPhonebookPrompt);
+    Enter("f", Heading("Filter Fields") + Lines({" N"}) + kPhonebookPrompt);
     EXPECT_EQ(daemon().Calls().size(), 3U);
 }
 
@@ -76,13 +70,13 @@ TEST_F(SelectionTest, IsKeptAfterInvalidChoice) {
     OpenSession();
     SelectPhonebook();
     AskForLocation();
-    Answer("3", Red("Invalid location selected\n") + kPhonebookPrompt);
-    Answer("g", kSize);
+    Enter("3", Red("Invalid location selected\n") + kPhonebookPrompt);
+    Enter("g", kSize);
     for (const char* const only_internal : {"5", "6"}) {
         AskForLocation();
         ChooseLocation("2", kSimPhonebooks);
-        Answer(only_internal, Red("Invalid phone book selected\n") + kPhonebookPrompt);
-        Answer("g", kSize);
+        Enter(only_internal, Red("Invalid phone book selected\n") + kPhonebookPrompt);
+        Enter("g", kSize);
     }
     EXPECT_EQ(CountCalls("Select"), 1U);
 }
@@ -90,16 +84,16 @@ TEST_F(SelectionTest, IsKeptAfterInvalidChoice) {
 TEST_F(SelectionTest, IsClearedIfDaemonRefusesNextOne) {
     OpenSession();
     SelectPhonebook();
-    Answer("g", kSize);
+    Enter("g", kSize);
     daemon().Refuse("Select", "com.veltrisonix.Error.Forbidden", "Phone is locked", 1);
     AskForLocation();
     ChooseLocation("1", kSimPhonebooks);
-    Answer("0", Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Forbidden: "
-                    "Phone is locked\n") +
-                    kPhonebookPrompt);
-    Answer("g", kNothingSelected);
+    Enter("0", Red("Remote Call failed: GDBus.Error:com.veltrisonix.Error.Forbidden: "
+                   "Phone is locked\n") +
+                   kPhonebookPrompt);
+    Enter("g", kNothingSelected);
     SelectPhonebook();
-    Answer("g", kSize);
+    Enter("g", kSize);
 }
 
 // Messages of GLib must not be translated.
@@ -113,9 +107,8 @@ TEST_F(SelectionTest, ErrorsAreNotTranslated) {
     daemon().Reply("Select", Value("('done',)"));
     AskForLocation();
     ChooseLocation("0", kInternalPhonebooks);
-    Answer("0",
-           Red("Remote Call failed: Method “Select” returned type “(s)”, but expected “()”\n") +
-               kPhonebookPrompt);
+    Enter("0", Red("Remote Call failed: Method “Select” returned type “(s)”, but expected “()”\n") +
+                   kPhonebookPrompt);
 }
 
 }  // namespace

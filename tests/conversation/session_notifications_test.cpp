@@ -143,8 +143,7 @@ TEST_F(SessionNotifications, IgnoreOtherPropertiesAndObjects) {
     daemon().Notify("/com/veltrisonix/obex/client/session1", kSessionInterface, "Source",
                     Value("'another session'"));
     ExpectNoOutput(kPhonebookMenu);
-    Type("u");
-    Expect(Normal("Counters updated\n") + kPhonebookPrompt);
+    Enter("u", Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
 TEST_F(SessionNotifications, ArePrintedAtValuePrompts) {
@@ -156,8 +155,7 @@ TEST_F(SessionNotifications, ArePrintedAtValuePrompts) {
     Await(ValuePrompt("/Select Phonebook"));
     Notify(kSessionInterface, "Source", "'s'");
     Expect(Notification("/Select Phonebook", "Source Attribute Received: s\n"));
-    Type("0");
-    Expect(Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
+    Enter("0", Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
 }
 
 // The menu thread has the registry locked during the call; notifications need no lock.
@@ -175,8 +173,7 @@ TEST_F(SessionNotifications, ArePrintedDuringCall) {
 
 TEST_F(SessionNotifications, StopWithTheSession) {
     const std::string session = Session();
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     daemon().Notify(session, kPhonebookInterface, "Folder", Value("'f'"));
     daemon().Notify(session, kSessionInterface, "Source", Value("'s'"));
     ExpectNoOutput();
@@ -224,8 +221,7 @@ TEST_F(SessionNotifications, AreHandledWhileSessionOpens) {
         AwaitAll({"Fixed Image Size: Supported\n", Green("Vantor/Phonebook Menu")});
         daemon().Notify(path, kSessionInterface, "Source", Value("'last'"));
         Await(Notification(kPhonebookMenu, "Source Attribute Received: last\n"));
-        Type("x");
-        Expect(Prompt());
+        Enter("x", Prompt());
     }
 }
 

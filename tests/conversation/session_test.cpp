@@ -23,8 +23,7 @@ TEST_F(SessionTest, PrintsPropertiesWhenOpened) {
     Start();
     ChooseDevice();
     Expect(OpenedSession(kPhoneAddress) + kPhonebookPrompt);
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
 
     OverrideEverywhere(kSessionInterface, "Source", "'source %s%n'");
     OverrideEverywhere(kSessionInterface, "Destination", "''");
@@ -71,17 +70,14 @@ TEST_F(SessionTest, IsValidAfterReconnectionBeforeNextKey) {
     LoseConnection(kPhonebookMenu);
     daemon().SetConnectionState(Session(), 5);
     ExpectNoOutput(kPhonebookMenu);
-    Type("u");
-    Expect(Normal("Counters updated\n") + kPhonebookPrompt);
+    Enter("u", Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
 TEST_F(SessionTest, StartsWithoutSelectedPhonebook) {
     OpenSelectedSession();
-    Type("x");
-    Expect(Prompt());
+    Enter("x", Prompt());
     OpenSession();
-    Type("g");
-    Expect(Red("No Phonebook selected\n") + kPhonebookPrompt);
+    Enter("g", Red("No Phonebook selected\n") + kPhonebookPrompt);
 }
 
 // A bus that can be reconfigured so that no proxy can be created.
@@ -126,8 +122,7 @@ TEST_F(UnreachableObjectTest, PhonebookIsReportedByTheMainMenu) {
     ChooseDevice();
     ExpectFailure("Phonebook", Prompt());
     // The session still exists in the daemon and can be removed.
-    Type("r");
-    Expect(Prompt());
+    Enter("r", Prompt());
     ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
 }
 

@@ -130,9 +130,8 @@ TEST_F(StartStopTest, RemovesFileOfSessionThatDaemonDidNotRemove) {
     OpenSelectedSession();
     PullAll("one");
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "Busy");
-    Type("q");
-    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
-           Normal("Removing: " + PulledPhonebook() + "\n"));
+    Enter("q", Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
+                   Normal("Removing: " + PulledPhonebook() + "\n"));
     ExpectExit(0);
     EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
 }

@@ -23,8 +23,7 @@ class TransferMenuTest : public ConversationTest {
 
     void ExpectAnswer(const std::string& line, const std::string& messages,
                       Here here = Here::Now()) {
-        Type(line, here);
-        Expect(messages + Prompt(kTransferMenu), here);
+        Enter(line, messages + Prompt(kTransferMenu), here);
     }
 
     std::string Removing() const { return Normal("Removing: " + PulledPhonebook() + "\n"); }
@@ -65,8 +64,7 @@ TEST_F(TransferMenuTest, CancelReleasesTransferAndNextKeyLeavesMenu) {
         ExpectAnswer("c", Removing());
         EXPECT_FALSE(FileExists());
         ExpectAnswer("", "");
-        Type(line);
-        Expect(Prompt(kPhonebookMenu));
+        Enter(line, Prompt(kPhonebookMenu));
         PullAll("BEGIN:VCARD\n");
     }
     EXPECT_EQ(CountCalls("Cancel"), 6U);
@@ -79,25 +77,20 @@ TEST_F(TransferMenuTest, CancelReleasesTransferEvenIfRefused) {
                      Removing());
     ExpectCall("Cancel", "()");
     EXPECT_FALSE(FileExists());
-    Type("h");
-    Expect(Prompt(kPhonebookMenu));
+    Enter("h", Prompt(kPhonebookMenu));
 }
 
 TEST_F(TransferMenuTest, ExitReleasesTransferAndNextPullCreatesAnother) {
-    Type("x");
-    Expect(Removing() + Prompt(kPhonebookMenu));
+    Enter("x", Removing() + Prompt(kPhonebookMenu));
     EXPECT_FALSE(FileExists());
     EXPECT_EQ(TransferCalls(), 0U);
     Pull("0", "BEGIN:VCARD\n");
     daemon().Reply("Suspend", Value("()"));
     ExpectAnswer("p", "");
     EXPECT_EQ(daemon().Calls().back().path, Transfer());
-    Type("exit");
-    Expect(Red("Invalid Selection\n") + Prompt(kTransferMenu));
-    Type("x");
-    Expect(Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
-    Type("x");
-    Expect(Prompt());
+    Enter("exit", Red("Invalid Selection\n") + Prompt(kTransferMenu));
+    Enter("x", Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
+    Enter("x", Prompt());
 }
 
 TEST_F(TransferMenuTest, HandlesLinesTypedAheadInOrder) {
@@ -140,8 +133,7 @@ TEST_F(TransferMenuTest, ChecksSessionBeforeLeavingCancelledTransfer) {
     ExpectAnswer("c", Removing());
     daemon().SetConnectionState(Session(), 4);
     ExpectNoOutput(kTransferMenu);
-    Type("s");
-    Expect(invalid_ + Prompt());
+    Enter("s", invalid_ + Prompt());
 }
 
 }  // namespace

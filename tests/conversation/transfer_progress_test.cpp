@@ -41,8 +41,7 @@ TEST_F(TransferProgressTest, EachChangeIsPrintedAndPromptIsRedrawn) {
     console().TypeBytes("st");
     Announce("Status", "'on its way'");
     ExpectNotice("Status Attribute Received: on its way");
-    Type("atus");
-    Expect(Normal("Transfer Status: on its way\n") + Prompt(kTransferMenu));
+    Enter("atus", Normal("Transfer Status: on its way\n") + Prompt(kTransferMenu));
 }
 
 TEST_F(TransferProgressTest, IsReportedInMainMenuWhileSessionIsNotRemoved) {
@@ -50,22 +49,19 @@ TEST_F(TransferProgressTest, IsReportedInMainMenuWhileSessionIsNotRemoved) {
     daemon().Refuse("RemoveSession", "com.veltrisonix.Error.Failed", "busy", 1);
     daemon().SetConnectionState(Session(), 4);
     ExpectNoOutput(kTransferMenu);
-    Type("s");
-    Expect(Red("Phonebook Access Proxy is invalid\n") +
-           Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
-           Prompt());
+    Enter("s", Red("Phonebook Access Proxy is invalid\n") +
+                   Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: busy\n") +
+                   Prompt());
     Announce("Transferred", "uint64 500");
     Expect(Notification("", "Transferred Percent: 50%\n"));
     Type("u");
     Await(ValuePrompt("/User Id"));
     Announce("Transferred", "uint64 510");
     Expect(Notification("/User Id", "Transferred Percent: 51%\n"));
-    Type("me");
-    Expect(Prompt());
+    Enter("me", Prompt());
     const std::string transfer = Transfer();
     daemon().Reply("RemoveSession", Value("()"));
-    Type("r");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt());
+    Enter("r", Normal("Removing: " + PulledPhonebook() + "\n") + Prompt());
     daemon().Notify(transfer, kTransferInterface, "Status", Value("'late'"));
     ExpectNoOutput();
 }
@@ -73,20 +69,17 @@ TEST_F(TransferProgressTest, IsReportedInMainMenuWhileSessionIsNotRemoved) {
 TEST_F(TransferProgressTest, IsNotReportedAfterCancelOrExit) {
     FollowTransfer();
     daemon().Reply("Cancel", Value("()"));
-    Type("c");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kTransferMenu));
+    Enter("c", Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kTransferMenu));
     const std::string cancelled = Transfer();
     daemon().Notify(cancelled, kTransferInterface, "Status", Value("'late'"));
     ExpectNoOutput(kTransferMenu);
-    Type("h");
-    Expect(Prompt(kPhonebookMenu));
+    Enter("h", Prompt(kPhonebookMenu));
     PullAll("again");
     daemon().Notify(cancelled, kTransferInterface, "Status", Value("'later'"));
     Announce("Status", "'active'");
     ExpectNotice("Status Attribute Received: active");
     const std::string left = Transfer();
-    Type("x");
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
+    Enter("x", Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
     daemon().Notify(left, kTransferInterface, "Status", Value("'late'"));
     ExpectNoOutput(kPhonebookMenu);
 }
@@ -107,9 +100,8 @@ TEST_F(TransferProgressTest, IsReportedFromStartToCompletion) {
     Await("Status Attribute Received: active\n");
     Await(Notification(kTransferMenu, "Transferred Percent: 100%\n") +
           Notification(kTransferMenu, "Status Attribute Received: complete\n"));
-    Type("d");
-    Expect(Normal("Displaying: " + PulledPhonebook() + "\n") + Normal(std::string(512, 'v')) +
-           Normal(std::string(488, 'v')) + Normal("\n") + Prompt(kTransferMenu));
+    Enter("d", Normal("Displaying: " + PulledPhonebook() + "\n") + Normal(std::string(512, 'v')) +
+                   Normal(std::string(488, 'v')) + Normal("\n") + Prompt(kTransferMenu));
 }
 
 }  // namespace

@@ -27,8 +27,7 @@ class TransferTest : public ConversationTest {
 
     void ExpectAnswer(const std::string& line, const std::string& messages,
                       Here here = Here::Now()) {
-        Type(line, here);
-        Expect(messages + Prompt(kTransferMenu), here);
+        Enter(line, messages + Prompt(kTransferMenu), here);
     }
 };
 
@@ -45,15 +44,13 @@ TEST_F(TransferTest, StoresOnlySizeFromReply) {
                          "<'f'>, 'Status': <'100%s'>})"));
     Type("a");
     Await(Prompt(kFilterMenu));
-    Type("d");
-    Expect(Lines({"MIME type: t", "Size: 1000", "Filename: f", "Status: 100%s"}) +
-           Prompt(kTransferMenu));
+    Enter("d", Lines({"MIME type: t", "Size: 1000", "Filename: f", "Status: 100%s"}) +
+                   Prompt(kTransferMenu));
     daemon().Notify("/t/1", kTransferInterface, "Transferred", Value("uint64 500"));
     Expect(Notification(kTransferMenu, "Transferred Percent: 50%\n"));
     // The other entries are not stored, and the object does not exist.
     ExpectAnswer("s", Normal("Transfer Status: \n"));
-    Type("x");
-    Expect(Red("Filename property not set!") + kPhonebookPrompt);
+    Enter("x", Red("Filename property not set!") + kPhonebookPrompt);
 }
 
 class TransferOfAnInstanceTest : public TransferTest {

@@ -35,8 +35,7 @@ class RejectingPrompt : public EachPromptTest {
             return answer.at == MenuAbove(prompt().id);
         });
         for (; step != way.end(); ++step) {
-            Type(step->line, here);
-            Expect(QuestionAndPrompt(step->next), here);
+            Enter(step->line, QuestionAndPrompt(step->next), here);
         }
     }
 };
@@ -51,8 +50,7 @@ TEST_P(NumberPrompt, RejectsNumbersOutOfRange) {
         answers.emplace_back(answer);
     for (const std::string& answer : answers) {
         SCOPED_TRACE(answer);
-        Type(answer);
-        Expect(Error());
+        Enter(answer, Error());
         OpenAgain();
     }
     EXPECT_EQ(CountCalls(prompt().call.method), 0U);
@@ -65,8 +63,7 @@ TEST_P(NumberPrompt, AsksAgainUnlessNumber) {
         Type(answer);
         ExpectOutput(prompt().invalid_answer_output);
     }
-    Type("");
-    Expect(Prompt(prompt().id));
+    Enter("", Prompt(prompt().id));
     ExpectNoOutput(prompt().segment);
     Type(" +" + prompt().answer + " and more");
     ExpectOutput(prompt().output);
@@ -75,8 +72,7 @@ TEST_P(NumberPrompt, AsksAgainUnlessNumber) {
 TEST_P(RejectingPrompt, ReportsLossOfSessionBeforeInvalidAnswer) {
     Reach(prompt());
     InSession(prompt().id) ? LoseConnection(prompt().segment) : RemoveClient(prompt().segment);
-    Type(prompt().asks == Asks::kNumber ? "x" : "1G");
-    Expect(prompt().lost + Prompt());
+    Enter(prompt().asks == Asks::kNumber ? "x" : "1G", prompt().lost + Prompt());
 }
 
 const auto kNumbers = [](const PromptCase& prompt) { return prompt.asks == Asks::kNumber; };

@@ -119,6 +119,12 @@ class ConversationTest : public testing::Test {
     PrivateBus& bus() { return bus_; }
     const TemporaryDirectory& directory() const { return directory_; }
 
+    /// Types a line and expects this output.
+    void Enter(std::string_view line, std::string_view output, Here here = Here::Now()) {
+        Type(line, here);
+        Expect(output, here);
+    }
+
     // Forwarded to the console.
     void Type(std::string_view line, Here here = Here::Now()) { console().Type(line, here); }
     void Expect(std::string_view bytes, Here here = Here::Now()) { console().Expect(bytes, here); }
