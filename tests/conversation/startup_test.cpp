@@ -23,15 +23,6 @@ const bool kLauncher = std::getenv("MORVANE_TEST_LAUNCHER") != nullptr;
 
 class StartUp : public ConversationTest {};
 
-TEST_F(StartUp, PausesBeforeBannerAndPrompt) {
-    const auto begin = std::chrono::steady_clock::now();
-    Launch();
-    Await(Banner());
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
-    Expect(Prompt());
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(700));
-}
-
 TEST_F(StartUp, ExitsWithoutBus) {
     ConsoleOptions options;
     options.bus_address = SocketAddress(directory().File("nothing"));

@@ -31,12 +31,6 @@ class TransferTest : public ConversationTest {
     }
 };
 
-TEST_F(TransferTest, PrintsPropertiesFromReply) {
-    OpenSelectedSession();
-    ExpectPullToPrintProperties();
-    ExpectAnswer("s", Normal("Transfer Status: queued\n"));
-}
-
 TEST_F(TransferTest, StoresOnlySizeFromReply) {
     OpenSelectedSession();
     daemon().Reply("PullAll",
@@ -56,7 +50,10 @@ TEST_F(TransferTest, StoresOnlySizeFromReply) {
 class TransferOfAnInstanceTest : public TransferTest {
   protected:
     void SetUp() override {
-        StartInstance("bench");
+        simulator::Options options = simulator::Options::Scripted();
+        options.instance = "bench";
+        StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
+        Start(WithArguments({"-bus:bench"}));
         OpenSelectedSession();
     }
 };

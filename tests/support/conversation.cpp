@@ -10,6 +10,7 @@ namespace {
 
 const std::string kClientPath = simulator::kClientPath;
 const std::string kProbePath = "/com/veltrisonix/hci0/dev_probe";
+constexpr char kProbeAddress[] = "00:00:00:00:00:00";
 
 }  // namespace
 
@@ -24,29 +25,15 @@ Console& ConversationTest::Launch(ConsoleOptions options) {
     return consoles_.emplace_back(options);
 }
 
-std::vector<std::string> ConversationTest::FoundMessages() const {
-    const morvane::VariantPtr reply =
-        CallOnBus(ConnectToBus(bus_.Address()).get(), daemon_->BusName(), "/",
-                  "org.freedesktop.DBus.ObjectManager", "GetManagedObjects");
-    const morvane::VariantPtr objects(g_variant_get_child_value(reply.get(), 0));
-    std::vector<std::string> messages;
-    for (gsize index = 0; index < g_variant_n_children(objects.get()); ++index) {
-        const char* text = nullptr;
-        g_variant_get_child(objects.get(), index, "{&o@a{sa{sv}}}", &text, nullptr);
-        const std::string path = text;
-        if (path == kClientPath) messages.push_back("Found Client " + path + "\n");
-        if (path.find("/dev_") != path.npos) messages.push_back("Found Device " + path + "\n");
-    }
-    return messages;
-}
-
 void ConversationTest::Start(ConsoleOptions options, Here here) {
     if (!daemon_) StartDaemon().AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
     Launch(std::move(options));
-    std::vector<std::string> messages = FoundMessages();
-    messages.push_back(Banner());
-    // On a slow machine objects may be reported after the prompt, which is then redrawn.
-    AwaitAll(messages, here);
+    // The tool reports the objects that exist at the start together, before the removal of the
+    // probe. On a slow machine it does so after the prompt, which is then redrawn.
+    daemon_->AddDevice(kProbePath, kProbeAddress, "Probe");
+    AwaitAll({Banner(), "Found Device " + kProbePath + "\n"}, here);
+    daemon_->RemoveDevice(kProbePath);
+    Await("Removed " + kProbePath + "\n", here);
     Await(Red(" > "), here);
     ExpectNoOutput("", here);
 }
@@ -61,13 +48,6 @@ void ConversationTest::ChooseDevice(unsigned device, Here here) {
     Type("c", here);
     Await(ValuePrompt("/Select Device"), here);
     Type(std::to_string(device), here);
-}
-
-void ConversationTest::StartInstance(const std::string& instance, Here here) {
-    simulator::Options daemon_options = simulator::Options::Scripted();
-    daemon_options.instance = instance;
-    StartDaemon(daemon_options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
-    Start(WithArguments({"-bus:" + instance}), here);
 }
 
 void ConversationTest::OpenSelectedSession(Here here) {
@@ -181,7 +161,7 @@ void ConversationTest::LoseConnection(const std::string& segment, Here here) {
 }
 
 void ConversationTest::ExpectNoOutput(const std::string& segment, Here here) {
-    daemon_->AddDevice(kProbePath, "00:00:00:00:00:00", "Probe");
+    daemon_->AddDevice(kProbePath, kProbeAddress, "Probe");
     Expect(Notification(segment, "Found Device " + kProbePath + "\n"), here);
     RemoveDevice(kProbePath, segment, here);
 }

@@ -58,8 +58,6 @@ class ConversationTest : public testing::Test {
     void OpenSession(unsigned device = 0, Here here = Here::Now());
     /// At the main prompt: types "c" and the number of the device. The result is the next output.
     void ChooseDevice(unsigned device = 0, Here here = Here::Now());
-    /// Start with a daemon of this instance, with the phone.
-    void StartInstance(const std::string& instance, Here here = Here::Now());
     /// OpenSession, then selects its first phone book.
     void OpenSelectedSession(Here here = Here::Now());
     /// Calls Start if needed, then opens this prompt by the shortest path.
@@ -146,7 +144,6 @@ class ConversationTest : public testing::Test {
     void TearDown() override;
 
   private:
-    std::vector<std::string> FoundMessages() const;
     void PullUnfiltered(Here here);
 
     TemporaryDirectory directory_;
