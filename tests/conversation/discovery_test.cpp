@@ -84,16 +84,6 @@ TEST_F(DiscoveryTest, ListsDevicesInOrderOfAddition) {
         {"00:00:00:00:00:01 | /dev_c", "00:00:00:00:00:01 | /dev_b", "00:00:00:00:00:02 | /dev_a"});
 }
 
-TEST_F(DiscoveryTest, RecognisesDevicesByLastPathElement) {
-    StartDaemon();
-    Start();
-    for (const char* const path : {"/com/veltrisonix/obex/dev_00_11", "/dev_", "/dev_dev_",
-                                   "/com/veltrisonix/obexx/dev_1"}) {
-        AddDevice(path, kPhoneAddress, "Phone");
-        RemoveDevice(path);
-    }
-}
-
 TEST_F(DiscoveryTest, IgnoresOtherObjects) {
     StartDaemon();
     Start();

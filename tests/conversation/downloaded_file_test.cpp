@@ -130,20 +130,6 @@ TEST_F(DownloadedFileTest, DisplayDoesNotBlockOnUnreadableFile) {
     ExpectPieces(pipe, {});
 }
 
-TEST_F(DownloadedFileTest, IsDeletedWhenMenuIsLeft) {
-    const std::string content = "BEGIN:VCARD\n";
-    WriteFile(PulledPhonebook(), content);
-    WriteFile(PulledCard(), content);
-    Enter("x", Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
-    EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
-    EXPECT_TRUE(std::filesystem::exists(PulledCard()));
-
-    Pull("0", content);
-    EXPECT_TRUE(std::filesystem::exists(PulledCard()));
-    Enter("x", Normal("Removing: " + PulledCard() + "\n") + Prompt(kPhonebookMenu));
-    EXPECT_FALSE(std::filesystem::exists(PulledCard()));
-}
-
 TEST_F(DownloadedFileTest, IsDeletedByLatestFilename) {
     const std::string strange = directory().File("100%s%n.vcf");
     const std::string link = directory().File("link");

@@ -80,14 +80,6 @@ TEST_F(PhonebookQuery, FilterFieldsReplaceStoredOnes) {
     ExpectStoredFields({"100%s", "N"});
 }
 
-TEST_F(PhonebookQuery, FilterFieldsReplaceThoseFetchedByMenu) {
-    OpenSelectedSession();
-    daemon().Reply("ListFilterFields", Value("(['N', 'TEL'],)"));
-    ExpectListing("(@a(ss) [],)", {});
-    ListFields("(['EMAIL'],)", {" EMAIL"});
-    ExpectStoredFields({"EMAIL"});
-}
-
 TEST_F(PhonebookQuery, FailedListFilterFieldsKeepsStoredOnes) {
     OpenSelectedSession();
     ListFields("(['N', 'TEL'],)", {" N", " TEL"});

@@ -39,7 +39,7 @@ class SessionNotifications : public ConversationTest {
     }
 };
 
-TEST_F(SessionNotifications, ReportSessionProperties) {
+TEST_F(SessionNotifications, ReportEveryProperty) {
     ExpectLines({
         {kSessionInterface, "Source", "'11:22'", "Source Attribute Received: 11:22"},
         {kSessionInterface, "Source", "''", "Source Attribute Received: "},
@@ -47,11 +47,6 @@ TEST_F(SessionNotifications, ReportSessionProperties) {
         {kSessionInterface, "Channel", "uint16 0", "Channel Attribute Received: 0"},
         {kSessionInterface, "Channel", "uint16 65535", "Channel Attribute Received: 65535"},
         {kSessionInterface, "Target", "'uuid'", "Target Attribute Received: uuid"},
-    });
-}
-
-TEST_F(SessionNotifications, ReportPhonebookProperties) {
-    ExpectLines({
         {kPhonebookInterface, "DatabaseIdentifier", "'ABC'", "Database Identifier: ABC"},
         {kPhonebookInterface, "PrimaryCounter", "'12'", "Primary Counter: 12"},
         {kPhonebookInterface, "SecondaryCounter", "'13'", "Secondary Counter: 13"},

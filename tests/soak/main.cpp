@@ -1,19 +1,14 @@
 // Runs many sessions and notifications in one process of the tool, whose memory, descriptors and
 // match rules must not grow.
 
-#include "interfaces/glib_ptr.h"
-#include "simulator/daemon.h"
-#include "support/console.h"
-#include "support/menus.h"
-#include "support/messages.h"
-#include "support/private_bus.h"
+#include "support/conversation.h"
 #include "support/process_files.h"
 #include "support/programs.h"
-#include "support/temporary_directory.h"
 #include "support/text_form.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <string>
@@ -28,7 +23,6 @@ struct Settings {
 };
 Settings settings;
 
-constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_00_1B_DC_07_31_9A";
 constexpr char kTemporaryDevice[] = "/com/veltrisonix/hci0/dev_temporary_";
 constexpr std::size_t kTemporaryDevices = 5;
 constexpr std::size_t kWarmUp = 5;  // sessions before caches are filled
@@ -91,41 +85,30 @@ struct SessionEnd {
 constexpr SessionEnd kSessionEnds[] = {
     {"d\nx\nx\n", false}, {"c\nh\nx\n", false}, {"s\np\nr\nx\nx\n", false}, {"h\n", true}};
 
-class Soak : public testing::Test {
+class Soak : public ConversationTest {
   protected:
-    Soak()
-        : daemon_(bus_.Address(), InDirectory(directory_.Path())),
-          connection_(ConnectToBus(bus_.Address())) {
-        daemon_.AddDevice(kPhonePath, "00:1B:DC:07:31:9A", "Workbench Phone");
-        daemon_.SetPullContent(std::string(2000, 'x'));
-        ConsoleOptions options = Wired(Wiring::kPipes);
-        options.bus_address = bus_.Address();
-        options.directory = directory_.Path();
-        console_.emplace(options);
-        console_->AwaitAll({std::string("Found Client ") + simulator::kClientPath,
-                            std::string("Found Device ") + kPhonePath, Prompt()});
-        AwaitIdle();
+    void SetUp() override {
+        Start(Wired(Wiring::kPipes));
+        daemon().SetPullContent(std::string(2000, 'x'));
     }
 
-    Console& console() { return *console_; }
-
     void TearDown() override {
-        console_->Finish();
+        console().Finish();
         if (!HasFailure()) return;
-        const std::string output = console_->Output();
+        const std::string output = console().Output();
         std::cout << Escaped(output.substr(output.size() - std::min(output.size(), kShownBytes)))
                   << "\n";
     }
 
     void RunSession(std::size_t number, std::size_t notifications) {
-        console_->TypeBytes("c\n0\ns\n0\n0\na\nd\n");
-        console_->Await(Prompt(kTransferMenu));
+        console().TypeBytes("c\n0\ns\n0\n0\na\nd\n");
+        console().Await(Prompt(kTransferMenu));
         ToggleTemporaryDevice(number % kTemporaryDevices);
         Announce(notifications);
-        daemon_.CompleteTransfer(daemon_.Transfers().back());
+        daemon().CompleteTransfer(Transfer());
         AwaitIdle();
         End(kSessionEnds[number % std::size(kSessionEnds)]);
-        daemon_.ForgetCalls();
+        daemon().ForgetCalls();
     }
 
     /// At the main menu, with the phone as the only device.
@@ -134,23 +117,18 @@ class Soak : public testing::Test {
             if (is_added_.at(device)) ToggleTemporaryDevice(device);
         AwaitIdle();
         // When the daemon has received a call, the bus has processed the tool's earlier messages.
-        console_->TypeBytes("u\nsomebody\n");
-        console_->Await(Prompt());
-        return {ReadProcessNumber(console_->ProcessId(), "status", "VmRSS:"),
-                CountDescriptors(console_->ProcessId()),
-                CountMatchRules(connection_.get(), daemon_.Calls().back().sender)};
+        console().TypeBytes("u\nsomebody\n");
+        console().Await(Prompt());
+        return {
+            ReadProcessNumber(console().ProcessId(), "status", "VmRSS:"),
+            CountDescriptors(console().ProcessId()),
+            CountMatchRules(ConnectToBus(bus().Address()).get(), daemon().Calls().back().sender)};
     }
 
   private:
-    static simulator::Options InDirectory(const std::string& directory) {
-        simulator::Options options = simulator::Options::Scripted();
-        options.directory = directory;
-        return options;
-    }
-
     std::string PathOf(Object object) const {
         if (object == Object::kPhone) return kPhonePath;
-        return object == Object::kSession ? daemon_.Sessions().back() : daemon_.Transfers().back();
+        return object == Object::kSession ? Session() : Transfer();
     }
 
     // In batches, so that the length of the tool's queue, and its memory, do not depend on its
@@ -159,45 +137,40 @@ class Soak : public testing::Test {
         for (std::size_t sent = 0; sent < notifications; sent += kBatch) {
             const Announcement& announcement =
                 kAnnouncements[sent / kBatch % std::size(kAnnouncements)];
-            daemon_.Flood(PathOf(announcement.object), announcement.interface,
-                          announcement.property, std::min(kBatch, notifications - sent),
-                          announcement.value);
+            daemon().Flood(PathOf(announcement.object), announcement.interface,
+                           announcement.property, std::min(kBatch, notifications - sent),
+                           announcement.value);
             AwaitIdle();
         }
     }
 
     void ToggleTemporaryDevice(std::size_t device) {
         const std::string path = kTemporaryDevice + std::to_string(device);
-        is_added_.at(device) ? daemon_.RemoveDevice(path)
-                             : daemon_.AddDevice(path, "00:00:00:00:00:01", "Temporary");
+        is_added_.at(device) ? daemon().RemoveDevice(path)
+                             : daemon().AddDevice(path, "00:00:00:00:00:01", "Temporary");
         is_added_.at(device) = !is_added_.at(device);
     }
 
     /// Waits until the tool has processed everything that was sent.
     void AwaitIdle() {
         constexpr char kPath[] = "/com/veltrisonix/hci0/dev_probe";
-        daemon_.AddDevice(kPath, "00:00:00:00:00:00", "Probe");
-        console_->Await(std::string("Found Device ") + kPath + "\n");
-        daemon_.RemoveDevice(kPath);
-        console_->Await(std::string("Removed ") + kPath + "\n");
+        daemon().AddDevice(kPath, "00:00:00:00:00:00", "Probe");
+        console().Await(std::string("Found Device ") + kPath + "\n");
+        daemon().RemoveDevice(kPath);
+        console().Await(std::string("Removed ") + kPath + "\n");
     }
 
     void End(const SessionEnd& end) {
         if (end.removes_client) {
-            daemon_.RemoveClient();
-            console_->Await(std::string("Removed ") + simulator::kClientPath);
+            daemon().RemoveClient();
+            console().Await(std::string("Removed ") + simulator::kClientPath);
         }
-        console_->TypeBytes(end.lines);
-        console_->Await(Prompt());
-        daemon_.AddClient();
+        console().TypeBytes(end.lines);
+        console().Await(Prompt());
+        daemon().AddClient();
         AwaitIdle();
     }
 
-    TemporaryDirectory directory_;
-    PrivateBus bus_;
-    simulator::Daemon daemon_;
-    morvane::GlibPtr<GDBusConnection> connection_;
-    std::optional<Console> console_;
     std::array<bool, kTemporaryDevices> is_added_ = {};
 };
 
