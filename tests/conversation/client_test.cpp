@@ -85,8 +85,7 @@ TEST_F(ClientTest, ReleasesOldSessionAfterNewOneOpened) {
     daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
     daemon().SetConnectionState(kFirstSession, 3);
     ExpectNoOutput(kTransferMenu);
-    Type("s");
-    Await(Red("Phonebook Access Proxy is invalid\n"));
+    EnterAndAwait("s", Red("Phonebook Access Proxy is invalid\n"));
     Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
            Prompt());
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));

@@ -112,8 +112,7 @@ TEST_F(DiscoveryTest, UsesOnlyTheRequestedInstance) {
     ExpectList({"00:1B:DC:07:31:9A | Phone"});
     other.AddDevice("/dev_another", kPhoneAddress, "Another Phone");
     ExpectNoOutput();
-    Type("u");
-    Await(ValuePrompt("/User Id"));
+    EnterAndAwait("u", ValuePrompt("/User Id"));
     Type("me");
     ExpectCall("SetUserId", "('me',)");
     EXPECT_TRUE(other.Calls().empty());
@@ -163,8 +162,8 @@ TEST_F(DiscoveryTest, AddsDevicesDuringCallAndRemovesThemAtNextPrompt) {
     daemon().RemoveDevice(kDevice);
     daemon().Release();
     AwaitAll({kRedSequence + ("Removed " + kDevice + "\n"), Prompt()});
-    Type("l");
-    Await(DeviceList({"00:1B:DC:07:31:9A | /dev_2", "00:1B:DC:07:31:9A | /dev_3"}) + Prompt());
+    EnterAndAwait(
+        "l", DeviceList({"00:1B:DC:07:31:9A | /dev_2", "00:1B:DC:07:31:9A | /dev_3"}) + Prompt());
 }
 
 // A waiting removal is processed at the next prompt even if the next line is already typed.

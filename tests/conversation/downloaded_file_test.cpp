@@ -164,8 +164,7 @@ TEST_F(DownloadedFileTest, HandlesMissingFilenameProperty) {
     daemon().HideProperty(simulator::kAnyPath, kTransferInterface, "Filename");
     ExpectRemoval(Normal("Removing: " + PulledPhonebook() + "\n"));
     ExpectDisplay(Red("Filename property not set!"));
-    Type("c");
-    Await(Red("Filename property not set!"));
+    EnterAndAwait("c", Red("Filename property not set!"));
     Await(Prompt(kTransferMenu));
     EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
 }

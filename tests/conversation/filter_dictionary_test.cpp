@@ -223,8 +223,7 @@ TEST_F(FilterDictionaries, ContainLatestListedFields) {
     OpenPhonebook(OperationOf("Pull"));
     ExpectFilters(OperationOf("Pull"), {"a", "{'Fields': <['N', 'TEL', 'EMAIL']>}"});
     daemon().Reply("ListFilterFields", Value("(['URL', 'N', 'URL'],)"));
-    Type("f");
-    Await(kPhonebookPrompt);
+    EnterAndAwait("f", kPhonebookPrompt);
     ExpectFilters(OperationOf("Pull"), {"a", "{'Fields': <['URL', 'N', 'URL']>}"});
     ExpectFilters(OperationOf("Pull"), {"s 2 s 1", "{'Fields': <['URL', 'N']>}"});
 }

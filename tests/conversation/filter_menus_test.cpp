@@ -112,8 +112,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, FilterMenu, testing::ValuesIn(FilteredOpera
 
 TEST_F(FilterMenus, RejectEveryFieldIfListIsEmpty) {
     OpenPhonebook("PullAll", {});
-    Type("a");
-    Await(kFilterPrompt);
+    EnterAndAwait("a", kFilterPrompt);
     for (const std::string key : {"s", "k"}) {
         Enter(key, Heading("Select a Filter Field") + Prompt(PromptId::kField));
         Enter("0", Red("Invalid filter selected\n") + kFilterPrompt);

@@ -14,8 +14,7 @@ class PhonebookQuery : public ConversationTest {
     void ExpectListing(const std::string& reply, const std::vector<std::string>& lines,
                        Here here = Here::Now()) {
         daemon().Reply("List", Value(reply));
-        Type("l", here);
-        Await(Prompt(kFilterMenu), here);
+        EnterAndAwait("l", Prompt(kFilterMenu), here);
         Enter("d", Heading("vCard Listing") + Lines(lines) + kPhonebookPrompt, here);
     }
 
@@ -28,8 +27,7 @@ class PhonebookQuery : public ConversationTest {
     // Expects these fields in a filter menu, without a call to the daemon.
     void ExpectStoredFields(const std::vector<std::string>& fields, Here here = Here::Now()) {
         const std::size_t calls = CountCalls("ListFilterFields");
-        Type("m", here);
-        Await(Prompt(kFilterMenu), here);
+        EnterAndAwait("m", Prompt(kFilterMenu), here);
         EXPECT_EQ(CountCalls("ListFilterFields"), calls);
         Enter("k", Heading("Select a Filter Field") + Choices(fields) + Prompt(PromptId::kField),
               here);

@@ -142,12 +142,10 @@ TEST_F(SessionNotifications, IgnoreOtherPropertiesAndObjects) {
 }
 
 TEST_F(SessionNotifications, ArePrintedAtValuePrompts) {
-    Type("s");
-    Await(ValuePrompt("/Select Location"));
+    EnterAndAwait("s", ValuePrompt("/Select Location"));
     Notify(kPhonebookInterface, "Folder", "'f'");
     Expect(Notification("/Select Location", "Folder: f\n"));
-    Type("0");
-    Await(ValuePrompt("/Select Phonebook"));
+    EnterAndAwait("0", ValuePrompt("/Select Phonebook"));
     Notify(kSessionInterface, "Source", "'s'");
     Expect(Notification("/Select Phonebook", "Source Attribute Received: s\n"));
     Enter("0", Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
@@ -200,15 +198,13 @@ TEST_F(SessionNotifications, AreNotInterruptedByMenuOutput) {
     for (const char* const key : {"h", "h", "h", "h"}) Type(key);
     daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
     Await("Folder: f" + std::to_string(kCount - 1) + "\n");
-    Type("?");
-    Await(Red("Invalid Selection\n") + kPhonebookPrompt);
+    EnterAndAwait("?", Red("Invalid Selection\n") + kPhonebookPrompt);
     ExpectUninterruptedNotifications(console().Output(), kCount);
 }
 
 // The menu thread prints the properties of a new session while the main thread changes them.
 TEST_F(SessionNotifications, AreHandledWhileSessionOpens) {
-    Type("x");
-    Await(Prompt());
+    EnterAndAwait("x", Prompt());
     for (int session = 1; session <= 3; ++session) {
         const std::string path = "/com/veltrisonix/obex/client/session" + std::to_string(session);
         ChooseDevice();

@@ -139,8 +139,7 @@ TEST_F(StartStopTest, RemovesFileOfSessionThatDaemonDidNotRemove) {
 // The menus return normally after the client has been removed.
 TEST_F(StartStopTest, ExitsFromFilterMenuWithoutClientAndMainLoop) {
     OpenSelectedSession();
-    Type("a");
-    Await(Prompt(kFilterMenu));
+    EnterAndAwait("a", Prompt(kFilterMenu));
     RemoveClient(kFilterMenu);
     Interrupt();
     console().CloseInput();
@@ -158,8 +157,7 @@ TEST_F(StartStopTest, ClosesSessionsAndTransfersDuringNotifications) {
                            [](std::size_t i) { return g_variant_new_uint64(i % 1001); });
         });
         Await("Transferred Percent: ");
-        Type("x");
-        Await("Removing: " + PulledPhonebook());
+        EnterAndAwait("x", "Removing: " + PulledPhonebook());
         Await(Prompt(kPhonebookMenu));
     }
     const auto flood = std::async(std::launch::async, [this] {
@@ -167,8 +165,7 @@ TEST_F(StartStopTest, ClosesSessionsAndTransfersDuringNotifications) {
                        [](std::size_t i) { return g_variant_new_uint16(static_cast<guint16>(i)); });
     });
     Await("Channel Attribute Received: ");
-    Type("x");
-    Await(Prompt());
+    EnterAndAwait("x", Prompt());
 }
 
 // For every prompt see robustness/input_torture_test.cpp.
@@ -183,8 +180,7 @@ TEST_F(ShutDown, ExitsIfInputEndsBeforeFirstPrompt) {
 
 TEST_F(ShutDown, QuitsOnLineTypedBeforePrompt) {
     Launch();
-    Type("q");
-    Await(Banner() + Prompt());
+    EnterAndAwait("q", Banner() + Prompt());
     ExpectExit(0);
 }
 

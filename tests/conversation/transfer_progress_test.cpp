@@ -54,8 +54,7 @@ TEST_F(TransferProgressTest, IsReportedInMainMenuWhileSessionIsNotRemoved) {
                    Prompt());
     Announce("Transferred", "uint64 500");
     Expect(Notification("", "Transferred Percent: 50%\n"));
-    Type("u");
-    Await(ValuePrompt("/User Id"));
+    EnterAndAwait("u", ValuePrompt("/User Id"));
     Announce("Transferred", "uint64 510");
     Expect(Notification("/User Id", "Transferred Percent: 51%\n"));
     Enter("me", Prompt());
@@ -92,12 +91,9 @@ TEST_F(TransferProgressTest, IsReportedFromStartToCompletion) {
     StartDaemon(options).AddDevice(kPhonePath, kPhoneAddress, kPhoneAlias);
     FollowTransfer();
     ExpectNotice("Status Attribute Received: active");
-    Type("p");
-    Await("Status Attribute Received: suspended\n");
-    Type("s");
-    Await(Normal("Transfer Status: suspended\n") + Prompt(kTransferMenu));
-    Type("r");
-    Await("Status Attribute Received: active\n");
+    EnterAndAwait("p", "Status Attribute Received: suspended\n");
+    EnterAndAwait("s", Normal("Transfer Status: suspended\n") + Prompt(kTransferMenu));
+    EnterAndAwait("r", "Status Attribute Received: active\n");
     Await(Notification(kTransferMenu, "Transferred Percent: 100%\n") +
           Notification(kTransferMenu, "Status Attribute Received: complete\n"));
     Enter("d", Normal("Displaying: " + PulledPhonebook() + "\n") + Normal(std::string(512, 'v')) +

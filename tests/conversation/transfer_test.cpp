@@ -14,8 +14,7 @@ class TransferTest : public ConversationTest {
     /// Pulls and expects the transfer's properties in any order.
     void ExpectPullToPrintProperties(Here here = Here::Now()) {
         daemon().SetPullContent("vcard");
-        Type("a", here);
-        Await(Prompt(kFilterMenu), here);
+        EnterAndAwait("a", Prompt(kFilterMenu), here);
         Type("d", here);
         AwaitAll({Normal("Status: queued\n"), Normal("Object Name: pb.vcf\n"),
                   Normal("Filename: " + PulledPhonebook() + "\n"), Normal("Size: 5\n"),
@@ -36,8 +35,7 @@ TEST_F(TransferTest, StoresOnlySizeFromReply) {
     daemon().Reply("PullAll",
                    Value("(objectpath '/t/1', {'Type': <'t'>, 'Size': <uint64 1000>, 'Filename': "
                          "<'f'>, 'Status': <'100%s'>})"));
-    Type("a");
-    Await(Prompt(kFilterMenu));
+    EnterAndAwait("a", Prompt(kFilterMenu));
     Enter("d", Lines({"MIME type: t", "Size: 1000", "Filename: f", "Status: 100%s"}) +
                    Prompt(kTransferMenu));
     daemon().Notify("/t/1", kTransferInterface, "Transferred", Value("uint64 500"));

@@ -326,13 +326,10 @@ TEST_F(PipeThroughCat, DisplaysPromptsAndEscapesControlCharacters) {
     daemon().AddDevice(kPhonePath, kPhoneAddress, "a\x1b[5n");
     LaunchAsTheManualSays();
     Await(Visible(Red(" > ")));
-    Type("l");
-    Await(" | a^[[5n\n");
+    EnterAndAwait("l", " | a^[[5n\n");
     Await(Visible(Prompt()));
-    Type("u");
-    Await(Visible(ValuePrompt("/User Id")));
-    Type("engineer");
-    Await(Visible(Prompt()));
+    EnterAndAwait("u", Visible(ValuePrompt("/User Id")));
+    EnterAndAwait("engineer", Visible(Prompt()));
     PressControlC();
     Type("h");
     ExpectExit(0);

@@ -104,16 +104,14 @@ class FaultMatrix : public PromptCaseTest, public testing::WithParamInterface<Ce
         daemon().ClearFaults();
         PullAll(std::string(1000, 'x'));
         if (!in_main_menu) {
-            Type("x");
-            Await(Prompt(kPhonebookMenu));
+            EnterAndAwait("x", Prompt(kPhonebookMenu));
             if (!At().call.reply.empty()) daemon().Reply(At().call.method, Value(At().call.reply));
             return;
         }
         daemon().Refuse("RemoveSession", kFailed, "no", 1);
         daemon().SetConnectionState(kFirstSession, 3);
         ExpectNoOutput(kTransferMenu);
-        Type("s");
-        Await(Red("Remove Session failed " + kRefusedCall + "\n") + Prompt());
+        EnterAndAwait("s", Red("Remove Session failed " + kRefusedCall + "\n") + Prompt());
     }
 
     void DisconnectTheDaemon() {

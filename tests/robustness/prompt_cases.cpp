@@ -150,8 +150,7 @@ void PromptCaseTest::ReachBase(const PromptCase& prompt, Here here) {
 
 void PromptCaseTest::Open(const PromptCase& prompt, Here here) {
     for (const Answer& answer : prompt.opening) {
-        Type(answer.line, here);
-        Await(Prompt(answer.next), here);
+        EnterAndAwait(answer.line, Prompt(answer.next), here);
     }
 }
 

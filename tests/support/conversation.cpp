@@ -45,8 +45,7 @@ void ConversationTest::OpenSession(unsigned device, Here here) {
 }
 
 void ConversationTest::ChooseDevice(unsigned device, Here here) {
-    Type("c", here);
-    Await(ValuePrompt("/Select Device"), here);
+    EnterAndAwait("c", ValuePrompt("/Select Device"), here);
     Type(std::to_string(device), here);
 }
 
@@ -60,18 +59,15 @@ void ConversationTest::OpenPrompt(PromptId id, Here here) {
     if (InSession(id)) OpenSession(0, here);
     if (NeedsSelection(id)) SelectPhonebook(0, 0, here);
     for (const Answer& answer : PathTo(id)) {
-        Type(answer.line, here);
-        Await(Prompt(answer.next), here);
+        EnterAndAwait(answer.line, Prompt(answer.next), here);
     }
 }
 
 void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, Here here) {
-    Type("s", here);
-    Await(ValuePrompt("/Select Location"), here);
-    Type(std::to_string(location), here);
-    Await(ValuePrompt("/Select Phonebook"), here);
-    Type(std::to_string(phonebook), here);
-    Expect(Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu), here);
+    EnterAndAwait("s", ValuePrompt("/Select Location"), here);
+    EnterAndAwait(std::to_string(location), ValuePrompt("/Select Phonebook"), here);
+    Enter(std::to_string(phonebook),
+          Normal("Phonebook selected successfully\n") + Prompt(kPhonebookMenu), here);
 }
 
 void ConversationTest::Begin(const Operation& operation, Here here) {
@@ -89,16 +85,14 @@ void ConversationTest::PullAll(const std::string& content, Here here) {
 
 void ConversationTest::Pull(const std::string& handle, const std::string& content, Here here) {
     daemon_->SetPullContent(content);
-    Type("p", here);
-    Await(ValuePrompt("/vCard Handle"), here);
+    EnterAndAwait("p", ValuePrompt("/vCard Handle"), here);
     Type(handle, here);
     PullUnfiltered(here);
 }
 
 void ConversationTest::PullUnfiltered(Here here) {
     Await(Prompt(kFilterMenu), here);
-    Type("d", here);
-    Await(Prompt(kTransferMenu), here);
+    EnterAndAwait("d", Prompt(kTransferMenu), here);
 }
 
 std::string ConversationTest::Session() const {
@@ -138,8 +132,7 @@ void ConversationTest::RemoveDevice(const std::string& path, const std::string& 
 
 void ConversationTest::HangInCall(Here here) {
     daemon_->Hang("SetUserId");
-    Type("u", here);
-    Await(ValuePrompt("/User Id"), here);
+    EnterAndAwait("u", ValuePrompt("/User Id"), here);
     Type("me", here);
     ExpectCall("SetUserId", "('me',)", here);
 }

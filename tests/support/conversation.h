@@ -123,6 +123,12 @@ class ConversationTest : public testing::Test {
         Expect(output, here);
     }
 
+    /// Types a line and skips the output up to the end of `text`.
+    void EnterAndAwait(std::string_view line, std::string_view text, Here here = Here::Now()) {
+        Type(line, here);
+        Await(text, here);
+    }
+
     // Forwarded to the console.
     void Type(std::string_view line, Here here = Here::Now()) { console().Type(line, here); }
     void Expect(std::string_view bytes, Here here = Here::Now()) { console().Expect(bytes, here); }
