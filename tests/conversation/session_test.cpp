@@ -116,7 +116,7 @@ class UnreachableObjectTest : public SessionTest {
     }
 };
 
-TEST_F(UnreachableObjectTest, PhonebookIsReportedByTheMainMenu) {
+TEST_F(UnreachableObjectTest, PhonebookProxyFailureIsReportedInMainMenu) {
     Start();
     RefuseProxies();
     ChooseDevice();
@@ -126,7 +126,7 @@ TEST_F(UnreachableObjectTest, PhonebookIsReportedByTheMainMenu) {
     ExpectCall("RemoveSession", "(objectpath '/com/veltrisonix/obex/client/session0',)");
 }
 
-TEST_F(UnreachableObjectTest, SessionIsReportedByTheMainMenu) {
+TEST_F(UnreachableObjectTest, SessionProxyFailureIsReportedInMainMenu) {
     Start();
     BusMonitor monitor(bus().Address(), "GetAll");
     daemon().Hang("GetAll", 1);
@@ -137,7 +137,7 @@ TEST_F(UnreachableObjectTest, SessionIsReportedByTheMainMenu) {
     ExpectFailure("Session", Prompt());
 }
 
-TEST_F(UnreachableObjectTest, TransferIsReportedByThePhonebookMenu) {
+TEST_F(UnreachableObjectTest, TransferProxyFailureIsReportedInPhonebookMenu) {
     OpenSelectedSession();
     RefuseProxies();
     for (const std::string method : {"PullAll", "Pull"}) {

@@ -12,7 +12,8 @@
 
 namespace morvane_test {
 
-/// A session that the tool knows to be disconnected for calls number `from` to `to`, exclusive.
+/// A session that the tool knows to be disconnected: no call from number `from` up to, but not
+/// including, number `to` may use it.
 struct LostSession {
     std::string path;
     std::size_t from;

@@ -93,8 +93,8 @@ class FaultMatrix : public PromptCaseTest, public testing::WithParamInterface<Ce
         daemon().UseEmptyTransferPath(true);
     }
 
-    // Closes the transfer menu. For the prompt of devices the transfer is kept, since the session
-    // is not removed.
+    // Pulls and leaves the transfer menu. At the prompts of the main menu the transfer still
+    // exists, because the daemon refused to remove its session.
     void KeepATransfer() {
         const bool in_main_menu = !InSession(At().id);
         if (in_main_menu) {

@@ -103,7 +103,7 @@ class InputTorture : public EachPromptTest {
         return prompt().HasTransfer() ? prompt().lost + prompt().end_of_input : prompt().lost;
     }
 
-    // Checks how often the call of the prompt has been made.
+    // Expects so many calls of the prompt's method since the prompt was opened.
     void ExpectCalls(std::size_t count) {
         EXPECT_EQ(CountCalls(prompt().call.method), calls_ + count);
     }

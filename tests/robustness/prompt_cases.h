@@ -13,7 +13,7 @@ namespace morvane_test {
 inline constexpr char kFirstSession[] = "/com/veltrisonix/obex/client/session0";
 inline constexpr char kFirstTransfer[] = "/com/veltrisonix/obex/client/session0/transfer0";
 
-/// The call of an answer.
+/// The method call that an answer makes.
 struct AnswerCall {
     std::string line;        ///< the answer
     std::string method;      ///< empty: no call
@@ -61,7 +61,7 @@ class PromptCaseTest : public ConversationTest {
     void ReachBase(const PromptCase& prompt, Here here = Here::Now());
     /// From there to the prompt.
     void Open(const PromptCase& prompt, Here here = Here::Now());
-    /// All of these steps.
+    /// Calls the three functions above and Start.
     void Reach(const PromptCase& prompt, const ConsoleOptions& options = {},
                Here here = Here::Now());
 

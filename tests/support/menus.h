@@ -63,7 +63,7 @@ struct PromptRow {
     PromptId next = {};
     std::string error = {};                 ///< message for an invalid number
     std::vector<std::string> choices = {};  ///< numbered choices
-    unsigned smallest = 0;                  ///< the first valid number
+    unsigned smallest = 0;                  ///< first valid number
     unsigned limit = 0;                     ///< first invalid number; maximum length of a text
 };
 

@@ -49,7 +49,7 @@ class Terminal {
     void MakeTerminal();
 
     Wiring wiring_;
-    FileDescriptor input_;   // for a terminal also the output
+    FileDescriptor input_;   // on a terminal also the output
     FileDescriptor output_;  // pipes only
     FileDescriptor program_input_;
     FileDescriptor program_output_;  // pipes only

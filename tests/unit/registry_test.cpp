@@ -78,8 +78,8 @@ TEST(RegistryTest, ListsDeviceOncePerAddition) {
 TEST(RegistryTest, ClassifiesObjectsByPath) {
     const std::string output = OutputOf([] {
         for (const char* const path :
-             {"", "/", "dev_", "dev_1", "dev", "dev_/", "/dev_2", "/a/dev_", "/a/dev_/b", "/dev", "/DEV_1",
-              "/com/veltrisonix/obex", "com/veltrisonix/obex", "/com/veltrisonix/obex/",
+             {"", "/", "dev_", "dev_1", "dev", "dev_/", "/dev_2", "/a/dev_", "/a/dev_/b", "/dev",
+              "/DEV_1", "/com/veltrisonix/obex", "com/veltrisonix/obex", "/com/veltrisonix/obex/",
               "/com/veltrisonix/obex/dev_00_11", "/com/veltrisonix/obex/session0"})
             obexProxy.ObjectRemoved(path);
     });
