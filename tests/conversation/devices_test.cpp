@@ -44,10 +44,6 @@ class DevicesTest : public ConversationTest {
         ExpectNoOutput();
     }
 
-    void ExpectList(const std::vector<std::string>& lines, Here here = Here::Now()) {
-        Enter("l", DeviceList(lines) + Prompt(), here);
-    }
-
     void Announce(const std::string& property, const std::string& value) {
         daemon().Notify("/dev_1", simulator::kDeviceInterface, property, Value(value));
         ExpectNoOutput();

@@ -32,10 +32,6 @@ class DiscoveryTest : public ConversationTest {
         daemon().AddDevice(path, kPhoneAddress, alias);
     }
 
-    void ExpectList(const std::vector<std::string>& devices, Here here = Here::Now()) {
-        Enter("l", DeviceList(devices) + Prompt(), here);
-    }
-
     /// Starts the tool and expects no other output before the main prompt.
     void LaunchAlone() {
         Launch();
@@ -187,9 +183,7 @@ TEST_F(DiscoveryTest, ReportsNoSessionChangesWhenDaemonDisconnects) {
         Publish(kDevice);
         Start();
         OpenSession();
-        if (!session_is_open) {
-            Enter("x", Prompt());
-        }
+        if (!session_is_open) Enter("x", Prompt());
         daemon().LeaveBus();
         const std::string segment = session_is_open ? kPhonebookMenu : "";
         const std::string removed =

@@ -65,9 +65,7 @@ TEST_P(MenuKeys, RejectAllOtherKeys) {
 
 TEST_P(MenuKeys, BlankLineRepeatsPrompt) {
     OpenPrompt(Menu());
-    for (const char* const line : {"", "   ", "\t"}) {
-        Enter(line, Prompt(Menu()));
-    }
+    for (const char* const line : {"", "   ", "\t"}) Enter(line, Prompt(Menu()));
 }
 
 INSTANTIATE_TEST_SUITE_P(, MenuKeys, testing::ValuesIn(AllMenus()),

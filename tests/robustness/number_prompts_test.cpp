@@ -34,9 +34,7 @@ class RejectingPrompt : public EachPromptTest {
         auto step = std::find_if(way.begin(), way.end(), [](const Answer& answer) {
             return answer.at == MenuAbove(prompt().id);
         });
-        for (; step != way.end(); ++step) {
-            Enter(step->line, QuestionAndPrompt(step->next), here);
-        }
+        for (; step != way.end(); ++step) Enter(step->line, QuestionAndPrompt(step->next), here);
     }
 };
 

@@ -149,9 +149,8 @@ void PromptCaseTest::ReachBase(const PromptCase& prompt, Here here) {
 }
 
 void PromptCaseTest::Open(const PromptCase& prompt, Here here) {
-    for (const Answer& answer : prompt.opening) {
+    for (const Answer& answer : prompt.opening)
         EnterAndAwait(answer.line, Prompt(answer.next), here);
-    }
 }
 
 void PromptCaseTest::Reach(const PromptCase& prompt, const ConsoleOptions& options, Here here) {

@@ -58,9 +58,7 @@ void ConversationTest::OpenPrompt(PromptId id, Here here) {
     if (consoles_.empty()) Start({}, here);
     if (InSession(id)) OpenSession(0, here);
     if (NeedsSelection(id)) SelectPhonebook(0, 0, here);
-    for (const Answer& answer : PathTo(id)) {
-        EnterAndAwait(answer.line, Prompt(answer.next), here);
-    }
+    for (const Answer& answer : PathTo(id)) EnterAndAwait(answer.line, Prompt(answer.next), here);
 }
 
 void ConversationTest::SelectPhonebook(unsigned location, unsigned phonebook, Here here) {

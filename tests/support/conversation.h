@@ -117,6 +117,10 @@ class ConversationTest : public testing::Test {
     PrivateBus& bus() { return bus_; }
     const TemporaryDirectory& directory() const { return directory_; }
 
+    /// At the main prompt: expects exactly these devices, as "address | alias", from "l".
+    void ExpectList(const std::vector<std::string>& devices, Here here = Here::Now()) {
+        Enter("l", DeviceList(devices) + Prompt(), here);
+    }
     /// Types a line and expects this output.
     void Enter(std::string_view line, std::string_view output, Here here = Here::Now()) {
         Type(line, here);
