@@ -92,9 +92,9 @@ TEST(OutputGrammar, ReportsBytesOutsideMessages) {
     const std::string green = kGreenSequence;
     for (const std::string& output : std::vector<std::string>{
              Prompt() + "x", green + "no reset\n", green + "no reset\n" + Normal("next\n"),
-             "\n" + Normal("no prompt stands\n"), Prompt() + "\n" + Normal("not drawn again\n"),
+             "\n" + Normal("no prompt displayed\n"), Prompt() + "\n" + Normal("not redrawn\n"),
              Prompt() + Notification("/MaxCount", "another prompt\n"),
-             Prompt() + Normal("dealt with\n") + Notification("", "too late\n"),
+             Prompt() + Normal("handled\n") + Notification("", "too late\n"),
              Normal(std::string(1000, 'x')), Green("Vantor/MaxCount") + Red(" >"),
              "\x1b[1;33myellow" + Normal("")})
         EXPECT_NE(MistakeIn(output), "none") << output;

@@ -117,8 +117,8 @@ TEST(PrintTest, SleepsUntilNonBlockingOutputIsWritable) {
         reader.join();
         dup2(output.Number(), STDOUT_FILENO);
         if (!slept) PROXY_Print(kRed, "polled\n");
-        const std::string came = Read(terminal.reader.Number(), 100);
-        EXPECT_GT(write(STDOUT_FILENO, came.data(), came.size()), 0);
+        const std::string text = Read(terminal.reader.Number(), 100);
+        EXPECT_GT(write(STDOUT_FILENO, text.data(), text.size()), 0);
     };
     EXPECT_EQ(WritesOf(print), Writes{Green("text\n")});
 }
