@@ -140,7 +140,10 @@ class Soak : public ConversationTest {
             daemon().Flood(PathOf(announcement.object), announcement.interface,
                            announcement.property, std::min(kBatch, notifications - sent),
                            announcement.value);
-            AwaitIdle();
+            const std::string last = "last of batch at " + std::to_string(sent);
+            daemon().Notify(Session(), simulator::kSessionInterface, "Source",
+                            g_variant_new_string(last.c_str()));
+            console().Await(last);
         }
     }
 
