@@ -8,7 +8,7 @@
 namespace play {
 namespace {
 
-/// The cheapest way to the first elements and the first lines, and its last move.
+/// The cheapest alignment of the first elements with the first lines, and its last move.
 struct Cell {
     enum class Move { kNone, kMatch, kDelete, kInsert, kSkip, kAbsorb, kGroup };
 
@@ -17,17 +17,17 @@ struct Cell {
     std::size_t count = 0;  ///< of lines, in a group
 };
 
-// What is compared at most, in cells; of more, nothing is kept.
+// The largest comparison, in cells. If a step needs more, all of its output is replaced.
 constexpr std::size_t kLargestTable = 4'000'000;
 constexpr std::uint64_t kInsert = 2;
-// A line in place of another in any order is there, one more is behind them.
+// In "% any order", a replaced line is written in its position, an additional one at the end.
 constexpr std::uint64_t kReplaceInGroup = 1;
 constexpr std::uint64_t kInsertIntoGroup = 3;
 // More than all insertions: a line of the file that was displayed is kept even where "..." could
 // match it.
 constexpr std::uint64_t kDelete = kInsertIntoGroup * kLargestTable;
 
-/// An edit distance.
+/// Computes a minimal edit script by dynamic programming.
 class Alignment {
   public:
     Alignment(const Step& step, const std::vector<std::string>& displayed, Edits& edits)
@@ -99,7 +99,7 @@ class Alignment {
     }
 
     void Offer(std::size_t element, std::size_t line, Cell offer) {
-        // The last of equals: deletions come before insertions then, as in other diffs.
+        // On equal cost the last offer wins: deletions precede insertions, as in other diffs.
         if (element <= Elements() && line <= Lines() && offer.cost <= At(element, line).cost) {
             At(element, line) = offer;
         }
@@ -135,7 +135,7 @@ class Alignment {
 
     void LeaveByGroup(std::size_t element, std::size_t line) {
         const std::size_t patterns = ElementAt(element).lines.size();
-        // A limit for the time that this takes.
+        // Limits the run time.
         const std::size_t most = std::min(2 * patterns, Lines() - line);
         Assignment assignment(patterns);
         for (std::size_t count = 1; count <= most; ++count) {
@@ -152,7 +152,7 @@ class Alignment {
         }
     }
 
-    // From the beginning to the end.
+    // The moves from the beginning to the end.
     std::vector<Place> Path() {
         std::vector<Place> path;
         std::size_t element = Elements();
@@ -184,7 +184,7 @@ class Alignment {
         }
     }
 
-    // Behind the elements before this one.
+    // Inserts before this element, directly after the one before it.
     void Insert(std::size_t element, const std::string& line) {
         const std::size_t before = first_element_ + element;
         edits_.Insert(before == 0 ? step_.begin : step_.output[before - 1].end, WriteGeneral(line));
@@ -222,7 +222,7 @@ class Alignment {
     std::size_t last_line_ = displayed_.size();
     std::size_t width_ = 0;
     std::vector<Cell> cells_;
-    std::vector<std::vector<std::size_t>> patterns_of_;  // of a group, that match each line
+    std::vector<std::vector<std::size_t>> patterns_of_;  // of a group, for each line
 };
 
 }  // namespace

@@ -9,18 +9,18 @@ namespace play {
 namespace {
 
 constexpr std::string_view kEndOfInput = "^D";
-// Keys of a terminal with its usual settings: what edits the line, flow control, and what is text
-// itself.
+// Control keys that a terminal with default settings does not pass on as typed: line editing, flow
+// control and line ends. Also the tab, which is text.
 constexpr std::string_view kUntypable = "IJMQRSUVWZ?";
 constexpr std::string_view kActing = "CD\\";
-constexpr char kLiteralKey = 'V';           // makes the key behind it text
-constexpr std::size_t kLongestLine = 4000;  // what a terminal takes, and some room
+constexpr char kLiteralKey = 'V';           // makes the next key text
+constexpr std::size_t kLongestLine = 4000;  // a terminal accepts 4095
 
 bool Contains(std::string_view letters, char letter) {
     return letters.find(letter) != std::string_view::npos;
 }
 
-// Of a written answer: at a key such as "^C".
+// Whether the rest of a written answer begins with a key such as "^C".
 bool IsKey(std::string_view text) {
     return text.size() > 1 && text[0] == '^' && text[1] >= '?' && text[1] <= '_';
 }
@@ -35,7 +35,7 @@ std::string WriteControl(char byte) {
     return (is_plain ? "^" : "^V^") + std::string(1, letter);
 }
 
-// Of text: a control character is written as a key.
+// Whether the rest of a text would be read as a key, once its control characters are written.
 bool LooksLikeKey(std::string_view text) {
     return IsKey(text) || (text.size() > 1 && text[0] == '^' && IsControl(text[1]));
 }
@@ -97,7 +97,7 @@ class AnswerReader {
 
     std::string_view written_;
     Answer answer_;
-    bool acts_ = false;  // the last key, without Enter
+    bool acts_ = false;  // the last key takes effect without Enter
 };
 
 }  // namespace

@@ -44,7 +44,7 @@ const OptionRow& FindOption(int letter) {
                          [letter](const OptionRow& row) { return row.letter == letter; });
 }
 
-// The names of getopt_long(); only "-h" has a letter, too.
+// For getopt_long(). Only "-h" is also a short option.
 std::vector<option> LongOptions() {
     std::vector<option> options;
     options.reserve(kOptions.size() + 1);

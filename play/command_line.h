@@ -17,7 +17,7 @@ struct CommandLine {
     PlayOptions play;
 };
 
-/// Throws std::runtime_error with one line for what cannot be understood.
+/// Throws std::runtime_error with one line if the command line is invalid.
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 
 std::string HelpText();

@@ -6,7 +6,7 @@
 
 namespace play {
 
-/// A file descriptor that is closed.
+/// Sole owner of a file descriptor, which it closes.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -31,7 +31,7 @@ class Descriptor {
     int number_ = -1;
 };
 
-/// Returns `result`, or throws std::system_error with errno and what failed if it is negative.
+/// Returns `result`. If it is negative, throws std::system_error with errno and `what`.
 int Checked(int result, const char* what);
 
 }  // namespace play

@@ -53,7 +53,7 @@ void Display::MoveLeft() {
     }
 }
 
-// A character replaces the one that is there; bytes that continue it are inserted.
+// The first byte of a character replaces the character at the cursor; further bytes are inserted.
 void Display::Put(char byte) {
     std::size_t end = column_;
     if (!ContinuesCharacter(byte) && end < line_.size()) {
@@ -107,7 +107,7 @@ void Display::FinishPrompt(std::string_view line, std::size_t length) {
     }
 }
 
-// A prompt behind text without a line end is on a line of its own in a file.
+// If a prompt follows text that does not end a line, a session file has it on its own line.
 void Display::SeparatePrompt() {
     const std::size_t begin = FindLastPrompt(line_);
     if (begin == std::string::npos || begin == 0) {

@@ -8,7 +8,7 @@
 
 namespace play {
 
-/// A line as a session file has it.
+/// A line of a session file.
 struct DisplayedLine {
     std::string text;    ///< without the prompt
     std::string prompt;  ///< at which `text` was typed; empty for output
@@ -28,12 +28,12 @@ class Display {
     /// The last line, which is not finished.
     [[nodiscard]] const std::string& Unfinished() const { return line_; }
 
-    /// An answer was typed; `echo` is what the terminal displays for it, or nothing if that is not
-    /// known. `ends_line` is false for keys that act without Enter.
+    /// Call it when an answer was typed. `echo` is what the terminal displays for it, or nothing if
+    /// that is unknown. `ends_line` is false for keys that act without Enter.
     void ExpectEcho(std::optional<std::string> echo, bool ends_line);
-    /// What was typed so far of an answer. A notification leaves it on a line of its own.
+    /// The unfinished answer. A notification leaves it on a line of its own.
     void SetHalfTyped(std::string text) { half_typed_ = std::move(text); }
-    /// The program's output has ended.
+    /// Call it when the program's output has ended.
     void End();
 
   private:
@@ -49,7 +49,7 @@ class Display {
     void SeparatePrompt();
 
     State state_ = State::kText;
-    std::string line_;        // the unfinished one
+    std::string line_;        // the unfinished line
     std::size_t column_ = 0;  // in bytes
     std::vector<DisplayedLine> lines_;
     bool is_answered_ = false;

@@ -36,7 +36,7 @@ std::vector<Hunk> FindHunks(const Rows& rows) {
     return hunks;
 }
 
-// "12,5"; an empty range is named by the line before it.
+// As in a unified diff: "12,5". An empty range has the number of the line before it.
 std::string Range(std::size_t begin, std::size_t count) {
     return std::to_string(count == 0 ? begin : begin + 1) + "," + std::to_string(count);
 }

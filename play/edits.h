@@ -7,20 +7,19 @@
 
 namespace play {
 
-/// What makes of a file's lines the lines that came.
+/// Deletions and insertions that turn the lines of a file into those displayed.
 class Edits {
   public:
     explicit Edits(const std::vector<std::string>& lines)
         : lines_(&lines), deleted_(lines.size()), inserted_(lines.size() + 1) {}
 
     void Delete(std::size_t line) { deleted_[line] = true; }
-    /// Before this line of the file, behind what was inserted there earlier.
+    /// Inserts before this line of the file, after text inserted there earlier.
     void Insert(std::size_t line, std::string text) { inserted_[line].push_back(std::move(text)); }
 
     [[nodiscard]] bool IsEmpty() const;
     [[nodiscard]] std::vector<std::string> Result() const;
-    /// In the unified format, the file named `name` and what came "displayed"; of a very long one
-    /// only the beginning.
+    /// A unified diff from `name` to "displayed". A very long one is truncated.
     [[nodiscard]] std::string Diff(const std::string& name) const;
     /// The first line of the file that differs, and the column if another line replaces it: "12:5".
     [[nodiscard]] std::string FirstPlace() const;

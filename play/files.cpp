@@ -42,7 +42,7 @@ void Write(std::FILE* file, const std::string& name, const std::vector<std::stri
     }
 }
 
-/// An empty file beside another. It is removed, unless it has replaced that.
+/// A temporary file in the directory of another, removed unless it was renamed to that.
 class Draft {
   public:
     explicit Draft(const char* beside) : path_(std::string(beside) + ".XXXXXX") {
@@ -81,7 +81,7 @@ void CreateFile(const std::string& name, const std::vector<std::string>& lines) 
 }
 
 void ReplaceFile(const std::string& name, const std::vector<std::string>& lines) {
-    // A symbolic link stays one.
+    // Replace the target of a symbolic link, not the link.
     const std::unique_ptr<char, decltype(&std::free)> path(realpath(name.c_str(), nullptr),
                                                            &std::free);
     struct stat old = {};

@@ -5,12 +5,12 @@
 
 namespace play {
 
-// All throw std::system_error that names the file.
+// These functions throw a std::system_error that names the file.
 
 std::string ReadFile(const std::string& name);
 /// Fails if the file exists.
 void CreateFile(const std::string& name, const std::vector<std::string>& lines);
-/// Leaves the file as it is if it fails.
+/// If it fails, the file is unchanged.
 void ReplaceFile(const std::string& name, const std::vector<std::string>& lines);
 
 }  // namespace play

@@ -6,14 +6,14 @@
 
 namespace play {
 
-/// What a terminal in canonical mode makes of typed bytes, as far as prompts need it.
+/// Models how a terminal in canonical mode edits a line. Covers only what prompts need.
 class LineEditor {
   public:
     enum class Key { kText, kEnter, kEndOfInput, kInterrupt, kSuspend, kReprint };
 
     explicit LineEditor(const termios& modes) : modes_(modes) {}
 
-    /// What the byte means, without taking it into the line.
+    /// What the byte would do; the line does not change.
     [[nodiscard]] Key Classify(char byte) const;
     void Add(char byte);
     [[nodiscard]] const std::string& Line() const { return line_; }
@@ -27,7 +27,7 @@ class LineEditor {
 
     termios modes_;
     std::string line_;
-    bool is_literal_ = false;  // behind the key that takes the next one as text
+    bool is_literal_ = false;  // the previous key makes this one text
 };
 
 }  // namespace play

@@ -74,7 +74,7 @@ int Run(const CommandLine& line) {
     return Play(line);
 }
 
-// Ends as the signal would have ended it.
+// Ends this process by the signal.
 int EndBySignal(int number) {
     std::signal(number, SIG_DFL);
     std::raise(number);

@@ -16,7 +16,7 @@ std::vector<std::size_t> FindPatterns(const std::vector<PatternLine>& patterns,
     return found;
 }
 
-// Searches an augmenting path of the bipartite graph, breadth first.
+// Searches for an augmenting path in the bipartite graph, breadth first.
 bool Assignment::Add(std::vector<std::size_t> patterns) {
     std::vector<std::size_t> lines = {patterns_of_.size()};
     std::vector<std::size_t> reached_from(line_of_.size(), kNone);

@@ -15,14 +15,14 @@ inline constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 std::vector<std::size_t> FindPatterns(const std::vector<PatternLine>& patterns,
                                       const std::string& line);
 
-/// For lines that may come in any order: as many of them as can be have a pattern of their own.
+/// For lines that may come in any order: a maximum matching of lines and patterns, one to one.
 class Assignment {
   public:
     explicit Assignment(std::size_t patterns) : line_of_(patterns, kNone) {}
 
-    /// Adds a line that these patterns match. Returns whether one more line has a pattern.
+    /// Adds a line that each of these patterns matches. Returns whether `Matched` has increased.
     bool Add(std::vector<std::size_t> patterns);
-    /// How many lines have a pattern.
+    /// Number of lines that have been assigned a pattern.
     [[nodiscard]] std::size_t Matched() const { return matched_; }
     /// The line of a pattern, counted from the first added, or kNone.
     [[nodiscard]] std::size_t LineOf(std::size_t pattern) const { return line_of_[pattern]; }
@@ -34,7 +34,7 @@ class Assignment {
 
     std::vector<std::size_t> line_of_;
     std::vector<std::size_t> pattern_of_;
-    std::vector<std::vector<std::size_t>> patterns_of_;  // that match each line
+    std::vector<std::vector<std::size_t>> patterns_of_;  // the patterns that match each line
     std::size_t matched_ = 0;
 };
 
@@ -54,7 +54,7 @@ class Matcher {
     [[nodiscard]] const std::vector<std::string>& Lines() const { return lines_; }
 
   private:
-    /// A way to match all lines so far. `group` exists inside an element in any order.
+    /// A way to match all lines so far. `group` exists inside an element of kind kAnyOrder.
     struct State {
         std::size_t element;
         std::optional<Assignment> group;

@@ -25,7 +25,7 @@ bool EscapesWildcard(std::string_view text) {
     return StartsWith(text.substr(CountBackslashes(text)), kWildcard);
 }
 
-// Written before what would not be read as a line of output otherwise.
+// The escape for a line that would not be read as output, or nothing.
 std::string_view Prefix(std::string_view line) {
     const bool escaped = StartsWith(line, "#") || StartsWith(line, "%") || StartsWith(line, "$ ") ||
                          (StartsWith(line, "\\") && !EscapesWildcard(line)) || line == "..." ||
@@ -42,8 +42,8 @@ bool IsLetter(char byte) {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
 }
 
-/// What differs from run to run. In a shape X is a hexadecimal digit, 9 a digit, + more digits, all
-/// else itself. `kept` bytes of it are written before the wildcard.
+/// Text that differs between runs and is replaced by a wildcard, except for its first `kept` bytes.
+/// In `shape`, X matches a hexadecimal digit, 9 a digit, + further digits, any other byte itself.
 struct Variable {
     std::string_view shape;
     std::size_t kept;
@@ -58,7 +58,7 @@ constexpr std::array<Variable, 6> kVariables = {{
     {"99999999T999999", 0},
 }};
 
-/// Lines with the path of a file, of which the directory differs.
+/// Labels of file paths. The directory of the path differs between runs.
 constexpr std::array<std::string_view, 3> kPathLabels = {
     "Filename: ", "Displaying: ", "Removing: "};
 
@@ -69,7 +69,7 @@ bool FitsShape(char shape, char byte) {
     return shape == '9' ? IsDigit(byte) : shape == byte;
 }
 
-// The length of the text of this shape at the beginning of `text`, or 0.
+// The length of the match at the beginning of `text`, or 0.
 std::size_t MatchShape(std::string_view shape, std::string_view text) {
     std::size_t length = 0;
     for (const char wanted : shape) {
@@ -185,7 +185,7 @@ std::string WriteLiteral(std::string_view line) {
 std::string WriteGeneral(std::string_view line) {
     line = WithoutTrailingBlanks(line);
     std::string written(Prefix(line));
-    std::size_t begin = 0;  // of what is not yet written
+    std::size_t begin = 0;  // of the text that is not yet written
     if (const Found directory = FindDirectory(line); directory.length > 0) {
         written += line.substr(0, directory.kept);
         written += kWildcard;

@@ -6,8 +6,8 @@
 
 namespace play {
 
-/// A line of output as a session file has it: "[..]" matches any text, a leading backslash is left
-/// out, "\[..]" is that text itself. Blanks at the end of a line do not count.
+/// A line of output in a session file: "[..]" matches any text, a leading backslash is removed, and
+/// "\[..]" matches "[..]". Trailing blanks are ignored.
 class Pattern {
   public:
     explicit Pattern(std::string_view written);
@@ -15,13 +15,13 @@ class Pattern {
     [[nodiscard]] bool Matches(std::string_view line) const;
 
   private:
-    std::vector<std::string> parts_;  // with a wildcard between each two
+    std::vector<std::string> parts_;  // separated by wildcards
 };
 
 /// The pattern that matches nothing but `line`.
 std::string WriteLiteral(std::string_view line);
 
-/// The same with a wildcard for what differs from run to run: addresses, directories, times, the
+/// The same with wildcards for text that differs between runs: addresses, directories, times, the
 /// numbers of sessions and transfers.
 std::string WriteGeneral(std::string_view line);
 

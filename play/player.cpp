@@ -9,7 +9,7 @@ namespace play {
 namespace {
 
 constexpr Duration kDefaultLimit(10000);
-constexpr Duration kSilence(500);  // after which output that differs is complete
+constexpr Duration kSilence(500);  // differing output is complete after this pause
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 constexpr std::size_t kMostOfUnfinished = 1000;
 constexpr std::size_t kMostLinesListed = 15;
@@ -84,7 +84,7 @@ void Player::Type(const Answer& answer, Clock::time_point deadline) {
     program_.Type(keys.substr(typed), deadline);
 }
 
-// If it does not come, that is reported as a difference.
+// A missing echo is reported later, as a difference.
 void Player::AwaitEcho(std::string_view echo, Clock::time_point deadline) {
     const auto is_displayed = [&] {
         const std::string_view line = display_.Unfinished();
@@ -184,7 +184,7 @@ Player::Outcome Player::Await(const Step& step) {
     return matcher_->IsViable() ? Outcome::kReached : Outcome::kDiffers;
 }
 
-// The rest of the output, up to the next prompt or the end, belongs into the report.
+// Receives the output up to the next prompt or the end, for the report.
 void Player::Settle(const Step& step, Outcome outcome) {
     const Clock::time_point deadline = Clock::now() + Limit(step);
     const std::size_t most = received_ + kMostBytesAfterDifference;
@@ -200,7 +200,7 @@ void Player::Settle(const Step& step, Outcome outcome) {
     }
 }
 
-// The lines of this step, with the last one even if it is not finished.
+// The lines of this step, including the last one if it is not finished.
 std::vector<std::string> Player::Displayed() const {
     std::vector<std::string> lines = matcher_->Lines();
     if (display_.Prompt().empty() && !display_.Unfinished().empty()) {

@@ -17,7 +17,7 @@ namespace play {
 
 struct PlayOptions {
     std::vector<std::string> command = {"morvane"};
-    std::string simulator = "morvane-simulator";  ///< which takes "--tell"
+    std::string simulator = "morvane-simulator";  ///< called with "--tell"
     std::optional<Duration> limit;                ///< instead of that of the file
     bool update = false;
     /// Called with the number of a line before it is played.
@@ -29,11 +29,11 @@ class Player {
   public:
     Player(const SessionFile& file, const PlayOptions& options, Signals& signals);
 
-    /// Returns what failed, in lines, or nothing if all agrees; with the option `update`, if the
-    /// file was played to its end. Throws CannotRun.
+    /// Returns a report in lines, or an empty text if everything agrees or, with the option
+    /// `update`, if the file was played to its end. Throws CannotRun.
     std::string Play();
 
-    /// After Play(): what makes the file agree.
+    /// After Play(): the edits that make the file agree.
     [[nodiscard]] const Edits& Differences() const { return edits_; }
 
   private:
@@ -68,7 +68,7 @@ class Player {
     Display display_;
     std::vector<DisplayedLine> pending_;  // displayed, not yet compared
     std::optional<Matcher> matcher_;
-    std::size_t received_ = 0;  // bytes since the last answer, as they take memory
+    std::size_t received_ = 0;  // bytes since the last answer; limits memory
     bool has_ended_ = false;
     Edits edits_;
     std::string report_;

@@ -20,7 +20,7 @@ namespace {
 
 constexpr Duration kPatienceAtEnd(2000);  // for each way to end it
 
-// Between fork() and exec() only async-signal-safe functions may be called: all is prepared before.
+// Prepared before fork(): until exec() the child may call only async-signal-safe functions.
 class Arguments {
   public:
     explicit Arguments(const std::vector<std::string>& command) : words_(command) {
@@ -53,7 +53,7 @@ struct Pipe {
     Descriptor writer;
 };
 
-// In the child: the terminal becomes that of a new session, and all three streams.
+// In the child: makes the terminal that of a new session, and its standard streams.
 void TakeTerminal(int terminal) {
     setsid();
     ioctl(terminal, TIOCSCTTY, 0);
@@ -65,7 +65,7 @@ void TakeTerminal(int terminal) {
     }
 }
 
-// The other end is closed by exec(), or the error comes through it.
+// exec() closes the other end of the pipe; if it fails, the child writes errno to it.
 void CheckStart(Pipe& report, const std::string& name) {
     report.writer.Close();
     int error = 0;
@@ -95,8 +95,8 @@ void Program::Start(const std::vector<std::string>& command, const TerminalSetti
     Checked(openpty(&ours, &programs, nullptr, settings.modes, &settings.size), "openpty");
     terminal_ = Descriptor(ours);
     Descriptor programs_end(programs);
-    // What the program leaves behind becomes a child of this process, and can be awaited. Emulators
-    // may not know that.
+    // Orphaned processes of the program become children of this process, so that it can reap them.
+    // Fails in emulators that do not support it.
     std::ignore = prctl(PR_SET_CHILD_SUBREAPER, 1);
     Checked(fcntl(ours, F_SETFD, FD_CLOEXEC), "fcntl");
     Checked(fcntl(ours, F_SETFL, O_RDWR | O_NONBLOCK), "fcntl");
@@ -126,13 +126,13 @@ bool Program::HasEnded() {
         waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
         info.si_pid == id_) {
         has_ended_ = true;
-        // In the form of wait(): the process is not reaped, so that its group keeps its number.
+        // As wait() would set it. The process is not reaped: the ID of its group stays valid.
         status_ = info.si_code == CLD_EXITED ? W_EXITCODE(info.si_status, 0) : info.si_status;
     }
     return has_ended_;
 }
 
-// Whether there was any.
+// Returns whether there was any.
 bool Program::ReadOutput(std::string& output) {
     std::array<char, 65536> chunk;
     const ssize_t count = is_closed_ ? 0 : read(Terminal(), chunk.data(), chunk.size());
@@ -146,7 +146,7 @@ bool Program::ReadOutput(std::string& output) {
 
 Program::Event Program::Wait(Clock::time_point deadline, std::string& output, int input) {
     for (;;) {
-        const bool has_ended = HasEnded();  // before the last reading
+        const bool has_ended = HasEnded();  // before the read, so that no output is lost
         if (ReadOutput(output)) {
             return Event::kOutput;
         }
@@ -178,7 +178,7 @@ void Program::Type(std::string_view keys, Clock::time_point deadline) {
             continue;
         }
         if (errno == EIO) {
-            return;  // it has ended, which is seen later
+            return;  // it has ended, which Wait() reports
         }
         pollfd wait = {Terminal(), POLLOUT, 0};
         if (poll(&wait, 1, Remaining(deadline)) == 0) {
@@ -199,7 +199,7 @@ bool Program::AwaitEnd(Duration limit) {
     }
 }
 
-// A signal that asks this program to end does not wait for the other.
+// If a signal asks this process to end, kills the program without waiting.
 void Program::End() {
     if (std::exchange(was_asked_to_end_, true) || HasEnded()) {
         return;
@@ -217,7 +217,7 @@ void Program::End() {
     }
 }
 
-// A process of another user cannot be killed, that of a debugger not be reaped: those are left.
+// Processes that cannot be killed (of another user) or reaped (of a debugger) are left.
 void Program::Reap() const {
     Signal(SIGKILL);
     sigset_t child;

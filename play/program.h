@@ -29,7 +29,7 @@ class CannotRun : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What a program is started on: a terminal with these settings, or, if there are none, the usual.
+/// Settings of the terminal on which a program is started. Without modes, the default ones.
 struct TerminalSettings {
     const termios* modes = nullptr;
     winsize size = {24, 80, 0, 0};
@@ -60,7 +60,7 @@ class Program {
 
     [[nodiscard]] int Terminal() const { return terminal_.Number(); }
     void Signal(int number) const { kill(-id_, number); }
-    /// Once it has ended.
+    /// Call it once the program has ended.
     [[nodiscard]] Ending HowEnded() const;
     /// "ended with status 1", "was ended by signal 11 (Segmentation fault)" or "does not end".
     [[nodiscard]] std::string Describe() const;

@@ -18,7 +18,7 @@
 namespace play {
 namespace {
 
-/// The operator's terminal: while it lives, keys come as they are pressed.
+/// The operator's terminal. The destructor restores its modes.
 class RawTerminal {
   public:
     RawTerminal() {
@@ -81,7 +81,7 @@ class Recorder {
         TakeLines();
     }
 
-    // As a file has it.
+    // The lines of the session file.
     [[nodiscard]] std::vector<std::string> Lines(const std::string& command) const {
         std::vector<std::string> lines = {command};
         if (!(program_.HowEnded() == Ending{})) {
@@ -95,7 +95,7 @@ class Recorder {
     // Returns false at the end of the program.
     bool Step() {
         std::string output;
-        // Keys are not read faster than they can be typed on.
+        // Stop reading keys while many wait to be passed on.
         const int input = keys_.size() < kMostKeys ? STDIN_FILENO : -1;
         const Program::Event event = program_.Wait(Clock::time_point::max(), output, input);
         RawTerminal::Write(output);
@@ -123,8 +123,8 @@ class Recorder {
         ioctl(program_.Terminal(), TIOCSWINSZ, &size);
     }
 
-    // The kernel does not let a terminal stop the only process group of a session: both are stopped
-    // here, and continue together.
+    // The kernel does not stop an orphaned process group by Ctrl-Z. Therefore this function stops
+    // the program and then this process, and both continue together.
     void Suspend() const {
         program_.Signal(SIGSTOP);
         terminal_.Restore();
@@ -147,11 +147,11 @@ class Recorder {
         }
         for (ssize_t i = 0; i < count; ++i) {
             TakeKey(chunk[static_cast<std::size_t>(i)]);
-            TypeKeys();  // the next key may be text behind this one
+            TypeKeys();  // the next key may be text because of this one
         }
     }
 
-    // Keys that act at once also discard what was typed before them.
+    // Ctrl-C, Ctrl-\ and Ctrl-Z take effect immediately and discard the keys before them.
     void TakeKey(char byte) {
         const LineEditor::Key key = editor_.Classify(byte);
         if (key != LineEditor::Key::kInterrupt && key != LineEditor::Key::kSuspend) {
@@ -168,7 +168,7 @@ class Recorder {
         Interrupt(byte);
     }
 
-    // A file can have the key only at a prompt.
+    // A session file can contain the key only at a prompt.
     void Interrupt(char byte) {
         const std::string key = byte == '\x03' ? "^C" : "^\\";
         is_answering_ = is_answering_ || !display_.Prompt().empty();
@@ -182,7 +182,7 @@ class Recorder {
 
     void Type(char byte) { program_.Type({&byte, 1}, Clock::now() + std::chrono::seconds(10)); }
 
-    // A line is typed when there is a prompt for it, so that it is displayed behind that.
+    // Passes a line on only at a prompt, so that it is displayed behind the prompt.
     void TypeKeys() {
         while (!keys_.empty()) {
             is_answering_ = is_answering_ || !display_.Prompt().empty();
@@ -193,7 +193,7 @@ class Recorder {
             keys_.erase(0, 1);
             const LineEditor::Key key = editor_.Classify(byte);
             if (key == LineEditor::Key::kReprint) {
-                continue;  // the terminal would end the line of the prompt
+                continue;  // the terminal would display the line again, without its prompt
             }
             Type(byte);
             if (key == LineEditor::Key::kEnter) {
@@ -233,8 +233,8 @@ class Recorder {
     Program program_;
     Display display_;
     std::string keys_;        // not yet typed
-    std::string interrupts_;  // of this answer, as written
-    std::string answer_;      // the last one, as written
+    std::string interrupts_;  // keys of this answer, as written
+    std::string answer_;      // the last answer, as written
     bool is_answering_ = false;
     std::vector<std::string> lines_;
 };

@@ -5,8 +5,8 @@
 
 namespace play {
 
-/// Prints the result of each file to standard output, for a person or in the Test Anything
-/// Protocol; on a person's terminal also, on standard error, how far a file is.
+/// Prints the result of each file to standard output, as text or in the Test Anything Protocol.
+/// As text, also displays the progress if standard error is a terminal.
 class Results {
   public:
     Results(bool tap, std::size_t files);
@@ -17,7 +17,7 @@ class Results {
 
     void Progress(const std::string& file, std::size_t line, std::size_t lines) const;
     enum class Verdict { kAgrees, kUpdated, kFailed };
-    /// `report` is what failed, in lines.
+    /// `report`: see Player::Play.
     void Add(const std::string& file, Verdict verdict, const std::string& report);
 
   private:

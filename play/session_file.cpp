@@ -20,7 +20,7 @@ constexpr std::string_view kSignal = "signal ";
 constexpr int kLastSignal = 64;
 constexpr int kLastStatus = 255;
 
-// Up to the next blank; `text` keeps what is behind the blanks.
+// Removes the first word, and the blanks around it, from `text`.
 std::string_view TakeWord(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
@@ -38,7 +38,7 @@ std::optional<int> ParseNumber(std::string_view text) {
     return std::stoi(std::string(text));
 }
 
-// Such as those of a terminal's colours.
+// Escape sequences of a terminal's colours begin with one.
 bool HasControlCharacter(std::string_view line) {
     return std::any_of(line.begin(), line.end(), IsControl);
 }
@@ -172,7 +172,7 @@ class Parser {
         if (rest.empty()) {
             Fail(R"("% tell" without a command)");
         }
-        // A prompt without an answer is awaited only here: elsewhere a notification has redrawn it.
+        // Await a prompt without an answer only here: elsewhere a notification has redrawn it.
         Finish(Step::Action::kTell, bare_prompt_, std::string(rest));
     }
 

@@ -13,8 +13,8 @@ namespace play {
 
 using Duration = std::chrono::milliseconds;
 
-/// Reads "10s", "500ms", "2min" or, in seconds, "10". Nothing if it is none of these, or not
-/// between 1 ms and a day.
+/// Reads "10s", "500ms", "2min" or, in seconds, "10". Returns nothing for other texts, and for less
+/// than 1 ms or more than a day.
 std::optional<Duration> ParseDuration(std::string_view text);
 /// "10 s" or "500 ms".
 std::string Describe(Duration duration);
@@ -32,12 +32,12 @@ struct Element {
 
     Kind kind;
     std::size_t begin;  ///< its first line in the file
-    std::size_t end;    ///< behind its last line
+    std::size_t end;    ///< the line after its last one
     std::vector<PatternLine> lines;
     std::optional<Duration> limit;
 };
 
-/// Output, and what is done when it has been displayed.
+/// Expected output and the action that follows it.
 struct Step {
     enum class Action { kType, kTell, kEnd };
 
@@ -59,7 +59,7 @@ struct Ending {
         return by_signal == other.by_signal && number == other.number;
     }
 };
-/// As "% exit" has it: "3" or "signal 15".
+/// As in "% exit": "3" or "signal 15".
 std::string Write(const Ending& ending);
 
 struct SessionFile {
@@ -69,7 +69,7 @@ struct SessionFile {
     std::vector<std::string> needs;
     std::optional<Duration> limit;
     Ending ending;
-    std::vector<Step> steps;  ///< the last, and no other, is the end
+    std::vector<Step> steps;  ///< only the last one has the action kEnd
 };
 
 /// Throws std::runtime_error with the file's name, the line and the reason.

@@ -8,7 +8,7 @@
 
 namespace play {
 
-/// A signal asks this program to end.
+/// Thrown when a signal asks this program to end.
 class Interrupted : public std::exception {
   public:
     explicit Interrupted(int signal) : signal_(signal) {}
@@ -19,8 +19,8 @@ class Interrupted : public std::exception {
     int signal_;
 };
 
-/// While it lives, signals wait until they are read: those that end a program, SIGCHLD, and
-/// `others`. Programs must be started with the mask from before.
+/// Blocks signals during its lifetime and queues them for `Take`: those that end a program,
+/// SIGCHLD, and `others`. Child processes must be started with `MaskBefore`.
 class Signals {
   public:
     explicit Signals(const std::vector<int>& others = {});
@@ -28,9 +28,9 @@ class Signals {
     Signals& operator=(const Signals&) = delete;
     ~Signals();
 
-    /// Becomes readable with a signal.
+    /// A descriptor that is readable while a signal is pending.
     [[nodiscard]] int Number() const { return descriptor_.Number(); }
-    /// The next signal, or 0 if none waits. Throws Interrupted for one that ends a program.
+    /// The next signal, or 0 if none is pending. Throws Interrupted for one that ends a program.
     int Take();
     [[nodiscard]] const sigset_t& MaskBefore() const { return before_; }
 
