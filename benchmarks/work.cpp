@@ -51,7 +51,7 @@ constexpr Listener kBusctlMonitor = {
 constexpr Listener kDbusMonitor = {"dbus-monitor", [](Scene& scene) { return scene.DbusMonitor(); },
                                    "\"Status\""};
 
-// Monitors look at a path without an object.
+// Monitors create no transfer: for them changes are announced at a path without an object.
 std::string TransferOf(Scene& scene) {
     return scene.daemon().Transfers().empty() ? std::string("/com/veltrisonix/obex/client/none")
                                               : scene.Transfer();

@@ -14,9 +14,9 @@ namespace simulator {
 /// for `OnLost`'s handler.
 class Bus {
   public:
-    /// Opens connections to an address.
+    /// `Open` connects to this address.
     Bus(std::string address, std::string name, std::shared_ptr<Instruments> instruments);
-    /// Uses one connection that stays open at the end.
+    /// Uses an existing connection, which the destructor leaves open.
     Bus(GDBusConnection* connection, std::string name, std::shared_ptr<Instruments> instruments);
     ~Bus();
     Bus(const Bus&) = delete;
@@ -54,7 +54,7 @@ class Bus {
     void Forget();
     guint32 AskForName(const char* method, GVariant* arguments);
 
-    const std::string address_;  // empty when the connection is the caller's
+    const std::string address_;  // empty if the connection is the caller's
     const std::string name_;
     const std::shared_ptr<Instruments> instruments_;
     morvane::GlibPtr<GDBusConnection> connection_;

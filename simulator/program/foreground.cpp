@@ -83,7 +83,7 @@ SignalQueue::SignalQueue()
       }()) {
     const sigset_t set = QueuedSignals();
     pthread_sigmask(SIG_BLOCK, &set, &original_mask_);
-    sigaction(SIGPIPE, nullptr, &on_broken_pipe_);  // GIO changes it, and so does g_spawn_async()
+    sigaction(SIGPIPE, nullptr, &on_broken_pipe_);  // before GIO or g_spawn_async() changes it
 }
 
 std::optional<signalfd_siginfo> SignalQueue::Take() {

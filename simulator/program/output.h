@@ -17,10 +17,11 @@ class Output {
 
     void Begin(const std::string& first_line);
     void Print(const std::string& text);
-    /// From now on `writer` writes, in the thread of the default main context only, which is the
-    /// caller's. Empty: `Print` writes itself again. Call it after `Begin`.
+    /// Sets the function that writes from now on, called in the thread of the default main context
+    /// only, which must be the calling thread. If empty, `Print` writes directly again. Call it
+    /// after `Begin`.
     void WriteBy(Writer writer);
-    /// Lets the writer write what waits, in its thread.
+    /// Writes the buffered text with the writer. Call it in the writer's thread.
     void Flush();
 
   private:
@@ -30,8 +31,8 @@ class Output {
     morvane::Mutex mutex_;
     std::string waiting_ MORVANE_GUARDED_BY(mutex_);
     bool begun_ MORVANE_GUARDED_BY(mutex_) = false;
-    bool is_deferred_ MORVANE_GUARDED_BY(mutex_) = false;  // there is a writer
-    guint flush_ MORVANE_GUARDED_BY(mutex_) = 0;           // source
+    bool is_deferred_ MORVANE_GUARDED_BY(mutex_) = false;  // a writer is set
+    guint flush_ MORVANE_GUARDED_BY(mutex_) = 0;           // ID of the pending idle source
 };
 
 }  // namespace simulator

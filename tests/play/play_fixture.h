@@ -35,8 +35,8 @@ class PlayTest : public testing::Test {
     /// The same with a.session and this script.
     PlayResult Play(const std::string& session, const std::string& script,
                     std::vector<std::string> options = {}) const;
-    /// These words behind a time-out that no slow machine reaches, then "--" and the words that
-    /// start this script as the tool.
+    /// A command line: a time-out that no slow machine reaches, `words`, "--", and the command that
+    /// runs `script` in place of the tool.
     std::vector<std::string> Behind(const std::string& script,
                                     std::vector<std::string> words = {}) const;
 

@@ -16,7 +16,6 @@
 
 namespace simulator {
 
-/// The simulator as a program, in a directory of the test's own.
 /// The answer to the command quit.
 inline const std::string kEnding =
     "The simulator ends: shown at once; an open session ends at the next answer\n";
