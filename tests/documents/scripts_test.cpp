@@ -172,7 +172,7 @@ TEST_F(Scripts, ClangFormatOfFirstSupportedVersionIsUsed) {
     }
 }
 
-TEST(Benchmarks, HavePictureOfFigures) {
+TEST(Benchmarks, PictureAgreesWithTheFigures) {
     EXPECT_EQ(ScriptTree().OutputOf("'" + SourcePath("benchmarks/picture") + "' --check", 0), "");
 }
 

@@ -40,7 +40,7 @@ TEST(SimulatorCommandLine, ReadsItsOptionsOrLeavesTheDefaults) {
     EXPECT_EQ(line.commands, (Signals{"content é", "come-back"}));
 }
 
-TEST(SimulatorCommandLine, RefusesWhatItDoesNotKnow) {
+TEST(SimulatorCommandLine, RefusesUnknownOptionsAndInvalidValues) {
     const std::pair<const char*, const char*> rows[] = {
         {"--colour", "Unknown option --colour"},
         {"stray", "Unexpected argument stray"},
@@ -121,7 +121,7 @@ class SimulatorCommands : public SimulatorTest {
     string log_;
 };
 
-TEST_F(SimulatorCommands, EmptyLinesAndRemarksDoNothing) {
+TEST_F(SimulatorCommands, EmptyLinesAndCommentsDoNothing) {
     for (const char* const line : {"", "   ", "# crash"}) EXPECT_EQ(Execute(line), "");
     EXPECT_EQ(daemon().Sessions().size(), 1U);
 }
@@ -151,7 +151,7 @@ TEST_F(SimulatorCommands, ExampleOfEachCommandWorks) {
     }
 }
 
-TEST_F(SimulatorCommands, ComplainInOneLine) {
+TEST_F(SimulatorCommands, ReportErrorsInOneLine) {
     const std::tuple<const char*, Kind, const char*> complaints[] = {
         {"dance", Kind::kUnknownCommand, "Unknown command: dance (try help)"},
         {"help dance", Kind::kUnknownCommand, "Unknown command: dance (try help)"},
@@ -197,7 +197,7 @@ TEST_F(SimulatorCommands, ComplainInOneLine) {
     ExpectComplaint("close session", Kind::kNoSuchObject, "There is no session");
 }
 
-TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
+TEST_F(SimulatorCommands, RefuseUnknownNamesAndSuggestTheNearest) {
     const std::pair<const char*, const char*> refusals[] = {
         {"hang Selct", "No method Selct; did you mean Select?"},
         {"hang GETSIZE", "No method GETSIZE; did you mean GetSize?"},
@@ -220,7 +220,7 @@ TEST_F(SimulatorCommands, UnknownNamesAreRefusedWithTheNearest) {
         EXPECT_NE(Execute(known), "");
 }
 
-TEST_F(SimulatorCommands, InterfacesThatAnObjectLacksAreRefused) {
+TEST_F(SimulatorCommands, RefuseInterfacesThatAnObjectLacks) {
     const std::pair<const char*, const char*> refusals[] = {
         {"override session Device1 Alias 'x'", "session0 has no interface Device1"},
         {"hide transfer PhonebookAccess1 Folder", "transfer0 has no interface PhonebookAccess1"},
@@ -236,7 +236,7 @@ TEST_F(SimulatorCommands, InterfacesThatAnObjectLacksAreRefused) {
         EXPECT_NE(Execute(accepted), "");
 }
 
-TEST_F(SimulatorCommands, OperatorCanInsistOnUnknownNames) {
+TEST_F(SimulatorCommands, ExclamationMarkPermitsUnknownNames) {
     Execute("refuse! Selct Failed Busy");
     EXPECT_EQ(Access("Selct"), "com.veltrisonix.Error.Failed: Busy");
     Execute("override! session Session1 Colour 'red'");
@@ -283,7 +283,7 @@ TEST_F(SimulatorCommands, ExactNameOfAPhoneIsPreferredToABeginning) {
     ExpectComplaint("remove Aster 2", Kind::kNoSuchObject, "No phone Aster 2 (try phones)");
 }
 
-TEST_F(SimulatorCommands, SayWhatChangedAndWhenItIsShown) {
+TEST_F(SimulatorCommands, ReportTheChangeAndWhenItIsDisplayed) {
     const std::pair<const char*, const char*> answers[] = {
         {"refuse Select Failed Not today",
          "Select is refused with com.veltrisonix.Error.Failed: shown when it is next called\n"},
@@ -302,7 +302,7 @@ TEST_F(SimulatorCommands, SayWhatChangedAndWhenItIsShown) {
     for (const auto& [line, answer] : answers) EXPECT_EQ(Execute(line), answer) << line;
 }
 
-TEST_F(SimulatorCommands, SayWhenNothingChanges) {
+TEST_F(SimulatorCommands, ReportIfNothingChanges) {
     const std::pair<const char*, const char*> commands[] = {
         {"", "return Aster"},
         {"", "state session 5"},
@@ -340,7 +340,7 @@ TEST_F(SimulatorCommands, TextKeepsItsBlanks) {
     EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
 }
 
-TEST_F(SimulatorCommands, ReplyAndProperties) {
+TEST_F(SimulatorCommands, ReplaceRepliesAndProperties) {
     Execute("reply GetSize ('a', uint32 1)");
     EXPECT_EQ(Access("GetSize"), "('a', uint32 1)");
     Execute("override * com.veltrisonix.obex.Session1 Root 'a b'");
@@ -351,7 +351,7 @@ TEST_F(SimulatorCommands, ReplyAndProperties) {
     EXPECT_EQ(client().Get(kSession, "obex.Session1", "Root"), "(<'/'>,)");
 }
 
-TEST_F(SimulatorCommands, Notifications) {
+TEST_F(SimulatorCommands, SendNotifications) {
     Execute("notify /a com.veltrisonix.Device1 Alias 'x y'");
     Execute("flood /a com.veltrisonix.Device1 RSSI 3 int16 5");
     Execute("invalidate /a com.veltrisonix.Device1 Alias");
@@ -363,7 +363,7 @@ TEST_F(SimulatorCommands, Notifications) {
     EXPECT_EQ(signals[4], "/a PropertiesChanged('com.veltrisonix.Device1', @a{sv} {}, ['Alias'])");
 }
 
-TEST_F(SimulatorCommands, PhonesAndDevices) {
+TEST_F(SimulatorCommands, RemoveReturnAndAddPhones) {
     StartSelected(ByHand());
     Execute("remove " + string(kPhone));
     Execute("add /x/dev_1 00:00:00:00:00:01 My second phone");
@@ -374,7 +374,7 @@ TEST_F(SimulatorCommands, PhonesAndDevices) {
     EXPECT_EQ(client().Get("/x/dev_1", "Device1", "Alias"), "(<'My second phone'>,)");
 }
 
-TEST_F(SimulatorCommands, SessionsAndTransfers) {
+TEST_F(SimulatorCommands, AdvanceTransfersAndCloseSessions) {
     const string session = string(kSession) + "  ";
     EXPECT_EQ(Execute("sessions"), session + "connected  Aster  " + kPhone + "\n");
     Execute("advance transfer 3");
@@ -397,7 +397,7 @@ TEST_F(SimulatorCommands, EmptyTransferHasNoPercentage) {
     EXPECT_NE(Execute("transfers").find("queued  0 of 0 bytes  /"), string::npos);
 }
 
-TEST_F(SimulatorCommands, ContentIsReadFromAFileAtOnce) {
+TEST_F(SimulatorCommands, ContentFileIsReadAtOnce) {
     const string file = directory_.File("strange file.vcf");
     std::ofstream(file) << string("a\0b\xff", 4);
     Execute("content-file " + file);
@@ -407,7 +407,7 @@ TEST_F(SimulatorCommands, ContentIsReadFromAFileAtOnce) {
     EXPECT_EQ(ReadFile("2.vcf"), string("a\0b\xff", 4));
 }
 
-TEST_F(SimulatorCommands, NewsOnThePhone) {
+TEST_F(SimulatorCommands, AddContactsAndMissedCalls) {
     Execute("add-contact Aster +12025550001 Ann Doe");
     EXPECT_EQ(Access("Search", "('name', 'ann doe', @a{sv} {})"), "([('1A.vcf', 'Doe;Ann')],)");
     Access("Select", "('int', 'mch')");
@@ -449,7 +449,7 @@ TEST_F(SimulatorCommands, LogShowsCallsWithAnswersAndFaults) {
     ExpectComplaint("log maybe", Kind::kBadArguments, "Neither on nor off: maybe");
 }
 
-TEST_F(SimulatorCommands, LogCutsLongValuesBetweenCharacters) {
+TEST_F(SimulatorCommands, LogTruncatesLongValuesBetweenCharacters) {
     Execute("log on");
     const auto repeated = [](int count) {
         string text;

@@ -72,7 +72,7 @@ TEST_F(ControlInterface, AnswersQuit) {
     console_->ExpectExit(0);
 }
 
-TEST_F(ControlInterface, NamesErrors) {
+TEST_F(ControlInterface, ReportsErrorsByName) {
     const std::string error = "Error: GDBus.Error:org.morvane.Simulator1.Error.";
     EXPECT_EQ(Execute("nonsense").find(error + "UnknownCommand: Unknown command: nonsense"), 0U);
     EXPECT_EQ(Execute("stall maybe").find(error + "InvalidArguments: "), 0U);
@@ -81,7 +81,7 @@ TEST_F(ControlInterface, NamesErrors) {
     EXPECT_EQ(Control("AddDevice", {kPath, "{}"}).find(error + "Failed: "), 0U);
 }
 
-TEST_F(ControlInterface, IsOutOfReachOfTheFaultsOfTheDaemon) {
+TEST_F(ControlInterface, IsExemptFromFaultsOfTheDaemon) {
     for (const char* const command :
          {"hang GetAll", "hang! Execute", "leave", "come-back", "crash"})
         EXPECT_EQ(Execute(command).find("('"), 0U) << command;
@@ -90,7 +90,7 @@ TEST_F(ControlInterface, IsOutOfReachOfTheFaultsOfTheDaemon) {
     EXPECT_EQ(SetPassword(), "()\n");
 }
 
-TEST_F(ControlInterface, RefusesSoManyCalls) {
+TEST_F(ControlInterface, RefusesTheGivenNumberOfCalls) {
     EXPECT_EQ(Control("Refuse", {"SetPassword", "com.example.Error.No", "not today", "1"}), "()\n");
     EXPECT_EQ(SetPassword().find("Error: GDBus.Error:com.example.Error.No: not today"), 0U);
     EXPECT_EQ(SetPassword(), "()\n");
@@ -127,7 +127,7 @@ TEST_F(ControlInterface, AnnouncesProperties) {
     monitor.Kill();
 }
 
-TEST_F(ControlInterface, AddsDevicesAsTheyAreGiven) {
+TEST_F(ControlInterface, AddsDevicesWithExactlyTheGivenProperties) {
     EXPECT_EQ(Control("AddDevice", {"/a/device", "{'Alias': <byte 1>}"}), "()\n");
     EXPECT_EQ(CallDaemon("/a/device", "org.freedesktop.DBus.Properties.GetAll",
                          {"com.veltrisonix.Device1"}),

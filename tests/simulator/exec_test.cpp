@@ -119,7 +119,7 @@ TEST_F(Exec, NeedsACommand) {
     console.ExpectExit(1);
 }
 
-TEST_F(Exec, LeavesTheWordsAfterItToTheCommand) {
+TEST_F(Exec, PassesOptionsAfterTheCommandToIt) {
     Console& console = Run({"--phones=1", "--exec", "echo", "--help", "--exec", "\xff"});
     console.Expect("--help --exec \xff\n");
     console.ExpectExit(0);
@@ -138,7 +138,7 @@ constexpr char kSurroundings[] =
     "grep -E 'Sig(Blk|Ign)' /proc/self/status; ls /proc/self/fd; env | grep -v BUS_ADDRESS | sort";
 
 // GLib sets the default action of SIGPIPE in its child processes.
-TEST_F(Exec, LetsTheCommandFindWhatItWouldFindAlone) {
+TEST_F(Exec, PreservesSignalsDescriptorsAndEnvironment) {
     std::string output;
     for (const auto& options : {Running({"sh", "-c", kSurroundings}),
                                 RunningProgram({"--exec", "sh", "-c", kSurroundings})}) {
@@ -213,7 +213,7 @@ constexpr char kCounter[] =
     "reads=0; while [ \"$line\" != end ] && [ $((reads += 1)) -lt 100 ]; do "
     "read line && echo \"read $line\"; done; exit 4";
 
-TEST_F(Exec, PassesOnTheSignalsOfOtherProcesses) {
+TEST_F(Exec, ForwardsSignalsOfOtherProcesses) {
     Console& console = RunShell(kCounter);
     console.Expect("ready\n");
     for (const auto& [signal, name] :

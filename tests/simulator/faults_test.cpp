@@ -25,7 +25,7 @@ class SimulatorFaults : public SimulatorTest {
     }
 };
 
-TEST_F(SimulatorFaults, RefusesTheMethodOfOneInterfaceSoManyTimes) {
+TEST_F(SimulatorFaults, RefusesTheMethodOfOneInterfaceTheGivenNumberOfTimes) {
     const string busy = Error("Failed", "Busy");
     daemon().Refuse("com.veltrisonix.obex.Client1.GetSize", kFailed, "Busy");
     EXPECT_EQ(Access("GetSize"), "(uint16 26,)");
@@ -49,7 +49,7 @@ TEST_F(SimulatorFaults, CallHangsUntilReleased) {
     EXPECT_EQ(daemon().Calls().size(), 2U) << "a released call is recorded once";
 }
 
-TEST_F(SimulatorFaults, ReadingsHangTooAndReleasedCallsMayFail) {
+TEST_F(SimulatorFaults, PropertyReadsHangTooAndReleasedCallsMayFail) {
     daemon().Hang("GetManagedObjects", 1);
     std::future<string> reading =
         CallElsewhere("/", "org.freedesktop.DBus.ObjectManager.GetManagedObjects");
@@ -63,7 +63,7 @@ TEST_F(SimulatorFaults, ReadingsHangTooAndReleasedCallsMayFail) {
     EXPECT_NE(call.get().find("InvalidArgs"), string::npos);
 }
 
-TEST_F(SimulatorFaults, CrashAnswersHangingCallsAndEndsSessionsAsLeavingTheBusDoes) {
+TEST_F(SimulatorFaults, CrashAnswersHangingCallsAndEndsSessionsLikeLeave) {
     daemon().Hang("GetSize", 1);
     std::future<string> call = CallElsewhere(kSession, "obex.PhonebookAccess1.GetSize");
     ASSERT_TRUE(daemon().AwaitCall("GetSize", kPatience));
@@ -83,7 +83,7 @@ TEST_F(SimulatorFaults, CrashAnswersHangingCallsAndEndsSessionsAsLeavingTheBusDo
     EXPECT_EQ(CreateSession(), "(objectpath '/com/veltrisonix/obex/client/session2',)");
 }
 
-TEST_F(SimulatorFaults, HiddenPropertyIsNowhere) {
+TEST_F(SimulatorFaults, HiddenPropertyIsInNoReply) {
     daemon().HideProperty(kAnyPath, kSessionInterface, "Source");
     EXPECT_EQ(client().GetAll(kSession, "obex.Session1").find("Source"), string::npos);
     EXPECT_NE(client().Get(kSession, "obex.Session1", "Source").find("No such property"),
@@ -93,7 +93,7 @@ TEST_F(SimulatorFaults, HiddenPropertyIsNowhere) {
         string::npos);
 }
 
-TEST_F(SimulatorFaults, PropertyReadsAsOverriddenInItsPlaceFirstByItsOwnObject) {
+TEST_F(SimulatorFaults, OverrideOfOneObjectPrecedesThatOfAllObjects) {
     daemon().OverrideProperty(kSession, kSessionInterface, "Channel", g_variant_new_string("x"));
     daemon().OverrideProperty(kSession, kSessionInterface, "Root", g_variant_new_string("mine"));
     daemon().OverrideProperty(kAnyPath, kSessionInterface, "Root", g_variant_new_string("all"));
@@ -109,7 +109,7 @@ TEST_F(SimulatorFaults, PropertyReadsAsOverriddenInItsPlaceFirstByItsOwnObject) 
     EXPECT_EQ(client().TakeSignals(), Signals{});
 }
 
-TEST_F(SimulatorFaults, OverriddenPropertiesAreAlsoAnnouncedSo) {
+TEST_F(SimulatorFaults, OverridesApplyToAnnouncedChanges) {
     daemon().OverrideProperty(kAnyPath, kTransferInterface, "Status", g_variant_new_byte(7));
     daemon().HideProperty(kAnyPath, kTransferInterface, "Size");
     const string reply = Access("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
@@ -145,7 +145,7 @@ TEST_F(SimulatorFaults, CallsAreRecordedAndAwaitedOnce) {
     EXPECT_FALSE(daemon().AwaitCall("GetSize", std::chrono::milliseconds(1)));
 }
 
-TEST_F(SimulatorFaults, NonsenseIsRefused) {
+TEST_F(SimulatorFaults, RefuseInvalidArguments) {
     EXPECT_THROW(daemon().Refuse("GetSize", "no error name", ""), std::invalid_argument);
     EXPECT_THROW(daemon().Reply("GetSize", g_variant_new_string("no tuple")),
                  std::invalid_argument);
@@ -174,7 +174,7 @@ TEST_F(SimulatorOnTheBus, ReportsInOneLineWhyItCannotStart) {
     EXPECT_THROW(Daemon(bus_.Address(), options), std::invalid_argument);
 }
 
-TEST_F(SimulatorOnTheBus, LossOfTheBusIsTold) {
+TEST_F(SimulatorOnTheBus, ReportsLossOfTheBus) {
     Start(ByHand());
     std::promise<void> lost;
     daemon().OnBusLost([&lost] { lost.set_value(); });

@@ -34,7 +34,7 @@ class PhoneBookOption : public SimulatorTest {
     std::optional<Console> program_;
 };
 
-TEST_F(PhoneBookOption, IsPulledFromTheFirstPhoneWithoutMalformedCards) {
+TEST_F(PhoneBookOption, GivesTheFirstPhoneTheValidCardsOfTheFile) {
     const string file = Write("book.vcf",
                               "BEGIN:VCARD\nVERSION:3.0\nN:Doe;Ann\nFN:Ann Doe\nTEL;TYPE=cell:+1\n"
                               "END:VCARD\nBEGIN:VCARD\nVERSION:4.0\nFN:x\nEND:VCARD\n"

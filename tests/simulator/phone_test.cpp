@@ -107,7 +107,7 @@ TEST_F(SimulatedPhone, KeepsTheCombinedHistoryLatestFirst) {
     EXPECT_EQ(calls.size(), parts);
 }
 
-TEST_F(SimulatedPhone, MissesCallsOfStrangersAndContacts) {
+TEST_F(SimulatedPhone, MissesCallsOfUnknownNumbersAndContacts) {
     const Phonebook& calls = *phone_.Find("int", "mch");
     const std::size_t before = calls.size();
     const std::uint8_t missed = phone_.NewMissedCalls();

@@ -114,7 +114,7 @@ TEST(FindEntry, FindsHandlesInEitherCase) {
     EXPECT_EQ(FindEntry(Book(), "1A.vcf").handle, 26U);
 }
 
-TEST(FindEntry, RefusesWhatIsNoHandleOrUnknown) {
+TEST(FindEntry, RefusesInvalidAndUnknownHandles) {
     for (const char* name :
          {"", ".vcf", "1", "1.vcard", "0x1.vcf", "+1.vcf", " 1.vcf", "000000001.vcf", "g.vcf"}) {
         EXPECT_EQ(RefusalOf([name] { FindEntry(Book(), name); }),
@@ -124,7 +124,7 @@ TEST(FindEntry, RefusesWhatIsNoHandleOrUnknown) {
               "com.veltrisonix.Error.DoesNotExist: No such vCard: FF.vcf");
 }
 
-TEST(FindEntry, TakesUniqueIds) {
+TEST(FindEntry, AcceptsUniqueIds) {
     const string uid = "0123456789ABCDEF0123456789ABCDEF";
     Phonebook book = Book();
     book[3].card.properties.push_back({Field::kBtUid, {}, {uid}});
@@ -164,7 +164,7 @@ TEST(Filters, RefuseUnknownKeysTypesAndValues) {
               kInvalid + "Unknown format: vcard40");
 }
 
-TEST(Filters, EachCallHasItsOwn) {
+TEST(Filters, EachCallAcceptsOnlyItsOwn) {
     const std::pair<FilteredCall, const char*> calls[] = {
         {FilteredCall::kPullAll,
          "Format MaxCount Offset ResetNewMissedCalls Fields FilterAll FilterAny "},

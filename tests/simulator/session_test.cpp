@@ -44,7 +44,7 @@ TEST_F(SimulatorSession, OnePhoneDemandsUserIdAndPassword) {
     EXPECT_EQ(CreateSession(address), "(objectpath '" + string(kSession) + "',)");
 }
 
-TEST_F(SimulatorSession, SelectsWhatThereIsAndKeepsTheSelectionOtherwise) {
+TEST_F(SimulatorSession, KeepsTheSelectionIfThePhoneBookDoesNotExist) {
     StartSession(Quick());
     EXPECT_EQ(Access("GetSize"), Error("Forbidden", "No phone book selected"));
     EXPECT_EQ(Access("Select", "('sim2', 'mch')"), "()");
@@ -57,7 +57,7 @@ TEST_F(SimulatorSession, SelectsWhatThereIsAndKeepsTheSelectionOtherwise) {
     EXPECT_EQ(Access("GetSize"), "(uint16 5,)");
 }
 
-TEST_F(SimulatorSession, AnnouncesTheFolderOnceItChanges) {
+TEST_F(SimulatorSession, AnnouncesTheFolderOnlyIfItChanges) {
     StartSession(Quick());
     Access("Select", "('sim1', 'pb')");
     const string folder = Changed(kSession, kAccess, "'Folder': <'SIM1/telecom/pb'>");

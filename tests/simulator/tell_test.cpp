@@ -48,7 +48,7 @@ class Tell : public ProgramTest {
     PrivateBus bus_;
 };
 
-TEST_F(Tell, FailsIfNoneRuns) {
+TEST_F(Tell, FailsIfNoSimulatorRuns) {
     ExpectRefusal({"--tell=phones"}, "No simulator is running");
 }
 
@@ -60,7 +60,7 @@ TEST_F(Tell, PrintsTheAnswersUntilACommandFails) {
     console.ExpectExit(1);
 }
 
-TEST_F(Tell, ReachesOneThatServesOnAnotherBus) {
+TEST_F(Tell, ReachesSimulatorOnAnotherBus) {
     Serve(bus_.Address(), {"--phones=1"});
     ExpectPhones({}, PhoneLine());
     Console& console = Run({"--tell=quit"});
@@ -76,7 +76,7 @@ TEST_F(Tell, TerminatesTheCommandByQuit) {
     command.ExpectEndBySignal(SIGTERM);
 }
 
-TEST_F(Tell, DemandsAChoiceOfSeveral) {
+TEST_F(Tell, RequiresAChoiceAmongSeveralSimulators) {
     const Console* const simulators[] = {&RunExec(), &RunExec()};
     Console& console = Run({"--tell=phones"});
     console.ExpectError(
@@ -98,7 +98,7 @@ TEST_F(Tell, ChoosesByProcessOrInstance) {
     ExpectRefusal({"--tell=phones", "--instance=third"}, "No such simulator is running");
 }
 
-TEST_F(Tell, PrefersTheOneOnTheBusOfItsEnvironment) {
+TEST_F(Tell, PrefersTheSimulatorOnTheBusOfItsEnvironment) {
     RunExec({"--phones=0"});
     std::string script;
     for (const std::string& word : ProgramWords()) script += word + " ";
@@ -107,7 +107,7 @@ TEST_F(Tell, PrefersTheOneOnTheBusOfItsEnvironment) {
     console.ExpectExit(0);
 }
 
-TEST_F(Tell, ListsThoseThatRun) {
+TEST_F(Tell, ListsRunningSimulators) {
     Console& none = Run({"--list"});
     none.ExpectExit(0);
     const std::string id = std::to_string(RunExec().ProcessId());
@@ -118,7 +118,7 @@ TEST_F(Tell, ListsThoseThatRun) {
     one.ExpectExit(0);
 }
 
-TEST_F(Tell, RemovesTheFileOfOneThatWasKilled) {
+TEST_F(Tell, RemovesTheFileOfAKilledSimulator) {
     Console& killed = RunExec();
     killed.Signal(SIGKILL);
     killed.AwaitEnd(morvane_test::Patience());
@@ -127,7 +127,7 @@ TEST_F(Tell, RemovesTheFileOfOneThatWasKilled) {
     EXPECT_FALSE(std::filesystem::exists(RuntimeFile(killed)));
 }
 
-TEST_F(Tell, ReportsOneThatIsStopped) {
+TEST_F(Tell, ReportsAStoppedSimulator) {
     Console& console = Serve(bus_.Address());
     console.Signal(SIGSTOP);
     siginfo_t stopped;
@@ -149,7 +149,7 @@ TEST_F(Tell, RefusesADirectoryThatIsOpenToOthers) {
     Quit(console);
 }
 
-TEST_F(Tell, CannotBeCombinedWithOptionsOfOneThatServes) {
+TEST_F(Tell, CannotBeCombinedWithOptionsForServing) {
     ExpectRefusal({"--tell=phones", "--phones=1"},
                   "--phones=1 cannot be combined with --tell or --list");
     ExpectRefusal({"--list", "--exec", "true"}, "--exec cannot be combined with --tell or --list");
@@ -159,7 +159,7 @@ TEST_F(Tell, CannotBeCombinedWithOptionsOfOneThatServes) {
 
 class TellAfterSignal : public Tell, public testing::WithParamInterface<int> {};
 
-TEST_P(TellAfterSignal, FindsNothingLeft) {
+TEST_P(TellAfterSignal, FindsNoFileLeft) {
     Console& console = Serve(bus_.Address());
     EXPECT_TRUE(std::filesystem::exists(RuntimeFile(console)));
     console.Signal(GetParam());
@@ -169,7 +169,7 @@ TEST_P(TellAfterSignal, FindsNothingLeft) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, TellAfterSignal, testing::Values(SIGHUP, SIGINT, SIGTERM));
 
-TEST_F(Tell, FindsOneThatWasToIgnoreAHangUp) {
+TEST_F(Tell, FindsASimulatorThatIgnoresAHangUp) {
     morvane_test::ConsoleOptions options = RunningProgram({"--phones=1"});
     options.bus_address = bus_.Address();
     options.ignore_hang_up = true;

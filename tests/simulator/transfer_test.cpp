@@ -28,7 +28,7 @@ class SimulatorTransfer : public SimulatorTest {
     }
 };
 
-TEST_F(SimulatorTransfer, MovesByHandAndSaysSo) {
+TEST_F(SimulatorTransfer, AdvancesByHandAndAnnouncesProgress) {
     StartTenBytes();
     EXPECT_EQ(ReadFile("phonebook.vcf"), "");
     daemon().AdvanceTransfer(kTransfer, 4);
@@ -81,7 +81,7 @@ TEST_F(SimulatorTransfer, FailsByAnAbortOrWithItsPhone) {
     EXPECT_TRUE(daemon().Transfers().empty());
 }
 
-TEST_F(SimulatorTransfer, StandsStillWhileStalled) {
+TEST_F(SimulatorTransfer, MakesNoProgressWhileStalled) {
     StartSelected(Quick());
     daemon().StallTransfers(true);
     PullAll();
@@ -90,7 +90,7 @@ TEST_F(SimulatorTransfer, StandsStillWhileStalled) {
     client().AwaitSignal(Change("'Status': <'complete'>"));
 }
 
-TEST_F(SimulatorTransfer, AnnouncesTwoPiecesASecond) {
+TEST_F(SimulatorTransfer, AnnouncesProgressTwiceASecond) {
     Options options = Quick();
     options.rate = 1000;
     StartSession(options);
@@ -105,7 +105,7 @@ TEST_F(SimulatorTransfer, AnnouncesTwoPiecesASecond) {
         (Signals{Change("'Status': <'active'>"), Change("'Transferred': <uint64 300>"), complete}));
 }
 
-TEST_F(SimulatorTransfer, BringsTheWholePhoneBookOrWhatFiltersLeave) {
+TEST_F(SimulatorTransfer, PullsTheWholePhoneBookOrFilteredEntries) {
     StartSelected(Quick());
     PullAll("{'Format': <'vcard30'>}");
     client().AwaitSignal(Change("'Status': <'complete'>"));
@@ -122,7 +122,7 @@ TEST_F(SimulatorTransfer, BringsTheWholePhoneBookOrWhatFiltersLeave) {
     EXPECT_EQ(one.substr(0, one.find("TEL")), "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Owner;Aster;;;\r\n");
 }
 
-TEST_F(SimulatorTransfer, BringsOneCardByHandleOrUniqueId) {
+TEST_F(SimulatorTransfer, PullsOneCardByHandleOrUniqueId) {
     StartSelected(Quick());
     EXPECT_EQ(Access("Pull", "('7.VCF', '/tmp/card.vcf', @a{sv} {})").substr(0, 12),
               "(objectpath ");

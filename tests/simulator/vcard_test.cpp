@@ -50,7 +50,7 @@ TEST(FoldLine, BreaksLinesOf75BytesBetweenCharacters) {
     for (const auto& [line, folded] : rows) EXPECT_EQ(FoldLine(line), folded);
 }
 
-TEST(QuotedPrintable, QuotesWhatIsNotPlainAsciiInLinesOf76Characters) {
+TEST(QuotedPrintable, EncodesOtherThanPlainAsciiInLinesOf76Characters) {
     const string x73(73, 'x');
     EXPECT_EQ(QuotedPrintable("a=é\r\n", 0), "a=3D=C3=A9=0D=0A");
     EXPECT_EQ(QuotedPrintable("a b ", 0), "a b=20");
@@ -66,7 +66,7 @@ TEST(Escape, EscapesSeparatorsOfEachVersion) {
     EXPECT_EQ(EscapeVcard21({"a;b,c"}), "a;b,c");
 }
 
-TEST(WriteVcard, HasTheFormOfItsVersion) {
+TEST(WriteVcard, WritesTheSyntaxOfEachVersion) {
     EXPECT_EQ(WriteVcard(PlainCard(), VcardFormat::kVcard21),
               "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe;Ann\r\nFN:Ann Doe\r\n"
               "TEL;CELL:+120255500\r\nTEL;HOME:+120255501\r\n"
@@ -77,7 +77,7 @@ TEST(WriteVcard, HasTheFormOfItsVersion) {
               "NOTE:a\\;b\\,c\\\\d\\ne\r\nEND:VCARD\r\n");
 }
 
-TEST(WriteVcard, EncodesAPropertyAsItsVersionDoes) {
+TEST(WriteVcard, EncodesValuesAsEachVersionRequires) {
     struct {
         Property property;
         string in_version_21;
@@ -107,7 +107,7 @@ TEST(WriteVcard, LongTextStaysInShortLines) {
     }
 }
 
-TEST(WriteVcard, ChosenFieldsComeWithTheMandatoryOnes) {
+TEST(WriteVcard, AddsTheMandatoryFieldsToTheChosenOnes) {
     const FieldSet note = Fields({Field::kNote});
     EXPECT_EQ(LinesOf(WriteVcard(PlainCard(), VcardFormat::kVcard21, note)),
               (std::vector<string>{"BEGIN:VCARD", "VERSION:2.1", "N:Doe;Ann", "TEL;CELL:+120255500",
@@ -125,7 +125,7 @@ TEST(Card, ListingNameDropsEmptyComponentsAtItsEndOnly) {
     EXPECT_EQ(Card().ListingName(), "");
 }
 
-TEST(Card, HasWhatHasAValue) {
+TEST(Card, HasAFieldIfItHasAValue) {
     const Card card{{{Field::kNote, {}, {"", ""}}, {Field::kOrg, {}, {"", "Sales"}}}};
     EXPECT_TRUE(card.Has(Field::kVersion));
     EXPECT_TRUE(card.Has(Field::kOrg));
