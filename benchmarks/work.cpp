@@ -360,8 +360,7 @@ std::string LoadRate() {
                              [](std::size_t) { return g_variant_new_string("active"); });
         return std::to_string(static_cast<int>(kSignals / (Since(start).count() / 1e6)));
     };
-    return "The load, delivered to the bus with nobody listening: " + flood() +
-           " signals a second.";
+    return "The load, delivered to the bus without a receiver: " + flood() + " signals a second.";
 }
 
 }  // namespace morvane_benchmarks

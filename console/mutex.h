@@ -20,7 +20,7 @@
 namespace morvane {
 
 /// A std::mutex whose use clang checks, except in constructors and destructors, which its analysis
-/// leaves out.
+/// skips.
 class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
   public:
     void lock() MORVANE_THREAD_SAFETY(acquire_capability()) { mutex_.lock(); }
@@ -32,7 +32,7 @@ class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
     /// For a lock that is passed from function to function, which the analysis does not track: the
     /// caller is responsible for what it protects.
     [[nodiscard]] std::mutex& Unchecked() { return mutex_; }
-    /// Tells the analysis that `lock` is such a lock; debug builds check it.
+    /// Declares to the analysis that `lock` locks this mutex; debug builds check it.
     void AssertHeld(const std::unique_lock<std::mutex>& lock) const
         MORVANE_THREAD_SAFETY(assert_capability(this)) {
         assert(lock.owns_lock() && lock.mutex() == &mutex_);

@@ -48,10 +48,10 @@ class Program {
     Program& operator=(const Program&) = delete;
     ~Program();
 
-    /// Waits for something to happen and appends output to `output`. kEnd comes when the program
-    /// has ended and all of its output was read, kInput when the descriptor `input` can be read.
+    /// Waits for an event and appends output to `output`. Returns kEnd once the
+    /// program has ended and all of its output was read, kInput if `input` can be read.
     Event Wait(Clock::time_point deadline, std::string& output, int input = -1);
-    /// Which signal made the last kSignal.
+    /// The signal of the last kSignal.
     [[nodiscard]] int LastSignal() const { return last_signal_; }
     /// Types the keys. Throws CannotRun if the terminal does not accept them in time.
     void Type(std::string_view keys, Clock::time_point deadline);

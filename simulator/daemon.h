@@ -76,7 +76,7 @@ class Daemon {
     [[nodiscard]] std::vector<PhoneInfo> Devices() const;
     /// Adds a device that has exactly these properties (a{sv}), whatever their types, and no
     /// others. A path that is in use is refused. Sessions can be made to it when it has an
-    /// "Address" of type s: a phone with the seed's contents then stands behind it.
+    /// "Address" of type s: the simulator then generates a phone for it from the seed.
     void AddDevice(const std::string& path, GVariant* properties);
     /// Adds a device with default values for properties other than its address and alias.
     void AddDevice(const std::string& path, const std::string& address, const std::string& alias);
@@ -145,7 +145,7 @@ class Daemon {
     void Reply(const std::string& method, GVariant* body, unsigned times = kAlways);
     /// Gives no answer until `Release`.
     void Hang(const std::string& method, unsigned times = kAlways);
-    /// Carries out and answers all calls that hang; later ones do not hang.
+    /// Executes and answers all calls that hang; later ones do not hang.
     bool Release();
     /// Removes faults of calls. Calls that hang continue to hang.
     bool ClearFaults();

@@ -45,7 +45,7 @@ class Bus {
                      const std::vector<std::string>& invalidated = {},
                      GDBusMessageFlags flags = G_DBUS_MESSAGE_FLAGS_NONE);
 
-    /// Carries out delayed calls as if they had arrived now, and replies to their callers. `done`
+    /// Executes delayed calls as if they had arrived now, and replies to their callers. `done`
     /// is called after the last reply.
     void CarryOut(std::vector<MessagePtr> calls, std::function<void()> done);
 

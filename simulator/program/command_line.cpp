@@ -157,10 +157,10 @@ class OptionEntries {
         }
         gchar*** commands = commands_;
         Add("do", 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(commands), "COMMAND",
-            "Carry out a command at the start (may be repeated)");
+            "Execute a command at the start (may be repeated)");
         gchar*** told = told_;
         Add("tell", 0, G_OPTION_ARG_FILENAME_ARRAY, static_cast<gpointer>(told), "COMMAND",
-            "Carry out a command in a running simulator (may be repeated)");
+            "Execute a command in a running simulator (may be repeated)");
         entries_.push_back({});
     }
 

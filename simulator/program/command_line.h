@@ -13,7 +13,7 @@ struct CommandLine {
     std::string help;  ///< to be printed instead of serving, unless empty
     bool show_version = false;
     std::string phone_book;             ///< the file with the contacts of the first phone, or empty
-    std::vector<std::string> commands;  ///< to carry out at the start
+    std::vector<std::string> commands;  ///< to execute at the start
     std::vector<std::string> told;      ///< commands for a running simulator, instead of serving
     std::string simulator;              ///< its process id; empty: the only one
     bool list = false;                  ///< list the running ones instead

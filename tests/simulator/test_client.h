@@ -53,8 +53,8 @@ class TestClient {
                     "('com.veltrisonix." + interface + "', '" + name + "')");
     }
 
-    /// The signals that came since the last time, each "/path Member(body)". All that the daemon
-    /// sent before are among them.
+    /// The signals received since the last call, each "/path Member(body)". Includes all that the
+    /// daemon has sent so far.
     std::vector<std::string> TakeSignals() {
         Ping();
         while (g_main_context_pending(nullptr) != FALSE) {
