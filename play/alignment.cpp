@@ -45,6 +45,7 @@ class Alignment {
         for (std::size_t element = 0; element <= Elements(); ++element) {
             if (element < Elements() && ElementAt(element).kind == Element::Kind::kAnyOrder) {
                 FindPatternsOfLines(ElementAt(element));
+                cheapest_begin_ = std::numeric_limits<std::uint64_t>::max();
             }
             for (std::size_t line = 0; line <= Lines(); ++line) {
                 Leave(element, line);
@@ -119,7 +120,9 @@ class Alignment {
             if (line < Lines() && Match(next, LineAt(line))) {
                 Offer(element + 1, line + 1, {cost, Cell::Move::kMatch, 0});
             }
-            if (next.kind == Element::Kind::kAnyOrder) {
+            if (next.any_lines) {
+                LeaveByGroupWithAnyLines(element, line);
+            } else if (next.kind == Element::Kind::kAnyOrder) {
                 LeaveByGroup(element, line);
             }
         }
@@ -148,6 +151,24 @@ class Alignment {
                                              kInsertIntoGroup * (others - replaced);
                 Offer(element + 1, line + count,
                       {At(element, line).cost + change, Cell::Move::kGroup, count});
+            }
+        }
+    }
+
+    // Other lines cost nothing, so a later beginning is better only if it is cheaper.
+    void LeaveByGroupWithAnyLines(std::size_t element, std::size_t line) {
+        const std::uint64_t cost = At(element, line).cost;
+        if (cost >= cheapest_begin_) {
+            return;
+        }
+        cheapest_begin_ = cost;
+        const std::size_t patterns = ElementAt(element).lines.size();
+        Assignment assignment(patterns);
+        for (std::size_t end = line; end < Lines() && assignment.Matched() < patterns; ++end) {
+            if (assignment.Add(patterns_of_[end])) {
+                const std::size_t missing = patterns - assignment.Matched();
+                Offer(element + 1, end + 1,
+                      {cost + kDelete * missing, Cell::Move::kGroup, end + 1 - line});
             }
         }
     }
@@ -192,7 +213,9 @@ class Alignment {
 
     void DeleteElement(const Element& element) {
         for (std::size_t line = element.begin; line < element.end; ++line) {
-            edits_.Delete(line);
+            if (line != element.any_lines) {
+                edits_.Delete(line);
+            }
         }
     }
 
@@ -207,7 +230,7 @@ class Alignment {
             }
         }
         for (std::size_t line = 0; line < count; ++line) {
-            if (assignment.PatternOf(line) == kNone) {
+            if (assignment.PatternOf(line) == kNone && !group.any_lines) {
                 edits_.Insert(group.end - 1, WriteGeneral(lines[line]));
             }
         }
@@ -222,7 +245,8 @@ class Alignment {
     std::size_t last_line_ = displayed_.size();
     std::size_t width_ = 0;
     std::vector<Cell> cells_;
-    std::vector<std::vector<std::size_t>> patterns_of_;  // of a group, for each line
+    std::vector<std::vector<std::size_t>> patterns_of_;  // of a group, that match each line
+    std::uint64_t cheapest_begin_ = 0;                   // of a group with "...", so far
 };
 
 }  // namespace

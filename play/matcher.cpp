@@ -47,7 +47,8 @@ void Assignment::Augment(std::size_t pattern, const std::vector<std::size_t>& re
     ++matched_;
 }
 
-Matcher::Matcher(const std::vector<Element>& elements) : elements_(&elements) {
+Matcher::Matcher(const std::vector<Element>& elements)
+    : elements_(&elements), entered_(elements.size()) {
     std::vector<State> states;
     Enter(states, 0);
     SetStates(std::move(states));
@@ -73,24 +74,29 @@ void Matcher::SetStates(std::vector<State> states) {
     }
 }
 
-// "..." may match nothing: what follows it is awaited, too.
-void Matcher::Enter(std::vector<State>& states, std::size_t element) const {
+// "..." may match nothing: what follows it is awaited, too. Lines in any order that admit others
+// match no more if they begin later.
+void Matcher::Enter(std::vector<State>& states, std::size_t element) {
     for (;; ++element) {
         const bool known = std::any_of(states.begin(), states.end(), [&](const State& state) {
             return state.element == element && !state.group;
         });
-        if (known) {
+        const bool is_last = element == elements_->size();
+        if (known || (!is_last && (*elements_)[element].any_lines && entered_[element])) {
             return;
         }
         states.push_back({element, std::nullopt});
-        if (element == elements_->size() ||
-            (*elements_)[element].kind != Element::Kind::kAnyLines) {
+        if (is_last) {
+            return;
+        }
+        entered_[element] = true;
+        if ((*elements_)[element].kind != Element::Kind::kAnyLines) {
             return;
         }
     }
 }
 
-void Matcher::Advance(State& state, std::vector<State>& next) const {
+void Matcher::Advance(State& state, std::vector<State>& next) {
     if (state.element == elements_->size()) {
         return;
     }
@@ -103,7 +109,7 @@ void Matcher::Advance(State& state, std::vector<State>& next) const {
         }
     } else {
         Assignment group = state.group ? std::move(*state.group) : Assignment(element.lines.size());
-        if (!group.Add(FindPatterns(element.lines, lines_.back()))) {
+        if (!group.Add(FindPatterns(element.lines, lines_.back())) && !element.any_lines) {
             return;
         }
         if (group.Matched() == element.lines.size()) {

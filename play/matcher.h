@@ -61,10 +61,11 @@ class Matcher {
     };
 
     void SetStates(std::vector<State> states);
-    void Enter(std::vector<State>& states, std::size_t element) const;
-    void Advance(State& state, std::vector<State>& next) const;
+    void Enter(std::vector<State>& states, std::size_t element);
+    void Advance(State& state, std::vector<State>& next);
 
     const std::vector<Element>* elements_;
+    std::vector<bool> entered_;  // elements
     std::vector<std::string> lines_;
     std::vector<State> states_;
     std::size_t awaited_ = 0;

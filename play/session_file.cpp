@@ -194,8 +194,12 @@ class Parser {
             Fail(R"("% any order" without lines)");
         }
         group_->end = line_ + 1;
+        const bool has_any_lines = group_->any_lines.has_value();
         step_.output.push_back(std::move(*group_));
         group_.reset();
+        if (has_any_lines) {
+            PushAnyLines(line_ + 1);
+        }
     }
 
     void ParseOutput(std::string_view line) {
@@ -208,16 +212,19 @@ class Parser {
         bare_prompt_.clear();
         const bool any_lines = WithoutTrailingBlanks(line) == "...";
         if (group_ && any_lines) {
-            Fail(R"("..." inside "% any order")");
-        }
-        if (group_) {
+            group_->any_lines = line_;
+        } else if (group_) {
             group_->lines.push_back({line_, Pattern(line)});
         } else if (any_lines) {
-            step_.output.push_back({Element::Kind::kAnyLines, line_, line_ + 1, {}, limit_});
+            PushAnyLines(line_);
         } else {
             step_.output.push_back(
                 {Element::Kind::kLine, line_, line_ + 1, {{line_, Pattern(line)}}, limit_});
         }
+    }
+
+    void PushAnyLines(std::size_t begin) {
+        step_.output.push_back({Element::Kind::kAnyLines, begin, line_ + 1, {}, limit_});
     }
 
     void ParsePrompt(std::string prompt, std::string_view answer) {

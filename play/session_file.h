@@ -35,6 +35,9 @@ struct Element {
     std::size_t end;    ///< the line after its last one
     std::vector<PatternLine> lines;
     std::optional<Duration> limit;
+    /// In any order: the line of "...", which admits other lines before and between these. An
+    /// element of kind kAnyLines follows, which admits them behind these.
+    std::optional<std::size_t> any_lines = std::nullopt;
 };
 
 /// Expected output and the action that follows it.

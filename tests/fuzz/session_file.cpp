@@ -39,6 +39,39 @@ bool Matches(const play::Step& step, const std::vector<std::string>& lines) {
     return matcher.IsComplete();
 }
 
+/// Tries every way in which lines can match elements.
+class Model {
+  public:
+    Model(const std::vector<play::Element>& elements, const std::vector<std::string>& lines)
+        : elements_(elements), lines_(lines) {}
+
+    // The time that it takes grows exponentially.
+    bool IsSmall() const {
+        std::size_t patterns = 0;
+        for (const play::Element& element : elements_) patterns += element.lines.size();
+        return elements_.size() <= 6 && patterns <= 6 && lines_.size() <= 8;
+    }
+
+    /// From this element on, of which some patterns have matched, and from this line on.
+    bool Matches(std::size_t element = 0, unsigned matched = 0, std::size_t line = 0) const {
+        if (element == elements_.size()) return line == lines_.size();
+        const play::Element& next = elements_[element];
+        const bool admits_any = next.kind == play::Element::Kind::kAnyLines || next.any_lines;
+        if (matched + 1 == 1U << next.lines.size() && Matches(element + 1, 0, line)) return true;
+        if (line == lines_.size()) return false;
+        for (std::size_t i = 0; i < next.lines.size(); ++i) {
+            if ((matched >> i & 1U) == 0 && next.lines[i].pattern.Matches(lines_[line]) &&
+                Matches(element, matched | 1U << i, line + 1))
+                return true;
+        }
+        return admits_any && Matches(element, matched, line + 1);
+    }
+
+  private:
+    const std::vector<play::Element>& elements_;
+    const std::vector<std::string>& lines_;
+};
+
 void CheckLine(const std::string& line) {
     for (const std::string& written : {play::WriteLiteral(line), play::WriteGeneral(line)})
         Require(play::Pattern(written).Matches(line), "a written line matches", written);
@@ -51,7 +84,10 @@ void CheckLine(const std::string& line) {
 void CheckUpdate(const play::SessionFile& file, const std::vector<std::string>& lines) {
     play::Edits edits(file.lines);
     play::Align(file.steps.front(), lines, edits);
-    if (Matches(file.steps.front(), lines)) Require(edits.IsEmpty(), "a match needs no edits");
+    const bool agrees = Matches(file.steps.front(), lines);
+    const Model model(file.steps.front().output, lines);
+    if (model.IsSmall()) RequireEqual(agrees, model.Matches(), "the model agrees");
+    if (agrees) Require(edits.IsEmpty(), "a match needs no edits");
     std::string text;
     for (const std::string& line : edits.Result()) text += line + "\n";
     const std::optional<play::SessionFile> updated = Parse(text);

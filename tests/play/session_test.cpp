@@ -55,6 +55,16 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
      "echo two; echo three; echo one; echo four"},
     {"AnyOrderFindsTheOnlyAssignment", "% any order\n[..]\n[..]e\none\n% end\n",
      "echo one; echo three; echo two"},
+    {"AnyOrderWithOtherLines", "% any order\none\n...\ntwo\n% end\nlast\n",
+     "echo zero; echo two; echo three; echo one; echo four; echo last"},
+    {"AnyOrderWithoutOtherLines", "% any order\none\n...\ntwo\n% end\nlast\n",
+     "echo two; echo one; echo last"},
+    {"AnyOrderWithOtherLinesFindsTheOnlyAssignment", "% any order\n...\n[..]e\none\n% end\nlast\n",
+     "echo one; echo zero; echo three; echo five; echo last"},
+    {"AnyOrderWithOtherLinesBehindAnyLines", "...\n% any order\n4000\n7\n...\n% end\n4999\n...\n",
+     "seq 5000"},
+    {"AnyOrderWithOtherLinesAndLatePrompt", "% any order\none\n...\ntwo\n% end\nVantor > q\n",
+     "printf 'zero\nVantor > '; notify two Vantor; notify one Vantor; read -r answer"},
     {"LinesLikeDirectivesAreEscaped", "\\# one\n\\% two\n\\$ three\n\\...\n\\\\ four\nfive \\\n",
      R"(printf '%s\n' '# one' '% two' '$ three' ... '\ four' 'five \')"},
     {"TrailingBlanksDoNotCount", "one\ntwo  \n", "echo 'one  '; echo two"},
@@ -157,6 +167,23 @@ needed: a phone
 -two
 +three
  % end
+)"},
+    {"MissingLineInAnyOrderWithOtherLines",
+     "% await 50ms\n% any order\none\ntwo\n...\n% end\nVantor > q\n",
+     "printf 'zero\ntwo\nVantor > '; read -r answer",
+     R"(a.session:2: "one" did not come within 50 ms; displayed last: "two"
+--- a.session
++++ displayed
+@@ -1,6 +1,5 @@
+ % await 50ms
+ % any order
+-one
+ two
+ ...
+ % end
+displayed since the last answer:
+  zero
+  two
 )"},
     {"OtherPrompt", "one\n% await 50ms\nVantor/User Id ? q\n",
      "printf 'one\nVantor > '; read -r answer",
@@ -311,7 +338,7 @@ constexpr Malformed kMalformed[] = {
     {"% any order\n% any order\n", "a.session:2: \"% any order\" inside \"% any order\""},
     {"% any order\none\n% tell x\n", "a.session:3: \"% tell\" inside \"% any order\""},
     {"% any order\nVantor > q\n", "a.session:2: a prompt inside \"% any order\""},
-    {"% any order\n...\n", "a.session:2: \"...\" inside \"% any order\""},
+    {"% any order\n...\n% end\n", "a.session:3: \"% any order\" without lines"},
     {"% end\n", "a.session:1: \"% end\" without \"% any order\""},
     {"Vantor > ^U\n", "a.session:1: the key ^U cannot be typed; a caret is written \\^"},
     {"Vantor > x^D\n", "a.session:1: ^D must be the whole answer"},

@@ -62,6 +62,14 @@ constexpr Update kUpdates[] = {
     {"RemovesLineThatDidNotComeBehindAnyLines", "...\nlast\n", "echo one; echo two", "...\n"},
     {"ReplacesInGroup", "% any order\none\ntwo\n% end\nlast\n", "echo three; echo one; echo last",
      "% any order\none\nthree\n% end\nlast\n"},
+    {"KeepsGroupWithOtherLines", "% any order\n[..]e\n...\ntwo\n% end\nlast\nfirst\n",
+     "echo zero; echo two; echo three; echo last; echo four",
+     "% any order\n[..]e\n...\ntwo\n% end\nlast\nfour\n"},
+    {"RemovesLineOfGroupWithOtherLines", "first\n% any order\none\n...\ntwo\n% end\nlast\n",
+     "echo zero; echo first; echo three; echo two; echo four; echo last",
+     "zero\nfirst\n% any order\n...\ntwo\n% end\nlast\n"},
+    {"KeepsOtherLinesOfGroupThatDidNotCome", "% any order\none\n...\ntwo\n% end\nlast\n",
+     "echo three; echo last", "...\nlast\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, UpdateTest, testing::ValuesIn(kUpdates),
