@@ -2,6 +2,7 @@
 
 #include "documents/document.h"
 #include "documents/script_tree.h"
+#include "support/discovery.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +19,9 @@ std::string Replace(const std::string& text, const char* pattern, const char* by
 // The order of what both threads print at the start is not defined.
 std::string ReadmeSession() {
     const std::string session = FencedBlock(ReadSource("README.md"), "console");
-    return Replace(Replace(session, "^\\$ scripts/demo\n((?:.+\n)+)", "% any order\n$1% end\n"),
-                   "/tmp/morvane-demo\\.XXXXXX/", "[..]/");
+    return AwaitingDiscovery(
+        Replace(Replace(session, "^\\$ scripts/demo\n((?:.+\n)+)", "% any order\n$1% end\n"),
+                "/tmp/morvane-demo\\.XXXXXX/", "[..]/"));
 }
 
 // On a busy machine, too, an announcement must not precede the result of the call, nor a transfer
@@ -34,7 +36,7 @@ TEST(Readme, ShowsASessionOfTheDemo) {
     tree.Write("readme.session", ReadmeSession());
     EXPECT_EQ(
         tree.OutputOf("build/demo/morvane-play --timeout=" + std::to_string(Patience().count()) +
-                          "ms readme.session -- scripts/demo" + Delays(),
+                          "ms --simulator=scripts/demo readme.session -- scripts/demo" + Delays(),
                       0),
         "readme.session: agrees\n");
 }

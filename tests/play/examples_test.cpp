@@ -3,15 +3,15 @@
 #include "play/files.h"
 #include "play/play_fixture.h"
 #include "play/session_file.h"
-#include "support/conversation.h"
-#include "support/programs.h"
+#include "support/discovery.h"
+#include "support/patience.h"
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <sstream>
+#include <string>
+#include <vector>
 
 namespace morvane_test {
 namespace {
@@ -28,40 +28,34 @@ std::vector<std::string> ExampleSessions() {
     return names;
 }
 
-class ExampleSession : public ConversationTest, public testing::WithParamInterface<std::string> {};
-
-// Sessions with a file of their answers are compared line by line. On a busy machine, too, an
-// announcement must not precede the result of the call, nor a transfer start before the tool has
-// read its properties.
-simulator::Options DaemonOf(const std::string& session) {
-    simulator::Options options;
-    if (std::filesystem::exists(Example(session + ".keys"))) {
-        options.rate = 0;
-        options.announce_delay = Stretched(std::chrono::milliseconds(500));
-        options.start_delay = Stretched(std::chrono::milliseconds(1000));
-    }
-    return options;
+std::string ReadExample(const std::string& session) {
+    return play::ReadFile(Example(session + ".session"));
 }
 
+// On a busy machine, too, an announcement must not precede the result of the call, nor a transfer
+// start before the tool has read its properties.
+std::vector<std::string> FastButDelayed() {
+    return {"--rate=0",
+            "--announce-delay=" + std::to_string(Stretched(std::chrono::milliseconds(500)).count()),
+            "--start-delay=" + std::to_string(Stretched(std::chrono::milliseconds(1000)).count())};
+}
+
+class ExampleSession : public testing::TestWithParam<std::string> {};
+
+// Sessions with a file of their answers are compared line by line.
 TEST_P(ExampleSession, AgreesWithTheSimulator) {
-    StartDaemon(DaemonOf(GetParam()));
-    const std::string file = Example(GetParam() + ".session");
-    std::vector<std::string> words = {"--timeout=" + std::to_string(Patience().count()) + "ms",
-                                      file, "--"};
-    std::istringstream launcher(Launcher());
-    words.insert(words.end(), std::istream_iterator<std::string>(launcher), {});
-    words.push_back(ToolPath());
-    Console& played = Launch(Playing(words));
-    played.SetPatience(Stretched(std::chrono::seconds(60)));
-    played.Expect(file + ": agrees\n");
-    played.ExpectExit(0);
+    const bool is_literal = std::filesystem::exists(Example(GetParam() + ".keys"));
+    const PlayResult result =
+        PlayOnSimulator(AwaitingDiscovery(ReadExample(GetParam())),
+                        is_literal ? FastButDelayed() : std::vector<std::string>());
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+    EXPECT_EQ(result.status, 0);
 }
 
 TEST_P(ExampleSession, HasTheAnswersOfItsKeys) {
     std::ifstream keys(Example(GetParam() + ".keys"));
     if (!keys) return;  // not every session has them
-    const play::SessionFile session =
-        play::ParseSession(GetParam(), play::ReadFile(Example(GetParam() + ".session")));
+    const play::SessionFile session = play::ParseSession(GetParam(), ReadExample(GetParam()));
     std::vector<std::string> answers;
     for (const play::Step& step : session.steps)
         if (step.action == play::Step::Action::kType) answers.push_back(step.text);
@@ -76,6 +70,18 @@ INSTANTIATE_TEST_SUITE_P(Play, ExampleSession, testing::ValuesIn(ExampleSessions
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
+
+TEST(LateDaemon, IsAwaitedByTheShortestExample) {
+    std::string session = AwaitingDiscovery(ReadExample("smoke"));
+    session.insert(session.find("% any order"), R"(...
+Vantor >
+% tell add-client
+% tell return Aster
+)");
+    std::vector<std::string> options = FastButDelayed();
+    options.insert(options.end(), {"--phones=1", "--do=remove-client", "--do=remove Aster"});
+    EXPECT_EQ(PlayOnSimulator(session, options).output, "a.session: agrees\n");
+}
 
 }  // namespace
 }  // namespace morvane_test

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
 namespace morvane_test {
 
@@ -30,6 +31,45 @@ ConsoleOptions Playing(const std::vector<std::string>& arguments) {
     return options;
 }
 
+namespace {
+
+PlayResult RunToEnd(ConsoleOptions options, const TemporaryDirectory& directory) {
+    options.directory = directory.Path();
+    Console console(options);
+    const std::optional<Ending> ending = console.AwaitEnd(6 * Patience());
+    if (!ending || !ending->status) {
+        ADD_FAILURE() << "morvane-play does not end\n" << console.Output();
+        return {-1, console.Output()};
+    }
+    console.AwaitEndOfOutput();
+    return {*ending->status, console.Output()};
+}
+
+std::string TimeoutOption() {
+    return "--timeout=" + std::to_string(Patience().count()) + "ms";
+}
+
+}  // namespace
+
+PlayResult PlayOnSimulator(const std::string& session, const std::vector<std::string>& options) {
+    const TemporaryDirectory directory;
+    const auto write = [&](const char* name, const std::string& text) {
+        std::ofstream(directory.File(name)) << text;
+        std::filesystem::permissions(directory.File(name), std::filesystem::perms::owner_all);
+    };
+    for (const auto& [name, program] :
+         {std::pair("simulator", SimulatorPath()), std::pair("tool", ToolPath())})
+        write(name, "#!/bin/sh\nexec " + Launcher() + " '" + program + "' \"$@\"\n");
+    write("a.session", session);
+    std::vector<std::string> words = {"./simulator"};
+    words.insert(words.end(), options.begin(), options.end());
+    words.emplace_back("--exec");
+    ConsoleOptions playing =
+        Playing({TimeoutOption(), "--simulator=./simulator", "a.session", "--", "./tool"});
+    playing.arguments.insert(playing.arguments.begin() + 3, words.begin(), words.end());
+    return RunToEnd(playing, directory);
+}
+
 void PlayTest::Write(const std::string& name, const std::string& text) const {
     std::ofstream(directory_.File(name)) << text;
 }
@@ -44,22 +84,13 @@ bool PlayTest::Exists(const std::string& name) const {
 }
 
 PlayResult PlayTest::Run(const std::vector<std::string>& arguments) const {
-    ConsoleOptions options = Playing(arguments);
-    options.directory = directory_.Path();
-    Console console(options);
-    const std::optional<Ending> ending = console.AwaitEnd(6 * Patience());
-    if (!ending || !ending->status) {
-        ADD_FAILURE() << "morvane-play does not end\n" << console.Output();
-        return {-1, console.Output()};
-    }
-    console.AwaitEndOfOutput();
-    return {*ending->status, console.Output()};
+    return RunToEnd(Playing(arguments), directory_);
 }
 
 std::vector<std::string> PlayTest::Behind(const std::string& script,
                                           std::vector<std::string> words) const {
     Write("tool", kFakeTool + script);
-    words.insert(words.begin(), "--timeout=" + std::to_string(Patience().count()) + "ms");
+    words.insert(words.begin(), TimeoutOption());
     words.insert(words.end(), {"--", "/bin/sh", "tool"});
     return words;
 }

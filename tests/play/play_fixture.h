@@ -23,6 +23,9 @@ ConsoleOptions Playing(const std::vector<std::string>& arguments);
 /// `notify MESSAGE TEXT` prints a message while the prompt TEXT is displayed.
 extern const char kFakeTool[];
 
+/// Plays the session with the tool and morvane-simulator, which gets these options.
+PlayResult PlayOnSimulator(const std::string& session, const std::vector<std::string>& options);
+
 /// Plays files against a shell script in place of the tool.
 class PlayTest : public testing::Test {
   protected:
