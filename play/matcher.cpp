@@ -63,6 +63,18 @@ void Matcher::Add(const std::string& line) {
     SetStates(std::move(next));
 }
 
+std::size_t Matcher::AwaitedLine() const {
+    const std::vector<PatternLine>& lines = (*elements_)[awaited_].lines;
+    const auto state = std::find_if(states_.begin(), states_.end(), [&](const State& one) {
+        return one.element == awaited_ && one.group;
+    });
+    std::size_t pattern = 0;
+    while (state != states_.end() && state->group->LineOf(pattern) != kNone) {
+        ++pattern;
+    }
+    return lines[pattern].line;
+}
+
 void Matcher::SetStates(std::vector<State> states) {
     states_ = std::move(states);
     if (!states_.empty()) {

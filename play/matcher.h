@@ -51,6 +51,8 @@ class Matcher {
     [[nodiscard]] bool IsComplete() const { return IsViable() && awaited_ == elements_->size(); }
     /// The element that is awaited, or that did not match; the number of elements if none is.
     [[nodiscard]] std::size_t Awaited() const { return awaited_; }
+    /// The line in the file of the first pattern that is awaited; Awaited() must be an element.
+    [[nodiscard]] std::size_t AwaitedLine() const;
     [[nodiscard]] const std::vector<std::string>& Lines() const { return lines_; }
 
   private:

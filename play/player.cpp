@@ -230,7 +230,7 @@ std::string Player::Place(std::size_t line) const {
 std::string Player::Awaited(const Step& step) const {
     const std::size_t awaited = matcher_->Awaited();
     if (awaited < step.output.size()) {
-        return Quoted(file_.lines[step.output[awaited].lines.front().line]);
+        return Quoted(file_.lines[matcher_->AwaitedLine()]);
     }
     return step.action == Step::Action::kEnd ? "the end" : "the prompt " + Quoted(step.prompt);
 }
@@ -247,7 +247,7 @@ std::string Player::DescribeDifference(const Step& step) const {
 void Player::Report(const Step& step, Outcome outcome) {
     const std::string& name = options_.command.front();
     const std::size_t awaited = matcher_->Awaited();
-    const std::size_t line = awaited < step.output.size() ? step.output[awaited].begin : step.line;
+    const std::size_t line = awaited < step.output.size() ? matcher_->AwaitedLine() : step.line;
     switch (outcome) {
         case Outcome::kReached:
             return;

@@ -170,20 +170,21 @@ needed: a phone
 )"},
     {"MissingLineInAnyOrderWithOtherLines",
      "% await 50ms\n% any order\none\ntwo\n...\n% end\nVantor > q\n",
-     "printf 'zero\ntwo\nVantor > '; read -r answer",
-     R"(a.session:2: "one" did not come within 50 ms; displayed last: "two"
+     "printf 'zero\none\nVantor > '; read -r answer",
+     R"(a.session:4: "two" did not come within 50 ms; displayed last: "one"
 --- a.session
 +++ displayed
-@@ -1,6 +1,5 @@
+@@ -1,7 +1,6 @@
  % await 50ms
  % any order
--one
- two
+ one
+-two
  ...
  % end
+ Vantor > q
 displayed since the last answer:
   zero
-  two
+  one
 )"},
     {"OtherPrompt", "one\n% await 50ms\nVantor/User Id ? q\n",
      "printf 'one\nVantor > '; read -r answer",
