@@ -83,7 +83,10 @@ SignalQueue::SignalQueue()
       }()) {
     const sigset_t set = QueuedSignals();
     pthread_sigmask(SIG_BLOCK, &set, &original_mask_);
-    sigaction(SIGPIPE, nullptr, &on_broken_pipe_);  // before GIO or g_spawn_async() changes it
+    for (std::size_t i = 0; i < kResetByGlib.size(); ++i) {
+        // before GIO or g_spawn_async() changes it
+        sigaction(kResetByGlib[i], nullptr, &original_actions_[i]);
+    }
 }
 
 std::optional<signalfd_siginfo> SignalQueue::Take() {
@@ -107,7 +110,9 @@ int SignalQueue::TakeTermination() {
 }
 
 void SignalQueue::Restore() const {
-    sigaction(SIGPIPE, &on_broken_pipe_, nullptr);
+    for (std::size_t i = 0; i < kResetByGlib.size(); ++i) {
+        sigaction(kResetByGlib[i], &original_actions_[i], nullptr);
+    }
     pthread_sigmask(SIG_SETMASK, &original_mask_, nullptr);
 }
 

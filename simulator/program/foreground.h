@@ -5,6 +5,7 @@
 #include <sys/signalfd.h>
 #include <sys/types.h>
 
+#include <array>
 #include <csignal>
 #include <functional>
 #include <optional>
@@ -35,6 +36,9 @@ class ExitError : public std::runtime_error {
     int status_;
 };
 
+/// GIO ignores SIGPIPE, and g_spawn_async() sets the default actions in the child process.
+constexpr std::array kResetByGlib = {SIGHUP, SIGINT, SIGPIPE, SIGTERM};
+
 /// Blocks the signals for a foreground command permanently and queues them. Must be constructed
 /// before any other thread.
 class SignalQueue {
@@ -45,12 +49,12 @@ class SignalQueue {
     std::optional<signalfd_siginfo> Take();
     /// Removes all signals; returns the first that would have ended the process, or 0.
     int TakeTermination();
-    /// Restores the original signal mask and SIGPIPE action. Async-signal-safe.
+    /// Restores the original signal mask and actions. Async-signal-safe.
     void Restore() const;
 
   private:
     sigset_t original_mask_ = {};
-    struct sigaction on_broken_pipe_ = {};
+    std::array<struct sigaction, kResetByGlib.size()> original_actions_ = {};
     FileDescriptor descriptor_;
 };
 

@@ -137,13 +137,13 @@ TEST_F(Exec, ServesOnABusOfItsOwn) {
 constexpr char kSurroundings[] =
     "grep -E 'Sig(Blk|Ign)' /proc/self/status; ls /proc/self/fd; env | grep -v BUS_ADDRESS | sort";
 
-// GLib sets the default action of SIGPIPE in its child processes.
+// GLib sets the default actions of these signals in its child processes.
 TEST_F(Exec, PreservesSignalsDescriptorsAndEnvironment) {
     std::string output;
     for (const auto& options : {Running({"sh", "-c", kSurroundings}),
                                 RunningProgram({"--exec", "sh", "-c", kSurroundings})}) {
         morvane_test::ConsoleOptions undisturbed = options;
-        undisturbed.prefix = {"env", "--ignore-signal=PIPE"};
+        undisturbed.prefix = {"env", "--ignore-signal=PIPE,HUP,INT,TERM"};
         Console& console = Launch(undisturbed);
         console.Expect(output);
         console.ExpectExit(0, output.empty() ? Console::Rest::kIgnored : Console::Rest::kNone);
