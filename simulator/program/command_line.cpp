@@ -216,6 +216,16 @@ void Require(bool condition, const std::string& complaint) {
     }
 }
 
+/// GOption ignores the value in "--exec=morvane".
+void CheckFlags(const std::vector<std::string>& words) {
+    for (const FlagOption& option : kFlags) {
+        const std::string name = "--" + std::string(option.name);
+        for (const std::string& word : words) {
+            Require(word.rfind(name + "=", 0) != 0, name + " takes no value");
+        }
+    }
+}
+
 void CheckNumbers(const Arguments& arguments) {
     for (const NumberOption& option : kNumbers) {
         const gint64 value = arguments.*option.value;
@@ -305,6 +315,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& words) {
     const auto exec = std::find(words.begin(), words.end(), "--exec");
     const std::vector<std::string> arguments(words.begin(), exec);
     CheckEncoding(arguments);
+    CheckFlags(arguments);
     Arguments parsed = Defaults();
     Parse(arguments, parsed);
     CheckNumbers(parsed);

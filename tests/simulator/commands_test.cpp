@@ -44,6 +44,8 @@ TEST(SimulatorCommandLine, RefusesUnknownOptionsAndInvalidValues) {
     const std::pair<const char*, const char*> rows[] = {
         {"--colour", "Unknown option --colour"},
         {"stray", "Unexpected argument stray"},
+        {"--exec=morvane", "--exec takes no value"},
+        {"--by-hand=off", "--by-hand takes no value"},
         {"--phones=100", "--phones takes a number from 0 to 99"},
         {"--phones=-1", "--phones takes a number from 0 to 99"},
         {"--user-id=J\xf6rg", "An argument is not in UTF-8"},
