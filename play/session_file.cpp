@@ -162,7 +162,8 @@ class Parser {
         const bool by_signal = rest.substr(0, kSignal.size()) == kSignal;
         const std::optional<int> number =
             ParseNumber(by_signal ? rest.substr(kSignal.size()) : rest);
-        if (!number || *number > (by_signal ? kLastSignal : kLastStatus)) {
+        if (!number || (by_signal && *number == 0) ||
+            *number > (by_signal ? kLastSignal : kLastStatus)) {
             Fail(Quoted(rest) + " is no exit status and no signal such as \"signal 15\"");
         }
         file_.ending = {by_signal, *number};

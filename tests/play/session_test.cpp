@@ -327,6 +327,8 @@ constexpr Malformed kMalformed[] = {
     {"one\n% await\n", "a.session:2: \"\" is no time such as 10s, 500ms or 2min"},
     {"% exit 256\none\n",
      "a.session:1: \"256\" is no exit status and no signal such as \"signal 15\""},
+    {"% exit signal 0\none\n",
+     "a.session:1: \"signal 0\" is no exit status and no signal such as \"signal 15\""},
     {"% exit signal 65\none\n",
      "a.session:1: \"signal 65\" is no exit status and no signal such as \"signal 15\""},
     {"$ rm -r /\n",
