@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
@@ -18,6 +19,8 @@ namespace {
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
+constexpr std::size_t kLargestFile = std::size_t{64} << 20U;  // /dev/zero is endless
+
 using FilePtr = std::unique_ptr<std::FILE, CloseFile>;
 
 [[noreturn]] void Fail(const std::string& name) {
@@ -69,6 +72,9 @@ std::string ReadFile(const std::string& name) {
     for (std::size_t count = 1; count > 0;) {
         count = std::fread(chunk, 1, sizeof chunk, file.get());
         text.append(chunk, count);
+        if (text.size() > kLargestFile) {
+            throw std::runtime_error(name + ": more than 64 MiB");
+        }
     }
     if (std::ferror(file.get()) != 0) {
         Fail(name);

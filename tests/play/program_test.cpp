@@ -66,6 +66,12 @@ TEST_F(PlayTest, ReportsMissingFile) {
     EXPECT_EQ(result.status, 2);
 }
 
+TEST_F(PlayTest, RefusesEndlessFile) {
+    const PlayResult result = Run({"/dev/zero"});
+    EXPECT_EQ(result.output, "morvane-play: /dev/zero: more than 64 MiB\n");
+    EXPECT_EQ(result.status, 2);
+}
+
 TEST_F(PlayTest, FailsIfResultsCannotBeWritten) {
     Write("a.session", "one\n");
     for (const char* const argument : {"a.session", "--help"}) {
