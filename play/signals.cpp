@@ -11,6 +11,14 @@ namespace play {
 namespace {
 
 constexpr std::array kEnding = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+// A blocked signal waits even if it is ignored.
+bool IsIgnored(int number) {
+    struct sigaction action = {};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
+}
+
 }  // namespace
 
 int Checked(int result, const char* what) {
@@ -25,7 +33,9 @@ Signals::Signals(const std::vector<int>& others) {
     sigemptyset(&set);
     sigaddset(&set, SIGCHLD);
     for (const int number : kEnding) {
-        sigaddset(&set, number);
+        if (!IsIgnored(number)) {
+            sigaddset(&set, number);
+        }
     }
     for (const int number : others) {
         sigaddset(&set, number);

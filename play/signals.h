@@ -19,8 +19,8 @@ class Interrupted : public std::exception {
     int signal_;
 };
 
-/// Blocks signals during its lifetime and queues them for `Take`: those that end a program,
-/// SIGCHLD, and `others`. Child processes must be started with `MaskBefore`.
+/// Blocks signals during its lifetime and queues them for `Take`: those that end a program and are
+/// not ignored, SIGCHLD, and `others`. Child processes must be started with `MaskBefore`.
 class Signals {
   public:
     explicit Signals(const std::vector<int>& others = {});

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 namespace morvane_test {
 namespace {
@@ -225,6 +226,22 @@ TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
     console.Signal(SIGTERM);
     console.ExpectEndBySignal(SIGTERM);
     ExpectGone(Read("process"));
+}
+
+// As under nohup(1).
+TEST_F(PlayTest, KeepsIgnoringAnIgnoredSignal) {
+    Write("a.session", kSession);
+    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
+    ConsoleOptions options =
+        Playing(Behind(std::string("cat pipe >/dev/null\n") + kOnePrompt, {"a.session"}));
+    options.prefix = {"env", "--ignore-signal=HUP"};
+    options.directory = directory().Path();
+    Console console(options);
+    std::ofstream pipe(directory().File("pipe"));  // returns once the tool reads
+    console.Signal(SIGHUP);
+    pipe.close();
+    console.Expect("a.session: agrees\n");
+    console.ExpectExit(0);
 }
 
 TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
