@@ -109,7 +109,7 @@ void ObexProxy::GDBusRun() {
 
 // Destroyed with this object, because StopThreads() may be called at any time.
 GMainLoop* ObexProxy::CreateMainLoop() {
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     main_loop_.reset(g_main_loop_new(nullptr, FALSE));
     return main_loop_.get();
 }

@@ -39,7 +39,7 @@ void ObexProxy::MenuThread() {
     running_ = true;
     {
         // Locked, so that the main thread cannot miss the wake-up between its check and its wait.
-        const Hold hold(start_mutex_);
+        const LockGuard guard(start_mutex_);
         started_ = true;
     }
     start_condition_.notify_all();
@@ -49,7 +49,7 @@ void ObexProxy::MenuThread() {
 
 void ObexProxy::StopThreads() {
     running_ = false;
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     if (main_loop_) {
         g_main_loop_quit(main_loop_.get());
     }

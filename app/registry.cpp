@@ -11,7 +11,7 @@ namespace morvane {
 void ObexProxy::AllocClient(const std::string& path) {
     auto client = std::make_unique<ClientProxyContext>(path);
     {
-        const Hold hold(contents_mutex_);
+        const LockGuard guard(contents_mutex_);
         client_.swap(client);
         if (client) {
             replaced_clients_.push_back(std::move(client));
@@ -20,7 +20,7 @@ void ObexProxy::AllocClient(const std::string& path) {
     // A client re-added without a removal. An addition must not wait: if the menu thread has the
     // registry mutex locked, that thread destroys the replaced client before its next input.
     if (registry_mutex_.try_lock()) {
-        const Hold hold(registry_mutex_, std::adopt_lock);
+        const LockGuard guard(registry_mutex_, std::adopt_lock);
         DestroyReplacedClients();
     }
 }
@@ -29,7 +29,7 @@ void ObexProxy::AllocClient(const std::string& path) {
 // print.
 void ObexProxy::DestroyReplacedClients() {
     std::vector<std::unique_ptr<ClientProxyContext>> replaced;
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     replaced.swap(replaced_clients_);
 }
 
@@ -39,13 +39,13 @@ void ObexProxy::FreeClient() {
 }
 
 std::unique_ptr<ClientProxyContext> ObexProxy::TakeClient() {
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     return std::move(client_);
 }
 
 void ObexProxy::AllocDevice(const std::string& path) {
     auto device = std::make_unique<ObexDeviceContext>(GetBusName(), path);
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     devices_.push_back(std::move(device));
 }
 
@@ -55,7 +55,7 @@ void ObexProxy::FreeDevice(const std::string& path) {
 }
 
 std::vector<std::unique_ptr<ObexDeviceContext>> ObexProxy::TakeDevices(const std::string& path) {
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     std::vector<std::unique_ptr<ObexDeviceContext>> removed;
     const auto first_removed =
         std::stable_partition(devices_.begin(), devices_.end(),
@@ -66,12 +66,12 @@ std::vector<std::unique_ptr<ObexDeviceContext>> ObexProxy::TakeDevices(const std
 }
 
 ClientProxyContext* ObexProxy::Client() const {
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     return client_.get();
 }
 
 std::vector<const ObexDeviceContext*> ObexProxy::Devices() const {
-    const Hold hold(contents_mutex_);
+    const LockGuard guard(contents_mutex_);
     std::vector<const ObexDeviceContext*> devices;
     std::transform(devices_.begin(), devices_.end(), std::back_inserter(devices),
                    [](const auto& device) { return device.get(); });

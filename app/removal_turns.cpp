@@ -14,18 +14,18 @@ RemovalTurns::Removal::~Removal() {
 }
 
 void RemovalTurns::Begin() {
-    const Hold hold(mutex_);
+    const LockGuard guard(mutex_);
     ++begun_;
 }
 
 void RemovalTurns::End() {
-    const Hold hold(mutex_);
+    const LockGuard guard(mutex_);
     ++ended_;
     passed_.notify_all();
 }
 
 void RemovalTurns::LetPass() {
-    const Hold hold(mutex_);
+    const LockGuard guard(mutex_);
     const std::uint64_t waiting = begun_;
     while (ended_ < waiting) {
         passed_.wait(mutex_);

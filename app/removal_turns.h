@@ -13,12 +13,12 @@ namespace morvane {
 class RemovalTurns {
   public:
     /// One removal on the main thread: keeps the registry mutex locked for its lifetime.
-    class MORVANE_SCOPED_HOLD Removal {
+    class MORVANE_SCOPED_LOCK Removal {
       public:
         Removal(RemovalTurns& turns, Mutex& registry_mutex) MORVANE_ACQUIRES(registry_mutex);
         Removal(const Removal&) = delete;
         Removal& operator=(const Removal&) = delete;
-        ~Removal() MORVANE_ENDS_HOLD;
+        ~Removal() MORVANE_RELEASES;
 
       private:
         RemovalTurns& turns_;

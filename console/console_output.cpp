@@ -93,7 +93,7 @@ __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const cha
     if (length < 0) {
         return length;  // `text` is unspecified then
     }
-    const Hold hold(console.lock);
+    const LockGuard guard(console.lock);
     Emit(redraw, colour, text);
     return length;
 }
@@ -101,7 +101,7 @@ __attribute__((format(printf, 3, 0))) int FormatAndEmit(Redraw redraw, const cha
 // Display the prompt and set the flag under one lock: a message of the other thread in between
 // would not display the prompt again.
 void SetPrompt(const char* text, int show, const char* marker) MORVANE_EXCLUDES(console.lock) {
-    const Hold hold(console.lock);
+    const LockGuard guard(console.lock);
     std::strncpy(console.saved_prompt, text, kPromptRoom - 1);
     if (show == 1) {
         Emit(Redraw::kIfShowing, kGreen, text);

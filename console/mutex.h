@@ -14,8 +14,8 @@
 #define MORVANE_EXCLUDES(mutex) MORVANE_THREAD_SAFETY(locks_excluded(mutex))
 #define MORVANE_ACQUIRED_BEFORE(mutex) MORVANE_THREAD_SAFETY(acquired_before(mutex))
 #define MORVANE_ACQUIRES(mutex) MORVANE_THREAD_SAFETY(acquire_capability(mutex))
-#define MORVANE_SCOPED_HOLD MORVANE_THREAD_SAFETY(scoped_lockable)
-#define MORVANE_ENDS_HOLD MORVANE_THREAD_SAFETY(release_capability())
+#define MORVANE_SCOPED_LOCK MORVANE_THREAD_SAFETY(scoped_lockable)
+#define MORVANE_RELEASES MORVANE_THREAD_SAFETY(release_capability())
 
 namespace morvane {
 
@@ -27,7 +27,7 @@ class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
     bool try_lock() MORVANE_THREAD_SAFETY(try_acquire_capability(true)) {
         return mutex_.try_lock();
     }
-    void unlock() MORVANE_ENDS_HOLD { mutex_.unlock(); }
+    void unlock() MORVANE_RELEASES { mutex_.unlock(); }
 
     /// For a lock that is passed from function to function, which the analysis does not track: the
     /// caller is responsible for what it protects.
@@ -44,14 +44,14 @@ class MORVANE_THREAD_SAFETY(capability("mutex")) Mutex {
 };
 
 /// Lock guard of a Mutex.
-class MORVANE_SCOPED_HOLD Hold {
+class MORVANE_SCOPED_LOCK LockGuard {
   public:
-    explicit Hold(Mutex& mutex) MORVANE_ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
+    explicit LockGuard(Mutex& mutex) MORVANE_ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
     /// Adopts a mutex locked by try_lock().
-    Hold(Mutex& mutex, std::adopt_lock_t /*taken*/) MORVANE_REQUIRES(mutex) : mutex_(mutex) {}
-    Hold(const Hold&) = delete;
-    Hold& operator=(const Hold&) = delete;
-    ~Hold() MORVANE_ENDS_HOLD { mutex_.unlock(); }
+    LockGuard(Mutex& mutex, std::adopt_lock_t /*taken*/) MORVANE_REQUIRES(mutex) : mutex_(mutex) {}
+    LockGuard(const LockGuard&) = delete;
+    LockGuard& operator=(const LockGuard&) = delete;
+    ~LockGuard() MORVANE_RELEASES { mutex_.unlock(); }
 
   private:
     Mutex& mutex_;

@@ -16,7 +16,7 @@ EventThread::~EventThread() {
 void EventThread::Run(std::function<void()> task) {
     std::future<void> done;
     {
-        const morvane::Hold hold(mutex_);
+        const morvane::LockGuard guard(mutex_);
         tasks_.emplace_back(std::move(task));
         done = tasks_.back().get_future();
     }
@@ -31,7 +31,7 @@ void EventThread::Run(std::function<void()> task) {
 void EventThread::RunTasks() {
     std::deque<std::packaged_task<void()>> tasks;
     {
-        const morvane::Hold hold(mutex_);
+        const morvane::LockGuard guard(mutex_);
         tasks.swap(tasks_);
     }
     for (std::packaged_task<void()>& task : tasks) {

@@ -24,19 +24,19 @@ MessagePtr MakeAnswer(GDBusMessage* call, const CallFault& fault) {
 }  // namespace
 
 void CallFaults::Set(const std::string& method, CallFault fault, unsigned times) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     plans_.insert_or_assign(method, Planned{std::move(fault), times});
 }
 
 bool CallFaults::Clear() {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const bool any = !plans_.empty();
     plans_.clear();
     return any;
 }
 
 FaultyAnswer CallFaults::AnswerTo(GDBusMessage* call, const Call& description) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const auto planned = Find(description);
     if (planned == plans_.end()) {
         return {};
@@ -67,7 +67,7 @@ void CallFaults::CountDown(Plans::iterator planned) {
 }
 
 CallFaults::Released CallFaults::Release() {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const std::size_t planned = plans_.size();
     for (auto plan = plans_.begin(); plan != plans_.end();) {
         const bool hangs = plan->second.fault.kind == CallFault::Kind::kHang;
@@ -77,7 +77,7 @@ CallFaults::Released CallFaults::Release() {
 }
 
 void CallFaults::ForgetHanging() {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     hanging_.clear();
 }
 

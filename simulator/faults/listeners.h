@@ -21,21 +21,21 @@ class Listeners {
 
     [[nodiscard]] Subscription Add(Handler handler) {
         const std::shared_ptr<State> state = state_;
-        const morvane::Hold hold(state->mutex);
+        const morvane::LockGuard guard(state->mutex);
         const auto entry = state->handlers.insert(state->handlers.end(), std::move(handler));
         return {state.get(), [state, entry](void*) {
-                    const morvane::Hold removal(state->mutex);
+                    const morvane::LockGuard removal(state->mutex);
                     state->handlers.erase(entry);
                 }};
     }
     [[nodiscard]] bool IsEmpty() const {
         const State& state = *state_;
-        const morvane::Hold hold(state.mutex);
+        const morvane::LockGuard guard(state.mutex);
         return state.handlers.empty();
     }
     void Announce(const Event& event) const {
         const State& state = *state_;
-        const morvane::Hold hold(state.mutex);
+        const morvane::LockGuard guard(state.mutex);
         for (const Handler& handler : state.handlers) {
             handler(event);
         }

@@ -153,7 +153,7 @@ void MessageFilter::Remember(GDBusMessage* call, Pending pending) {
         g_variant_get(g_dbus_message_get_body(call), "(&s)", &interface);
         pending.interface = interface;
     }
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     pending_[{pending.call.sender, g_dbus_message_get_serial(call)}] = std::move(pending);
 }
 
@@ -183,7 +183,7 @@ MessagePtr MessageFilter::OnReply(MessagePtr reply) {
 }
 
 std::optional<MessageFilter::Pending> MessageFilter::TakeAnswered(GDBusMessage* reply) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const auto found = pending_.find({TextOrEmpty(g_dbus_message_get_destination(reply)),
                                       g_dbus_message_get_reply_serial(reply)});
     if (found == pending_.end()) {

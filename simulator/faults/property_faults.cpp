@@ -14,7 +14,7 @@ VariantPtr Share(const VariantPtr& value) {
 
 void PropertyFaults::Override(const std::string& path, const std::string& interface,
                               const std::string& name, VariantPtr value) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     faults_.insert_or_assign({path, interface, name}, std::move(value));
 }
 
@@ -24,7 +24,7 @@ void PropertyFaults::Hide(const std::string& path, const std::string& interface,
 }
 
 bool PropertyFaults::Clear() {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const bool any = !faults_.empty();
     faults_.clear();
     return any;
@@ -32,12 +32,12 @@ bool PropertyFaults::Clear() {
 
 void PropertyFaults::SetExact(const std::string& path, const std::string& interface,
                               VariantPtr properties) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     exact_.insert_or_assign({path, interface}, std::move(properties));
 }
 
 void PropertyFaults::ForgetExact(const std::string& path) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     for (auto entry = exact_.begin(); entry != exact_.end();) {
         entry = entry->first.first == path ? exact_.erase(entry) : std::next(entry);
     }
@@ -45,20 +45,20 @@ void PropertyFaults::ForgetExact(const std::string& path) {
 
 VariantPtr PropertyFaults::Apply(const std::string& path, const std::string& interface,
                                  GVariant* properties) const {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const auto exact = exact_.find({path, interface});
     return Edit(path, interface, exact == exact_.end() ? properties : exact->second.get(), true);
 }
 
 VariantPtr PropertyFaults::ApplyToChanges(const std::string& path, const std::string& interface,
                                           GVariant* changes) const {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     return Edit(path, interface, changes, false);
 }
 
 PropertyFaults::Reading PropertyFaults::Read(const std::string& path, const std::string& interface,
                                              const std::string& name) const {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     if (const VariantPtr* fault = Find(path, interface, name)) {
         return {true, Share(*fault)};
     }

@@ -17,21 +17,21 @@ std::string Describe(const Call& call) {
 
 void Recorder::Record(Call call) {
     {
-        const morvane::Hold hold(mutex_);
+        const morvane::LockGuard guard(mutex_);
         entries_.push_back({std::move(call)});
     }
     arrival_.notify_all();
 }
 
 bool Recorder::Forget() {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     const bool any = !entries_.empty();
     entries_.clear();
     return any;
 }
 
 std::vector<Call> Recorder::Calls() const {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     std::vector<Call> calls;
     calls.reserve(entries_.size());
     for (const Entry& entry : entries_) {
@@ -42,7 +42,7 @@ std::vector<Call> Recorder::Calls() const {
 
 std::optional<Call> Recorder::Await(const std::string& method, std::chrono::milliseconds timeout) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     std::optional<Call> found = TakeFirst(method);
     for (auto status = std::cv_status::no_timeout;
          !found && status == std::cv_status::no_timeout;) {

@@ -6,14 +6,14 @@
 namespace simulator {
 
 void Output::Begin(const std::string& first_line) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     waiting_.insert(0, first_line);
     begun_ = true;
     Write();
 }
 
 void Output::Print(const std::string& text) {
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     waiting_ += text;
     if (begun_) {
         Write();
@@ -22,7 +22,7 @@ void Output::Print(const std::string& text) {
 
 void Output::WriteBy(Writer writer) {
     writer_ = std::move(writer);
-    const morvane::Hold hold(mutex_);
+    const morvane::LockGuard guard(mutex_);
     is_deferred_ = static_cast<bool>(writer_);
     if (flush_ != 0) {
         g_source_remove(std::exchange(flush_, 0));
@@ -33,7 +33,7 @@ void Output::WriteBy(Writer writer) {
 void Output::Flush() {
     std::string text;
     {
-        const morvane::Hold hold(mutex_);
+        const morvane::LockGuard guard(mutex_);
         text.swap(waiting_);
         if (flush_ != 0) {
             g_source_remove(std::exchange(flush_, 0));
