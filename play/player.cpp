@@ -127,9 +127,17 @@ Program::Event Player::Receive(Clock::time_point deadline) {
     }
     for (DisplayedLine& line : display_.TakeLines()) {
         received_ += sizeof line;
-        pending_.push_back(std::move(line));
+        if (!IsIgnored(line)) {
+            pending_.push_back(std::move(line));
+        }
     }
     return event;
+}
+
+bool Player::IsIgnored(const DisplayedLine& line) const {
+    return line.prompt.empty() &&
+           std::any_of(file_.ignored.begin(), file_.ignored.end(),
+                       [&line](const Pattern& pattern) { return pattern.Matches(line.text); });
 }
 
 // Whether the step's output is complete, or differs. Later lines belong to the next step.

@@ -46,6 +46,7 @@ class Player {
     void Tell(const Step& step);
 
     Outcome Await(const Step& step);
+    [[nodiscard]] bool IsIgnored(const DisplayedLine& line) const;
     bool MatchLines(const Step& step);
     [[nodiscard]] bool IsReached(const Step& step) const;
     [[nodiscard]] Duration Limit(const Step& step) const;

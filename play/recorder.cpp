@@ -63,6 +63,9 @@ class RawTerminal {
     termios modes_ = {};
 };
 
+// How many there are, and between which other lines, differs from run to run.
+constexpr std::string_view kProgress = "Transferred Percent: ";
+
 class Recorder {
   public:
     explicit Recorder(const std::vector<std::string>& command)
@@ -86,6 +89,9 @@ class Recorder {
         std::vector<std::string> lines = {command};
         if (!(program_.HowEnded() == Ending{})) {
             lines.push_back("% exit " + Write(program_.HowEnded()));
+        }
+        if (has_progress_) {
+            lines.push_back("% ignore " + std::string(kProgress) + "[..]");
         }
         lines.insert(lines.end(), lines_.begin(), lines_.end());
         return lines;
@@ -221,7 +227,13 @@ class Recorder {
 
     void TakeLines() {
         for (const DisplayedLine& line : display_.TakeLines()) {
-            lines_.push_back(line.prompt.empty() ? WriteGeneral(line.text) : line.prompt + answer_);
+            if (!line.prompt.empty()) {
+                lines_.push_back(line.prompt + answer_);
+            } else if (line.text.rfind(kProgress, 0) == 0) {
+                has_progress_ = true;
+            } else {
+                lines_.push_back(WriteGeneral(line.text));
+            }
         }
     }
 
@@ -237,6 +249,7 @@ class Recorder {
     std::string answer_;      // the last answer, as written
     bool is_answering_ = false;
     std::vector<std::string> lines_;
+    bool has_progress_ = false;
 };
 
 // The arguments of another program, such as ssh, are not those of the tool.

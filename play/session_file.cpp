@@ -84,7 +84,7 @@ class Parser {
         Place place;
         void (Parser::*parse)(std::string_view rest);
     };
-    static const std::array<Directive, 7> kDirectives;
+    static const std::array<Directive, 8> kDirectives;
 
     [[noreturn]] void Fail(const std::string& reason) const {
         throw std::runtime_error(file_.name + ":" + std::to_string(line_ + 1) + ": " + reason);
@@ -145,6 +145,13 @@ class Parser {
             Fail(R"("% needs" without a text)");
         }
         file_.needs.emplace_back(rest);
+    }
+
+    void ParseIgnore(std::string_view rest) {
+        if (rest.empty()) {
+            Fail(R"("% ignore" without a text)");
+        }
+        file_.ignored.emplace_back(rest);
     }
 
     [[nodiscard]] Duration RequireDuration(std::string_view text) const {
@@ -274,8 +281,9 @@ class Parser {
     std::string bare_prompt_;
 };
 
-const std::array<Parser::Directive, 7> Parser::kDirectives = {{
+const std::array<Parser::Directive, 8> Parser::kDirectives = {{
     {"needs", Place::kHead, &Parser::ParseNeeds},
+    {"ignore", Place::kHead, &Parser::ParseIgnore},
     {"timeout", Place::kHead, &Parser::ParseTimeout},
     {"exit", Place::kHead, &Parser::ParseExit},
     {"await", Place::kBody, &Parser::ParseAwait},

@@ -70,6 +70,7 @@ struct SessionFile {
     std::vector<std::string> lines;
     std::vector<std::string> arguments;
     std::vector<std::string> needs;
+    std::vector<Pattern> ignored;  ///< output that is not compared
     std::optional<Duration> limit;
     Ending ending;
     std::vector<Step> steps;  ///< only the last one has the action kEnd

@@ -74,6 +74,19 @@ TEST_F(RecordTest, WritesWildcardsArgumentsAndExitStatus) {
     EXPECT_EQ(Read("a.session"), "$ morvane -bus:second\n% exit 3\n/hci0/dev_[..]\n");
 }
 
+TEST_F(RecordTest, IgnoresProgress) {
+    Record("echo active; echo 'Transferred Percent: 3%'; prompt Vantor ' > '; echo complete");
+    Await(kMarker);
+    Type("x\r");
+    const std::string session = Recorded();
+    EXPECT_EQ(session,
+              "$ morvane\n% ignore Transferred Percent: [..]\nactive\nVantor > x\ncomplete\n");
+    const PlayResult result = Play(session,
+                                   "echo active; prompt Vantor ' > '; echo complete; "
+                                   "echo 'Transferred Percent: 50%'");
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+}
+
 TEST_F(RecordTest, WritesHalfTypedAnswerOnce) {
     ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
     Record(R"(
