@@ -30,8 +30,8 @@ constexpr std::array<OptionRow, 7> kOptions = {{
      [](CommandLine& to, const std::string&) { to.play.update = true; }},
     {"tap", 't', nullptr, "Print the results in the Test Anything Protocol",
      [](CommandLine& to, const std::string&) { to.tap = true; }},
-    {"timeout", 'T', "TIME", "Await each line so long (10s)", ApplyTimeout},
-    {"simulator", 'S', "PROGRAM", "Tell this program what files tell (morvane-simulator)",
+    {"timeout", 'T', "TIME", "How long each line is awaited (10s)", ApplyTimeout},
+    {"simulator", 'S', "PROGRAM", "Send commands of the files to it (morvane-simulator)",
      [](CommandLine& to, const std::string& value) { to.play.simulator = value; }},
     {"help", 'h', nullptr, "Show the options",
      [](CommandLine& to, const std::string&) { to.mode = CommandLine::Mode::kHelp; }},
@@ -88,8 +88,14 @@ void CheckFiles(const CommandLine& line) {
     if (line.files.empty()) {
         throw std::runtime_error("no file named");
     }
-    if (line.mode == CommandLine::Mode::kRecord && line.files.size() > 1) {
+    if (line.mode == CommandLine::Mode::kPlay) {
+        return;
+    }
+    if (line.files.size() > 1) {
         throw std::runtime_error("--record takes one file");
+    }
+    if (line.tap || line.play.update || line.play.limit) {
+        throw std::runtime_error("--record takes neither --tap nor --timeout nor --update");
     }
 }
 
