@@ -94,8 +94,8 @@ void CheckFiles(const CommandLine& line) {
     if (line.files.size() > 1) {
         throw std::runtime_error("--record takes one file");
     }
-    if (line.tap || line.play.update || line.play.limit) {
-        throw std::runtime_error("--record takes neither --tap nor --timeout nor --update");
+    if (line.tap || line.play.update) {
+        throw std::runtime_error("--record takes neither --tap nor --update");
     }
 }
 
