@@ -1,10 +1,10 @@
-// What the bus library alone costs: the object manager client, the proxies and the notifications of
-// the tool, in one thread, and nothing printed but that a place is reached.
+// The minimal cost of the bus library: the same object manager client, proxies and notifications as
+// in the tool, in one thread, without output except when a step is complete.
 //
 // Usage: morvane-floor [download|listing]
-// It follows the devices. With "download" it opens a session to the first device, begins a download
-// there and follows that too; with "listing" it opens a session and, at the first line of its
-// input, asks for a listing and looks at each vCard. It ends when its input does.
+// It subscribes to the devices. With "download" it also opens a session to the first device, starts
+// a download and subscribes to it; with "listing" it opens a session and, at the first line of its
+// input, requests a listing and reads each vCard. It exits at the end of its input.
 
 #include "interfaces/bus_name.h"
 #include "interfaces/glib_ptr.h"

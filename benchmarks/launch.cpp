@@ -1,8 +1,8 @@
-// Becomes another program, and notes before that what processor time has been used already: to
-// leave the measuring process is the dearer the larger that is, and not that program's doing.
+// Writes the CPU time used so far to a file, then executes another program. The cost of fork()
+// grows with the size of the measuring process and must not be counted for that program.
 //
 // Usage: morvane-launch FILE PROGRAM [ARGUMENT...]
-// FILE then holds the nanoseconds.
+// FILE then contains the nanoseconds.
 
 #include <unistd.h>
 

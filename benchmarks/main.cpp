@@ -1,8 +1,8 @@
-// Measures the tool against what an engineer would use without it, and prints tables in Markdown.
+// Compares the tool with general-purpose programs and prints tables in Markdown.
 //
 // Usage: morvane-benchmarks [--rounds N] [--only TEXT] [--figures FILE]
 //   --rounds  how often everything is measured; the medians are printed (default 5)
-//   --only    the works whose title contains this
+//   --only    only benchmarks with this text in their title
 //   --figures writes what docs/performance.svg shows as comma-separated values
 // Ends with status 1 if a target is missed.
 
@@ -24,7 +24,7 @@
 namespace morvane_benchmarks {
 namespace {
 
-// By size, then subject: one cost for each round.
+// Indexed by size, then by program: one cost for each round.
 using Costs = std::map<unsigned, std::vector<std::vector<Cost>>>;
 
 double Median(const std::vector<Cost>& costs, const Quantity& quantity) {
@@ -34,8 +34,8 @@ double Median(const std::vector<Cost>& costs, const Quantity& quantity) {
     return values[values.size() / 2];
 }
 
-// Subjects take turns, and each round begins with another: what disturbs the machine for a while
-// disturbs all.
+// The programs run in turn, and each round begins with another one, so that a temporary load on the
+// machine affects all of them.
 Costs Measure(const Work& work, int rounds) {
     Costs costs;
     for (const unsigned size : work.sizes) {
@@ -80,31 +80,32 @@ void PrintLines(const Work& work, const Costs& costs) {
     }
 }
 
-// At the largest size.
-double Ratio(const Work& work, const Costs& costs, const std::string& rival,
+// The costs at the largest size.
+double Ratio(const Work& work, const Costs& costs, const std::string& baseline,
              const Quantity& quantity) {
-    const auto found = std::find_if(work.subjects.begin(), work.subjects.end(),
-                                    [&](const Subject& subject) { return subject.name == rival; });
+    const auto found =
+        std::find_if(work.subjects.begin(), work.subjects.end(),
+                     [&](const Subject& subject) { return subject.name == baseline; });
     const auto index = static_cast<std::size_t>(found - work.subjects.begin());
     const auto& of_size = costs.rbegin()->second;
     return Median(of_size[0], quantity) / Median(of_size[index], quantity);
 }
 
 // Null if there is no limit.
-const Target* FindTarget(const Work& work, const std::string& rival, const Quantity& quantity) {
+const Target* FindTarget(const Work& work, const std::string& baseline, const Quantity& quantity) {
     const auto found =
         std::find_if(work.targets.begin(), work.targets.end(), [&](const Target& target) {
-            return target.rival == rival && &target.quantity == &quantity;
+            return target.baseline == baseline && &target.quantity == &quantity;
         });
     return found == work.targets.end() ? nullptr : &*found;
 }
 
 // One row for a ratio to another program.
-void WriteRatio(const Work& work, const Costs& costs, const Subject& rival,
+void WriteRatio(const Work& work, const Costs& costs, const Subject& baseline,
                 const Quantity& quantity, std::FILE* file) {
-    const Target* const target = FindTarget(work, rival.name, quantity);
+    const Target* const target = FindTarget(work, baseline.name, quantity);
     std::fprintf(file, "\"%s\",\"%s\",\"%s\",%.2f,", work.title.c_str(), quantity.name,
-                 rival.name.c_str(), Ratio(work, costs, rival.name, quantity));
+                 baseline.name.c_str(), Ratio(work, costs, baseline.name, quantity));
     if (target != nullptr) std::fprintf(file, "%g", target->limit);
     std::fprintf(file, ",,,\n");
 }
@@ -118,15 +119,15 @@ void WriteGrowth(const Work& work, const Costs& costs, const Quantity& quantity,
                  work.unit.c_str(), *lowest, *highest);
 }
 
-// In the quantity that is shown first, and in those that are limited.
+// Ratios of the quantity that is printed first, and of those with a limit.
 void WriteFigures(const Work& work, const Costs& costs, std::FILE* file) {
     for (const Quantity* const quantity : work.shown) {
         bool is_written = false;
-        for (const Subject& rival : work.subjects) {
-            if (&rival == &work.subjects[0]) continue;
-            if (quantity != work.shown[0] && FindTarget(work, rival.name, *quantity) == nullptr)
+        for (const Subject& baseline : work.subjects) {
+            if (&baseline == &work.subjects[0]) continue;
+            if (quantity != work.shown[0] && FindTarget(work, baseline.name, *quantity) == nullptr)
                 continue;
-            WriteRatio(work, costs, rival, *quantity, file);
+            WriteRatio(work, costs, baseline, *quantity, file);
             is_written = true;
         }
         if (is_written && costs.size() > 1) WriteGrowth(work, costs, *quantity, file);
@@ -138,9 +139,9 @@ bool Judge(const Work& work, const Costs& costs) {
     const unsigned size = costs.rbegin()->first;
     bool reached = true;
     for (const Target& target : work.targets) {
-        const double ratio = Ratio(work, costs, target.rival, target.quantity);
+        const double ratio = Ratio(work, costs, target.baseline, target.quantity);
         std::printf("\n- %s at %u: %.3f times that of %s, to be at most %.2f: %s",
-                    target.quantity.name, size, ratio, target.rival.c_str(), target.limit,
+                    target.quantity.name, size, ratio, target.baseline.c_str(), target.limit,
                     ratio <= target.limit ? "reached" : "**missed**");
         reached = reached && ratio <= target.limit;
     }
@@ -158,7 +159,7 @@ bool Run(const Work& work, int rounds, std::FILE* figures) {
     return reached;
 }
 
-// In a process of its own, which is small when it starts others: a copy of a large one is slow.
+// Runs in its own process, because fork() is slow in a large process.
 bool RunApart(const Work& work, int rounds, std::FILE* figures) {
     const pid_t child = fork();
     if (child == 0) std::_Exit(Run(work, rounds, figures) ? 0 : 1);
@@ -168,18 +169,18 @@ bool RunApart(const Work& work, int rounds, std::FILE* figures) {
     return WEXITSTATUS(status) == 0;
 }
 
-struct Wishes {
+struct Options {
     int rounds = 5;
     morvane::TextPtr only;
     morvane::TextPtr figures;
 };
 
-Wishes Parse(int argc, char** argv) {
-    Wishes wishes;
+Options Parse(int argc, char** argv) {
+    Options options;
     gchar* only = nullptr;
     gchar* figures = nullptr;
     const GOptionEntry entries[] = {
-        {"rounds", 0, 0, G_OPTION_ARG_INT, &wishes.rounds, "How often all is measured", "N"},
+        {"rounds", 0, 0, G_OPTION_ARG_INT, &options.rounds, "How often all is measured", "N"},
         {"only", 0, 0, G_OPTION_ARG_STRING, &only, "Works whose title contains this", "TEXT"},
         {"figures", 0, 0, G_OPTION_ARG_FILENAME, &figures, "Also write the figures", "FILE"},
         {},
@@ -189,17 +190,17 @@ Wishes Parse(int argc, char** argv) {
     g_option_context_add_main_entries(context.get(), entries, nullptr);
     morvane::ErrorPtr error;
     const bool good = g_option_context_parse(context.get(), &argc, &argv, morvane::Out(error));
-    wishes.only.reset(only);
-    wishes.figures.reset(figures);
-    if (!good || wishes.rounds < 1) {
+    options.only.reset(only);
+    options.figures.reset(figures);
+    if (!good || options.rounds < 1) {
         throw std::runtime_error(error ? error->message : "--rounds must be positive");
     }
-    return wishes;
+    return options;
 }
 
 using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-// With the heading; empty if no file is named.
+// Writes the header line too. Null without a file name.
 FilePtr OpenFigures(const char* name) {
     FilePtr file(name != nullptr ? std::fopen(name, "w") : nullptr, std::fclose);
     if (!file) {
@@ -215,15 +216,15 @@ FilePtr OpenFigures(const char* name) {
 }
 
 int Main(int argc, char** argv) {
-    const Wishes wishes = Parse(argc, argv);
-    const FilePtr figures = OpenFigures(wishes.figures.get());
+    const Options options = Parse(argc, argv);
+    const FilePtr figures = OpenFigures(options.figures.get());
     bool reached = true;
     for (const Work& work : AllWorks()) {
-        if (!wishes.only || work.title.find(wishes.only.get()) != std::string::npos) {
-            reached = RunApart(work, wishes.rounds, figures.get()) && reached;
+        if (!options.only || work.title.find(options.only.get()) != std::string::npos) {
+            reached = RunApart(work, options.rounds, figures.get()) && reached;
         }
     }
-    if (!wishes.only) {
+    if (!options.only) {
         std::printf("\n%s\n\n%s\n", CountedWrites().c_str(), LoadRate().c_str());
     }
     return reached ? 0 : 1;

@@ -16,7 +16,7 @@ using morvane_test::ValuePrompt;
 
 constexpr char kName[] = "com.veltrisonix";
 constexpr std::chrono::seconds kPatience(300);
-// Waking a reader costs the writer more than the write, and is not the program's doing.
+// Waking a reader costs the writer more than the write itself, and must not be measured.
 constexpr std::chrono::milliseconds kReadingPause(1);
 
 simulator::Options Directory(const std::string& path) {
@@ -107,7 +107,7 @@ ProgramPtr Scene::GdbusMonitor() {
 
 ProgramPtr Scene::BusctlMonitor() {
     ProgramPtr monitor = Run("busctl", {"--address=" + Address(), "--no-pager", "monitor", kName});
-    // It says on standard error that it is ready.
+    // It reports on standard error that it is ready.
     monitor->ExpectError("Monitoring bus message stream.");
     return monitor;
 }

@@ -14,17 +14,17 @@ namespace morvane_benchmarks {
 
 using Microseconds = std::chrono::duration<double, std::micro>;
 
-/// What a piece of work has cost one process.
+/// The cost of a task for one process.
 struct Cost {
     Microseconds cpu{};
     Microseconds wall{};
     double memory = 0;  ///< resident, KiB
 };
 
-/// A running program, measured from the moment that it is itself: see launch.cpp.
+/// A running program, measured from its execve() on: see launch.cpp.
 class Program : public morvane_test::Console {
   public:
-    /// `used` is the file that is told what was used before.
+    /// `used` is the file that receives the CPU time used before.
     Program(const morvane_test::ConsoleOptions& options, std::string used);
 
     Microseconds CpuTime();
@@ -35,8 +35,8 @@ class Program : public morvane_test::Console {
 
 using ProgramPtr = std::unique_ptr<Program>;
 
-/// A bus, a daemon that does nothing by itself, and so many phones. Programs write to a pipe, as in
-/// a script, unless told otherwise.
+/// A bus, a daemon that sends nothing by itself, and some phones. Programs write to a pipe by
+/// default, as in a script.
 class Scene {
   public:
     explicit Scene(unsigned phones = 1, morvane_test::Wiring wiring = morvane_test::Wiring::kPipes);
@@ -49,7 +49,7 @@ class Scene {
     ProgramPtr Run(const std::string& program, std::vector<std::string> arguments = {},
                    std::vector<std::string> prefix = {});
 
-    // The tool and its rivals, each ready for what the daemon announces next.
+    // The tool and the programs that it is compared with, each ready for notifications.
 
     ProgramPtr ToolAtMainMenu(std::vector<std::string> prefix = {});
     ProgramPtr ToolAtPhonebookMenu(std::vector<std::string> prefix = {});
@@ -76,10 +76,10 @@ class Scene {
     unsigned programs_ = 0;
 };
 
-/// Measures from its making on.
+/// Measures from its construction on.
 class Meter {
   public:
-    /// A program that runs already.
+    /// A program that is already running.
     explicit Meter(Program& program);
     Cost Read() const;
 
@@ -89,7 +89,7 @@ class Meter {
     std::chrono::steady_clock::time_point start_;
 };
 
-/// KiB, of a program that runs.
+/// Resident memory of a running program, in KiB.
 double ResidentMemory(const morvane_test::Console& program);
 Microseconds Since(std::chrono::steady_clock::time_point start);
 

@@ -30,7 +30,7 @@ Cost WholeRun(Program& program, steady_clock::time_point start) {
     return {program.CpuTime(), Since(start), 0};
 }
 
-// What listens, and the text that it prints once for each change; none if it prints nothing.
+// A listening program and the text that it prints for each change; null if it prints nothing.
 struct Listener {
     const char* name;
     ProgramPtr (*start)(Scene& scene);
@@ -167,7 +167,7 @@ Cost CatShowsFile(unsigned mebibytes) {
     return WholeRun(*scene.Run("cat", {file}), start);
 }
 
-// `cat` held to pieces of the tool's size: what so many system calls cost.
+// Copies with the tool's block size: the cost of the system calls alone.
 Cost DdShowsFile(unsigned mebibytes) {
     Scene scene(0);
     const std::string file = scene.File("phonebook.vcf");
@@ -211,7 +211,7 @@ Microseconds UntilCalled(Scene& scene, const std::function<void()>& cause) {
     return Since(start);
 }
 
-// The pause of the menus comes before a prompt, so nothing has to be deducted from here on.
+// The menus pause before the prompt, so the measured time contains no pause.
 Cost ToolCalls(unsigned times) {
     Scene scene;
     const ProgramPtr tool = scene.ToolAtPhonebookMenu();

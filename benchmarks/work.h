@@ -8,7 +8,7 @@
 
 namespace morvane_benchmarks {
 
-/// Which of a program's costs a limit is about.
+/// The kind of cost that a limit applies to.
 struct Quantity {
     const char* name;
     double (*of)(const Cost& cost);  ///< milliseconds, or KiB
@@ -18,20 +18,20 @@ extern const Quantity kCpu;
 extern const Quantity kWall;
 extern const Quantity kMemory;
 
-/// One program doing the work at one size.
+/// One program that executes the task at one size.
 struct Subject {
     std::string name;
     std::function<Cost(unsigned size)> run;
 };
 
-/// The tool's cost is to be at most `limit` times that of `rival`.
+/// The tool's cost must be at most `limit` times that of `baseline`.
 struct Target {
-    std::string rival;
+    std::string baseline;
     const Quantity& quantity;
     double limit;
 };
 
-/// The same work done by several programs, the tool first.
+/// The same task for several programs, the tool first.
 struct Work {
     std::string title;
     std::string unit;             ///< what `size` counts
@@ -45,7 +45,7 @@ std::vector<Work> AllWorks();
 
 /// System calls that the tool makes to show a file of 8 MiB, counted, not timed. One line.
 std::string CountedWrites();
-/// How fast the load comes, by itself and with a listener. One line.
+/// The rate of the notifications, without and with a listener. One line.
 std::string LoadRate();
 
 }  // namespace morvane_benchmarks
