@@ -114,7 +114,8 @@ class TerminalEditor : public LineEditor {
     void Write(const std::string& text) override;
 
   private:
-    static int ReadCharacter(EditLine* library, wchar_t* character);
+    // Exceptions must not propagate through C frames: noexcept terminates the process instead.
+    static int ReadCharacter(EditLine* library, wchar_t* character) noexcept;
 
     void Configure();
     bool ReadByte(char& byte);
@@ -179,7 +180,8 @@ void TerminalEditor::Configure() {
 }
 
 void TerminalEditor::Start() {
-    const auto on_input = [](gint /*file*/, GIOCondition /*condition*/, gpointer self) -> gboolean {
+    const auto on_input = [](gint /*file*/, GIOCondition /*condition*/,
+                             gpointer self) noexcept -> gboolean {
         auto& editor = *static_cast<TerminalEditor*>(self);
         if (editor.ReadKey()) {
             return G_SOURCE_CONTINUE;
@@ -187,7 +189,7 @@ void TerminalEditor::Start() {
         editor.input_ = 0;
         return G_SOURCE_REMOVE;
     };
-    const auto on_resize = [](gpointer self) -> gboolean {
+    const auto on_resize = [](gpointer self) noexcept -> gboolean {
         static_cast<TerminalEditor*>(self)->OnResize();
         return G_SOURCE_CONTINUE;
     };
@@ -229,7 +231,7 @@ bool TerminalEditor::ReadByte(char& byte) {
 }
 
 /// Returns 1, or 0 if the library gets no character, which makes el_gets(3) return.
-int TerminalEditor::ReadCharacter(EditLine* library, wchar_t* character) {
+int TerminalEditor::ReadCharacter(EditLine* library, wchar_t* character) noexcept {
     constexpr auto kInvalid = static_cast<std::size_t>(-1);
     constexpr auto kPartial = static_cast<std::size_t>(-2);
     constexpr wchar_t kReplacement = 0xFFFD;
