@@ -2,10 +2,17 @@
 
 #include "support/programs.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace morvane_test {
@@ -81,6 +88,25 @@ std::string PlayTest::Read(const std::string& name) const {
 
 bool PlayTest::Exists(const std::string& name) const {
     return std::filesystem::exists(directory_.File(name));
+}
+
+void PlayTest::MakePipe() const {
+    Checked(mkfifo(directory_.File("pipe").c_str(), S_IRWXU), "mkfifo");
+}
+
+FileDescriptor PlayTest::WriteToPipe(std::string_view text) const {
+    const auto deadline = std::chrono::steady_clock::now() + Patience();
+    while (std::chrono::steady_clock::now() < deadline) {
+        // Fails while there is no reader.
+        FileDescriptor pipe(
+            open(directory_.File("pipe").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+        if (pipe.Number() >= 0) {
+            Checked(static_cast<int>(write(pipe.Number(), text.data(), text.size())), "write");
+            return pipe;
+        }
+        std::this_thread::yield();
+    }
+    throw std::runtime_error("the script does not open the pipe");
 }
 
 PlayResult PlayTest::Run(const std::vector<std::string>& arguments) const {

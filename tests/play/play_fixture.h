@@ -1,11 +1,13 @@
 #pragma once
 
 #include "support/console.h"
+#include "support/file_descriptor.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace morvane_test {
@@ -32,6 +34,11 @@ class PlayTest : public testing::Test {
     void Write(const std::string& name, const std::string& text) const;
     std::string Read(const std::string& name) const;
     bool Exists(const std::string& name) const;
+
+    void MakePipe() const;
+    /// Writes to that pipe once the script has opened it. Throws std::runtime_error on time-out.
+    /// The script's input ends when the result is destroyed.
+    FileDescriptor WriteToPipe(std::string_view text = "") const;
 
     /// morvane-play in the test's directory, with these arguments.
     PlayResult Run(const std::vector<std::string>& arguments) const;

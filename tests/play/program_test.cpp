@@ -217,14 +217,27 @@ TEST_F(PlayTest, LetsTheToolEndItsSession) {
     EXPECT_EQ(Read("session"), "removed\n");
 }
 
-TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
-    Write("a.session", "Vantor > q\n");
-    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
-    ConsoleOptions options =
-        Playing(Behind("echo $$ >process; cat pipe; read -r answer", {"a.session"}));
-    options.directory = directory().Path();
-    Console console(options);
-    Write("pipe", "ready\n");  // returns once the tool reads
+class WaitingTool : public PlayTest {
+  protected:
+    /// Runs morvane-play with a script that waits for a line.
+    ConsoleOptions Options() const {
+        Write("a.session", "Vantor > q\n");
+        MakePipe();
+        ConsoleOptions options =
+            Playing(Behind("echo $$ >process; cat pipe; read -r answer", {"a.session"}));
+        options.directory = directory().Path();
+        return options;
+    }
+    /// Returns the script's process ID once it runs.
+    pid_t Await() const {
+        WriteToPipe();
+        return std::stoi(Read("process"));
+    }
+};
+
+TEST_F(WaitingTool, IsEndedWhenASignalEndsThePlayer) {
+    Console console(Options());
+    Await();
     console.Signal(SIGTERM);
     console.ExpectEndBySignal(SIGTERM);
     ExpectGone(Read("process"));
@@ -233,15 +246,15 @@ TEST_F(PlayTest, EndsTheToolWhenASignalEndsIt) {
 // As under nohup(1).
 TEST_F(PlayTest, KeepsIgnoringAnIgnoredSignal) {
     Write("a.session", kSession);
-    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
+    MakePipe();
     ConsoleOptions options =
         Playing(Behind(std::string("cat pipe >/dev/null\n") + kOnePrompt, {"a.session"}));
     options.prefix = {"env", "--ignore-signal=HUP"};
     options.directory = directory().Path();
     Console console(options);
-    std::ofstream pipe(directory().File("pipe"));  // returns once the tool reads
+    FileDescriptor pipe = WriteToPipe();
     console.Signal(SIGHUP);
-    pipe.close();
+    pipe.Close();
     console.Expect("a.session: agrees\n");
     console.ExpectExit(0);
 }
@@ -259,15 +272,9 @@ TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
 }
 
 // A process that has ended exists for its parent only once its tracer has reaped it.
-TEST_F(PlayTest, LeavesProcessThatCannotBeReaped) {
-    Write("a.session", "Vantor > q\n");
-    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
-    ConsoleOptions options =
-        Playing(Behind("echo $$ >process; cat pipe; read -r answer", {"a.session"}));
-    options.directory = directory().Path();
-    Console console(options);
-    Write("pipe", "ready\n");  // returns once the tool reads
-    const pid_t process = std::stoi(Read("process"));
+TEST_F(WaitingTool, IsLeftIfItCannotBeReaped) {
+    Console console(Options());
+    const pid_t process = Await();
     if (ptrace(PTRACE_SEIZE, process, nullptr, nullptr) != 0)
         GTEST_SKIP() << "no process can be traced here: " << std::strerror(errno);
     console.Signal(SIGTERM);

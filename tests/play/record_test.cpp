@@ -4,8 +4,6 @@
 #include "support/discovery.h"
 #include "support/programs.h"
 
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <iterator>
 #include <regex>
@@ -88,7 +86,7 @@ TEST_F(RecordTest, IgnoresProgress) {
 }
 
 TEST_F(RecordTest, WritesHalfTypedAnswerOnce) {
-    ASSERT_EQ(mkfifo(directory().File("pipe").c_str(), S_IRWXU), 0);
+    MakePipe();
     Record(R"(
 printf 'Vantor > '
 read -r message <pipe; notify "$message" Vantor
@@ -97,7 +95,7 @@ read -r answer; echo "got $answer"
     Await("Vantor > ");
     Type("ab");
     Await("ab");
-    Write("pipe", "Folder: pb\n");
+    WriteToPipe("Folder: pb\n");
     Await("Folder: pb\n");
     Await(kMarker);
     Type("c\r");

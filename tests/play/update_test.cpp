@@ -126,12 +126,12 @@ TEST_F(UpdatedFileTest, LeavesNoDraftIfItCannotBeReplaced) {
 }
 
 TEST_F(UpdatedFileTest, DoesNotEndTheRunIfItCannotBeReplaced) {
-    Write("gone.session", "two\n");
+    Write("missing.session", "two\n");
     const PlayResult result =
-        Play("one\n", "echo one; rm -f gone.session", {"--tap", "--update", "gone.session"});
+        Play("one\n", "echo one; rm -f missing.session", {"--tap", "--update", "missing.session"});
     EXPECT_EQ(result.output,
-              "TAP version 13\n1..2\nnot ok 1 - gone.session\n"
-              "# gone.session: No such file or directory\nok 2 - a.session\n");
+              "TAP version 13\n1..2\nnot ok 1 - missing.session\n"
+              "# missing.session: No such file or directory\nok 2 - a.session\n");
     EXPECT_EQ(result.status, 2);
 }
 
