@@ -36,6 +36,17 @@ class LineEditor : public PlainInput {
         return console;
     }
 
+    /// Runs the shell commands `before`, the simulator, a comparison of the terminal's modes, and
+    /// `after`.
+    Console& EditInShell(const std::string& before, const std::string& after = "") {
+        std::string script = before + "; modes=$(stty -g); ";
+        for (const std::string& word : ProgramWords()) script += word + " ";
+        script += "; [ \"$modes\" = \"$(stty -g)\" ] && echo the same" + after;
+        auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
+        options.bus_address = bus_.Address();
+        return Launch(options);
+    }
+
     static void EndByQuit(Console& console) {
         console.TypeBytes("quit\n");
         console.Await(kEnding);
@@ -145,13 +156,7 @@ TEST_F(LineEditor, EndsByControlCAfterALoneEscape) {
 
 // With a shell that does not restore the modes itself.
 TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
-    std::string words;
-    for (const std::string& word : ProgramWords()) words += word + " ";
-    const std::string script = "set -m; before=$(stty -g); " + words +
-                               "; [ \"$before\" = \"$(stty -g)\" ] && echo the same; fg";
-    auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
-    options.bus_address = bus_.Address();
-    Console& console = Launch(options);
+    Console& console = EditInShell("set -m", "; fg");
     console.Await("> ");
     console.TypeBytes("remove Bir");
     console.Await("remove Bir");
@@ -167,15 +172,9 @@ TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
 
 // The shell's terminal remains when the simulator has ended.
 TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
-    std::string words;
-    for (const std::string& word : ProgramWords()) words += word + " ";
     constexpr char kNone[] = "";  // the bus is lost
     for (const char* const keys : {"quit\n", "\x03", "\x1c", kNone}) {
-        const std::string script = "before=$(stty -g); trap : INT QUIT; ulimit -c 0; " + words +
-                                   "; [ \"$before\" = \"$(stty -g)\" ] && echo the same";
-        auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
-        options.bus_address = bus_.Address();
-        Console& console = Launch(options);
+        Console& console = EditInShell("trap : INT QUIT; ulimit -c 0");
         console.AllowStderr("Quit");
         console.AllowStderr("The connection to the bus was lost");
         console.Await("> ");
