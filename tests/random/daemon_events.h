@@ -12,8 +12,8 @@ enum class Loss { kNone, kSession, kClient };
 
 /// An action of the daemon, or a change of its replies.
 struct DaemonEvent {
-    /// A command of the simulator. "{session}" and "{transfer}" stand for the newest ones,
-    /// "{phone}" for the first phone.
+    /// A command of the simulator. "{session}" and "{transfer}" are replaced by the newest
+    /// ones, "{phone}" by the first phone.
     std::string command;
     Loss loss = Loss::kNone;
     bool restores_client = false;

@@ -278,7 +278,7 @@ const Fault kFaults[] = {
      &FaultMatrix::NotifyOfThePreviousTransfer},
 };
 
-// Outputs. In them "<output>", "<lost>" and so on stand for texts of the prompt, see Expanded().
+// Outputs, with placeholders such as "<output>" for texts of the prompt: see Expanded().
 
 const std::string kAccepted = "<output>";
 const std::string kLost = "<lost>" + Prompt();
