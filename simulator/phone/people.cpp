@@ -84,14 +84,17 @@ std::string Number(std::uint32_t value, unsigned digits) {
 
 Property MakeAddress(Dice& dice, const char* type) {
     const Town& town = dice.Pick(kTowns);
-    const std::string street =
-        std::string(dice.Pick(kStreets)) + " " + std::to_string(1 + dice.Throw(199));
-    return {Field::kAdr, {type}, {"", "", street, town.name, "", town.code, town.country}};
+    const std::string house = std::to_string(1 + dice.Throw(199));
+    const std::string street = dice.Pick(kStreets);
+    return {Field::kAdr,
+            {type},
+            {"", "", street + " " + house, town.name, "", town.code, town.country}};
 }
 
 std::string MakeDay(Dice& dice) {
-    return Number(1950 + dice.Throw(55), 4) + "-" + Number(1 + dice.Throw(12), 2) + "-" +
-           Number(1 + dice.Throw(28), 2);
+    const std::string day = Number(1 + dice.Throw(28), 2);
+    const std::string month = Number(1 + dice.Throw(12), 2);
+    return Number(1950 + dice.Throw(55), 4) + "-" + month + "-" + day;
 }
 
 void AddNames(Card& card, const Name& family, const Name& given) {
@@ -157,7 +160,8 @@ std::string Dice::HexDigits(unsigned count) {
 }
 
 std::string MakePhoneNumber(Dice& dice) {
-    return dice.Pick(kNumberRanges) + Number(dice.Throw(10000), 4);
+    const std::string end = Number(dice.Throw(10000), 4);
+    return dice.Pick(kNumberRanges) + end;
 }
 
 Card MakeContact(Dice& dice) {
@@ -185,10 +189,10 @@ Card MakeOwner(Dice& dice, const std::string& phone_name) {
 }
 
 Card MakeSimContact(Dice& dice) {
-    const std::string name =
-        std::string(dice.Pick(kGivenNames).text) + " " + dice.Pick(kFamilyNames).text;
+    const std::string family = dice.Pick(kFamilyNames).text;
+    const std::string given = dice.Pick(kGivenNames).text;
     const std::string number = MakePhoneNumber(dice);
-    return MakeShortContact(name, number, dice.HexDigits(32));
+    return MakeShortContact(given + " " + family, number, dice.HexDigits(32));
 }
 
 Card MakeShortContact(const std::string& name, const std::string& number, const std::string& uid) {
