@@ -23,9 +23,19 @@ void ApplyTimeout(CommandLine& to, const std::string& value) {
     }
 }
 
-constexpr std::array<OptionRow, 7> kOptions = {{
+void Choose(CommandLine& to, CommandLine::Mode mode) {
+    using Mode = CommandLine::Mode;
+    if (to.mode == (mode == Mode::kRecord ? Mode::kType : Mode::kRecord)) {
+        throw std::runtime_error("--record and --type exclude each other");
+    }
+    to.mode = mode;
+}
+
+constexpr std::array<OptionRow, 8> kOptions = {{
     {"record", 'r', nullptr, "Write the file from a session in this terminal",
-     [](CommandLine& to, const std::string&) { to.mode = CommandLine::Mode::kRecord; }},
+     [](CommandLine& to, const std::string&) { Choose(to, CommandLine::Mode::kRecord); }},
+    {"type", 'y', nullptr, "Type the lines of standard input at the prompts",
+     [](CommandLine& to, const std::string&) { Choose(to, CommandLine::Mode::kType); }},
     {"update", 'u', nullptr, "Write what is displayed into the files",
      [](CommandLine& to, const std::string&) { to.play.update = true; }},
     {"tap", 't', nullptr, "Print the results in the Test Anything Protocol",
@@ -82,20 +92,21 @@ void ParseOptions(std::vector<std::string> words, CommandLine& to) {
 }
 
 void CheckFiles(const CommandLine& line) {
-    if (line.mode != CommandLine::Mode::kPlay && line.mode != CommandLine::Mode::kRecord) {
+    using Mode = CommandLine::Mode;
+    if (line.mode == Mode::kHelp || line.mode == Mode::kVersion) {
         return;
     }
-    if (line.files.empty()) {
+    if (line.mode == Mode::kType && !line.files.empty()) {
+        throw std::runtime_error("--type takes no file, but standard input");
+    }
+    if (line.mode != Mode::kType && line.files.empty()) {
         throw std::runtime_error("no file named");
     }
-    if (line.mode == CommandLine::Mode::kPlay) {
-        return;
-    }
-    if (line.files.size() > 1) {
+    if (line.mode == Mode::kRecord && line.files.size() > 1) {
         throw std::runtime_error("--record takes one file");
     }
-    if (line.tap || line.play.update) {
-        throw std::runtime_error("--record takes neither --tap nor --update");
+    if (line.mode != Mode::kPlay && (line.tap || line.play.update)) {
+        throw std::runtime_error("--record and --type take neither --tap nor --update");
     }
 }
 
@@ -119,6 +130,7 @@ std::string HelpText() {
     std::string text =
         "Usage: morvane-play [OPTION...] FILE... [-- PROGRAM [ARGUMENT...]]\n"
         "       morvane-play --record FILE [-- PROGRAM [ARGUMENT...]]\n"
+        "       morvane-play --type [-- PROGRAM [ARGUMENT...]]\n"
         "Plays sessions of morvane, or of PROGRAM, and compares what is displayed with the "
         "files.\n\n";
     for (const OptionRow& row : kOptions) {

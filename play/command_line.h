@@ -9,7 +9,7 @@
 namespace play {
 
 struct CommandLine {
-    enum class Mode { kPlay, kRecord, kHelp, kVersion };
+    enum class Mode { kPlay, kRecord, kType, kHelp, kVersion };
 
     Mode mode = Mode::kPlay;
     bool tap = false;

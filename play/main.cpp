@@ -2,6 +2,11 @@
 #include "play/files.h"
 #include "play/recorder.h"
 #include "play/results.h"
+#include "play/typist.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -57,6 +62,19 @@ int Play(const CommandLine& line) {
     return status;
 }
 
+// Ends this process by the signal, without a second core dump.
+int EndBySignal(int number) {
+    prctl(PR_SET_DUMPABLE, 0);
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+    return kCannotRun;
+}
+
+int Type(const CommandLine& line) {
+    const Ending ending = TypeInput(line.play.command);
+    return ending.by_signal ? EndBySignal(ending.number) : ending.number;
+}
+
 int Run(const CommandLine& line) {
     switch (line.mode) {
         case CommandLine::Mode::kHelp:
@@ -68,17 +86,22 @@ int Run(const CommandLine& line) {
         case CommandLine::Mode::kRecord:
             Record(line.files.front(), line.play.command);
             return kAgrees;
+        case CommandLine::Mode::kType:
+            return Type(line);
         case CommandLine::Mode::kPlay:
             break;
     }
     return Play(line);
 }
 
-// Ends this process by the signal.
-int EndBySignal(int number) {
-    std::signal(number, SIG_DFL);
-    std::raise(number);
-    return kCannotRun;
+// Otherwise other files would get the descriptors of closed standard streams. All of these can only
+// be read: writing to them fails.
+void OpenClosedStreams() {
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    }
+    Descriptor(descriptor).Close();
 }
 
 }  // namespace
@@ -86,6 +109,7 @@ int EndBySignal(int number) {
 
 int main(int argc, char** argv) {
     try {
+        play::OpenClosedStreams();
         const int status = play::Run(play::ParseCommandLine({argv, argv + argc}));
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
             throw std::runtime_error("cannot write to standard output");

@@ -4,9 +4,8 @@
 #include "play/display.h"
 #include "play/files.h"
 #include "play/line_editor.h"
+#include "play/output.h"
 #include "play/program.h"
-
-#include <poll.h>
 
 #include <array>
 #include <cerrno>
@@ -43,20 +42,6 @@ class RawTerminal {
         winsize size = {};
         ioctl(STDIN_FILENO, TIOCGWINSZ, &size);
         return size;
-    }
-
-    static void Write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t count = write(STDOUT_FILENO, bytes.data(), bytes.size());
-            if (count > 0) {
-                bytes.remove_prefix(static_cast<std::size_t>(count));
-            } else if (errno == EAGAIN) {
-                pollfd room = {STDOUT_FILENO, POLLOUT, 0};
-                poll(&room, 1, -1);
-            } else if (errno != EINTR) {
-                return;  // the terminal has hung up: SIGHUP follows
-            }
-        }
     }
 
   private:
@@ -104,7 +89,7 @@ class Recorder {
         // Stop reading keys while many wait to be passed on.
         const int input = keys_.size() < kMostKeys ? STDIN_FILENO : -1;
         const Program::Event event = program_.Wait(Clock::time_point::max(), output, input);
-        RawTerminal::Write(output);
+        WriteOutput(output);  // fails if the terminal has hung up: SIGHUP follows
         display_.Feed(output);
         TakeLines();
         if (event == Program::Event::kInput) {
@@ -167,7 +152,7 @@ class Recorder {
         keys_.clear();
         editor_.Clear();
         if (key == LineEditor::Key::kSuspend) {
-            RawTerminal::Write("^Z");
+            WriteOutput("^Z");
             Suspend();
             return;
         }

@@ -24,6 +24,7 @@ prompt() {
 }
 notify() { printf '\n\033[0m%s\n\033[1;32m%s\033[1;31m > \033[0m' "$1" "$2"; }
 )";
+const char kOnePrompt[] = "prompt Vantor ' > '; echo \"got $answer\"\n";
 
 ConsoleOptions Playing(const std::vector<std::string>& arguments) {
     ConsoleOptions options;
@@ -36,6 +37,11 @@ ConsoleOptions Playing(const std::vector<std::string>& arguments) {
     options.arguments.insert(options.arguments.end(), arguments.begin(), arguments.end());
     options.wiring = Wiring::kPipes;
     return options;
+}
+
+void ExpectGone(const std::string& process) {
+    ASSERT_FALSE(process.empty());
+    EXPECT_FALSE(std::filesystem::exists("/proc/" + process.substr(0, process.find('\n'))));
 }
 
 namespace {
@@ -109,8 +115,11 @@ FileDescriptor PlayTest::WriteToPipe(std::string_view text) const {
     throw std::runtime_error("the script does not open the pipe");
 }
 
-PlayResult PlayTest::Run(const std::vector<std::string>& arguments) const {
-    return RunToEnd(Playing(arguments), directory_);
+PlayResult PlayTest::Run(const std::vector<std::string>& arguments,
+                         const std::string& redirections) const {
+    ConsoleOptions options = Playing(arguments);
+    options.arguments[1] += " " + redirections;
+    return RunToEnd(options, directory_);
 }
 
 std::vector<std::string> PlayTest::Behind(const std::string& script,

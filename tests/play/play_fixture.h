@@ -24,6 +24,11 @@ ConsoleOptions Playing(const std::vector<std::string>& arguments);
 /// Shell functions for a script in place of the tool: `prompt TEXT MARKER` reads an answer,
 /// `notify MESSAGE TEXT` prints a message while the prompt TEXT is displayed.
 extern const char kFakeTool[];
+/// A script with a prompt, which prints "got" and the answer.
+extern const char kOnePrompt[];
+
+/// Fails unless the process of this ID was ended and reaped: until then it is in /proc.
+void ExpectGone(const std::string& process);
 
 /// Plays the session with the tool and morvane-simulator, which gets these options.
 PlayResult PlayOnSimulator(const std::string& session, const std::vector<std::string>& options);
@@ -40,8 +45,9 @@ class PlayTest : public testing::Test {
     /// The script's input ends when the result is destroyed.
     FileDescriptor WriteToPipe(std::string_view text = "") const;
 
-    /// morvane-play in the test's directory, with these arguments.
-    PlayResult Run(const std::vector<std::string>& arguments) const;
+    /// morvane-play in the test's directory, with these arguments and redirections of the shell.
+    PlayResult Run(const std::vector<std::string>& arguments,
+                   const std::string& redirections = "") const;
     /// The same with a.session and this script.
     PlayResult Play(const std::string& session, const std::string& script,
                     std::vector<std::string> options = {}) const;

@@ -17,14 +17,7 @@
 namespace morvane_test {
 namespace {
 
-constexpr char kOnePrompt[] = "prompt Vantor ' > '; echo \"got $answer\"\n";
 constexpr char kSession[] = "Vantor > x\ngot x\n";
-
-// A process that was not reaped still is in /proc.
-void ExpectGone(const std::string& process) {
-    ASSERT_FALSE(process.empty());
-    EXPECT_FALSE(std::filesystem::exists("/proc/" + process.substr(0, process.find('\n'))));
-}
 
 TEST_F(PlayTest, PlaysAllFilesAndReportsTheWorst) {
     Write("good.session", kSession);
@@ -105,9 +98,14 @@ const BadArguments kBadArguments[] = {
     {{"--timeout"}, "invalid option --timeout"},
     {{"--timeout=never", "a.session"}, "--timeout takes a time such as 10s, 500ms or 2min"},
     {{"--record", "a.session", "b.session"}, "--record takes one file"},
-    {{"--record", "--tap", "a.session"}, "--record takes neither --tap nor --update"},
-    {{"--record", "--update", "a.session"}, "--record takes neither --tap nor --update"},
+    {{"--record", "--tap", "a.session"}, "--record and --type take neither --tap nor --update"},
+    {{"--record", "--update", "a.session"}, "--record and --type take neither --tap nor --update"},
     {{"--record", "a.session"}, "--record needs a terminal"},
+    {{"--type", "a.session"}, "--type takes no file, but standard input"},
+    {{"--type", "--tap"}, "--record and --type take neither --tap nor --update"},
+    {{"--type", "--update"}, "--record and --type take neither --tap nor --update"},
+    {{"--type", "--record", "a.session"}, "--record and --type exclude each other"},
+    {{"--record", "--type", "a.session"}, "--record and --type exclude each other"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, BadCommandLine, testing::ValuesIn(kBadArguments));
