@@ -34,7 +34,7 @@ std::string Player::Play() {
     for (const Step& step : file_.steps) {
         options_.progress(step.line);
         if (!PlayStep(step)) {
-            program_.End();
+            End();
             break;
         }
     }
@@ -42,6 +42,14 @@ std::string Player::Play() {
         CheckEnding();
     }
     return report_;
+}
+
+void Player::End() {
+    program_.End();
+    if (program_.EndSignal() != 0) {
+        report_ += options_.command.front() + " did not end with its input and was ended by " +
+                   (program_.EndSignal() == SIGHUP ? "SIGHUP" : "SIGKILL") + "\n";
+    }
 }
 
 // Whether the next step can be played.

@@ -40,6 +40,7 @@ class Player {
     enum class Outcome { kReached, kDiffers, kTimedOut, kEnded, kFlooded };
 
     bool PlayStep(const Step& step);
+    void End();
     void Act(const Step& step);
     void Type(const Answer& answer, Clock::time_point deadline);
     void AwaitEcho(std::string_view echo, Clock::time_point deadline);

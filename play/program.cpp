@@ -207,10 +207,13 @@ void Program::End() {
     constexpr char kEndOfFile = 4;
     std::ignore = write(Terminal(), &kEndOfFile, 1);
     try {
-        if (!AwaitEnd(kPatienceAtEnd)) {
-            Signal(SIGHUP);
+        for (const int number : {SIGHUP, SIGKILL}) {
+            if (AwaitEnd(kPatienceAtEnd)) {
+                return;
+            }
+            end_signal_ = number;
+            Signal(number);
             Signal(SIGCONT);
-            AwaitEnd(kPatienceAtEnd);
         }
     } catch (const Interrupted&) {
         Signal(SIGKILL);

@@ -57,6 +57,8 @@ class Program {
     void Type(std::string_view keys, Clock::time_point deadline);
     /// Asks the program to end: Ctrl-D, then SIGHUP, then SIGKILL.
     void End();
+    /// After End(): the last of these signals, or 0 if none was needed.
+    [[nodiscard]] int EndSignal() const { return end_signal_; }
 
     [[nodiscard]] int Terminal() const { return terminal_.Number(); }
     void Signal(int number) const { kill(-id_, number); }
@@ -76,6 +78,7 @@ class Program {
     Descriptor terminal_;
     pid_t id_ = -1;
     bool was_asked_to_end_ = false;
+    int end_signal_ = 0;
     bool has_ended_ = false;
     bool is_closed_ = false;  // every process has closed the terminal
     int status_ = 0;

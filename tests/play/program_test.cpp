@@ -203,6 +203,9 @@ echo one
 while :; do wait; done
 )");
     EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("\n/bin/sh did not end with its input and was ended by SIGKILL\n"),
+              std::string::npos)
+        << result.output;
     ExpectGone(Read("process"));
     ExpectGone(Read("sleeper"));
 }

@@ -303,10 +303,22 @@ displayed since the last answer:
      "a.session: /bin/sh was ended by signal 9 (Killed), expected was signal 15\n"},
     {"StatusInsteadOfSignal", "% exit signal 15\none\n", "echo one; exit 15",
      "a.session: /bin/sh ended with status 15, expected was signal 15\n"},
+    {"Hang", "% await 50ms\n...\none\n", "exec sleep 600",
+     R"(a.session:3: "one" did not come within 50 ms; nothing was displayed
+--- a.session
++++ displayed
+@@ -1,3 +1,2 @@
+ % await 50ms
+ ...
+-one
+/bin/sh did not end with its input and was ended by SIGHUP
+)"},
     {"OutputWithoutEnd", "% await 60min\n...\nVantor > q\n", "exec yes",
-     "a.session:3: /bin/sh prints without end\n"},
+     "a.session:3: /bin/sh prints without end\n"
+     "/bin/sh did not end with its input and was ended by SIGHUP\n"},
     {"LineWithoutEnd", "% await 60min\n...\nVantor > q\n", "exec tr '\\0' x </dev/zero",
-     "a.session:3: /bin/sh prints without end\n"},
+     "a.session:3: /bin/sh prints without end\n"
+     "/bin/sh did not end with its input and was ended by SIGHUP\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, DifferingSession, testing::ValuesIn(kDiffering), NameOf);
