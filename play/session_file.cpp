@@ -91,6 +91,9 @@ class Parser {
     }
 
     void ParseLine(std::string_view line) {
+        if (line.find('\0') != std::string_view::npos) {
+            Fail("not UTF-8 text: a zero byte, as in UTF-16");
+        }
         if (HasControlCharacter(line)) {
             Fail("a control character");
         }

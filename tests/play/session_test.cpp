@@ -382,5 +382,14 @@ TEST_F(PlayTest, RefusesTooLongAnswer) {
               "morvane-play: a.session:1: the answer is longer than a terminal takes\n");
 }
 
+// As some editors save it by default.
+TEST_F(PlayTest, RefusesUtf16) {
+    using std::string_literals::operator""s;
+    const PlayResult result = Play("\xff\xfeo\0n\0e\0\n\0"s, "");
+    EXPECT_EQ(result.output,
+              "morvane-play: a.session:1: not UTF-8 text: a zero byte, as in UTF-16\n");
+    EXPECT_EQ(result.status, 2);
+}
+
 }  // namespace
 }  // namespace morvane_test
