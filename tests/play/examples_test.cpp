@@ -78,17 +78,30 @@ INSTANTIATE_TEST_SUITE_P(Play, ExampleSession, testing::ValuesIn(ExampleSessions
                              return name;
                          });
 
-TEST(LateDaemon, IsAwaitedByTheShortestExample) {
+struct Late {
+    const char* name;
+    std::vector<std::string> commands;  ///< before the tool starts
+    const char* session;                ///< above that which is played
+};
+
+class LateDaemon : public testing::TestWithParam<Late> {};
+
+TEST_P(LateDaemon, IsAwaitedByTheShortestExample) {
     std::string session = AwaitingDiscovery(ReadExample("smoke"));
-    session.insert(session.find("% any order"), R"(...
-Vantor >
-% tell add-client
-% tell return Aster
-)");
+    session.insert(session.find("% any order"),
+                   "...\nVantor >\n" + std::string(GetParam().session));
     std::vector<std::string> options = FastButDelayed();
-    options.insert(options.end(), {"--phones=1", "--do=remove-client", "--do=remove Aster"});
+    options.emplace_back("--phones=1");
+    options.insert(options.end(), GetParam().commands.begin(), GetParam().commands.end());
     EXPECT_EQ(PlayOnSimulator(session, options).output, "a.session: agrees\n");
 }
+
+INSTANTIATE_TEST_SUITE_P(Play, LateDaemon,
+                         testing::Values(Late{"Objects",
+                                              {"--do=remove-client", "--do=remove Aster"},
+                                              "% tell add-client\n% tell return Aster\n"},
+                                         Late{"Process", {"--do=crash"}, "% tell come-back\n"}),
+                         [](const auto& late) { return std::string(late.param.name); });
 
 }  // namespace
 }  // namespace morvane_test
