@@ -111,6 +111,7 @@ TEST_F(ControlInterface, HangsAndReleases) {
     EXPECT_EQ(Execute("release").find("('"), 0U);
     caller.Expect("()\n");
     caller.ExpectExit(0);
+    monitor.Await("'SetPassword', \"('x',)\", 'reply', '', '()', 'hang')\n");
     monitor.Kill();
 }
 

@@ -1,9 +1,6 @@
 #include "simulator/simulator_fixture.h"
 
-#include <condition_variable>
 #include <future>
-#include <mutex>
-#include <utility>
 
 namespace simulator {
 namespace {
@@ -203,94 +200,6 @@ TEST_F(SimulatorOnTheBus, ConnectionOfTheCallerStaysOpen) {
     daemon.Crash();
     EXPECT_TRUE(g_dbus_connection_is_closed(connection.get()));
     EXPECT_THROW(daemon.ReturnToBus(), std::runtime_error);
-}
-
-/// Lines such as "GetSize() !error.Name(...) by refuse"; "=" is a reply, "?" a call that hangs.
-class CallTraffic : public SimulatorFaults {
-  protected:
-    void SetUp() override {
-        SimulatorFaults::SetUp();
-        calls_ = daemon().OnCall([this](const Call& call) { Add("call " + call.method); });
-        answers_ = daemon().OnAnswer([this](const Answer& answer) {
-            const std::size_t kind = static_cast<std::size_t>(answer.kind);
-            Add(answer.call.method + answer.call.body + " " + "=!?-"[kind] + answer.error_name +
-                answer.body + (answer.fault.empty() ? "" : " by " + answer.fault));
-        });
-    }
-    void TearDown() override { StopListening(); }
-
-    void StopListening() {
-        calls_.reset();
-        answers_.reset();
-    }
-    Signals TakeLines() {
-        const std::lock_guard lock(mutex_);
-        return std::exchange(lines_, {});
-    }
-    bool AwaitLine(const string& line) {
-        std::unique_lock lock(mutex_);
-        return arrival_.wait_for(lock, kPatience, [&] {
-            return std::find(lines_.begin(), lines_.end(), line) != lines_.end();
-        });
-    }
-
-  private:
-    void Add(const string& line) {
-        const std::lock_guard lock(mutex_);
-        lines_.push_back(line);
-        arrival_.notify_all();
-    }
-
-    std::mutex mutex_;
-    std::condition_variable arrival_;
-    Signals lines_;
-    Subscription calls_;
-    Subscription answers_;
-};
-
-TEST_F(CallTraffic, ReportsEachCallWithItsAnswerAndFault) {
-    Access("GetSize");
-    daemon().Refuse("GetSize", kFailed, "Busy");
-    Access("GetSize");
-    daemon().Reply("GetSize", g_variant_new_parsed("(1,)"));
-    Access("GetSize");
-    EXPECT_EQ(TakeLines(), (Signals{"call GetSize", "GetSize() =(uint16 26,)", "call GetSize",
-                                    "GetSize() !com.veltrisonix.Error.Failed('Busy',) by refuse",
-                                    "call GetSize", "GetSize() =(1,) by reply"}));
-    StopListening();
-    Access("GetSize");
-    EXPECT_EQ(TakeLines(), Signals{});
-}
-
-TEST_F(CallTraffic, ReportsPropertyFaults) {
-    client().GetAll(kSession, "obex.Session1");
-    EXPECT_EQ(TakeLines().back().find(" by "), string::npos);
-    daemon().OverrideProperty(kSession, kSessionInterface, "Root", g_variant_new_parsed("7"));
-    daemon().HideProperty(kSession, kSessionInterface, "Target");
-    client().Get(kSession, "obex.Session1", "Root");
-    EXPECT_EQ(TakeLines().back(),
-              "Get('com.veltrisonix.obex.Session1', 'Root') =(<7>,) by override");
-    client().Get(kSession, "obex.Session1", "Target");
-    EXPECT_EQ(TakeLines().back(),
-              "Get('com.veltrisonix.obex.Session1', 'Target') !org.freedesktop.DBus.Error."
-              "InvalidArgs('No such property “Target”',) by hide");
-    client().GetAll(kSession, "obex.Session1");
-    const string all = TakeLines().back();
-    EXPECT_NE(all.find("'Root': <7>"), string::npos) << all;
-    EXPECT_NE(all.find(" by override or hide"), string::npos) << all;
-}
-
-TEST_F(CallTraffic, ReportsHangingCallTwice) {
-    daemon().Hang("GetSize");
-    std::future<string> answer = CallElsewhere(kSession, "obex.PhonebookAccess1.GetSize");
-    ASSERT_TRUE(AwaitLine("GetSize() ? by hang"));
-    daemon().Release();
-    EXPECT_EQ(answer.get(), "(uint16 26,)");
-    Signals lines = TakeLines();
-    const auto others = [](const string& line) { return line.find("GetSize") == string::npos; };
-    lines.erase(std::remove_if(lines.begin(), lines.end(), others), lines.end());
-    EXPECT_EQ(lines,
-              (Signals{"call GetSize", "GetSize() ? by hang", "GetSize() =(uint16 26,) by hang"}));
 }
 
 }  // namespace
