@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <tuple>
 
 namespace simulator {
 namespace {
@@ -45,31 +46,16 @@ class Exec : public ProgramTest {
     void ExpectNothingLeft() const { EXPECT_TRUE(std::filesystem::is_empty(TemporaryFolder())); }
 };
 
-struct Outcome {
-    const char* test;
-    const char* script;
-    int status;
-};
-
-class ExecStatus : public Exec, public testing::WithParamInterface<Outcome> {};
-
-TEST_P(ExecStatus, IsThatOfTheCommand) {
-    RunShell(GetParam().script).ExpectExit(GetParam().status);
-    ExpectNothingLeft();
+TEST_F(Exec, ExitsWithTheStatusOfTheCommand) {
+    for (const int status : {0, 3}) {
+        RunShell("exit " + std::to_string(status)).ExpectExit(status);
+        ExpectNothingLeft();
+    }
 }
-
-constexpr Outcome kOutcomes[] = {
-    {"Success", "exit 0", 0},
-    {"Failure", "exit 3", 3},
-};
-
-INSTANTIATE_TEST_SUITE_P(All, ExecStatus, testing::ValuesIn(kOutcomes),
-                         [](const auto& outcome) { return outcome.param.test; });
 
 TEST_F(Exec, EndsByTheSignalThatEndsTheCommand) {
     for (const int signal : {SIGTERM, SIGKILL, SIGSEGV}) {
-        Console& console = RunShell("kill -" + std::to_string(signal) + " $$");
-        console.ExpectEndBySignal(signal);
+        RunShell("kill -" + std::to_string(signal) + " $$").ExpectEndBySignal(signal);
         ExpectNothingLeft();
         EXPECT_FALSE(std::filesystem::exists(directory_.File("core")));
     }
@@ -77,10 +63,8 @@ TEST_F(Exec, EndsByTheSignalThatEndsTheCommand) {
 
 // bash leaves a loop only if the command in it was ended by SIGINT.
 TEST_F(Exec, ControlCEndsALoopOfAShellAroundIt) {
-    std::string words;
-    for (const std::string& word : ProgramWords()) words += word + " ";
-    const std::string script =
-        "for i in 1 2; do " + words + "--exec sh -c 'echo ready; read line'; done; echo after";
+    const std::string script = "for i in 1 2; do " + ProgramLine() +
+                               "--exec sh -c 'echo ready; read line'; done; echo after";
     Console& console = Launch(Running({"bash", "-c", script}, Wiring::kTerminal));
     console.Expect("ready\n");
     console.TypeBytes("\x03");
@@ -88,35 +72,21 @@ TEST_F(Exec, ControlCEndsALoopOfAShellAroundIt) {
     ExpectNothingLeft();
 }
 
-TEST_F(Exec, EndsWith127IfThereIsNoSuchCommand) {
-    Console& console = Run({"--exec", "no-such-command"});
-    console.ExpectError("morvane-simulator: No such command: no-such-command\n");
-    console.ExpectExit(127);
-    ExpectNothingLeft();
-}
-
-TEST_F(Exec, EndsWith126IfTheCommandCannotBeExecuted) {
-    Console& console = Run({"--exec", "/dev/null"});
-    console.ExpectError("morvane-simulator: Cannot execute /dev/null\n");
-    console.ExpectExit(126);
-    ExpectNothingLeft();
-}
-
-TEST_F(Exec, EndsWith126IfTheInterpreterIsMissing) {
+TEST_F(Exec, ReportsACommandThatItCannotStart) {
     const std::string script = directory_.File("script");
     std::ofstream(script) << "#!/no/such\n";
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
-    Console& console = Run({"--exec", script});
-    console.ExpectError("morvane-simulator: Cannot execute " + script +
-                        ": its interpreter does not exist\n");
-    console.ExpectExit(126);
-    ExpectNothingLeft();
-}
-
-TEST_F(Exec, NeedsACommand) {
-    Console& console = Run({"--exec"});
-    console.ExpectError("morvane-simulator: --exec needs a command\n");
-    console.ExpectExit(1);
+    const std::tuple<std::vector<std::string>, std::string, int> rows[] = {
+        {{"--exec"}, "--exec needs a command", 1},
+        {{"--exec", "no-such-command"}, "No such command: no-such-command", 127},
+        {{"--exec", "/dev/null"}, "Cannot execute /dev/null", 126},
+        {{"--exec", script}, "Cannot execute " + script + ": its interpreter does not exist", 126},
+        {{"--do=dance", "--exec", "echo"}, "Unknown command: dance (try help)", 1},
+    };
+    for (const auto& [arguments, reason, status] : rows) {
+        ExpectFailure(arguments, "morvane-simulator: " + reason + "\n", status);
+        ExpectNothingLeft();
+    }
 }
 
 TEST_F(Exec, PassesOptionsAfterTheCommandToIt) {
@@ -157,13 +127,6 @@ TEST_F(Exec, LeavesInputAndOutputToTheCommand) {
     console.Expect("phones\n");
     console.CloseInput();
     console.ExpectExit(0);
-}
-
-TEST_F(Exec, EndsBeforeTheCommandStartsIfACommandFails) {
-    Console& console = RunShell("echo started", {"--do=no-such-command"});
-    console.ExpectError("Unknown command");
-    console.ExpectExit(1);
-    ExpectNothingLeft();
 }
 
 TEST_F(Exec, DoesNotStartTheCommandAfterQuit) {
@@ -252,9 +215,7 @@ TEST_F(Exec, EndsWhenItsTerminalHangsUp) {
 
 // The shell's terminal is its standard error.
 TEST_F(Exec, StopsAndContinuesWithTheCommand) {
-    std::string words;
-    for (const std::string& word : ProgramWords()) words += word + " ";
-    const std::string script = "exec 2>&1; set -m; " + words +
+    const std::string script = "exec 2>&1; set -m; " + ProgramLine() +
                                "--exec sh -c 'echo ready; read line; echo \"got $line\"; exit 5'; "
                                "echo \"stopped $?\"; fg >fg.output; echo \"ended $?\"";
     Console& console = Launch(Running({"bash", "-c", script}, Wiring::kTerminal));

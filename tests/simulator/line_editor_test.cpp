@@ -1,5 +1,6 @@
 #include "simulator/program_fixture.h"
 
+#include "support/gdbus.h"
 #include "support/private_bus.h"
 
 #include <gtest/gtest.h>
@@ -39,9 +40,8 @@ class LineEditor : public PlainInput {
     /// Runs the shell commands `before`, the simulator, a comparison of the terminal's modes, and
     /// `after`.
     Console& EditInShell(const std::string& before, const std::string& after = "") {
-        std::string script = before + "; modes=$(stty -g); ";
-        for (const std::string& word : ProgramWords()) script += word + " ";
-        script += "; [ \"$modes\" = \"$(stty -g)\" ] && echo the same" + after;
+        const std::string script = before + "; modes=$(stty -g); " + ProgramLine() +
+                                   "; [ \"$modes\" = \"$(stty -g)\" ] && echo the same" + after;
         auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
         options.bus_address = bus_.Address();
         return Launch(options);
@@ -52,22 +52,7 @@ class LineEditor : public PlainInput {
         console.Await(kEnding);
         console.ExpectExit(0);
     }
-
-    /// By another process, which answers when the command was carried out.
-    void Tell(const std::string& command) {
-        auto options = RunningProgram({"--tell", command});
-        options.bus_address = bus_.Address();
-        Console& console = Launch(options);
-        console.ExpectExit(0, Console::Rest::kIgnored);
-    }
 };
-
-TEST_F(LineEditor, CompletesACommand) {
-    Console& console = Edit();
-    console.TypeBytes(std::string("pho") + kTab + "\n");
-    console.Await("Aster\n");
-    EndByQuit(console);
-}
 
 TEST_F(LineEditor, ListsCommandsWithTheSameBeginning) {
     Console& console = Edit();
@@ -80,25 +65,13 @@ TEST_F(LineEditor, ListsCommandsWithTheSameBeginning) {
     EndByQuit(console);
 }
 
-TEST_F(LineEditor, CompletesADeviceAliasIgnoringCase) {
-    Console& console = Edit();
-    console.TypeBytes(std::string("remove bi") + kTab + "\n");
-    console.Await(kBirchIsOut);
-    EndByQuit(console);
-}
-
-TEST_F(LineEditor, QuotesACompletionWithBlanks) {
-    Console& console = Edit();
-    console.TypeBytes(std::string("miss-call Zo\xc3\xab") + kTab + "123\n");
-    console.Await("Zo\xc3\xab's Clover has missed a call from 123");
-    EndByQuit(console);
-}
-
-TEST_F(LineEditor, CompletesArgumentsByTheirKind) {
+TEST_F(LineEditor, CompletesCommandsAndArgumentsByTheirKind) {
     std::ofstream(directory_.File("strange.vcf")) << "BEGIN:VCARD";
     Console& console = Edit();
     for (const auto& [keys, answer] :
-         {std::pair("help pho\t\n", "Usage: phones\n"),
+         {std::pair("pho\t\n", "Aster\n"), std::pair("help pho\t\n", "Usage: phones\n"),
+          std::pair("remove bi\t\n", kBirchIsOut),
+          std::pair("miss-call Zoë\t123\n", "Zoë's Clover has missed a call from 123"),
           std::pair("log of\t\n", "The log of calls is off already\n"),
           std::pair("hang GetSi\t\n", "GetSize gets no answer"),
           std::pair("hide * Dev\tAli\t\n",
@@ -125,9 +98,8 @@ TEST_F(LineEditor, RedisplaysTheTypedLineBelowALogLine) {
     Console& console = Edit({"--do=log on"});
     console.TypeBytes("remove Bir");
     console.Await("remove Bir");
-    auto call = Running({"gdbus", "call", "--address", bus_.Address(), "-d", "com.veltrisonix",
-                         "-o", "/", "-m", "org.freedesktop.DBus.ObjectManager.GetManagedObjects"});
-    Launch(call).ExpectExit(0, Console::Rest::kIgnored);
+    morvane_test::Gdbus(bus_.Address(), "com.veltrisonix", "/",
+                        "org.freedesktop.DBus.ObjectManager.GetManagedObjects");
     console.Await("\r\x1b[J");
     console.Await("GetManagedObjects");
     console.Await("\n> remove Bir");
@@ -140,7 +112,7 @@ TEST_F(LineEditor, KeepsServingAfterControlD) {
     Console& console = Edit();
     console.TypeBytes(kControlD);
     console.Await("\n");
-    Tell("phones");
+    Run({"--tell=phones"}).ExpectExit(0, Console::Rest::kIgnored);
     console.Signal(SIGTERM);
     console.ExpectExit(0, Console::Rest::kIgnored);
 }
@@ -149,8 +121,7 @@ TEST_F(LineEditor, EndsByControlCAfterALoneEscape) {
     Console& console = Edit();
     console.TypeBytes("rem");
     console.Await("rem");
-    console.TypeBytes("\x1b");
-    console.TypeBytes("\x03");
+    console.TypeBytes("\x1b\x03");
     console.ExpectExit(0, Console::Rest::kIgnored);
 }
 
@@ -184,23 +155,17 @@ TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
     }
 }
 
-TEST_F(PlainInput, IsReadFromADumbTerminal) {
-    auto options = RunningProgram({}, Wiring::kTerminal);
-    options.bus_address = bus_.Address();
-    options.prefix = {"env", "TERM=dumb"};
-    Console& console = Launch(options);
-    console.Expect("Serving com.veltrisonix\n");
-    Quit(console);
-}
-
-TEST_F(PlainInput, IsReadFromAPipe) {
-    auto options = RunningProgram({});
-    options.bus_address = bus_.Address();
-    Console& console = Launch(options);
-    console.Expect("Serving com.veltrisonix\n");
-    console.Type("remove Birch");
-    console.Expect(kBirchIsOut);
-    Quit(console);
+TEST_F(PlainInput, IsReadFromAPipeAndADumbTerminal) {
+    for (const Wiring wiring : {Wiring::kPipes, Wiring::kTerminal}) {
+        auto options = RunningProgram({}, wiring);
+        options.bus_address = bus_.Address();
+        options.prefix = {"env", "TERM=dumb"};
+        Console& console = Launch(options);
+        console.Expect("Serving com.veltrisonix\n");
+        console.Type("remove Birch");
+        console.Expect(kBirchIsOut);
+        Quit(console);
+    }
 }
 
 }  // namespace

@@ -25,11 +25,9 @@ class ProgramTest : public testing::Test {
     using Console = morvane_test::Console;
     using Wiring = morvane_test::Wiring;
 
-    static std::vector<std::string> ProgramWords() {
-        std::istringstream launcher(morvane_test::Launcher());
-        std::vector<std::string> words(std::istream_iterator<std::string>(launcher), {});
-        words.push_back(morvane_test::SimulatorPath());
-        return words;
+    /// The beginning of a shell's command line that runs the program.
+    static std::string ProgramLine() {
+        return morvane_test::Launcher() + " '" + morvane_test::SimulatorPath() + "' ";
     }
 
     ProgramTest() { std::filesystem::create_directory(TemporaryFolder()); }
@@ -53,12 +51,22 @@ class ProgramTest : public testing::Test {
     }
     morvane_test::ConsoleOptions RunningProgram(const std::vector<std::string>& arguments,
                                                 Wiring wiring = Wiring::kPipes) const {
-        std::vector<std::string> words = ProgramWords();
+        std::istringstream launcher(morvane_test::Launcher());
+        std::vector<std::string> words(std::istream_iterator<std::string>(launcher), {});
+        words.push_back(morvane_test::SimulatorPath());
         words.insert(words.end(), arguments.begin(), arguments.end());
         return Running(words, wiring);
     }
     Console& Run(const std::vector<std::string>& arguments, Wiring wiring = Wiring::kPipes) {
         return Launch(RunningProgram(arguments, wiring));
+    }
+    /// The program must print exactly these lines on standard error, nothing else, and exit.
+    void ExpectFailure(const std::vector<std::string>& arguments, const std::string& errors,
+                       int status = 1) {
+        Console& console = Run(arguments);
+        console.ExpectError(errors);
+        console.ExpectExit(status);
+        EXPECT_EQ(console.Errors(), errors);
     }
     /// Starts the program with these options, and awaits that it serves on the bus at the address.
     Console& Serve(const std::string& bus_address, const std::vector<std::string>& arguments = {}) {

@@ -12,6 +12,10 @@ namespace {
 
 using morvane_test::PrivateBus;
 
+/// The list of phones with --phones=1.
+constexpr char kPhoneLine[] =
+    "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01  02:00:5E:10:00:01  Aster\n";
+
 class Tell : public ProgramTest {
   protected:
     std::string RuntimeFolder() const { return directory_.File("morvane-simulator"); }
@@ -27,21 +31,12 @@ class Tell : public ProgramTest {
         console.Expect("ready\n");
         return console;
     }
-    /// Awaits the end of the program, which must fail with this line.
-    void ExpectRefusal(const std::vector<std::string>& arguments, const std::string& line) {
+    void ExpectRefusal(const std::vector<std::string>& arguments, const std::string& reason) {
+        ExpectFailure(arguments, "morvane-simulator: " + reason + "\n");
+    }
+    void ExpectAnswer(const std::vector<std::string>& arguments, const std::string& answer) {
         Console& console = Run(arguments);
-        console.ExpectError("morvane-simulator: " + line + "\n");
-        console.ExpectExit(1);
-    }
-    /// The phones as `--tell phones` prints them.
-    static std::string PhoneLine() {
-        return "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01  02:00:5E:10:00:01  Aster\n";
-    }
-    void ExpectPhones(const std::vector<std::string>& arguments, const std::string& phones) {
-        std::vector<std::string> words = {"--tell=phones"};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        Console& console = Run(words);
-        console.Expect(phones);
+        console.Expect(answer);
         console.ExpectExit(0);
     }
 
@@ -55,24 +50,20 @@ TEST_F(Tell, FailsIfNoSimulatorRuns) {
 TEST_F(Tell, PrintsTheAnswersUntilACommandFails) {
     RunExec({"--phones=1"});
     Console& console = Run({"--tell", "phones", "--tell=nonsense", "--tell=phones"});
-    console.Expect(PhoneLine());
+    console.Expect(kPhoneLine);
     console.ExpectError("morvane-simulator: Unknown command: nonsense");
     console.ExpectExit(1);
 }
 
 TEST_F(Tell, ReachesSimulatorOnAnotherBus) {
     Serve(bus_.Address(), {"--phones=1"});
-    ExpectPhones({}, PhoneLine());
-    Console& console = Run({"--tell=quit"});
-    console.Expect(kEnding);
-    console.ExpectExit(0);
+    ExpectAnswer({"--tell=phones"}, kPhoneLine);
+    ExpectAnswer({"--tell=quit"}, kEnding);
 }
 
 TEST_F(Tell, TerminatesTheCommandByQuit) {
     Console& command = RunExec();
-    Console& console = Run({"--tell=quit"});
-    console.Expect(kEnding);
-    console.ExpectExit(0);
+    ExpectAnswer({"--tell=quit"}, kEnding);
     command.ExpectEndBySignal(SIGTERM);
 }
 
@@ -92,24 +83,20 @@ TEST_F(Tell, RequiresAChoiceAmongSeveralSimulators) {
 TEST_F(Tell, ChoosesByProcessOrInstance) {
     RunExec({"--phones=0"});
     const Console& second = RunExec({"--phones=1", "--instance=second"});
-    ExpectPhones({"--simulator=" + std::to_string(second.ProcessId())}, PhoneLine());
-    ExpectPhones({"--instance=second"}, PhoneLine());
+    ExpectAnswer({"--tell=phones", "--simulator=" + std::to_string(second.ProcessId())},
+                 kPhoneLine);
+    ExpectAnswer({"--tell=phones", "--instance=second"}, kPhoneLine);
     ExpectRefusal({"--tell=phones", "--simulator=1"}, "No such simulator is running");
     ExpectRefusal({"--tell=phones", "--instance=third"}, "No such simulator is running");
 }
 
 TEST_F(Tell, PrefersTheSimulatorOnTheBusOfItsEnvironment) {
     RunExec({"--phones=0"});
-    std::string script;
-    for (const std::string& word : ProgramWords()) script += word + " ";
-    Console& console = Run({"--phones=1", "--exec", "sh", "-c", script + "--tell=phones"});
-    console.Expect(PhoneLine());
-    console.ExpectExit(0);
+    ExpectAnswer({"--phones=1", "--exec", "sh", "-c", ProgramLine() + "--tell=phones"}, kPhoneLine);
 }
 
 TEST_F(Tell, ListsRunningSimulators) {
-    Console& none = Run({"--list"});
-    none.ExpectExit(0);
+    Run({"--list"}).ExpectExit(0);
     const std::string id = std::to_string(RunExec().ProcessId());
     Console& one = Run({"--list"});
     one.Expect(id + "  com.veltrisonix  since ");
@@ -157,17 +144,15 @@ TEST_F(Tell, CannotBeCombinedWithOptionsForServing) {
     ExpectRefusal({"--simulator=1"}, "--simulator needs --tell");
 }
 
-class TellAfterSignal : public Tell, public testing::WithParamInterface<int> {};
-
-TEST_P(TellAfterSignal, FindsNoFileLeft) {
-    Console& console = Serve(bus_.Address());
-    EXPECT_TRUE(std::filesystem::exists(RuntimeFile(console)));
-    console.Signal(GetParam());
-    console.ExpectExit(0);
-    EXPECT_FALSE(std::filesystem::exists(RuntimeFolder()));
+TEST_F(Tell, FindsNoFileLeftAfterASignal) {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        Console& console = Serve(bus_.Address());
+        EXPECT_TRUE(std::filesystem::exists(RuntimeFile(console)));
+        console.Signal(signal);
+        console.ExpectExit(0);
+        EXPECT_FALSE(std::filesystem::exists(RuntimeFolder()));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Signals, TellAfterSignal, testing::Values(SIGHUP, SIGINT, SIGTERM));
 
 TEST_F(Tell, FindsASimulatorThatIgnoresAHangUp) {
     morvane_test::ConsoleOptions options = RunningProgram({"--phones=1"});
@@ -176,7 +161,7 @@ TEST_F(Tell, FindsASimulatorThatIgnoresAHangUp) {
     Console& console = Launch(options);
     console.Expect("Serving com.veltrisonix\n");
     console.Signal(SIGHUP);
-    ExpectPhones({}, PhoneLine());
+    ExpectAnswer({"--tell=phones"}, kPhoneLine);
     Quit(console);
 }
 
