@@ -1,37 +1,27 @@
 // The option --phone-book of the program.
 
-#include "simulator/simulator_fixture.h"
-#include "support/console.h"
-#include "support/programs.h"
+#include "simulator/objects/names.h"
+#include "simulator/program_fixture.h"
+#include "simulator/test_client.h"
 
-#include <iterator>
+#include <fstream>
 #include <utility>
 
 namespace simulator {
 namespace {
 
-using morvane_test::Console;
 using std::string;
 
-class PhoneBookOption : public SimulatorTest {
+class PhoneBookOption : public ProgramTest {
   protected:
     string Write(const string& name, const string& text) {
         std::ofstream(directory_.File(name), std::ios::binary) << text;
         return directory_.File(name);
     }
-    Console& Run(const string& file, const string& option = "--rate=0") {
-        morvane_test::ConsoleOptions options;
-        std::istringstream launcher(morvane_test::Launcher());
-        options.prefix.assign(std::istream_iterator<string>(launcher), {});
-        options.program = morvane_test::SimulatorPath();
-        options.arguments = {"--phone-book=" + file, "--directory=" + directory_.Path(), option};
-        options.wiring = morvane_test::Wiring::kPipes;
-        options.bus_address = bus_.Address();
-        options.directory = directory_.Path();
-        return program_.emplace(options);
+    string Read(const string& name) {
+        std::ifstream file(directory_.File(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
-
-    std::optional<Console> program_;
 };
 
 TEST_F(PhoneBookOption, GivesTheFirstPhoneTheValidCardsOfTheFile) {
@@ -39,27 +29,33 @@ TEST_F(PhoneBookOption, GivesTheFirstPhoneTheValidCardsOfTheFile) {
                               "BEGIN:VCARD\nVERSION:3.0\nN:Doe;Ann\nFN:Ann Doe\nTEL;TYPE=cell:+1\n"
                               "END:VCARD\nBEGIN:VCARD\nVERSION:4.0\nFN:x\nEND:VCARD\n"
                               "BEGIN:VCARD\nVERSION:2.1\nN:Roe\nX-BT-UID:0A\nEND:VCARD\n");
-    Console& program = Run(file);
+    const morvane_test::PrivateBus bus;
+    Console& program = Serve(bus.Address(), {"--phone-book=" + file, "--rate=0"});
     program.ExpectError(file + ":8: The version is neither 2.1 nor 3.0\n");
-    program.Expect("Serving com.veltrisonix\n");
-    client_.emplace(bus_.Address());
-    CreateSession();
-    Access("Select", "('int', 'pb')");
-    Access("PullAll", "('/tmp/phonebook.vcf', @a{sv} {'Offset': <uint16 1>})");
-    client().AwaitSignal(Changed(kTransfer, "obex.Transfer1", "'Status': <'complete'>"));
-    const string pulled = ReadFile("phonebook.vcf");
+    TestClient client(bus.Address());
+    for (const char* const number : {"2", "1"})
+        client.Call(kClientPath, "obex.Client1.CreateSession",
+                    string("('02:00:5E:10:00:0") + number +
+                        "', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
+    const string sessions = "/com/veltrisonix/obex/client/session";
+    const string interface = "obex.PhonebookAccess1.";
+    for (const auto& [session, size] :
+         {std::pair("0", "(uint16 26,)"), std::pair("1", "(uint16 3,)")}) {
+        client.Call(sessions + session, interface + "Select", "('int', 'pb')");
+        EXPECT_EQ(client.Call(sessions + session, interface + "GetSize"), size);
+    }
+    client.Call(sessions + "1", interface + "PullAll",
+                "('" + directory_.File("pulled.vcf") + "', @a{sv} {'Offset': <uint16 1>})");
+    client.AwaitSignal(sessions +
+                       "1/transfer0 PropertiesChanged('com.veltrisonix.obex.Transfer1', "
+                       "{'Status': <'complete'>}, @as [])");
+    const string pulled = Read("pulled.vcf");
     const std::size_t uid = pulled.find("X-BT-UID:") + sizeof "X-BT-UID:" - 1;
     EXPECT_EQ(pulled.substr(0, uid) + pulled.substr(uid + 32),
               "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe;Ann\r\nFN:Ann Doe\r\nTEL;CELL:+1\r\n"
               "X-BT-UID:\r\nEND:VCARD\r\n"
               "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Roe\r\nX-BT-UID:0A\r\nFN:Roe\r\nEND:VCARD\r\n");
-    CreateSession("02:00:5E:10:00:02");
-    const string second = "/com/veltrisonix/obex/client/session1";
-    client().Call(second, string(kAccess) + ".Select", "('int', 'pb')");
-    EXPECT_EQ(client().Call(second, string(kAccess) + ".GetSize"), "(uint16 26,)");
-    program.Type("quit");
-    program.Await("The simulator ends");
-    program.ExpectExit(0, Console::Rest::kIgnored);
+    Quit(program);
 }
 
 TEST_F(PhoneBookOption, RefusesAFileWithoutAUsableCard) {
@@ -81,18 +77,8 @@ TEST_F(PhoneBookOption, RefusesAFileWithoutAUsableCard) {
         {empty, prefix + "no usable card in " + empty + "\n"},
         {bad, bad + ":1: The card has no VERSION\n" + prefix + "no usable card in " + bad + "\n"},
     };
-    for (const auto& [file, complaint] : rows) {
-        Console& program = Run(file);
-        program.ExpectError(complaint);
-        program.ExpectExit(1);
-        EXPECT_EQ(program.Errors(), complaint);
-    }
-}
-
-TEST_F(PhoneBookOption, NeedsAPhone) {
-    Console& program = Run("book.vcf", "--phones=0");
-    program.ExpectError("morvane-simulator: --phone-book: there is no phone\n");
-    program.ExpectExit(1);
+    for (const auto& [file, complaint] : rows) ExpectFailure({"--phone-book=" + file}, complaint);
+    ExpectFailure({"--phone-book=" + bad, "--phones=0"}, prefix + "there is no phone\n");
 }
 
 }  // namespace
