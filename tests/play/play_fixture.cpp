@@ -46,8 +46,7 @@ void ExpectGone(const std::string& process) {
 
 namespace {
 
-PlayResult RunToEnd(ConsoleOptions options, const TemporaryDirectory& directory) {
-    options.directory = directory.Path();
+PlayResult RunToEnd(const ConsoleOptions& options) {
     Console console(options);
     const std::optional<Ending> ending = console.AwaitEnd(6 * Patience());
     if (!ending || !ending->status) {
@@ -80,11 +79,17 @@ PlayResult PlayOnSimulator(const std::string& session, const std::vector<std::st
     ConsoleOptions playing =
         Playing({TimeoutOption(), "--simulator=./simulator", "a.session", "--", "./tool"});
     playing.arguments.insert(playing.arguments.begin() + 3, words.begin(), words.end());
-    return RunToEnd(playing, directory);
+    playing.directory = directory.Path();
+    return RunToEnd(playing);
 }
 
 void PlayTest::Write(const std::string& name, const std::string& text) const {
     std::ofstream(directory_.File(name)) << text;
+}
+
+void PlayTest::WriteProgram(const std::string& name, const std::string& text) const {
+    Write(name, text);
+    std::filesystem::permissions(directory_.File(name), std::filesystem::perms::owner_all);
 }
 
 std::string PlayTest::Read(const std::string& name) const {
@@ -119,7 +124,8 @@ PlayResult PlayTest::Run(const std::vector<std::string>& arguments,
                          const std::string& redirections) const {
     ConsoleOptions options = Playing(arguments);
     options.arguments[1] += " " + redirections;
-    return RunToEnd(options, directory_);
+    options.directory = directory_.Path();
+    return RunToEnd(options);
 }
 
 std::vector<std::string> PlayTest::Behind(const std::string& script,
@@ -132,9 +138,16 @@ std::vector<std::string> PlayTest::Behind(const std::string& script,
 
 PlayResult PlayTest::Play(const std::string& session, const std::string& script,
                           std::vector<std::string> options) const {
+    return RunToEnd(Starting(session, script, std::move(options)));
+}
+
+ConsoleOptions PlayTest::Starting(const std::string& session, const std::string& script,
+                                  std::vector<std::string> options) const {
     Write("a.session", session);
     options.emplace_back("a.session");
-    return Run(Behind(script, std::move(options)));
+    ConsoleOptions playing = Playing(Behind(script, std::move(options)));
+    playing.directory = directory_.Path();
+    return playing;
 }
 
 }  // namespace morvane_test

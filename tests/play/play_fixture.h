@@ -37,6 +37,7 @@ PlayResult PlayOnSimulator(const std::string& session, const std::vector<std::st
 class PlayTest : public testing::Test {
   protected:
     void Write(const std::string& name, const std::string& text) const;
+    void WriteProgram(const std::string& name, const std::string& text) const;
     std::string Read(const std::string& name) const;
     bool Exists(const std::string& name) const;
 
@@ -51,6 +52,9 @@ class PlayTest : public testing::Test {
     /// The same with a.session and this script.
     PlayResult Play(const std::string& session, const std::string& script,
                     std::vector<std::string> options = {}) const;
+    /// How to start the same in a `Console`.
+    ConsoleOptions Starting(const std::string& session, const std::string& script,
+                            std::vector<std::string> options = {}) const;
     /// A command line: a time-out that no slow machine reaches, `words`, "--", and the command that
     /// runs `script` in place of the tool.
     std::vector<std::string> Behind(const std::string& script,

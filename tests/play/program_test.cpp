@@ -54,61 +54,42 @@ TEST_F(PlayTest, ReportsProgramThatCannotRun) {
     EXPECT_EQ(result.status, 2);
 }
 
-TEST_F(PlayTest, ReportsMissingFile) {
-    const PlayResult result = Run({"nowhere.session"});
-    EXPECT_EQ(result.output, "morvane-play: nowhere.session: No such file or directory\n");
-    EXPECT_EQ(result.status, 2);
-}
-
-TEST_F(PlayTest, RefusesEndlessFile) {
-    const PlayResult result = Run({"/dev/zero"});
-    EXPECT_EQ(result.output, "morvane-play: /dev/zero: more than 64 MiB\n");
-    EXPECT_EQ(result.status, 2);
-}
-
 TEST_F(PlayTest, FailsIfResultsCannotBeWritten) {
-    Write("a.session", "one\n");
     for (const char* const argument : {"a.session", "--help"}) {
-        ConsoleOptions options = Playing(Behind("echo one", {argument}));
+        ConsoleOptions options = Starting("one\n", "echo one", {argument});
         options.arguments[1] = "exec \"$@\" 2>&1 >/dev/full";
-        options.directory = directory().Path();
         Console console(options);
         console.Expect("morvane-play: cannot write to standard output\n");
         console.ExpectExit(2);
     }
 }
 
-struct BadArguments {
-    std::vector<std::string> arguments;
-    const char* reason;
-};
-
-class BadCommandLine : public PlayTest, public testing::WithParamInterface<BadArguments> {};
-
-TEST_P(BadCommandLine, IsRefused) {
-    const PlayResult result = Run(GetParam().arguments);
-    EXPECT_EQ(result.output, "morvane-play: " + std::string(GetParam().reason) + "\n");
-    EXPECT_EQ(result.status, 2);
+TEST_F(PlayTest, RefusesBadArgumentsAndUnreadableFiles) {
+    const std::pair<std::vector<std::string>, const char*> rows[] = {
+        {{}, "no file named"},
+        {{"a.session", "--"}, "no program behind --"},
+        {{"--frobnicate", "a.session"}, "invalid option --frobnicate"},
+        {{"--timeout"}, "invalid option --timeout"},
+        {{"--timeout=never", "a.session"}, "--timeout takes a time such as 10s, 500ms or 2min"},
+        {{"--record", "a.session", "b.session"}, "--record takes one file"},
+        {{"--record", "--tap", "a.session"}, "--record and --type take neither --tap nor --update"},
+        {{"--record", "--update", "a.session"},
+         "--record and --type take neither --tap nor --update"},
+        {{"--record", "a.session"}, "--record needs a terminal"},
+        {{"--type", "a.session"}, "--type takes no file, but standard input"},
+        {{"--type", "--tap"}, "--record and --type take neither --tap nor --update"},
+        {{"--type", "--update"}, "--record and --type take neither --tap nor --update"},
+        {{"--type", "--record", "a.session"}, "--record and --type exclude each other"},
+        {{"--record", "--type", "a.session"}, "--record and --type exclude each other"},
+        {{"nowhere.session"}, "nowhere.session: No such file or directory"},
+        {{"/dev/zero"}, "/dev/zero: more than 64 MiB"},
+    };
+    for (const auto& [arguments, reason] : rows) {
+        const PlayResult result = Run(arguments);
+        EXPECT_EQ(result.output, std::string("morvane-play: ") + reason + "\n");
+        EXPECT_EQ(result.status, 2);
+    }
 }
-
-const BadArguments kBadArguments[] = {
-    {{}, "no file named"},
-    {{"a.session", "--"}, "no program behind --"},
-    {{"--frobnicate", "a.session"}, "invalid option --frobnicate"},
-    {{"--timeout"}, "invalid option --timeout"},
-    {{"--timeout=never", "a.session"}, "--timeout takes a time such as 10s, 500ms or 2min"},
-    {{"--record", "a.session", "b.session"}, "--record takes one file"},
-    {{"--record", "--tap", "a.session"}, "--record and --type take neither --tap nor --update"},
-    {{"--record", "--update", "a.session"}, "--record and --type take neither --tap nor --update"},
-    {{"--record", "a.session"}, "--record needs a terminal"},
-    {{"--type", "a.session"}, "--type takes no file, but standard input"},
-    {{"--type", "--tap"}, "--record and --type take neither --tap nor --update"},
-    {{"--type", "--update"}, "--record and --type take neither --tap nor --update"},
-    {{"--type", "--record", "a.session"}, "--record and --type exclude each other"},
-    {{"--record", "--type", "a.session"}, "--record and --type exclude each other"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Play, BadCommandLine, testing::ValuesIn(kBadArguments));
 
 TEST_F(PlayTest, HelpAndVersionSucceed) {
     EXPECT_EQ(Run({"--help"}).status, 0);
@@ -139,7 +120,6 @@ TEST_F(PlayTest, AwaitReplacesTheTimeout) {
 }
 
 // The script in place of the tool displays what the one in place of the simulator is told.
-constexpr char kSimulator[] = "#!/bin/sh\n[ \"$1\" = --tell ] && echo \"$2\" >pipe\n";
 constexpr char kTold[] = R"(
 mkfifo pipe
 echo one
@@ -148,43 +128,29 @@ read -r command <pipe; notify "$command" Vantor
 read -r answer
 )";
 
-class TellTest : public PlayTest {
-  protected:
-    PlayResult Tell(const std::string& session, const std::string& simulator) const {
-        Write("simulator", simulator);
-        std::filesystem::permissions(directory().File("simulator"),
-                                     std::filesystem::perms::owner_all);
-        return Play(session, kTold, {"--simulator=./simulator"});
-    }
-};
-
-TEST_F(TellTest, TellsTheSimulatorWhatIsDisplayedAboveIt) {
-    const PlayResult result = Tell("one\n% tell lose it\nlose it\nVantor > q\n", kSimulator);
+TEST_F(PlayTest, TellsTheSimulatorWhatIsDisplayedAboveIt) {
+    WriteProgram("simulator", "#!/bin/sh\n[ \"$1\" = --tell ] && echo \"$2\" >pipe\n");
+    const PlayResult result =
+        Play("one\n% tell lose it\nlose it\nVantor > q\n", kTold, {"--simulator=./simulator"});
     EXPECT_EQ(result.output, "a.session: agrees\n");
 }
 
-TEST_F(TellTest, FailsIfTheSimulatorRefuses) {
-    const PlayResult result =
-        Tell("one\n% tell lose it\n", "#!/bin/sh\necho unknown command; exit 1\n");
-    EXPECT_EQ(
-        result.output,
-        "a.session:2: the simulator was not told \"lose it\": ./simulator ended with status 1\n"
-        "unknown command\na.session: FAILED\n");
-    EXPECT_EQ(result.status, 2);
-}
-
-TEST_F(TellTest, FailsWithoutASimulator) {
-    const PlayResult result =
-        Play("one\n% tell lose it\n", "echo one; read -r answer", {"--simulator=./nowhere"});
-    EXPECT_EQ(result.output,
-              "a.session:2: the simulator was not told \"lose it\": cannot run ./nowhere: No such "
-              "file or directory\na.session: FAILED\n");
-    EXPECT_EQ(result.status, 2);
+TEST_F(PlayTest, FailsIfTheSimulatorCannotBeTold) {
+    WriteProgram("refusing", "#!/bin/sh\necho unknown command; exit 1\n");
+    for (const auto& [simulator, reason] :
+         {std::pair("./refusing", "./refusing ended with status 1\nunknown command\n"),
+          std::pair("./nowhere", "cannot run ./nowhere: No such file or directory\n")}) {
+        const PlayResult result = Play("one\n% tell lose it\n", "echo one; read -r answer",
+                                       {std::string("--simulator=") + simulator});
+        EXPECT_EQ(result.output,
+                  std::string("a.session:2: the simulator was not told \"lose it\": ") + reason +
+                      "a.session: FAILED\n");
+        EXPECT_EQ(result.status, 2);
+    }
 }
 
 TEST_F(PlayTest, AwaitsPromptAboveTell) {
-    Write("simulator", "#!/bin/sh\necho \"$2\" >told\n");
-    std::filesystem::permissions(directory().File("simulator"), std::filesystem::perms::owner_all);
+    WriteProgram("simulator", "#!/bin/sh\necho \"$2\" >told\n");
     const PlayResult late = Play("one\n% await 50ms\nVantor >\n% tell x\nVantor > q\n",
                                  "echo one; read -r answer", {"--simulator=./simulator"});
     EXPECT_EQ(late.status, 1);
@@ -220,14 +186,10 @@ TEST_F(PlayTest, LetsTheToolEndItsSession) {
 
 class WaitingTool : public PlayTest {
   protected:
-    /// Runs morvane-play with a script that waits for a line.
+    /// With a script that waits for a line.
     ConsoleOptions Options() const {
-        Write("a.session", "Vantor > q\n");
         MakePipe();
-        ConsoleOptions options =
-            Playing(Behind("echo $$ >process; cat pipe; read -r answer", {"a.session"}));
-        options.directory = directory().Path();
-        return options;
+        return Starting("Vantor > q\n", "echo $$ >process; cat pipe; read -r answer");
     }
     /// Returns the script's process ID once it runs.
     pid_t Await() const {
@@ -246,12 +208,9 @@ TEST_F(WaitingTool, IsEndedWhenASignalEndsThePlayer) {
 
 // As under nohup(1).
 TEST_F(PlayTest, KeepsIgnoringAnIgnoredSignal) {
-    Write("a.session", kSession);
     MakePipe();
-    ConsoleOptions options =
-        Playing(Behind(std::string("cat pipe >/dev/null\n") + kOnePrompt, {"a.session"}));
+    ConsoleOptions options = Starting(kSession, std::string("cat pipe >/dev/null\n") + kOnePrompt);
     options.prefix = {"env", "--ignore-signal=HUP"};
-    options.directory = directory().Path();
     Console console(options);
     FileDescriptor pipe = WriteToPipe();
     console.Signal(SIGHUP);
@@ -261,10 +220,8 @@ TEST_F(PlayTest, KeepsIgnoringAnIgnoredSignal) {
 }
 
 TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
-    Write("a.session", "one\ntwo\n");
-    ConsoleOptions options = Playing(Behind("read -r answer", {"a.session"}));
+    ConsoleOptions options = Starting("one\ntwo\n", "read -r answer");
     options.wiring = Wiring::kInteractiveTerminal;
-    options.directory = directory().Path();
     Console console(options);
     console.Await("a.session: line 2 of 2");
     console.Signal(SIGINT);
