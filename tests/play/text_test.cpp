@@ -54,37 +54,33 @@ TEST(AnswerTest, WrittenTextIsTyped) {
     }
 }
 
-TEST(AnswerTest, ReadsControlKeys) {
-    const Answer answer = ParseAnswer("^Aa^[^V^C^V^?");
-    EXPECT_EQ(answer.keys,
-              "\x01"
-              "a\x1b\x16\x03\x16\x7f\n");
-    EXPECT_EQ(answer.echo, "^Aa^[^C^?");
-    EXPECT_EQ(ParseAnswer("^C\\").keys, "\x03\n");
-}
-
-TEST(AnswerTest, KeysActWithoutEnter) {
-    EXPECT_EQ(ParseAnswer("^D").keys, "\x04");
-    EXPECT_EQ(ParseAnswer("^C").keys, "\x03");
-    EXPECT_EQ(ParseAnswer("^C^\\").keys, "\x03\x1c");
-    EXPECT_EQ(ParseAnswer("^Cq").keys, "\x03q\n");
-    EXPECT_EQ(ParseAnswer("^Cq").echo, "^Cq");
+TEST(AnswerTest, ReadsKeys) {
+    struct {
+        const char* answer;
+        std::string keys;
+        std::string echo;
+    } const rows[] = {
+        {"^Aa^[^V^C^V^?", "\1a\x1b\x16\3\x16\x7f\n", "^Aa^[^C^?"},
+        {"^C\\", "\3\n", "^C"},
+        {"^D", "\4", ""},
+        {"^C", "\3", "^C"},
+        {"^C^\\", "\3\x1c", "^C^\\"},
+        {"^Cq", "\3q\n", "^Cq"},
+    };
+    for (const auto& [answer, keys, echo] : rows) {
+        EXPECT_EQ(ParseAnswer(answer).keys, keys) << answer;
+        EXPECT_EQ(ParseAnswer(answer).echo, echo) << answer;
+    }
 }
 
 termios UsualModes() {
+    constexpr std::pair<int, char> kKeys[] = {
+        {VSTART, '\x11'},  {VSTOP, '\x13'},  {VERASE, '\x7f'},   {VKILL, '\x15'},
+        {VWERASE, '\x17'}, {VLNEXT, '\x16'}, {VREPRINT, '\x12'}, {VEOF, '\4'},
+        {VINTR, '\3'},     {VQUIT, '\x1c'},  {VSUSP, '\x1a'}};
     termios modes = {};
     modes.c_iflag = IUTF8 | IXON;
-    modes.c_cc[VSTART] = '\x11';
-    modes.c_cc[VSTOP] = '\x13';
-    modes.c_cc[VERASE] = '\x7f';
-    modes.c_cc[VKILL] = '\x15';
-    modes.c_cc[VWERASE] = '\x17';
-    modes.c_cc[VLNEXT] = '\x16';
-    modes.c_cc[VREPRINT] = '\x12';
-    modes.c_cc[VEOF] = '\x04';
-    modes.c_cc[VINTR] = '\x03';
-    modes.c_cc[VQUIT] = '\x1c';
-    modes.c_cc[VSUSP] = '\x1a';
+    for (const auto& [name, key] : kKeys) modes.c_cc[name] = static_cast<cc_t>(key);
     return modes;
 }
 

@@ -8,6 +8,8 @@
 namespace morvane_test {
 namespace {
 
+namespace fs = std::filesystem;
+
 struct Update {
     const char* name;
     const char* before;
@@ -87,34 +89,26 @@ TEST_F(PlayTest, DoesNotUpdateFileThatCannotBePlayedToItsEnd) {
     EXPECT_EQ(Read("a.session"), kBefore);
 }
 
-class UpdatedFileTest : public PlayTest {
-  protected:
-    [[nodiscard]] std::filesystem::path Path() const { return directory().File("a.session"); }
-    [[nodiscard]] std::set<std::string> Names() const {
-        std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(directory().Path()))
-            names.insert(entry.path().filename());
-        return names;
-    }
-};
+class UpdatedFileTest : public PlayTest {};
 
 TEST_F(UpdatedFileTest, IsNotWrittenIfItAgrees) {
-    Write("a.session", "one\n");
-    std::filesystem::create_hard_link(Path(), directory().File("link"));
-    EXPECT_EQ(Play("one\n", "echo one", {"--update"}).output, "a.session: agrees\n");
-    EXPECT_TRUE(std::filesystem::equivalent(Path(), directory().File("link")));
+    EXPECT_EQ(Play("one\n", "echo one; ln a.session link", {"--update"}).output,
+              "a.session: agrees\n");
+    EXPECT_TRUE(fs::equivalent(directory().File("a.session"), directory().File("link")));
 }
 
 TEST_F(UpdatedFileTest, KeepsModeAndSymbolicLink) {
-    constexpr auto kMode = std::filesystem::perms::owner_all | std::filesystem::perms::others_read;
-    std::filesystem::create_directory(directory().File("folder"));
-    Write("folder/b", "two\n");
-    std::filesystem::permissions(directory().File("folder/b"), kMode);
-    std::filesystem::create_symlink("folder/b", Path());
+    const fs::path link = directory().File("a.session");
+    const fs::path file = directory().File("folder/b");
+    constexpr auto kMode = fs::perms::owner_all | fs::perms::others_read;
+    fs::create_directory(directory().File("folder"));
+    Write("folder/b", "");
+    fs::permissions(file, kMode);
+    fs::create_symlink("folder/b", link);
     EXPECT_EQ(Play("two\n", "echo one", {"--update"}).output, "a.session: updated\n");
-    EXPECT_TRUE(std::filesystem::is_symlink(Path()));
+    EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(Read("folder/b"), "one\n");
-    EXPECT_EQ(std::filesystem::status(directory().File("folder/b")).permissions(), kMode);
+    EXPECT_EQ(fs::status(file).permissions(), kMode);
 }
 
 TEST_F(UpdatedFileTest, LeavesNoDraftIfItCannotBeReplaced) {
@@ -122,7 +116,10 @@ TEST_F(UpdatedFileTest, LeavesNoDraftIfItCannotBeReplaced) {
         Play("two\n", "echo one; rm a.session; mkdir a.session", {"--update"});
     EXPECT_EQ(result.output, "a.session: Is a directory\na.session: FAILED\n");
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(Names(), (std::set<std::string>{"a.session", "tool"}));
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory().Path()))
+        names.insert(entry.path().filename());
+    EXPECT_EQ(names, (std::set<std::string>{"a.session", "tool"}));
 }
 
 TEST_F(UpdatedFileTest, DoesNotEndTheRunIfItCannotBeReplaced) {
