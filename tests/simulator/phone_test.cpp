@@ -19,12 +19,6 @@ string Contents(const Phone& phone, const string& location, const string& phoneb
     return text;
 }
 
-std::size_t CountWith(const Phone& phone, Field field) {
-    const Phonebook& book = *phone.Find("int", "pb");
-    return static_cast<std::size_t>(std::count_if(
-        book.begin(), book.end(), [field](const Entry& entry) { return entry.card.Has(field); }));
-}
-
 string TimeOf(const Entry& entry) {
     return entry.card.Text(Field::kCallDatetime);
 }
@@ -74,10 +68,12 @@ TEST_F(SimulatedPhone, HasItsContactsBehindTheOwnersCardWithUniqueIds) {
 }
 
 TEST_F(SimulatedPhone, HasSomethingForEverySelector) {
+    const Phonebook& book = *phone_.Find("int", "pb");
     for (const Field field : {Field::kPhoto, Field::kAdr, Field::kEmail, Field::kBday, Field::kOrg,
                               Field::kNote, Field::kTitle}) {
-        EXPECT_GT(CountWith(phone_, field), 0U) << FieldName(field);
-        EXPECT_LT(CountWith(phone_, field), 26U) << FieldName(field);
+        const auto has = [field](const Entry& entry) { return entry.card.Has(field); };
+        EXPECT_TRUE(std::any_of(book.begin(), book.end(), has)) << FieldName(field);
+        EXPECT_FALSE(std::all_of(book.begin(), book.end(), has)) << FieldName(field);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -60,42 +61,30 @@ TEST(QuotedPrintable, EncodesOtherThanPlainAsciiInLinesOf76Characters) {
     EXPECT_EQ(QuotedPrintable("abcd", 74), "a=\r\nbcd");
 }
 
-TEST(Escape, EscapesSeparatorsOfEachVersion) {
-    EXPECT_EQ(EscapeVcard30({"a;b,c\\d\ne", "f"}), "a\\;b\\,c\\\\d\\ne;f");
-    EXPECT_EQ(EscapeVcard21({"a;b,c\\d", "e"}), "a\\;b,c\\d;e");
-    EXPECT_EQ(EscapeVcard21({"a;b,c"}), "a;b,c");
-}
-
-TEST(WriteVcard, WritesTheSyntaxOfEachVersion) {
-    EXPECT_EQ(WriteVcard(PlainCard(), VcardFormat::kVcard21),
-              "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe;Ann\r\nFN:Ann Doe\r\n"
-              "TEL;CELL:+120255500\r\nTEL;HOME:+120255501\r\n"
-              "NOTE;ENCODING=QUOTED-PRINTABLE:a;b,c\\d=0D=0Ae\r\nEND:VCARD\r\n");
-    EXPECT_EQ(WriteVcard(PlainCard(), VcardFormat::kVcard30),
-              "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Doe;Ann\r\nFN:Ann Doe\r\n"
-              "TEL;TYPE=CELL:+120255500\r\nTEL;TYPE=HOME:+120255501\r\n"
-              "NOTE:a\\;b\\,c\\\\d\\ne\r\nEND:VCARD\r\n");
-}
-
 TEST(WriteVcard, EncodesValuesAsEachVersionRequires) {
-    struct {
-        Property property;
-        string in_version_21;
-        string in_version_30;
-    } const rows[] = {{{Field::kN, {}, {"Weiß", "Zoë"}},
-                       "N;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:Wei=C3=9F;Zo=C3=AB\r\n",
-                       "N:Weiß;Zoë\r\n"},
-                      {{Field::kPhoto, {"GIF"}, {"GIF87a"}, true},
-                       "PHOTO;GIF;ENCODING=BASE64:\r\n R0lGODdh\r\n\r\n",
-                       "PHOTO;TYPE=GIF;ENCODING=b:R0lGODdh\r\n"},
-                      {{Field::kUrl, {}, {"https://example.org/?a=1;b=2,3"}},
-                       "URL:https://example.org/?a=1;b=2,3\r\n",
-                       "URL:https://example.org/?a=1;b=2,3\r\n"}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(WriteVcard({{row.property}}, VcardFormat::kVcard21),
-                  "BEGIN:VCARD\r\nVERSION:2.1\r\n" + row.in_version_21 + "END:VCARD\r\n");
-        EXPECT_EQ(WriteVcard({{row.property}}, VcardFormat::kVcard30),
-                  "BEGIN:VCARD\r\nVERSION:3.0\r\n" + row.in_version_30 + "END:VCARD\r\n");
+    const std::tuple<Property, string, string> rows[] = {
+        {{Field::kN, {}, {"Weiß", "Zoë"}},
+         "N;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:Wei=C3=9F;Zo=C3=AB\r\n",
+         "N:Weiß;Zoë\r\n"},
+        {{Field::kPhoto, {"GIF"}, {"GIF87a"}, true},
+         "PHOTO;GIF;ENCODING=BASE64:\r\n R0lGODdh\r\n\r\n",
+         "PHOTO;TYPE=GIF;ENCODING=b:R0lGODdh\r\n"},
+        {{Field::kTel, {"CELL", "PREF"}, {"+1"}},
+         "TEL;CELL;PREF:+1\r\n",
+         "TEL;TYPE=CELL;TYPE=PREF:+1\r\n"},
+        {{Field::kNote, {}, {"a;b,c\\d\ne"}},
+         "NOTE;ENCODING=QUOTED-PRINTABLE:a;b,c\\d=0D=0Ae\r\n",
+         "NOTE:a\\;b\\,c\\\\d\\ne\r\n"},
+        {{Field::kOrg, {}, {"a;b,c\\d", "e"}}, "ORG:a\\;b,c\\d;e\r\n", "ORG:a\\;b\\,c\\\\d;e\r\n"},
+        {{Field::kUrl, {}, {"https://example.org/?a=1;b=2,3"}},
+         "URL:https://example.org/?a=1;b=2,3\r\n",
+         "URL:https://example.org/?a=1;b=2,3\r\n"}};
+    const auto card = [](const string& version, const string& lines) {
+        return "BEGIN:VCARD\r\nVERSION:" + version + "\r\n" + lines + "END:VCARD\r\n";
+    };
+    for (const auto& [property, in_21, in_30] : rows) {
+        EXPECT_EQ(WriteVcard({{property}}, VcardFormat::kVcard21), card("2.1", in_21));
+        EXPECT_EQ(WriteVcard({{property}}, VcardFormat::kVcard30), card("3.0", in_30));
     }
 }
 
