@@ -1,5 +1,6 @@
 #include "simulator/program/commands.h"
 #include "simulator/program/command_line.h"
+#include "simulator/program/command_table.h"
 #include "simulator/simulator_fixture.h"
 
 #include <algorithm>
@@ -109,15 +110,6 @@ class SimulatorCommands : public SimulatorTest {
             EXPECT_EQ(error.kind(), kind) << line;
         }
     }
-    /// The names in the list that `help` prints.
-    std::vector<string> Names() {
-        std::vector<string> names;
-        std::istringstream list(Execute("help"));
-        for (string line; std::getline(list, line);)
-            names.push_back(line.substr(0, line.find(' ')));
-        return names;
-    }
-
     std::optional<Commands> commands_;
 
   private:
@@ -144,7 +136,7 @@ TEST_F(SimulatorCommands, HelpDescribesOneCommand) {
 TEST_F(SimulatorCommands, ExampleOfEachCommandWorks) {
     std::ofstream(directory_.File("strange.vcf")) << "strange";
     std::filesystem::current_path(directory_.Path());
-    const std::vector<string> names = Names();
+    const std::vector<string> names = CommandNames();
     EXPECT_GE(names.size(), 40U);
     for (const string& name : names) {
         SetUp();
@@ -407,14 +399,14 @@ TEST_F(SimulatorCommands, FaultsTakeEffectAndAreLogged) {
     const string get_size = "obex.PhonebookAccess1.GetSize(";
     const std::tuple<const char*, string, const char*> rows[] = {
         {"", get_size, "session0 PhonebookAccess1.GetSize() -> (uint16 26,)\n"},
-        {"refuse GetSize Failed The phone  is \"busy\"", get_size,
-         "() -> com.veltrisonix.Error.Failed ('The phone  is \"busy\"',)  (refuse)\n"},
+        {"refuse GetSize Failed \"busy\"  now", get_size,
+         "() -> com.veltrisonix.Error.Failed ('\"busy\"  now',)  (refuse)\n"},
         {"reply GetSize ('a', uint32 1)", get_size, "() -> ('a', uint32 1)  (reply)\n"},
         {"refuse! Selct com.example.No Busy", "obex.PhonebookAccess1.Selct(",
          "() -> com.example.No ('Busy',)  (refuse)\n"},
         {"clear-faults", get_size, "() -> (uint16 26,)\n"},
         {"", get_all, "...\n"},
-        {"override * com.veltrisonix.obex.Session1 Root 'a b'", get + "'Root'",
+        {"override * com.veltrisonix.obex.Session1 Root \"a b\"", get + "'Root'",
          "'Root') -> (<'a b'>,)  (override)\n"},
         {"override! session Session1 Colour 'red'", get + "'Colour'",
          "'Colour') -> (<'red'>,)  (override)\n"},
