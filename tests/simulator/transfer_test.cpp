@@ -105,38 +105,6 @@ TEST_F(SimulatorTransfer, AnnouncesProgressTwiceASecond) {
         (Signals{Change("'Status': <'active'>"), Change("'Transferred': <uint64 300>"), complete}));
 }
 
-TEST_F(SimulatorTransfer, PullsTheWholePhoneBookOrFilteredEntries) {
-    StartSelected(Quick());
-    PullAll("{'Format': <'vcard30'>}");
-    client().AwaitSignal(Change("'Status': <'complete'>"));
-    const string all = ReadFile("phonebook.vcf");
-    std::size_t cards = 0;
-    for (std::size_t at = 0; (at = all.find("BEGIN:VCARD\r\nVERSION:3.0\r\n", at)) != string::npos;
-         ++at)
-        ++cards;
-    EXPECT_EQ(cards, 26U);
-    PullAll("{'MaxCount': <uint16 1>, 'Fields': <['N']>}");
-    client().AwaitSignal(
-        Changed(string(kSession) + "/transfer1", kTransfer1, "'Status': <'complete'>"));
-    const string one = ReadFile("phonebook.vcf");
-    EXPECT_EQ(one.substr(0, one.find("TEL")), "BEGIN:VCARD\r\nVERSION:2.1\r\nN:Owner;Aster;;;\r\n");
-}
-
-TEST_F(SimulatorTransfer, PullsOneCardByHandleOrUniqueId) {
-    StartSelected(Quick());
-    EXPECT_EQ(Access("Pull", "('7.VCF', '/tmp/card.vcf', @a{sv} {})").substr(0, 12),
-              "(objectpath ");
-    client().AwaitSignal(Change("'Status': <'complete'>"));
-    const string card = ReadFile("card.vcf");
-    const string key = "X-BT-UID:";
-    const string uid = card.substr(card.find(key), key.size() + 32);
-    EXPECT_EQ(Access("Pull", "('" + uid + "', '/tmp/again.vcf', @a{sv} {})").substr(0, 12),
-              "(objectpath ");
-    client().AwaitSignal(
-        Changed(string(kSession) + "/transfer1", kTransfer1, "'Status': <'complete'>"));
-    EXPECT_EQ(ReadFile("again.vcf"), card);
-}
-
 TEST_F(SimulatorTransfer, RefusesWhatItCannotPull) {
     StartSelected(ByHand());
     EXPECT_EQ(Access("Pull", "('FFFF.vcf', '/tmp/card.vcf', @a{sv} {})"),
@@ -166,16 +134,6 @@ TEST_F(SimulatorTransfer, RefusesFilesThatItCannotOpenAndFailsWhenTheDiskIsFull)
     EXPECT_EQ(client().Get(transfer, kTransfer1, "Transferred"), "(<uint64 0>,)");
 }
 
-TEST_F(SimulatorTransfer, WritesWhereTheClientAsksWithoutADirectory) {
-    daemon_.emplace(bus_.Address(), ByHand());
-    client_.emplace(bus_.Address());
-    CreateSession();
-    daemon().SetPullContent("abc");
-    PullAll("{}", directory_.File("here.vcf"));
-    daemon().CompleteTransfer(kTransfer);
-    EXPECT_EQ(ReadFile("here.vcf"), "abc");
-}
-
 TEST_F(SimulatorTransfer, RestoresItsPathAndContent) {
     StartSelected(ByHand());
     daemon().UseEmptyTransferPath(true);
@@ -197,12 +155,6 @@ TEST_F(SimulatorTransfer, ListsOldestFirstAcrossSessions) {
     PullAll();
     EXPECT_EQ(daemon().Transfers(),
               (Signals{kTransfer, second + "/transfer1", string(kSession) + "/transfer2"}));
-    daemon().AdvanceTransfer(kTransfer, 4);
-    const TransferInfo first = daemon().DescribeTransfers().front();
-    EXPECT_EQ(first.status, "active");
-    EXPECT_EQ(first.transferred, 4U);
-    EXPECT_EQ(first.size, 10U);
-    EXPECT_EQ(first.file, directory_.File("phonebook.vcf"));
 }
 
 }  // namespace
