@@ -6,6 +6,7 @@
 #include "support/private_bus.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -69,23 +70,17 @@ class TestClient {
     /// Fails the test after `Patience()`.
     void AwaitSignal(const std::string& signal,
                      morvane_test::Here here = morvane_test::Here::Now()) {
-        bool is_late = false;
-        const auto expire = [](gpointer flag) -> gboolean {
-            *static_cast<bool*>(flag) = true;
-            return G_SOURCE_REMOVE;
-        };
-        const auto limit = static_cast<guint>(morvane_test::Patience().count());
-        const guint timer = g_timeout_add(limit, expire, &is_late);
+        const guint wake_ups = g_timeout_add(
+            100, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+        const auto deadline = std::chrono::steady_clock::now() + morvane_test::Patience();
         auto found = signals_.end();
         while ((found = std::find(signals_.begin(), signals_.end(), signal)) == signals_.end() &&
-               !is_late)
+               std::chrono::steady_clock::now() < deadline)
             g_main_context_iteration(nullptr, TRUE);
-        if (!is_late) g_source_remove(timer);
-        if (found == signals_.end()) {
-            std::string message = "the time is over.\nAwaited:\n" + signal + "\nCame:\n";
-            for (const std::string& came : signals_) message += came + "\n";
-            morvane_test::FailTest(here, message);
-        }
+        g_source_remove(wake_ups);
+        if (found == signals_.end())
+            morvane_test::FailTest(here, "not received: " + signal +
+                                             "\nreceived: " + testing::PrintToString(signals_));
         signals_.erase(signals_.begin(), found + 1);
     }
 
