@@ -47,7 +47,6 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
     {"CommentsAreIgnored", "# a comment\nfirst\n# another\nsecond\n", "echo first; echo second"},
     {"WildcardsInLine", "Size [..]\n[..]: [..] of [..].vcf[..]\n",
      "echo Size 25; echo Name: 1 of 2 of 3.vcf"},
-    {"WildcardMatchesNothing", "Size[..]\n", "echo Size"},
     {"EscapedWildcard", "a \\[..] b\n\\\\\\[..]\n", R"(printf '%s\n' 'a [..] b' '\[..]')"},
     {"AnyLines", "...\nlast\n...\nVantor > q\n...\n",
      "seq 100; echo last; echo more; prompt Vantor ' > '"},
@@ -70,7 +69,6 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
     {"LinesLikeDirectivesAreEscaped", "\\# one\n\\% two\n\\$ three\n\\...\n\\\\ four\nfive \\\n",
      R"(printf '%s\n' '# one' '% two' '$ three' ... '\ four' 'five \')"},
     {"TrailingBlanksDoNotCount", "one\ntwo  \n", "echo 'one  '; echo two"},
-    {"ColoursAreLeftOut", "a red word\n", R"(printf 'a \033[1;31mred\033[0m word\n')"},
     {"OverwrittenTextIsLeftOut", "done\nxbc\n", R"(printf '10%%\r\033[Kdone\nabc\rx\n')"},
     {"WindowsLineEnds", "one\r\nVantor > q\r\n", "echo one; prompt Vantor ' > '"},
     {"ByteOrderMark", "\xef\xbb\xbf# Sizes.\none\n", "echo one"},
@@ -79,9 +77,7 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
     {"AnswerWithBackslashAndBlanks", "Vantor > \\ \\\\a \\\ngot [ \\a ]\n",
      R"(printf 'Vantor > '; IFS= read -r answer; printf '%s\n' "got [$answer]")"},
     {"EndOfInput", "Vantor > ^D\nbye\n", "prompt Vantor ' > ' || echo bye"},
-    {"ControlC", "Vantor > ^Cq\nbye q\n",
-     "trap : INT; printf 'Vantor > '; until read -r answer; do :; done; echo \"bye $answer\""},
-    {"TwoControlC", "Vantor > ab^Cc^C^Cq\nbye q\n",
+    {"ControlC", "Vantor > ab^Cc^C^Cq\nbye q\n",
      "trap : INT; printf 'Vantor > '; until read -r answer; do :; done; echo \"bye $answer\""},
     {"LiteralCaret", "Vantor > \\^C\ngot ^C\n", "prompt Vantor ' > '; echo \"got $answer\""},
     {"NotificationAboveItsPrompt", "one\nFolder: pb\nVantor > q\n",
@@ -101,7 +97,6 @@ prompt Vantor ' > '
 printf 'Vantor > Phonebook Size 25\n'
 )"},
     {"PromptBehindText", "no line end\nVantor > q\n", "printf 'no line end'; prompt Vantor ' > '"},
-    {"LongSession", "...\n5000\nVantor > q\n", "seq 5000; prompt Vantor ' > '"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, AgreeingSession, testing::ValuesIn(kAgreeing), NameOf);
