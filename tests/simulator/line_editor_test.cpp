@@ -18,6 +18,12 @@ constexpr char kBirchIsOut[] =
 
 class PlainInput : public ProgramTest {
   protected:
+    /// On the test's bus.
+    Console& RunOnBus(morvane_test::ConsoleOptions options) {
+        options.bus_address = bus_.Address();
+        return Launch(options);
+    }
+
     morvane_test::PrivateBus bus_;
 };
 
@@ -29,9 +35,7 @@ class LineEditor : public PlainInput {
 
     /// Awaits the first prompt.
     Console& Edit(const std::vector<std::string>& arguments = {}) {
-        auto options = RunningProgram(arguments, Wiring::kInteractiveTerminal);
-        options.bus_address = bus_.Address();
-        Console& console = Launch(options);
+        Console& console = RunOnBus(RunningProgram(arguments, Wiring::kInteractiveTerminal));
         console.Await("Serving com.veltrisonix\n");
         console.Await("> ");
         return console;
@@ -42,9 +46,7 @@ class LineEditor : public PlainInput {
     Console& EditInShell(const std::string& before, const std::string& after = "") {
         const std::string script = before + "; modes=$(stty -g); " + ProgramLine() +
                                    "; [ \"$modes\" = \"$(stty -g)\" ] && echo the same" + after;
-        auto options = Running({"sh", "-c", script}, Wiring::kInteractiveTerminal);
-        options.bus_address = bus_.Address();
-        return Launch(options);
+        return RunOnBus(Running({"sh", "-c", script}, Wiring::kInteractiveTerminal));
     }
 
     static void EndByQuit(Console& console) {
@@ -158,9 +160,8 @@ TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
 TEST_F(PlainInput, IsReadFromAPipeAndADumbTerminal) {
     for (const Wiring wiring : {Wiring::kPipes, Wiring::kTerminal}) {
         auto options = RunningProgram({}, wiring);
-        options.bus_address = bus_.Address();
         options.prefix = {"env", "TERM=dumb"};
-        Console& console = Launch(options);
+        Console& console = RunOnBus(options);
         console.Expect("Serving com.veltrisonix\n");
         console.Type("remove Birch");
         console.Expect(kBirchIsOut);

@@ -24,10 +24,8 @@ std::vector<string> LinesOf(const string& text) {
     return lines;
 }
 
-FieldSet Fields(std::initializer_list<Field> fields) {
-    FieldSet set;
-    for (const Field field : fields) set.set(static_cast<std::size_t>(field));
-    return set;
+FieldSet Only(Field field) {
+    return FieldSet().set(static_cast<std::size_t>(field));
 }
 
 Card PlainCard() {
@@ -97,13 +95,12 @@ TEST(WriteVcard, LongTextStaysInShortLines) {
 }
 
 TEST(WriteVcard, AddsTheMandatoryFieldsToTheChosenOnes) {
-    const FieldSet note = Fields({Field::kNote});
-    EXPECT_EQ(LinesOf(WriteVcard(PlainCard(), VcardFormat::kVcard21, note)),
+    EXPECT_EQ(LinesOf(WriteVcard(PlainCard(), VcardFormat::kVcard21, Only(Field::kNote))),
               (std::vector<string>{"BEGIN:VCARD", "VERSION:2.1", "N:Doe;Ann", "TEL;CELL:+120255500",
                                    "TEL;HOME:+120255501",
                                    "NOTE;ENCODING=QUOTED-PRINTABLE:a;b,c\\d=0D=0Ae", "END:VCARD"}));
     EXPECT_EQ(
-        LinesOf(WriteVcard(PlainCard(), VcardFormat::kVcard30, Fields({Field::kBday}))),
+        LinesOf(WriteVcard(PlainCard(), VcardFormat::kVcard30, Only(Field::kBday))),
         (std::vector<string>{"BEGIN:VCARD", "VERSION:3.0", "N:Doe;Ann", "FN:Ann Doe",
                              "TEL;TYPE=CELL:+120255500", "TEL;TYPE=HOME:+120255501", "END:VCARD"}));
 }
