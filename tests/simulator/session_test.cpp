@@ -66,6 +66,16 @@ TEST_F(SimulatorSession, AnnouncesCountersWhenAsked) {
     client().AwaitSignal(Changed(kSession, kAccess, "'PrimaryCounter': <'" + two + "'>"));
 }
 
+TEST_F(SimulatorSession, AnnouncesMissedCallsWithSizesAndResetsThem) {
+    StartSession(Quick());
+    Access("Select", "('int', 'mch')");
+    daemon().MissCall(kPhonePath, "+12025550002");
+    Access("GetSize");
+    client().AwaitSignal(Changed(kSession, kAccess, "'NewMissedCalls': <byte 0x03>"));
+    Access("GetSizeListing", "(@a{sv} {'ResetNewMissedCalls': <true>},)");
+    client().AwaitSignal(Changed(kSession, kAccess, "'NewMissedCalls': <byte 0x00>"));
+}
+
 TEST_F(SimulatorSession, ListsAndCountsEntriesOfItsFilters) {
     StartSelected(ByHand());
     EXPECT_EQ(Access("List", "(@a{sv} {'MaxCount': <uint16 1>},)"),
