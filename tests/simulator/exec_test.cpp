@@ -160,9 +160,8 @@ TEST_F(Exec, StopsTheBusIfItIsKilled) {
 
 TEST_F(Exec, TerminatesTheCommandIfTheBusEnds) {
     Console& console = RunShell(
-        "trap 'echo terminated; exit 0' TERM; echo $DBUS_SYSTEM_BUS_ADDRESS; while :; do read "
-        "line; "
-        "done");
+        "trap 'echo terminated; exit 0' TERM; echo $DBUS_SYSTEM_BUS_ADDRESS; "
+        "while :; do read line; done");
     kill(BusProcess(NextLine(console)), SIGKILL);
     console.ExpectError("morvane-simulator: The connection to the bus was lost\n");
     console.Expect("terminated\n");
