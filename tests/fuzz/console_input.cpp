@@ -67,11 +67,12 @@ std::string ReadNumber(unsigned /*size*/) {
 }
 
 std::string ReadText(unsigned size) {
-    std::vector<char> buffer(size, '!');  // on the heap, where AddressSanitizer detects overruns
+    std::vector<char> buffer(size + 1, '!');
     const unsigned length =
         morvane::PROXY_InputString("Path", nullptr, size == 0 ? nullptr : buffer.data(), size);
     Require(size == 0 ? length == 0 : length < size && buffer[length] == '\0',
             "a text and its terminator fit");
+    Require(buffer.back() == '!', "nothing is written behind the buffer");
     return std::string(buffer.data(), length);
 }
 
