@@ -1,8 +1,8 @@
 #include "console/errors.h"
 
 #include "console/reporting.h"
+#include "support/captured_output.h"
 #include "support/messages.h"
-#include "unit/captured_run.h"
 
 #include <gtest/gtest.h>
 
@@ -24,35 +24,29 @@ using Outcomes = std::vector<std::string>;
 const std::string kPrinted = Red("100%s\n");
 const std::string kThrown = "thrown";
 
-// What `guard` prints when its action throws `error`; kThrown if it does not catch it.
-template <typename Guard, typename Error>
-std::string OutcomeOf(const Guard& guard, const Error& error) {
-    const auto run = Capture([&] {
+template <typename... Reported, typename Error>
+std::string Outcome(const Error& error) {
+    bool thrown = false;
+    const std::string printed = Printed([&] {
         try {
-            guard([&] { throw error; });
-            return 0;
+            ReportErrors<Reported...>([&] { throw error; });
         } catch (const Error&) {
-            return 1;
+            thrown = true;
         }
     });
-    return run.Output() + (run.status == 0 ? "" : kThrown);
+    return thrown ? printed + kThrown : printed;
 }
 
 // The outcome for each type of error.
-template <typename Guard>
-Outcomes OutcomesOf(const Guard& guard) {
-    return {OutcomeOf(guard, ProxyException("100%s")),
-            OutcomeOf(guard, InvalidValueException("100%s")),
-            OutcomeOf(guard, InvalidObjectException("100%s")),
-            OutcomeOf(guard, IapiException("100%s")),
-            OutcomeOf(guard, SapiException("100%s", -7)),
-            OutcomeOf(guard, std::runtime_error("100%s")),
-            OutcomeOf(guard, morvane::InputEnded{})};
-}
-
-template <typename... Types>
+template <typename... Reported>
 Outcomes OutcomesReporting() {
-    return OutcomesOf([](const auto& action) { ReportErrors<Types...>(action); });
+    return {Outcome<Reported...>(ProxyException("100%s")),
+            Outcome<Reported...>(InvalidValueException("100%s")),
+            Outcome<Reported...>(InvalidObjectException("100%s")),
+            Outcome<Reported...>(IapiException("100%s")),
+            Outcome<Reported...>(SapiException("100%s", -7)),
+            Outcome<Reported...>(std::runtime_error("100%s")),
+            Outcome<Reported...>(morvane::InputEnded{})};
 }
 
 TEST(ReportErrorsTest, CatchesOnlyTheListedTypes) {
