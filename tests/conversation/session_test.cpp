@@ -21,10 +21,6 @@ class SessionTest : public ConversationTest {
 
 TEST_F(SessionTest, PrintsPropertiesWhenOpened) {
     Start();
-    ChooseDevice();
-    Expect(OpenedSession(kPhoneAddress) + kPhonebookPrompt);
-    Enter("x", Prompt());
-
     OverrideEverywhere(kSessionInterface, "Source", "'source %s%n'");
     OverrideEverywhere(kSessionInterface, "Destination", "''");
     OverrideEverywhere(kSessionInterface, "Target", "'target'");
@@ -86,11 +82,8 @@ class UnreachableObjectTest : public SessionTest {
     void RefuseProxies() {
         Deny(bus().ConfigurationFile());
         const auto connection = ConnectToBus(bus().Address());
-        const morvane::VariantPtr reply(g_dbus_connection_call_sync(
-            connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-            "org.freedesktop.DBus", "ReloadConfig", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
-            nullptr, nullptr));
-        ASSERT_NE(reply, nullptr);
+        CallOnBus(connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                  "org.freedesktop.DBus", "ReloadConfig");
     }
 
     void ExpectFailure(const std::string& kind, const std::string& prompt,

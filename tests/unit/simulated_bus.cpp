@@ -22,11 +22,8 @@ void PrintLine(const char* text) {
 void DispatchSignals() {
     const morvane::GlibPtr<GDBusConnection> connection(
         g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
-    morvane::ErrorPtr error;
-    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
-        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, morvane::Out(error)));
-    if (!reply) throw std::runtime_error(error->message);
+    CallOnBus(connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+              "org.freedesktop.DBus", "GetId");
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
     }
 }
@@ -50,12 +47,9 @@ void SimulatedBus::OpenSession() {
     if (!client.CreateSession(kPhoneAddress, morvane::MenuLock(mutex)))
         throw std::runtime_error("no session");
     daemon_.SetPullContent("x");
-    const auto connection = ConnectToBus(bus_.Address());
-    const morvane::VariantPtr reply(g_dbus_connection_call_sync(
-        connection.get(), daemon_.BusName().c_str(), daemon_.Sessions().back().c_str(),
-        simulator::kPhonebookInterface, "PullAll",
-        g_variant_new_parsed("('/tmp/phonebook.vcf', @a{sv} {})"), nullptr, G_DBUS_CALL_FLAGS_NONE,
-        -1, nullptr, nullptr));
+    CallOnBus(ConnectToBus(bus_.Address()).get(), daemon_.BusName(),
+              daemon_.Sessions().back().c_str(), simulator::kPhonebookInterface, "PullAll",
+              g_variant_new_parsed("('/tmp/phonebook.vcf', @a{sv} {})"));
     client.Phonebook()->AllocTransfer(daemon_.Transfers().back(), nullptr);
 }
 
