@@ -1,4 +1,3 @@
-#include "support/bus_monitor.h"
 #include "support/console.h"
 #include "support/odd_directories.h"
 #include "support/private_bus.h"
@@ -101,22 +100,6 @@ TEST_F(ShellTest, OnlyInteractiveTerminalChangesBytes) {
     }
 }
 
-TEST_F(ShellTest, HangUpAndControlCSendSignals) {
-    Run("echo ready; exec sleep 60").Expect("ready\n");
-    console().HangUp();
-    console().ExpectEndBySignal(SIGHUP);
-    Run("echo ready; exec sleep 60").Expect("ready\n");
-    console().TypeBytes("\x03");
-    console().ExpectEndBySignal(SIGINT);
-}
-
-TEST_F(ShellTest, IgnoresHangUpIfRequested) {
-    Run("echo ready; read word; echo $? > result; exit 3", UnderNohup()).Expect("ready\n");
-    console().HangUp();
-    console().ExpectExit(3);
-    EXPECT_TRUE(std::filesystem::exists(directory_.File("result")));
-}
-
 TEST_F(ShellTest, ReportsUndeclaredErrorsExitStatusAndUnconsumedOutput) {
     const auto finish = [this] { console().Finish(); };
     const auto expect_exit = [this] { console().ExpectExit(0); };
@@ -151,19 +134,6 @@ TEST_F(ShellTest, CpuTimeGrowsWithWork) {
     EXPECT_LT(before, console().CpuTime());
 }
 
-TEST(PrivateBusTest, AcceptsConnectionsUntilKilledOrDestroyed) {
-    std::string address;
-    {
-        const PrivateBus bus;
-        address = bus.Address();
-        EXPECT_NE(ConnectToBus(address), nullptr);
-    }
-    EXPECT_THROW(ConnectToBus(address), std::runtime_error);
-    PrivateBus bus;
-    bus.Kill();
-    EXPECT_THROW(ConnectToBus(bus.Address()), std::runtime_error);
-}
-
 TEST(PrivateBusTest, AcceptsConnectionsInAnyTemporaryDirectory) {
     const TemporaryDirectory directory;
     for (const OddDirectory& odd : kOddDirectories) {
@@ -174,19 +144,6 @@ TEST(PrivateBusTest, AcceptsConnectionsInAnyTemporaryDirectory) {
         EXPECT_NE(ConnectToBus(bus.Address()), nullptr);
     }
     unsetenv("TMPDIR");
-}
-
-TEST(BusMonitorTest, CountsCallsToTheBusItself) {
-    const PrivateBus bus;
-    BusMonitor monitor(bus.Address(), "AddMatch");
-    const auto connection = ConnectToBus(bus.Address());
-    const guint subscription = g_dbus_connection_signal_subscribe(
-        connection.get(), nullptr, nullptr, nullptr, nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-        [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
-           gpointer) {},
-        nullptr, nullptr);
-    monitor.AwaitCall();
-    g_dbus_connection_signal_unsubscribe(connection.get(), subscription);
 }
 
 }  // namespace
