@@ -123,14 +123,6 @@ TEST_P(InputTorture, EndOfInput) {
     ExpectCalls(AcceptsAnEmptyText() ? 1 : 0);
 }
 
-TEST_P(InputTorture, EndOfInputOnPipe) {
-    ReachPrompt(Pipes());
-    EndTransfer(prompt());
-    console().CloseInput();
-    ExpectOutput(prompt().end_of_input);
-    ExpectEnd();
-}
-
 // Keys and numbers need a newline, texts do not.
 TEST_P(InputTorture, AnswerWithoutNewline) {
     ReachPrompt(Pipes());
