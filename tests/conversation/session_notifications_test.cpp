@@ -172,49 +172,5 @@ TEST_F(SessionNotifications, StopWithTheSession) {
     ExpectNoOutput();
 }
 
-GVariant* NumberedFolder(std::size_t number) {
-    return g_variant_new_string(("f" + std::to_string(number)).c_str());
-}
-
-// Checks that no notification is interrupted by other output: each is followed by the redrawn
-// prompt, or a reset sequence between messages.
-void ExpectUninterruptedNotifications(const std::string& output, std::size_t count) {
-    const std::string redrawn =
-        std::string(kGreenSequence) + "Vantor" + kPhonebookMenu + Red(" > ");
-    std::size_t end = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string notice = kResetSequence + ("Folder: f" + std::to_string(i) + "\n");
-        const std::size_t begin = output.find(notice, end);
-        ASSERT_NE(begin, output.npos) << notice;
-        end = begin + notice.size();
-        const bool at_prompt = output[begin - 1] == '\n';
-        const std::string rest = at_prompt ? redrawn : kResetSequence;
-        ASSERT_EQ(output.substr(end, rest.size()), rest) << notice;
-    }
-}
-
-TEST_F(SessionNotifications, AreNotInterruptedByMenuOutput) {
-    constexpr std::size_t kCount = 5000;
-    for (const char* const key : {"h", "h", "h", "h"}) Type(key);
-    daemon().Flood(Session(), kPhonebookInterface, "Folder", kCount, NumberedFolder);
-    Await("Folder: f" + std::to_string(kCount - 1) + "\n");
-    EnterAndAwait("?", Red("Invalid Selection\n") + kPhonebookPrompt);
-    ExpectUninterruptedNotifications(console().Output(), kCount);
-}
-
-// The menu thread prints the properties of a new session while the main thread changes them.
-TEST_F(SessionNotifications, AreHandledWhileSessionOpens) {
-    EnterAndAwait("x", Prompt());
-    for (int session = 1; session <= 3; ++session) {
-        const std::string path = "/com/veltrisonix/obex/client/session" + std::to_string(session);
-        ChooseDevice();
-        daemon().Flood(path, kSessionInterface, "Source", 1000, NumberedFolder);
-        AwaitAll({"Fixed Image Size: Supported\n", Green("Vantor/Phonebook Menu")});
-        daemon().Notify(path, kSessionInterface, "Source", Value("'last'"));
-        Await(Notification(kPhonebookMenu, "Source Attribute Received: last\n"));
-        Enter("x", Prompt());
-    }
-}
-
 }  // namespace
 }  // namespace morvane_test
