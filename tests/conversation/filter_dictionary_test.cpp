@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -130,28 +130,27 @@ const Theme kThemes[] = {
       {"", kNothing}}},
 };
 
-std::string Print(GVariant* value) {
-    return morvane::TextPtr(g_variant_print(value, TRUE)).get();
-}
+using Entries = std::map<std::string, std::string>;
 
-// The sorted entries, with their types.
-std::vector<std::string> Entries(GVariant* dictionary) {
-    std::vector<std::string> entries;
-    for (gsize index = 0; index < g_variant_n_children(dictionary); ++index) {
-        const morvane::VariantPtr entry(g_variant_get_child_value(dictionary, index));
-        entries.push_back(Print(entry.get()));
-    }
-    std::sort(entries.begin(), entries.end());
+// The values are GVariant text with types.
+Entries EntriesOf(GVariant* dictionary) {
+    Entries entries;
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, dictionary);
+    const char* key = nullptr;
+    GVariant* value = nullptr;
+    while (g_variant_iter_loop(&iterator, "{&sv}", &key, &value) != FALSE)
+        entries[key] = morvane::TextPtr(g_variant_print(value, TRUE)).get();
     return entries;
 }
 
 // The filters are the last argument of each call.
-std::vector<std::string> SentFilters(const simulator::Call& call) {
+Entries SentFilters(const simulator::Call& call) {
     const Value body(call.body);
     const morvane::VariantPtr filters(
         g_variant_get_child_value(body, g_variant_n_children(body) - 1));
     EXPECT_STREQ(g_variant_get_type_string(filters.get()), "a{sv}");
-    return Entries(filters.get());
+    return EntriesOf(filters.get());
 }
 
 class FilterDictionaries : public ConversationTest {
@@ -176,7 +175,7 @@ class FilterDictionaries : public ConversationTest {
         TypeWords(choice.words + " d", here);
         const auto call = daemon().AwaitCall(operation.method, Patience());
         ASSERT_TRUE(call) << "no call of " << operation.method;
-        EXPECT_EQ(SentFilters(*call), Entries(Value(choice.filters)));
+        EXPECT_EQ(SentFilters(*call), EntriesOf(Value(choice.filters)));
         Await(kRefused + kPhonebookPrompt, here);
     }
 };
