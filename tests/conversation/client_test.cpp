@@ -152,17 +152,10 @@ TEST_P(CredentialTest, SendsWholeUtf8CharactersUpToLimit) {
     const std::string most(RowOf(GetParam().prompt).limit, 'a');
     const std::string nearly_most = most.substr(1);
     const std::pair<std::string, std::string> rows[] = {{"", ""},
-                                                        {"x", "x"},
-                                                        {" a b ", " a b "},
-                                                        {"%s%n", "%s%n"},
-                                                        {most, most},
+                                                        {" a %s%n ", " a %s%n "},
                                                         {most + "b", most},
-                                                        {most + "bcdef", most},
                                                         {nearly_most + "ü", nearly_most},
-                                                        {"a\xff"
-                                                         "b\xc3"
-                                                         "cü",
-                                                         "a?b?cü"},
+                                                        {"a\xff\xc3zü", "a?\?zü"},
                                                         {{"ab\0c", 4}, "ab"}};
     for (const auto& [typed, sent] : rows) ExpectSent(typed, sent);
     EXPECT_EQ(daemon().Calls().back().path, kClient);

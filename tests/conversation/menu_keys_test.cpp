@@ -43,12 +43,13 @@ class MenuKeys : public ConversationTest, public testing::WithParamInterface<Pro
     }
 };
 
-TEST_P(MenuKeys, AreDisplayedByHelp) {
+TEST_P(MenuKeys, AreDisplayedByHelpAndNotByBlankLine) {
     OpenPrompt(Menu());
     for (const std::string line : {"h", "help", " \th please"}) {
         SCOPED_TRACE(line);
         Enter(line, MenuOf(Menu()) + Prompt(Menu()));
     }
+    for (const char* const line : {"", "   ", "\t"}) Enter(line, Prompt(Menu()));
 }
 
 TEST_P(MenuKeys, RejectAllOtherKeys) {
@@ -61,11 +62,6 @@ TEST_P(MenuKeys, RejectAllOtherKeys) {
         Expect(kInvalidSelection + Prompt(Menu()));
     }
     EXPECT_TRUE(daemon().Calls().empty());
-}
-
-TEST_P(MenuKeys, BlankLineRepeatsPrompt) {
-    OpenPrompt(Menu());
-    for (const char* const line : {"", "   ", "\t"}) Enter(line, Prompt(Menu()));
 }
 
 INSTANTIATE_TEST_SUITE_P(, MenuKeys, testing::ValuesIn(AllMenus()),

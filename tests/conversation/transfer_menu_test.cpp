@@ -93,13 +93,6 @@ TEST_F(TransferMenuTest, ExitReleasesTransferAndNextPullCreatesAnother) {
     Enter("x", Prompt());
 }
 
-TEST_F(TransferMenuTest, HandlesLinesTypedAheadInOrder) {
-    console().TypeBytes("s\nS\nh\nx\nx\nl\n");
-    Expect(Normal("Transfer Status: queued\n") + Prompt(kTransferMenu) +
-           Red("Invalid Selection\n") + Prompt(kTransferMenu) + MenuOf(PromptId::kTransfer) +
-           Prompt(kTransferMenu) + Removing() + Prompt(kPhonebookMenu) + Prompt() + Stars());
-}
-
 TEST_F(TransferMenuTest, QuitDeletesFileAfterRemoveSession) {
     daemon().AbortTransfer(Transfer());
     Expect(Notification(kTransferMenu, "Status Attribute Received: error\n"));
