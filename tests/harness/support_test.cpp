@@ -85,21 +85,6 @@ TEST_F(ShellTest, ReportsUnexpectedOutputAtTheLineOfTheTest) {
     console().Kill();
 }
 
-TEST_F(ShellTest, OnlyInteractiveTerminalChangesBytes) {
-    for (const Wiring wiring : {Wiring::kTerminal, Wiring::kInteractiveTerminal, Wiring::kPipes}) {
-        const bool echoes = wiring == Wiring::kInteractiveTerminal;
-        Run("echo ready; read word; echo got $word; cat; echo end", Wired(wiring));
-        console().Expect("ready\n");
-        console().Type("this");
-        console().Expect(echoes ? "this\ngot this\n" : "got this\n");
-        console().CloseInput();
-        console().Expect("end\n");
-        console().ExpectExit(0);
-        EXPECT_EQ(console().Output(),
-                  echoes ? "ready\r\nthis\r\ngot this\r\nend\r\n" : "ready\ngot this\nend\n");
-    }
-}
-
 TEST_F(ShellTest, ReportsUndeclaredErrorsExitStatusAndUnconsumedOutput) {
     const auto finish = [this] { console().Finish(); };
     const auto expect_exit = [this] { console().ExpectExit(0); };
