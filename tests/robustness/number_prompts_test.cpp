@@ -54,19 +54,6 @@ TEST_P(NumberPrompt, RejectsNumbersOutOfRange) {
     EXPECT_EQ(CountCalls(prompt().call.method), 0U);
 }
 
-TEST_P(NumberPrompt, AsksAgainUnlessNumber) {
-    Reach(prompt());
-    for (const std::string answer : {"one", " x", "X", "4294967296", "-", "  ", "\t", ".5"}) {
-        SCOPED_TRACE(answer);
-        Type(answer);
-        ExpectOutput(prompt().invalid_answer_output);
-    }
-    Enter("", Prompt(prompt().id));
-    ExpectNoOutput(prompt().segment);
-    Type(" +" + prompt().answer + " and more");
-    ExpectOutput(prompt().output);
-}
-
 TEST_P(RejectingPrompt, ReportsLossOfSessionBeforeInvalidAnswer) {
     Reach(prompt());
     InSession(prompt().id) ? LoseConnection(prompt().segment) : RemoveClient(prompt().segment);
