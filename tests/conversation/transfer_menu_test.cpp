@@ -97,7 +97,7 @@ TEST_F(TransferMenuTest, QuitDeletesFileAfterRemoveSession) {
     daemon().AbortTransfer(Transfer());
     Expect(Notification(kTransferMenu, "Status Attribute Received: error\n"));
     daemon().Hang("RemoveSession");
-    Type("q");
+    Type("  Quit");
     ExpectCall("RemoveSession", "(objectpath '" + Session() + "',)");
     EXPECT_TRUE(FileExists());
     EXPECT_EQ(TransferCalls(), 0U);
