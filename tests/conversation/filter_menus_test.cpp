@@ -110,17 +110,6 @@ TEST_P(FilterMenu, SendsNothingAtEndOfInputAfterLossOfConnection) {
 INSTANTIATE_TEST_SUITE_P(Operations, FilterMenu, testing::ValuesIn(FilteredOperations()),
                          [](const auto& row) { return row.param.method; });
 
-TEST_F(FilterMenus, RejectEveryFieldIfListIsEmpty) {
-    OpenPhonebook("PullAll", {});
-    EnterAndAwait("a", kFilterPrompt);
-    for (const std::string key : {"s", "k"}) {
-        Enter(key, Heading("Select a Filter Field") + Prompt(PromptId::kField));
-        Enter("0", Red("Invalid filter selected\n") + kFilterPrompt);
-    }
-    Type("d");
-    ExpectCall("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
-}
-
 TEST_F(FilterMenus, AcceptNumberOfOneMegabyte) {
     Start(Wired(Wiring::kPipes));
     OpenPhonebook("List");

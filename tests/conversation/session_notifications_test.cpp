@@ -141,16 +141,6 @@ TEST_F(SessionNotifications, IgnoreOtherPropertiesAndObjects) {
     Enter("u", Normal("Counters updated\n") + kPhonebookPrompt);
 }
 
-TEST_F(SessionNotifications, ArePrintedAtValuePrompts) {
-    EnterAndAwait("s", ValuePrompt("/Select Location"));
-    Notify(kPhonebookInterface, "Folder", "'f'");
-    Expect(Notification("/Select Location", "Folder: f\n"));
-    EnterAndAwait("0", ValuePrompt("/Select Phonebook"));
-    Notify(kSessionInterface, "Source", "'s'");
-    Expect(Notification("/Select Phonebook", "Source Attribute Received: s\n"));
-    Enter("0", Normal("Phonebook selected successfully\n") + kPhonebookPrompt);
-}
-
 // The menu thread has the registry locked during the call; notifications need no lock.
 TEST_F(SessionNotifications, ArePrintedDuringCall) {
     daemon().Hang("UpdateVersion");
