@@ -61,14 +61,6 @@ TEST_F(SessionTest, UsesPathFromReply) {
     ExpectCall("RemoveSession", "(objectpath '/elsewhere',)");
 }
 
-TEST_F(SessionTest, IsValidAfterReconnectionBeforeNextKey) {
-    OpenSession();
-    LoseConnection(kPhonebookMenu);
-    daemon().SetConnectionState(Session(), 5);
-    ExpectNoOutput(kPhonebookMenu);
-    Enter("u", Normal("Counters updated\n") + kPhonebookPrompt);
-}
-
 TEST_F(SessionTest, StartsWithoutSelectedPhonebook) {
     OpenSelectedSession();
     Enter("x", Prompt());
