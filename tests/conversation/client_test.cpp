@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 namespace morvane_test {
@@ -77,28 +76,6 @@ TEST_F(ClientTest, KeepsSessionThatWasNotRemovedUntilNextIsCreated) {
     Enter("r", Prompt());
     Announce(kFirstSession, "Elsewhere");
     ExpectNoOutput();
-}
-
-TEST_F(ClientTest, ReleasesOldSessionAfterNewOneOpened) {
-    OpenSelectedSession();
-    PullAll("one");
-    daemon().Refuse("RemoveSession", kFailed, "Busy", 1);
-    daemon().SetConnectionState(kFirstSession, 3);
-    ExpectNoOutput(kTransferMenu);
-    EnterAndAwait("s", Red("Phonebook Access Proxy is invalid\n"));
-    Expect(Red("Remove Session failed GDBus.Error:com.veltrisonix.Error.Failed: Busy\n") +
-           Prompt());
-    EXPECT_TRUE(std::filesystem::exists(PulledPhonebook()));
-    ChooseDevice();
-    Expect(Normal("Session Connected\n"));
-    Await(Normal("Fixed Image Size: Supported\n"));
-    Expect(Normal("Removing: " + PulledPhonebook() + "\n") + Prompt(kPhonebookMenu));
-    EXPECT_FALSE(std::filesystem::exists(PulledPhonebook()));
-    Announce(kFirstSession, "Somewhere");
-    ExpectNoOutput(kPhonebookMenu);
-    Enter("x", Prompt());
-    ExpectRemoveSession(kFirstSession);
-    ExpectRemoveSession(kSecondSession);
 }
 
 TEST_F(ClientTest, RemovalOfClientReleasesItsSession) {
