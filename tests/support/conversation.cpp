@@ -8,7 +8,6 @@
 namespace morvane_test {
 namespace {
 
-const std::string kClientPath = simulator::kClientPath;
 const std::string kProbePath = "/com/veltrisonix/hci0/dev_probe";
 constexpr char kProbeAddress[] = "00:00:00:00:00:00";
 
@@ -137,12 +136,12 @@ void ConversationTest::HangInCall(Here here) {
 
 void ConversationTest::RemoveClient(const std::string& segment, Here here) {
     daemon_->RemoveClient();
-    Expect(Notification(segment, "Removed " + kClientPath + "\n", kRedSequence), here);
+    Expect(Notification(segment, "Removed " + kClient + "\n", kRedSequence), here);
 }
 
 void ConversationTest::ReturnClient(const std::string& segment, Here here) {
     daemon_->AddClient();
-    Expect(Notification(segment, "Found Client " + kClientPath + "\n"), here);
+    Expect(Notification(segment, "Found Client " + kClient + "\n"), here);
     ExpectNoOutput(segment, here);
 }
 

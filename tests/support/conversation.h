@@ -45,7 +45,6 @@ class ConversationTest : public testing::Test {
     /// on command and sends no notifications by itself. Files are created in the test's directory.
     simulator::Daemon& StartDaemon(simulator::Options options = simulator::Options::Scripted());
     simulator::Daemon& daemon() { return *daemon_; }
-    void StopDaemon() { daemon_.reset(); }
 
     /// Starts the tool without waiting for output. May be called again after the tool has ended.
     Console& Launch(ConsoleOptions options = {});
