@@ -196,22 +196,26 @@ void ExpectSequentialWrites(const ConsoleCall& first, const ConsoleCall& second)
             << second.name << " during write " << i << " of " << first.name;
 }
 
-TEST(ConsoleThreadsTest, WritesOfTwoThreadsDoNotInterleave) {
-    for (const ConsoleCall& call : kCalls) {
-        const ConsoleCall under_prompt = {call.name, [&] {
-                                              PROXY_Prompt("Shown", 2);
-                                              call.make();
-                                          }};
-        for (const ConsoleCall& second : kCalls) {
-            ExpectSequentialWrites(call, second);
-            ExpectSequentialWrites(under_prompt, second);
-        }
+class ConsoleThreadsTest : public testing::TestWithParam<ConsoleCall> {};
+
+TEST_P(ConsoleThreadsTest, WritesOfTwoThreadsDoNotInterleave) {
+    const ConsoleCall& call = GetParam();
+    const ConsoleCall under_prompt = {call.name, [&] {
+                                          PROXY_Prompt("Shown", 2);
+                                          call.make();
+                                      }};
+    for (const ConsoleCall& second : kCalls) {
+        ExpectSequentialWrites(call, second);
+        ExpectSequentialWrites(under_prompt, second);
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(Console, ConsoleThreadsTest, testing::ValuesIn(kCalls),
+                         [](const auto& test) { return std::string(test.param.name); });
+
 // Between its last write and the moment when the prompt counts as displayed, nothing may be
 // printed. The preemption there is only likely: many attempts.
-TEST(ConsoleThreadsTest, PromptIsDrawnAndStoredAtOnce) {
+TEST(PromptTest, IsDrawnAndStoredAtOnce) {
     const Writes printed_after = {Green("Path"), Red(" > "), "\n\x1b[0mprinted\n" + kRedrawn,
                                   "\n\x1b[0mafter\n" + kRedrawn};
     const ConsoleCall& print = kCalls[0];
