@@ -65,7 +65,7 @@ void ReportPresentObjects(ObexProxy& proxy, GDBusObjectManager* manager) {
 }
 
 // g_main_loop_quit() has no effect before the loop runs. This callback, the first in the loop,
-// repeats a quit that came too early.
+// repeats a quit that was requested too early.
 gboolean QuitIfStopped(gpointer /*data*/) {
     if (!obexProxy.IsRunning()) {
         obexProxy.StopThreads();

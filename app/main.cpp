@@ -19,7 +19,7 @@ namespace {
 void OpenClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) < 0) {
-            static_cast<void>(open("/dev/null", O_RDWR));  // the lowest free descriptor: this one
+            static_cast<void>(open("/dev/null", O_RDWR));  // gets the lowest free one: `stream`
         }
     }
 }
@@ -39,7 +39,7 @@ int Run(int argc, char** argv) {
         return -1;
     }
     obexProxy.DBusInstance(instance);
-    // Not joined if an exception propagates: std::terminate() is wanted while both threads run.
+    // Not joined if an exception propagates: std::terminate() must run while both threads exist.
     std::thread menu_thread(RunMenuThread, &obexProxy);
     obexProxy.AwaitMenuThread(start_lock);
     obexProxy.GDBusRun();

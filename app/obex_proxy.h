@@ -22,9 +22,9 @@ class ClientProxyContext;
 class PhonebookContext;
 
 /// The application: starts and stops its two threads, follows the daemon's objects and runs the
-/// main menu. There is one, `obexProxy`; it is destroyed after main() returns.
+/// main menu. The only instance, `obexProxy`, is destroyed after main() returns.
 ///
-/// The main thread runs GDBusRun() and what that calls. The menu thread runs MenuThread() and all
+/// The main thread runs GDBusRun() and its callbacks. The menu thread runs MenuThread() and all
 /// menus. Each member is annotated with the mutex that guards it.
 class ObexProxy {
   public:
@@ -33,9 +33,10 @@ class ObexProxy {
     ObexProxy& operator=(const ObexProxy&) = delete;
     ~ObexProxy();
 
-    // Start and stop (obex_proxy.cpp). Any thread, unless a line says otherwise.
+    // Start and stop (obex_proxy.cpp). Any thread unless documented otherwise.
 
-    /// Main thread, before the menu thread exists. Not checked: GDBusRun reports a bad name.
+    /// Main thread, before the menu thread exists. GDBusRun() reports an invalid
+    /// name.
     void DBusInstance(const std::string& instance);
     [[nodiscard]] std::string GetBusName() const;
 
@@ -49,7 +50,7 @@ class ObexProxy {
     void AwaitMenuThread(std::unique_lock<std::mutex>& start_lock);
     /// Body of the menu thread.
     void MenuThread();
-    /// Clears the running flag for good and ends the main loop, now or as soon as it begins.
+    /// Clears the running flag permanently and ends the main loop, now or as soon as it starts.
     void StopThreads() MORVANE_EXCLUDES(contents_mutex_);
     [[nodiscard]] bool IsRunning() const { return running_; }
 
@@ -63,7 +64,7 @@ class ObexProxy {
     // Registry (registry.cpp). Additions never wait for the menu thread; a removal blocks the main
     // loop until that thread next asks the operator.
 
-    /// Main thread. Replaces a client that is there; may throw ProxyException.
+    /// Main thread. Replaces an existing client; may throw ProxyException.
     void AllocClient(const std::string& path);
     void FreeClient();
     /// Main thread. May throw ProxyException.

@@ -3,7 +3,7 @@
 // Usage: morvane-benchmarks [--rounds N] [--only TEXT] [--figures FILE]
 //   --rounds  how often everything is measured; the medians are printed (default 5)
 //   --only    only benchmarks with this text in their title
-//   --figures writes what docs/performance.svg shows as comma-separated values
+//   --figures writes the figures of docs/performance.svg as comma-separated values
 // Ends with status 1 if a target is missed.
 
 #include "work.h"
@@ -34,8 +34,8 @@ double Median(const std::vector<Cost>& costs, const Quantity& quantity) {
     return values[values.size() / 2];
 }
 
-// The programs run in turn, and each round begins with another one, so that a temporary load on the
-// machine affects all of them.
+// The programs run in turn, and each round starts with a different one, so that a temporary load on
+// the machine affects all of them.
 Costs Measure(const Work& work, int rounds) {
     Costs costs;
     for (const unsigned size : work.sizes) {

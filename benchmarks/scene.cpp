@@ -107,7 +107,7 @@ ProgramPtr Scene::GdbusMonitor() {
 
 ProgramPtr Scene::BusctlMonitor() {
     ProgramPtr monitor = Run("busctl", {"--address=" + Address(), "--no-pager", "monitor", kName});
-    // It reports on standard error that it is ready.
+    // Printed when the monitor is ready.
     monitor->ExpectError("Monitoring bus message stream.");
     return monitor;
 }

@@ -24,7 +24,7 @@ struct Cost {
 /// A running program, measured from its execve() on: see launch.cpp.
 class Program : public morvane_test::Console {
   public:
-    /// `used` is the file that receives the CPU time used before.
+    /// `used` is the file to which morvane-launch writes the CPU time used before execve().
     Program(const morvane_test::ConsoleOptions& options, std::string used);
 
     Microseconds CpuTime();

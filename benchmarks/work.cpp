@@ -16,7 +16,7 @@ using morvane_test::Prompt;
 using std::chrono::steady_clock;
 
 constexpr char kLastStatus[] = "the last one";
-constexpr unsigned kPiece = 512;  // of a file, as the tool shows it
+constexpr unsigned kPiece = 512;  // bytes of a file that the tool prints at once
 constexpr unsigned kMebibyte = 1u << 20;
 
 std::size_t Count(std::string_view text, std::string_view part) {
@@ -131,7 +131,7 @@ Cost FloorLists(unsigned size) {
 
 Cost GdbusLists(unsigned size) {
     Scene scene;
-    const ProgramPtr tool = scene.ToolAtPhonebookMenu();  // a session must be there
+    const ProgramPtr tool = scene.ToolAtPhonebookMenu();  // keeps a session open
     PrepareListing(scene, size);
     const auto start = steady_clock::now();
     return WholeRun(*scene.Run("gdbus", scene.CallArguments("List", {"{}"})), start);

@@ -21,7 +21,6 @@ VariantPtr SessionArguments() {
     return arguments.End();
 }
 
-// Prints the error if the daemon has refused `operation`.
 bool Accepted(const char* operation, const ErrorPtr& error) {
     if (error) {
         PROXY_Print(kRed, "%s failed %s\n", operation, error->message);

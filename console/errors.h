@@ -5,8 +5,8 @@
 
 namespace morvane {
 
-// Errors of a menu's action. None derives from another: each menu names the types that it reports;
-// others propagate to the calling menu.
+// Errors of a menu's action. None derives from another: each menu lists the types that it catches
+// and reports; others propagate to the calling menu.
 
 /// A typed proxy could not be created.
 class ProxyException : public std::runtime_error {
@@ -20,7 +20,7 @@ class InvalidValueException : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The object of a menu was removed while the operator was asked.
+/// The object of a menu was removed while the menu waited for input.
 class InvalidObjectException : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

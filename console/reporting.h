@@ -13,7 +13,7 @@ inline void PrintError(const SapiException& error) {
     PROXY_Print(kRed, "%s %d\n", error.what(), error.Code());
 }
 
-/// Runs `action`. Prints an error of the named types in red; others propagate.
+/// Runs `action`. Catches errors of the listed types and prints them in red; others propagate.
 template <typename Caught, typename... Others, typename Action>
 void ReportErrors(const Action& action) {
     try {

@@ -23,11 +23,11 @@ void OnNotify(Proxy* proxy, GParamSpec* /*property*/, gpointer row) {
     notice->report(proxy, notice->label);
 }
 
-/// Reports every later change of the properties in `rows`, for the lifetime of `proxy`.
+/// Reports every later change of the properties in `notices`, for the lifetime of `proxy`.
 template <typename Proxy>
 void FollowChanges(Proxy* proxy, Table<PropertyNotice<Proxy>> notices) {
     for (const PropertyNotice<Proxy>& notice : notices) {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): GLib hands it back to be read only
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): callbacks only read it
         auto* const row = const_cast<PropertyNotice<Proxy>*>(&notice);
         g_signal_connect(proxy, notice.signal, G_CALLBACK(OnNotify<Proxy>), row);
     }

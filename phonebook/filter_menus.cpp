@@ -17,7 +17,7 @@ struct FilterRun {
     PhonebookContext& context;
     MenuLock& lock;
     GVariantDict* dict;
-    std::vector<std::string> fields;     // of the vCards to come
+    std::vector<std::string> fields;     // in the vCards to download or list
     std::vector<std::string> selectors;  // fields by which vCards are selected
 };
 

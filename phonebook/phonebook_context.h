@@ -73,8 +73,8 @@ class PhonebookContext {
     // Filter menus (filter_menus.cpp). If one throws, `dict` keeps the filters set so far.
 
     void SelectPullAllFilters(MenuLock&& lock, GVariantDict* dict);
-    /// Returns as if 'd' were typed when the session is lost meanwhile: the caller checks whether
-    /// this object still exists.
+    /// If the session is lost meanwhile, returns without an error, as after 'd': the caller must
+    /// check whether this object still exists.
     void SelectPullFilters(MenuLock&& lock, GVariantDict* dict);
     void SelectListFilters(MenuLock&& lock, GVariantDict* dict);
     void SelectSizeFilters(MenuLock&& lock, GVariantDict* dict);
@@ -98,7 +98,7 @@ class PhonebookContext {
 
     // Transfer (transfer/transfer_menu.cpp).
 
-    /// Replaces the current transfer, whose file is kept, by the one at `path`.
+    /// Replaces the current transfer, whose file is kept, with the one at `path`.
     void AllocTransfer(const std::string& path, GVariant* properties);
     void DisplayTransferMenu() const;
     void RunTransferMenu(MenuLock&& lock);

@@ -20,7 +20,7 @@ struct Cell {
 // The largest comparison, in cells. If a step needs more, all of its output is replaced.
 constexpr std::size_t kLargestTable = 4'000'000;
 constexpr std::uint64_t kInsert = 2;
-// In "% any order", a replaced line is written in its position, an additional one at the end.
+// In "% any order", a replacement is written in the line's position, an additional line at the end.
 constexpr std::uint64_t kReplaceInGroup = 1;
 constexpr std::uint64_t kInsertIntoGroup = 3;
 // More than all insertions: a line of the file that was displayed is kept even where "..." could
@@ -57,7 +57,7 @@ class Alignment {
     }
 
   private:
-    /// A cell's position; `move` leads to it.
+    /// A position in the table and the move that leads to it.
     struct Place {
         std::size_t element;
         std::size_t line;
@@ -155,7 +155,8 @@ class Alignment {
         }
     }
 
-    // Other lines cost nothing, so a later beginning is better only if it is cheaper.
+    // Other lines cost nothing, so starting at a later line is better only if the cost so far is
+    // lower.
     void LeaveByGroupWithAnyLines(std::size_t element, std::size_t line) {
         const std::uint64_t cost = At(element, line).cost;
         if (cost >= cheapest_begin_) {
@@ -245,8 +246,8 @@ class Alignment {
     std::size_t last_line_ = displayed_.size();
     std::size_t width_ = 0;
     std::vector<Cell> cells_;
-    std::vector<std::vector<std::size_t>> patterns_of_;  // of a group, that match each line
-    std::uint64_t cheapest_begin_ = 0;                   // of a group with "...", so far
+    std::vector<std::vector<std::size_t>> patterns_of_;  // those of a group that match each line
+    std::uint64_t cheapest_begin_ = 0;                   // lowest cost before a group with "..."
 };
 
 }  // namespace

@@ -13,7 +13,7 @@ constexpr std::string_view kEndOfInput = "^D";
 // control and line ends. Also the tab, which is text.
 constexpr std::string_view kUntypable = "IJMQRSUVWZ?";
 constexpr std::string_view kActing = "CD\\";
-constexpr char kLiteralKey = 'V';           // makes the next key text
+constexpr char kLiteralKey = 'V';           // the next key is text
 constexpr std::size_t kLongestLine = 4000;  // a terminal accepts 4095
 
 bool Contains(std::string_view letters, char letter) {

@@ -9,7 +9,7 @@ namespace play {
 
 /// What is typed at a prompt.
 struct Answer {
-    /// Offsets of a key with which the terminal discards the echo that was not yet read.
+    /// Offsets of a key at which the terminal discards the echo that has not been read yet.
     struct Flush {
         std::size_t keys;
         std::size_t echo;
@@ -17,11 +17,11 @@ struct Answer {
 
     std::string keys;  ///< ends with a newline, unless the last key takes effect without one
     std::string echo;  ///< what the terminal displays for them, without the newline
-    std::vector<Flush> flushes = {};  ///< in this order; not of the first key
+    std::vector<Flush> flushes = {};  ///< in order; the first key needs none
 };
 
-/// Reads an answer as a session file has it behind a prompt: "^C" is a key, "^V^C" the character of
-/// that key as text; a backslash makes the character behind it ordinary and is nothing at the end.
+/// Parses the answer that follows a prompt in a session file. "^C" is a key, "^V^C" the character
+/// of that key as text. A backslash makes the next character ordinary; at the end it is ignored.
 /// Throws std::invalid_argument with the reason.
 Answer ParseAnswer(std::string_view written);
 

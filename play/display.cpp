@@ -82,8 +82,8 @@ void Display::FinishLine() {
     }
 }
 
-// Either the line was answered, or something was printed behind the prompt: it was drawn too early,
-// or a notification came.
+// Either the line was answered, or something was printed after the prompt: because the prompt was
+// drawn too early, or by a notification.
 // NOLINTNEXTLINE(misc-no-recursion): as above
 void Display::FinishPrompt(std::string_view line, std::size_t length) {
     const std::string_view rest = line.substr(length);
@@ -107,7 +107,7 @@ void Display::FinishPrompt(std::string_view line, std::size_t length) {
     }
 }
 
-// If a prompt follows text that does not end a line, a session file has it on its own line.
+// In a session file a prompt is on its own line, even if it follows text without a newline.
 void Display::SeparatePrompt() {
     const std::size_t begin = FindLastPrompt(line_);
     if (begin == std::string::npos || begin == 0) {

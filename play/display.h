@@ -23,12 +23,12 @@ class Display {
     /// The lines finished since the last call.
     std::vector<DisplayedLine> TakeLines();
     /// The prompt at which the program waits, as it was first drawn. Empty if there is none, or if
-    /// what was typed at it is not yet displayed.
+    /// the echo of its answer has not been displayed yet.
     [[nodiscard]] std::string Prompt() const;
     /// The last line, which is not finished.
     [[nodiscard]] const std::string& Unfinished() const { return line_; }
 
-    /// Call it when an answer was typed. `echo` is what the terminal displays for it, or nothing if
+    /// Call it after typing an answer. `echo` is what the terminal displays for it, or nothing if
     /// that is unknown. `ends_line` is false for keys that act without Enter.
     void ExpectEcho(std::optional<std::string> echo, bool ends_line);
     /// The unfinished answer. A notification leaves it on a line of its own.

@@ -45,7 +45,8 @@ void Write(std::FILE* file, const std::string& name, const std::vector<std::stri
     }
 }
 
-/// A temporary file in the directory of another, removed unless it was renamed to that.
+/// A temporary file in the directory of the file `beside`. The destructor removes it unless it has
+/// been renamed to that file.
 class Draft {
   public:
     explicit Draft(const char* beside) : path_(std::string(beside) + ".XXXXXX") {

@@ -94,8 +94,8 @@ int Run(const CommandLine& line) {
     return Play(line);
 }
 
-// Otherwise other files would get the descriptors of closed standard streams. All of these can only
-// be read: writing to them fails.
+// Otherwise other files would get the descriptors of closed standard streams. Read-only, so that
+// writing to a closed stream still fails.
 void OpenClosedStreams() {
     int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO) {

@@ -86,8 +86,8 @@ void Matcher::SetStates(std::vector<State> states) {
     }
 }
 
-// "..." may match nothing: what follows it is awaited, too. Lines in any order that admit others
-// match no more if they begin later.
+// "..." may match nothing, so the element after it is awaited, too. A group with "..." is entered
+// only once: starting it at a later line matches nothing more.
 void Matcher::Enter(std::vector<State>& states, std::size_t element) {
     for (;; ++element) {
         const bool known = std::any_of(states.begin(), states.end(), [&](const State& state) {

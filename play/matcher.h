@@ -15,7 +15,7 @@ inline constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 std::vector<std::size_t> FindPatterns(const std::vector<PatternLine>& patterns,
                                       const std::string& line);
 
-/// For lines that may come in any order: a maximum matching of lines and patterns, one to one.
+/// For lines in any order: a maximum bipartite matching of lines and patterns.
 class Assignment {
   public:
     explicit Assignment(std::size_t patterns) : line_of_(patterns, kNone) {}
@@ -45,7 +45,7 @@ class Matcher {
 
     void Add(const std::string& line);
 
-    /// Whether more lines can still make a match.
+    /// Whether a match is still possible.
     [[nodiscard]] bool IsViable() const { return !states_.empty(); }
     /// Whether no more lines are needed.
     [[nodiscard]] bool IsComplete() const { return IsViable() && awaited_ == elements_->size(); }
@@ -56,7 +56,7 @@ class Matcher {
     [[nodiscard]] const std::vector<std::string>& Lines() const { return lines_; }
 
   private:
-    /// A way to match all lines so far. `group` exists inside an element of kind kAnyOrder.
+    /// A way to match all lines so far. `group` is set inside an element of kind kAnyOrder.
     struct State {
         std::size_t element;
         std::optional<Assignment> group;
@@ -67,7 +67,7 @@ class Matcher {
     void Advance(State& state, std::vector<State>& next);
 
     const std::vector<Element>* elements_;
-    std::vector<bool> entered_;  // elements
+    std::vector<bool> entered_;  // one for each element
     std::vector<std::string> lines_;
     std::vector<State> states_;
     std::size_t awaited_ = 0;

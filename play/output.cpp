@@ -20,7 +20,7 @@ bool WriteOutput(std::string_view bytes, Signals* signals) {
             }
             continue;
         }
-        // A pipe that can be written takes so much without blocking.
+        // A pipe that poll() reports as writable accepts PIPE_BUF bytes without blocking.
         const std::size_t size = std::min<std::size_t>(bytes.size(), PIPE_BUF);
         const ssize_t count = write(STDOUT_FILENO, bytes.data(), size);
         if (count > 0) {

@@ -104,7 +104,7 @@ Found FindVariable(std::string_view line, std::size_t position) {
     return {0, 0};
 }
 
-// The label of a path, which is kept, and the directory behind it.
+// The label of a path, which is kept, and the directory after it.
 Found FindDirectory(std::string_view line) {
     for (const std::string_view label : kPathLabels) {
         const std::size_t slash = line.rfind('/');
@@ -185,7 +185,7 @@ std::string WriteLiteral(std::string_view line) {
 std::string WriteGeneral(std::string_view line) {
     line = WithoutTrailingBlanks(line);
     std::string written(Prefix(line));
-    std::size_t begin = 0;  // of the text that is not yet written
+    std::size_t begin = 0;  // offset of the text not yet written
     if (const Found directory = FindDirectory(line); directory.length > 0) {
         written += line.substr(0, directory.kept);
         written += kWildcard;

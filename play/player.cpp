@@ -9,7 +9,7 @@ namespace play {
 namespace {
 
 constexpr Duration kDefaultLimit(10000);
-constexpr Duration kSilence(500);  // differing output is complete after this pause
+constexpr Duration kSilence(500);  // output that differs is complete after this pause
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 constexpr std::size_t kMostOfUnfinished = 1000;
 constexpr std::size_t kMostLinesListed = 15;
@@ -148,7 +148,7 @@ bool Player::IsIgnored(const DisplayedLine& line) const {
                        [&line](const Pattern& pattern) { return pattern.Matches(line.text); });
 }
 
-// Whether the step's output is complete, or differs. Later lines belong to the next step.
+// Returns whether the step's output is complete or differs. Later lines belong to the next step.
 bool Player::MatchLines(const Step& step) {
     const bool needs_no_prompt = step.action == Step::Action::kTell && step.prompt.empty();
     auto line = pending_.begin();
@@ -292,7 +292,7 @@ void Player::Report(const Step& step, Outcome outcome) {
     report_ += ListHidden(step);
 }
 
-// A diff shows "..." in place of the lines that it matches.
+// The diff contains "..." instead of the lines that it matches, so they are listed separately.
 std::string Player::ListHidden(const Step& step) const {
     const std::vector<std::string> lines = Displayed();
     const bool hides = std::any_of(

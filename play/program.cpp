@@ -18,7 +18,7 @@
 namespace play {
 namespace {
 
-constexpr Duration kPatienceAtEnd(2000);  // for each way to end it
+constexpr Duration kPatienceAtEnd(2000);  // after Ctrl-D, and after each signal
 
 // Prepared before fork(): until exec() the child may call only async-signal-safe functions.
 class Arguments {
@@ -53,7 +53,8 @@ struct Pipe {
     Descriptor writer;
 };
 
-// In the child: makes the terminal that of a new session, and its standard streams.
+// In the child: makes the terminal the controlling terminal of a new session, and the standard
+// streams.
 void TakeTerminal(int terminal) {
     setsid();
     ioctl(terminal, TIOCSCTTY, 0);

@@ -57,7 +57,7 @@ class Program {
     void Type(std::string_view keys, Clock::time_point deadline);
     /// Asks the program to end: Ctrl-D, then SIGHUP, then SIGKILL.
     void End();
-    /// After End(): the last of these signals, or 0 if none was needed.
+    /// After End(): the last signal that it sent, or 0 if none was needed.
     [[nodiscard]] int EndSignal() const { return end_signal_; }
 
     [[nodiscard]] int Terminal() const { return terminal_.Number(); }

@@ -48,7 +48,7 @@ class RawTerminal {
     termios modes_ = {};
 };
 
-// How many there are, and between which other lines, differs from run to run.
+// The number and position of these lines differ between runs.
 constexpr std::string_view kProgress = "Transferred Percent: ";
 
 class Recorder {
@@ -86,7 +86,7 @@ class Recorder {
     // Returns false at the end of the program.
     bool Step() {
         std::string output;
-        // Stop reading keys while many wait to be passed on.
+        // Stop reading keys while many wait to be forwarded.
         const int input = keys_.size() < kMostKeys ? STDIN_FILENO : -1;
         const Program::Event event = program_.Wait(Clock::time_point::max(), output, input);
         WriteOutput(output);  // fails if the terminal has hung up: SIGHUP follows
@@ -173,7 +173,7 @@ class Recorder {
 
     void Type(char byte) { program_.Type({&byte, 1}, Clock::now() + std::chrono::seconds(10)); }
 
-    // Passes a line on only at a prompt, so that it is displayed behind the prompt.
+    // Forwards keys only at a prompt, so that they are displayed after it.
     void TypeKeys() {
         while (!keys_.empty()) {
             is_answering_ = is_answering_ || !display_.Prompt().empty();

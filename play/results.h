@@ -12,7 +12,7 @@ class Results {
     Results(bool tap, std::size_t files);
     Results(const Results&) = delete;
     Results& operator=(const Results&) = delete;
-    /// Erases the progress of a file that a signal ended.
+    /// Erases the progress line if a signal has interrupted a file.
     ~Results() { EraseProgress(); }
 
     void Progress(const std::string& file, std::size_t line, std::size_t lines) const;

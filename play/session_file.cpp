@@ -38,7 +38,7 @@ std::optional<int> ParseNumber(std::string_view text) {
     return std::stoi(std::string(text));
 }
 
-// Escape sequences of a terminal's colours begin with one.
+// Colour sequences begin with a control character, too.
 bool HasControlCharacter(std::string_view line) {
     return std::any_of(line.begin(), line.end(), IsControl);
 }
@@ -183,7 +183,8 @@ class Parser {
         if (rest.empty()) {
             Fail(R"("% tell" without a command)");
         }
-        // Await a prompt without an answer only here: elsewhere a notification has redrawn it.
+        // Only before "% tell" is a prompt without an answer awaited; elsewhere a notification
+        // redrew it.
         Finish(Step::Action::kTell, bare_prompt_, std::string(rest));
     }
 
@@ -214,7 +215,7 @@ class Parser {
     }
 
     void ParseOutput(std::string_view line) {
-        // Editors remove the blank behind a prompt that has no answer.
+        // Editors remove the blank after a prompt that has no answer.
         const std::string padded = std::string(line) + " ";
         if (const std::size_t length = PromptLength(padded); length > 0) {
             ParsePrompt(padded.substr(0, length), line.substr(std::min(length, line.size())));

@@ -35,8 +35,8 @@ struct Element {
     std::size_t end;    ///< the line after its last one
     std::vector<PatternLine> lines;
     std::optional<Duration> limit;
-    /// In any order: the line of "...", which admits other lines before and between these. An
-    /// element of kind kAnyLines follows, which admits them behind these.
+    /// For kAnyOrder: the line of "...", which allows other lines before and between these. An
+    /// element of kind kAnyLines follows, which allows other lines after these.
     std::optional<std::size_t> any_lines = std::nullopt;
 };
 

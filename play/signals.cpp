@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::array kEnding = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
-// A blocked signal waits even if it is ignored.
+// A blocked signal becomes pending even if its disposition is SIG_IGN.
 bool IsIgnored(int number) {
     struct sigaction action = {};
     sigaction(number, nullptr, &action);

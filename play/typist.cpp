@@ -63,7 +63,7 @@ class InputLines {
     bool has_ended_ = false;
 };
 
-// Whether an operator's terminal displays the keys itself.
+// Whether the user's terminal already displays what is typed.
 bool IsOnTerminal() {
     return isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1;
 }

@@ -25,7 +25,7 @@ begin() {
     hide_progress
     printf '%s ...\n' "$1" >&2
     mkdir -p "$(dirname "$(log_of "$1")")"
-    # A background process ignores Ctrl-C unless told otherwise.
+    # Without job control, bash starts background commands with SIGINT ignored.
     (
         trap - INT
         export MORVANE_STEP=$1

@@ -70,7 +70,6 @@ constexpr PropertyNotice<ObexTransfer1> kNotices[] = {
     {"notify::filename", ReportText<obex_transfer1_get_filename>, "Filename Attribute Received"},
 };
 
-// Prints the error if the daemon has refused the call.
 bool Accepted(const ErrorPtr& error) {
     if (error) {
         PROXY_Print(kRed, "Remote Call failed %s\n", error->message);
