@@ -90,7 +90,7 @@ class Daemon::Impl {
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
-    /// Runs an action in the thread and waits until the bus has its signals.
+    /// Runs an action in the thread and waits until the bus has received its signals.
     template <typename Action>
     void Do(Action action) {
         thread_.Run([&] {
@@ -133,7 +133,7 @@ class Daemon::Impl {
     const Options options_;
     const std::string bus_name_;
     const std::shared_ptr<Instruments> instruments_;
-    std::unique_ptr<Stack> stack_;  // touched in the thread only
+    std::unique_ptr<Stack> stack_;  // accessed in the thread only
     EventThread thread_;
 };
 

@@ -20,18 +20,18 @@
 
 namespace simulator {
 
-/// In place of a number of times: until `ClearFaults`.
+/// As a number of calls: all calls until `ClearFaults`.
 inline constexpr unsigned kAlways = 0;
 
-/// The stack's daemon with the phones behind it, on a bus of the caller's choice.
+/// The stack's daemon and the phones that it reaches, on a bus of the caller's choice.
 ///
 /// Objects: the client at `kClientPath`; phones at /com/veltrisonix/hci0/dev_XX_XX_XX_XX_XX_XX;
-/// sessions at /com/veltrisonix/obex/client/session<N>, N counting from 0 over the daemon's life
-/// (both the session and the phone book interface); transfers below their session at
-/// /transfer<M>, M counting from 0 over the daemon's life. Transfers stay as long as their session.
+/// sessions at /com/veltrisonix/obex/client/session<N> (both the session and the phone book
+/// interface); transfers below their session at /transfer<M>. N and M count from 0 over the
+/// daemon's lifetime. A transfer exists as long as its session.
 ///
-/// Threads: the daemon runs in a thread of its own. Every member may be called from any thread but
-/// that one, concurrently with others. When it returns, it has taken effect and the bus has its
+/// Threads: the daemon runs in a thread of its own. Every member may be called from any other
+/// thread, also concurrently. When it returns, it has taken effect and the bus has received its
 /// signals.
 ///
 /// Errors: `std::runtime_error` with one line if the daemon cannot connect to the bus or own the
@@ -40,8 +40,8 @@ inline constexpr unsigned kAlways = 0;
 ///
 /// Members that return `bool` return whether they changed anything, if nothing else is documented.
 ///
-/// Values: every `GVariant*` parameter is consumed when floating, and otherwise only referred to.
-/// A null value is refused.
+/// Values: a floating `GVariant*` argument is consumed; of others the daemon takes a reference. A
+/// null value is refused.
 class Daemon {
   public:
     /// Connects to the bus at a D-Bus address, exports all objects and owns the name.
@@ -110,9 +110,9 @@ class Daemon {
     /// book, handle and filters.
     void SetPullContent(const std::string& content);
     bool RestorePullContent();
-    /// Makes the transfer active if it is queued, writes up to so many further bytes to its file
-    /// and announces Transferred; Status too when it changes. At its end it is complete. Refused
-    /// when it is already complete or in error.
+    /// Makes the transfer active if it is queued, writes up to `bytes` further bytes to its file,
+    /// and announces Transferred, and Status if it changes. After its last byte the transfer is
+    /// complete. Refused if it is already complete or in error.
     void AdvanceTransfer(const std::string& transfer, std::uint64_t bytes);
     /// Makes it active, and announces that, without writing.
     bool StartTransfer(const std::string& transfer);
@@ -120,14 +120,14 @@ class Daemon {
     void CompleteTransfer(const std::string& transfer);
     /// Announces status "error"; keeps the bytes written.
     void AbortTransfer(const std::string& transfer);
-    /// Whether transfers make no progress, as on a lost radio link. Announces nothing. Affects
-    /// present and future transfers at `rate`.
+    /// Stops the progress of transfers, as on a lost radio link, or lets it continue. Announces
+    /// nothing. Affects present and future transfers at `rate`.
     bool StallTransfers(bool stall);
-    /// Whether replies to pulls contain "/" as path, and no transfer is made. D-Bus does not allow
-    /// an empty object path.
+    /// If `use`, replies to pulls contain the path "/", and no transfer is created. (D-Bus does not
+    /// allow an empty object path.)
     bool UseEmptyTransferPath(bool use);
 
-    /// Whether the object exists, without this interface.
+    /// Whether the object exists but lacks this interface.
     [[nodiscard]] bool Lacks(const std::string& path, const std::string& interface) const;
 
     // Events on a phone, by its device path or address. The profile reports them to a client only
@@ -160,15 +160,15 @@ class Daemon {
                       const std::string& name);
     bool ClearPropertyFaults();
 
-    // Notifications. The object need not exist, the property neither; nothing else changes, so
-    // that a later reading shows the old value unless it was overridden.
+    // Notifications. Neither the object nor the property needs to exist. Nothing else changes: a
+    // later read returns the old value unless it is overridden.
     void Notify(const std::string& path, const std::string& interface, const std::string& name,
                 GVariant* value);
     /// Several properties (a{sv}) in one signal.
     void NotifyAll(const std::string& path, const std::string& interface, GVariant* properties);
     /// The property is announced as invalidated.
     void Invalidate(const std::string& path, const std::string& interface, const std::string& name);
-    /// One signal for each of `count` values, as fast as the bus takes them; `value` is called
+    /// One signal for each of `count` values, as fast as the bus accepts them; `value` is called
     /// with 0 .. count-1 in the daemon's thread.
     void Flood(const std::string& path, const std::string& interface, const std::string& name,
                std::size_t count, const std::function<GVariant*(std::size_t)>& value);

@@ -14,7 +14,7 @@ namespace simulator {
 /// for `OnLost`'s handler.
 class Bus {
   public:
-    /// `Open` connects to this address.
+    /// `Open` will connect to this address.
     Bus(std::string address, std::string name, std::shared_ptr<Instruments> instruments);
     /// Uses an existing connection, which the destructor leaves open.
     Bus(GDBusConnection* connection, std::string name, std::shared_ptr<Instruments> instruments);
@@ -33,7 +33,7 @@ class Bus {
     void TakeName();
 
     void DropName();
-    /// Closes the connection without giving up the name first.
+    /// Closes the connection without releasing the name first.
     void Close();
     /// Waits until the bus has processed all messages sent. Flushing the socket is not enough:
     /// messages that others send later over their own sockets could arrive first.

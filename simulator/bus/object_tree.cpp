@@ -7,7 +7,7 @@ namespace {
 
 using morvane::GlibPtr;
 
-/// "NewMissedCalls" is "new-missed-calls" to GObject.
+/// The GObject name of a D-Bus property: "new-missed-calls" for "NewMissedCalls".
 std::string Hyphenated(const std::string& name) {
     std::string hyphenated;
     for (const char letter : name) {

@@ -14,10 +14,10 @@ class ObjectTree {
 
     /// Announces an object with these interfaces.
     void Export(const std::string& path, std::initializer_list<GDBusInterfaceSkeleton*> interfaces);
-    /// Announces its removal, if it was exported.
+    /// Removes the object and announces that, if it was exported.
     void Unexport(const std::string& path);
     [[nodiscard]] bool Has(const std::string& path) const;
-    /// Whether the object exists, without this interface.
+    /// Whether the object exists but lacks this interface.
     [[nodiscard]] bool Lacks(const std::string& path, const std::string& interface) const;
 
     /// Serves the objects on a connection; null serves them nowhere.

@@ -36,13 +36,13 @@ class CallFaults {
         bool faults_ended;
     };
 
-    /// `method` with or without its interface; `times` 0 is always.
+    /// `method` is given with or without its interface; `times` 0 means always.
     void Set(const std::string& method, CallFault fault, unsigned times);
-    /// Returns whether there were any.
+    /// Returns whether there were any faults.
     bool Clear();
 
     /// The answer of the fault that applies to the call, if any. Stores a call that hangs.
-    /// `description` is the call's.
+    /// `description` describes the same call.
     FaultyAnswer AnswerTo(GDBusMessage* call, const Call& description);
 
     /// Removes faults that make calls hang, and returns the calls that hang, oldest first, which

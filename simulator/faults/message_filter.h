@@ -26,7 +26,7 @@ struct Instruments {
     Listeners<Answer> answers;
 };
 
-/// Exempts a signal from property faults. D-Bus gives the flag no meaning in a signal.
+/// Exempts a signal from property faults. The flag has no meaning in D-Bus signals.
 inline constexpr GDBusMessageFlags kSentAsItStands = G_DBUS_MESSAGE_FLAGS_NO_AUTO_START;
 
 /// Filters messages between a connection and its exported objects, in GDBus' worker thread.

@@ -109,7 +109,7 @@ void PropertyFaults::AddMissing(GVariantBuilder* edited, const std::string& path
         const auto& [where, of, name] = key;
         const bool concerned = of == interface && (where == path || where == kAnyPath);
         const VariantPtr present(g_variant_lookup_value(properties, name.c_str(), nullptr));
-        // A fault of the path itself overrides that of all paths, which would add the property
+        // A fault of this path overrides that of all paths; applying both would add the property
         // twice.
         if (!concerned || present || !value || Find(path, interface, name) != &value) {
             continue;

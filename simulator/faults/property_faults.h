@@ -11,7 +11,7 @@
 
 namespace simulator {
 
-/// In place of an object path: every object, also those that do not exist yet.
+/// As an object path: every object, including those that do not exist yet.
 inline constexpr char kAnyPath[] = "*";
 
 /// Properties that are missing or have an injected value. Safe from any thread.
@@ -21,7 +21,7 @@ class PropertyFaults {
     void Override(const std::string& path, const std::string& interface, const std::string& name,
                   morvane::VariantPtr value);
     void Hide(const std::string& path, const std::string& interface, const std::string& name);
-    /// Forgets what `Override` and `Hide` did; returns whether there was anything.
+    /// Removes the faults set by `Override` and `Hide`; returns whether there were any.
     bool Clear();
 
     /// Gives an object's interface exactly these properties (a{sv}), until `ForgetExact`.

@@ -42,7 +42,7 @@ std::string Describe(const Call& call);
 class Recorder {
   public:
     void Record(Call call);
-    /// Returns whether there were any.
+    /// Returns whether there were any calls.
     bool Forget();
     [[nodiscard]] std::vector<Call> Calls() const;
 

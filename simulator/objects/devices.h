@@ -26,9 +26,10 @@ class Devices {
         std::unique_ptr<DeviceObject> object;  ///< null while it is out of reach
     };
 
-    /// A device that is in reach; null when there is none with that address.
+    /// The device with that address that is in reach, or null.
     [[nodiscard]] const Device* FindInReach(const std::string& address) const;
-    /// By path or address, in reach or not; throws `std::runtime_error` when there is none.
+    /// The device with that path or address, in reach or not. Throws `std::runtime_error` if there
+    /// is none.
     Device& Get(const std::string& path_or_address);
     [[nodiscard]] std::vector<PhoneInfo> Phones() const;
     [[nodiscard]] std::vector<PhoneInfo> All() const;

@@ -18,7 +18,7 @@ namespace simulator {
 /// The phone book interface of a session.
 class PhonebookAccess {
   public:
-    /// `path` is the session's; `is_connected` is called before each method.
+    /// `path` is that of the session; `is_connected` is called before each method.
     PhonebookAccess(World& world, std::shared_ptr<Phone> phone, std::string path,
                     std::function<bool()> is_connected);
     ~PhonebookAccess() = default;

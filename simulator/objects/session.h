@@ -28,7 +28,7 @@ class Session {
 
     [[nodiscard]] SessionInfo Describe() const;
 
-    /// Returns whether it changed.
+    /// Returns whether the state has changed.
     bool SetConnectionState(std::uint8_t state);
     /// Simulates loss of the connection: transfers fail, then the state changes.
     void Disconnect();

@@ -36,9 +36,8 @@ class Transfer {
     /// The a{sv} in the reply to a pull.
     [[nodiscard]] morvane::VariantPtr Properties() const;
 
-    // These throw `std::runtime_error` when the transfer is over; `Advance` also when it is
-    // suspended.
-    /// Returns whether it was not active yet.
+    // These throw `std::runtime_error` if the transfer is over, `Advance` also if it is suspended.
+    /// Returns whether the transfer was not active before.
     bool Start();
     void Advance(std::uint64_t bytes);
     void Abort();

@@ -44,7 +44,7 @@ std::string FormatCallTime(std::int64_t time) {
 
 Card MakeCallCard(const CallEntry& call) {
     Card card = MakeShortContact(call.name, call.number, "");
-    card.properties.pop_back();  // a call is no contact and has no unique id
+    card.properties.pop_back();  // the unique id, which only contacts have
     card.properties.push_back(
         {Field::kCallDatetime, {NamesOf(call.kind).type}, {FormatCallTime(call.time)}});
     return card;

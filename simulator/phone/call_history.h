@@ -20,7 +20,7 @@ struct CallEntry {
 /// The vCard of an entry: name, number and X-IRMC-CALL-DATETIME.
 Card MakeCallCard(const CallEntry& call);
 
-/// The phone book of calls of this kind, besides the combined history.
+/// Name of the phone book with only this kind of calls.
 const char* HistoryOf(CallKind kind);
 
 /// "YYYYMMDDTHHMMSS"

@@ -67,11 +67,11 @@ struct Card {
     std::vector<Property> properties;
 
     [[nodiscard]] const Property* Find(Field field) const;
-    /// Whether there is such a property with a value. Every card has a version.
+    /// Whether the card has such a property with a value. True for the version of every card.
     [[nodiscard]] bool Has(Field field) const;
     /// The first component of the first such property, or nothing.
     [[nodiscard]] std::string Text(Field field) const;
-    /// The name as listings give it: components of N between ";", without empty ones at its end.
+    /// The name in listings: the components of N, separated by ";", without empty ones at the end.
     [[nodiscard]] std::string ListingName() const;
 };
 

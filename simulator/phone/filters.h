@@ -26,8 +26,8 @@ struct Filters {
 
 enum class FilteredCall { kPullAll, kPull, kList, kSize };
 
-/// Reads an a{sv}. Throws `Refusal` for a key that is unknown or not the call's, a wrong type or a
-/// wrong value.
+/// Reads an a{sv}. Throws `Refusal` on a key that is unknown or not allowed in the call, and on an
+/// invalid type or value.
 Filters ParseFilters(GVariant* dictionary, FilteredCall call);
 
 enum class SearchField { kName, kNumber, kSound };

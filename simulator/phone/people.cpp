@@ -61,7 +61,7 @@ constexpr std::array<const char*, 4> kNotes = {
     "Prefers to be called in the morning between nine and eleven, never at lunch time, and not "
     "at all on Fridays.",
     "Grüße von Tante Käthe \\ Onkel Jürgen"};
-/// The first number of every contact is of this kind.
+/// Types of a contact's numbers. The first number of every contact has the first type.
 constexpr std::array<const char*, 4> kNumberTypes = {"CELL", "HOME", "WORK", "FAX"};
 /// Number ranges reserved for fiction.
 constexpr std::array<const char*, 3> kNumberRanges = {"+4477009", "+1202555", "+3319900"};

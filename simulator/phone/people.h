@@ -8,7 +8,7 @@
 
 namespace simulator {
 
-/// Deterministic on every platform, unlike the distributions of the standard library.
+/// Random numbers that are the same on every platform, unlike the standard distributions.
 class Dice {
   public:
     explicit Dice(std::uint32_t seed) : engine_(seed) {}

@@ -24,7 +24,7 @@ std::string HexDigits(std::uint64_t value, std::size_t digits) {
     return std::string(digits - std::min(digits, text.size()), '0') + text;
 }
 
-/// The profile requires an id for every contact; a file has none unless it was pulled.
+/// The profile requires a unique id for every contact. Files contain them only if they were pulled.
 Card WithUniqueId(Dice& dice, Card card) {
     if (!card.Has(Field::kBtUid)) {
         card.properties.push_back({Field::kBtUid, {}, {dice.HexDigits(32)}});

@@ -26,7 +26,7 @@ using Phonebook = std::vector<Entry>;
 /// The contents of a phone, independent of D-Bus.
 class Phone {
   public:
-    /// `contacts` people are invented, unless there are `cards` to be its contacts.
+    /// The contacts are `cards`, or `contacts` invented people if that is empty.
     Phone(std::string name, std::uint32_t seed, unsigned contacts,
           const std::vector<Card>& cards = {});
 
@@ -35,7 +35,7 @@ class Phone {
     /// Null when the phone has no such phone book; `location` is int, sim1 or sim2.
     [[nodiscard]] const Phonebook* Find(const std::string& location,
                                         const std::string& phonebook) const;
-    /// The folder in which the profile keeps that phone book.
+    /// The path that the profile defines for that phone book.
     [[nodiscard]] static std::string FolderOf(const std::string& location,
                                               const std::string& phonebook);
 

@@ -17,10 +17,10 @@ using Selected = std::vector<const Entry*>;
 /// Whether the card has the properties that the filters name.
 bool IsSelected(const Entry& entry, const Filters& filters);
 
-/// The entries that the filters select, in the order asked for, the owner's card first; then
-/// without the first `offset`, and at most `max_count`.
+/// The entries that the filters select, in their order, the owner's card first. The first `offset`
+/// of them are omitted, and at most `max_count` are returned.
 Selected SelectEntries(const Phonebook& book, const Filters& filters);
-/// The same among those that match a search.
+/// The same for the entries that match a search.
 Selected SearchEntries(const Phonebook& book, const Filters& filters, SearchField field,
                        const std::string& value);
 
@@ -28,7 +28,7 @@ Selected SearchEntries(const Phonebook& book, const Filters& filters, SearchFiel
 std::string HandleName(const Entry& entry);
 
 /// The entry with a handle ("1A.vcf", either case) or a unique id ("X-BT-UID:" and 32 digits).
-/// Throws `Refusal` when the name is malformed or there is none.
+/// Throws `Refusal` if the name is malformed or the entry does not exist.
 const Entry& FindEntry(const Phonebook& book, const std::string& name);
 
 }  // namespace simulator

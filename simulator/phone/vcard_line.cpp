@@ -38,7 +38,8 @@ bool IsTypeLetter(char letter) {
     return g_ascii_isalnum(letter) != FALSE || letter == '-';
 }
 
-/// A word of a TYPE, or a parameter without a name, which in vCard 2.1 may be anything.
+/// Stores a word of a TYPE parameter, or a parameter without a name, which in vCard 2.1 may be
+/// the value of any parameter.
 void AddWord(ContentLine& line, const std::string& word) {
     if (word == "QUOTED-PRINTABLE") {
         line.encoding = Encoding::kQuotedPrintable;
@@ -80,7 +81,7 @@ void AddParameter(ContentLine& line, std::string text) {
     }
 }
 
-/// What comes before the colon that ends the name and its parameters.
+/// The name and its parameters: the part before the first colon outside quotation marks.
 std::string HeadOf(const std::string& text) {
     return SplitQuoted(text, ':').front();
 }
@@ -168,7 +169,7 @@ std::string DecodeBase64(const ContentLine& line) {
         throw MalformedVcard(line.number, "The value is not base64");
     }
     if (text.empty()) {
-        return {};  // which GLib does not accept
+        return {};  // GLib does not accept an empty text
     }
     gsize size = 0;
     g_base64_decode_inplace(text.data(), &size);
@@ -237,7 +238,7 @@ ContentLine ReadContentLine(LineReader& lines, VcardFormat version) {
     }
     ContentLine line = ParseHead(head, number);
     line.value = text.substr(head.size() + 1);
-    // Some phones do not fold base64. It has no colon, a property does.
+    // Some phones break lines of base64 without folding. Base64 contains no colon, a property does.
     while (line.encoding == Encoding::kBase64 && !lines.AtEnd() && !Trimmed(lines.Next()).empty() &&
            lines.Next().find(':') == std::string::npos) {
         line.value += lines.Take();

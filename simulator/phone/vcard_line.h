@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-/// Thrown by what reads a card; `line` is that of the file, the first is 1.
+/// Thrown when a card cannot be parsed. `line` is the line number in the file, counted from 1.
 class MalformedVcard : public std::runtime_error {
   public:
     MalformedVcard(std::size_t line, const std::string& reason)
@@ -20,16 +20,16 @@ class MalformedVcard : public std::runtime_error {
     std::size_t line_;
 };
 
-/// The lines of a text, each without its end (LF or CR LF), one after the other. The text must
-/// outlive it. A copy reads ahead.
+/// Reads a text line by line, without line ends (LF or CR LF). The text must outlive the reader. To
+/// look ahead, use a copy.
 class LineReader {
   public:
     explicit LineReader(const std::string& text);
 
     [[nodiscard]] bool AtEnd() const { return position_ >= text_.size(); }
-    /// The number of the next line, the first is 1.
+    /// The number of the next line, counted from 1.
     [[nodiscard]] std::size_t Number() const { return number_; }
-    /// The next line; there must be one.
+    /// The next line, without consuming it. Must not be called at the end.
     [[nodiscard]] std::string Next() const;
     std::string Take();
 
@@ -41,7 +41,7 @@ class LineReader {
 
 enum class Encoding { kNone, kQuotedPrintable, kBase64 };
 
-/// A property as it is written, without the breaks in its lines.
+/// An unfolded line: a property as it is in the file.
 struct ContentLine {
     std::size_t number = 0;          ///< of its first line
     std::string name;                ///< in capitals, without a group
@@ -55,12 +55,12 @@ struct ContentLine {
 /// Reads one property, of at least one line. Throws `MalformedVcard`.
 ContentLine ReadContentLine(LineReader& lines, VcardFormat version);
 
-/// The bytes of its value. Throws `MalformedVcard`.
+/// The decoded bytes of the value. Throws `MalformedVcard`.
 std::string Decode(const ContentLine& line);
 /// The same as UTF-8 with LF for each line end, still escaped.
 std::string DecodeText(const ContentLine& line);
 
-/// Parts a text at each ";" if it is `compound`, and removes the escapes of the version.
+/// Splits a text at each ";" if it is `compound`, and removes the escapes of the version.
 std::vector<std::string> SplitText(const std::string& text, VcardFormat version, bool compound);
 /// For a value without escapes, such as a URL: removes backslashes and line ends that some phones
 /// insert.

@@ -30,7 +30,7 @@ bool IsCompound(Field field) {
            field == Field::kGeo;
 }
 
-/// Reads ahead in a card that begins in line `begin`.
+/// Reads ahead, on a copy of the reader, in a card that begins in line `begin`.
 VcardFormat FindVersion(LineReader lines, std::size_t begin) {
     while (!lines.AtEnd() && !IsMarker(lines.Next(), kBegin) && !IsMarker(lines.Next(), kEnd)) {
         const std::size_t number = lines.Number();
@@ -69,7 +69,7 @@ void AddProperty(Card& card, const ContentLine& line, VcardFormat version) {
                                    : SplitText(text, version, IsCompound(*field))});
 }
 
-/// The name as people write it: given name first.
+/// The value of FN: the given name, then the family name.
 std::string FormattedName(const Property& name) {
     std::string text = name.components.size() > 1 ? name.components[1] : "";
     if (!text.empty() && !name.components.front().empty()) {
@@ -78,7 +78,7 @@ std::string FormattedName(const Property& name) {
     return text + name.components.front();
 }
 
-/// Both are mandatory in vCard 3.0, one is missing in many files.
+/// N and FN are mandatory in vCard 3.0, but many files lack one of them.
 void CompleteNames(Card& card, std::size_t begin) {
     const Property* const name = card.Find(Field::kN);
     const Property* const formatted = card.Find(Field::kFn);

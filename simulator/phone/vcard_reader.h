@@ -19,10 +19,9 @@ struct VcardFile {
     std::vector<VcardComplaint> complaints;
 };
 
-/// Reads vCards 2.1 and 3.0 as phones export them. Each card that is malformed is skipped with a
-/// complaint. Skipped without one are properties that are not in `Field`, pictures and sounds that
-/// are elsewhere (URI), and cards inside cards. What a card lacks of N and FN is made from the
-/// other one.
+/// Reads vCards 2.1 and 3.0 as phones export them. A malformed card is skipped with a complaint.
+/// Properties that are not in `Field`, pictures and sounds given by a URI, and cards inside cards
+/// are skipped without one. If a card lacks N or FN, it is derived from the other one.
 VcardFile ReadVcards(const std::string& text);
 
 }  // namespace simulator

@@ -59,7 +59,8 @@ Word PathWord(const std::string& path) {
     return {path, LastPart(path, '/')};
 }
 
-/// "session" is the newest; otherwise a path or its last element.
+/// Resolves the word `newest`, such as "session", to the last path, and other words as a path or
+/// its last element.
 std::optional<Word> FindPath(const char* newest, const std::vector<std::string>& paths,
                              const std::string& word) {
     if (word == newest) {
@@ -126,7 +127,7 @@ std::optional<Word> FindDevice(Daemon& daemon, const std::string& word) {
 
 using FindObject = std::optional<Word> (*)(Daemon& daemon, const std::string& word);
 
-/// For an object that must exist.
+/// Resolves a word to an object that must exist.
 template <FindObject Find, const char* Name>
 Word Existing(const Situation& situation, const std::string& word) {
     if (const std::optional<Word> found = Find(situation.daemon, word)) {
@@ -218,14 +219,15 @@ Word Number(const Situation& /*situation*/, const std::string& word) {
     return Same(std::to_string(NumberUpTo(std::numeric_limits<Integer>::max(), word)));
 }
 
-/// More would block the main loop for minutes.
+/// Longer floods would block the main loop for minutes.
 constexpr std::uint64_t kMostInAFlood = 1000000;
 
 Word Count(const Situation& /*situation*/, const std::string& word) {
     return Same(std::to_string(NumberUpTo(kMostInAFlood, word)));
 }
 
-/// Absolute, for the answer: the command may come from a process in another directory.
+/// Makes the path absolute for the answer: the command may be sent by a process in another
+/// directory.
 Word File(const Situation& /*situation*/, const std::string& word) {
     return Same(std::filesystem::absolute(word).string());
 }

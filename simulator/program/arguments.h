@@ -23,8 +23,8 @@ using Words = std::vector<Word>;
 Words ReadArguments(Daemon& daemon, const std::string& usage, const std::string& arguments,
                     bool insists, std::istringstream& line);
 
-/// What an argument of this kind can be; empty if that is not limited. `earlier` are the arguments
-/// before it; `typed` is its beginning, which selects the folder of file names.
+/// The possible values of an argument of this kind; empty if they are not limited. `earlier` are
+/// the arguments before it; `typed` is its beginning, which selects the folder of file names.
 std::vector<std::string> KnownArguments(Daemon& daemon, const std::string& kind,
                                         const std::vector<std::string>& earlier,
                                         const std::string& typed);

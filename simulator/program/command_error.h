@@ -7,12 +7,12 @@ namespace simulator {
 
 enum class CommandErrorKind {
     kUnknownCommand,
-    kBadArguments,  ///< too few or too many, malformed, or naming what the interfaces lack
+    kBadArguments,  ///< too few or too many, malformed, or with a name that the interfaces lack
     kNoSuchObject,  ///< no such session, transfer or device
     kOtherFailure,  ///< understood, but not possible now
 };
 
-/// Why a command was not carried out, in one line.
+/// Why a command was not executed, in one line.
 class CommandError : public std::runtime_error {
   public:
     CommandError(CommandErrorKind kind, const std::string& message)

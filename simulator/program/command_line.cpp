@@ -45,7 +45,7 @@ struct Arguments {
     gboolean late_size;
     gboolean silent;
     gboolean list;
-    gboolean exec;  // for the help; it ends the options
+    gboolean exec;  // only for the help text: --exec ends the options
     gboolean version;
     gboolean help;
     TextPtr instance;
@@ -56,7 +56,7 @@ struct Arguments {
     TextPtr simulator;
     TextArrayPtr commands;
     TextArrayPtr told;
-    std::string help_text;  // if asked for
+    std::string help_text;  // of --help
 };
 
 // Aliases because versions of clang-format disagree about the space in "Arguments::*value".

@@ -35,7 +35,7 @@ bool Invoke(Daemon& daemon, const Arguments&... arguments) {
     }
 }
 
-/// A command that is one call of the daemon with all its arguments.
+/// Executes a command by one call of the daemon with all its arguments.
 template <auto Member, std::size_t... Index>
 bool PassWords(Daemon& daemon, const Words& words, std::index_sequence<Index...> /*count*/) {
     return Invoke<Member>(daemon, words[Index].value...);

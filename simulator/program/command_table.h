@@ -12,7 +12,7 @@ class Commands;
 /// The answer, or whether the command changed anything.
 using Outcome = std::variant<bool, std::string>;
 
-/// A value of `shown` that answers leave out.
+/// A value of `shown` that answers omit.
 inline constexpr char kAtOnce[] = "at once";
 
 /// A command of the console. Answers may contain its arguments' kinds in braces.
@@ -24,7 +24,7 @@ struct Command {
     Outcome (*execute)(Commands& commands, const Words& words);
     // Of a command that changes something:
     const char* answer = "";
-    const char* shown = "";      ///< when the tool shows it
+    const char* shown = "";      ///< when the tool displays the change
     const char* unchanged = "";  ///< answer if there was nothing to change
 };
 

@@ -9,7 +9,7 @@
 namespace simulator {
 namespace {
 
-/// Replaces each argument's kind in braces.
+/// Replaces each kind in braces with the label of its argument.
 std::string Fill(std::string text, const Command& command, const Words& words) {
     const std::vector<std::string> kinds = KindsIn(command.arguments);
     for (std::size_t i = 0; i < words.size(); ++i) {

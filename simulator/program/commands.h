@@ -11,8 +11,8 @@ namespace simulator {
 /// Executes command lines such as "refuse Select Failed The phone is busy".
 class Commands {
   public:
-    /// Gets the lines of the log of calls, each with its line end, in GDBus' worker thread. It must
-    /// not use the daemon nor the commands.
+    /// Receives the lines of the call log, each with its line end, in GDBus' worker thread. It must
+    /// use neither the daemon nor the commands.
     using Sink = std::function<void(const std::string& line)>;
 
     /// Without a sink, calls cannot be logged.

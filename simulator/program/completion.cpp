@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kBlanks[] = " \t";
 
-/// Where the word at `from` ends, behind its quotation mark if it is quoted.
+/// The end of the word at `from`, after its quotation mark if it is quoted.
 std::size_t EndOfWord(const std::string& typed, std::size_t from) {
     if (typed[from] != '"') {
         return std::min(typed.find_first_of(kBlanks, from), typed.size());
@@ -64,7 +64,7 @@ Split SplitTyped(const std::string& typed, std::size_t most) {
         }
         const std::size_t end = EndOfWord(typed, split.rest);
         if (end == typed.size()) {
-            return split;  // it may be incomplete
+            return split;  // the word may be incomplete
         }
         split.words.push_back(Unquoted(typed.substr(split.rest, end - split.rest)));
         split.rest = end;

@@ -51,7 +51,7 @@ auto Try(const Action& action) {
     }
 }
 
-/// The same for what has no result.
+/// The same for an action without a result.
 template <typename Action>
 VariantPtr Do(const Action& action) {
     Try(action);

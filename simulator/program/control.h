@@ -15,7 +15,7 @@ namespace simulator {
 inline constexpr char kControlPath[] = "/org/morvane/Simulator";
 inline constexpr char kControlInterface[] = "org.morvane.Simulator1";
 
-/// Of the daemon's instance, which may be empty.
+/// Bus name of the control interface of the daemon with this instance, which may be empty.
 std::string ControlName(const std::string& instance);
 
 /// The interface org.morvane.Simulator1 on the daemon's bus, by which other processes control the
@@ -25,7 +25,7 @@ class Control {
   public:
     using Execute = std::function<std::string(const std::string&)>;
 
-    /// `execute` carries out a command, as `Commands::Execute`. Throws `std::runtime_error` with
+    /// `execute` executes a command, like `Commands::Execute`. Throws `std::runtime_error` with
     /// one line if the name cannot be owned.
     Control(const std::string& address, const std::string& instance, Daemon& daemon,
             Execute execute);

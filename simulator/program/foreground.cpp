@@ -84,7 +84,7 @@ SignalQueue::SignalQueue()
     const sigset_t set = QueuedSignals();
     pthread_sigmask(SIG_BLOCK, &set, &original_mask_);
     for (std::size_t i = 0; i < kResetByGlib.size(); ++i) {
-        // before GIO or g_spawn_async() changes it
+        // Before GIO or g_spawn_async_with_fds() changes it.
         sigaction(kResetByGlib[i], nullptr, &original_actions_[i]);
     }
 }

@@ -21,8 +21,8 @@ struct Ending {
     int signal = 0;  ///< that ended it, or 0
 };
 
-/// Ends this process by the signal, without a core dump, or returns the exit status. A shell leaves
-/// a loop at Ctrl-C only if the command in it was ended by SIGINT.
+/// Ends this process by the signal, without a core dump, or returns the exit status. On Ctrl-C a
+/// shell leaves a loop only if SIGINT ended the command in it.
 int EndAs(const Ending& ending);
 
 /// Ends the program with an exit status other than `EXIT_FAILURE`.
@@ -36,7 +36,7 @@ class ExitError : public std::runtime_error {
     int status_;
 };
 
-/// GIO ignores SIGPIPE, and g_spawn_async() sets the default actions in the child process.
+/// GIO ignores SIGPIPE, and g_spawn_async_with_fds() sets the default actions in the child process.
 constexpr std::array kResetByGlib = {SIGHUP, SIGINT, SIGPIPE, SIGTERM};
 
 /// Blocks the signals for a foreground command permanently and queues them. Must be constructed

@@ -54,7 +54,7 @@ const std::vector<GDBusInterfaceInfo*>& Interfaces() {
     return interfaces;
 }
 
-/// Of methods or properties, which GLib keeps in null-terminated arrays.
+/// The names in a null-terminated array of methods or properties.
 template <typename Info>
 Names NamesOf(Info* const* infos) {
     Names names;
@@ -68,7 +68,7 @@ bool Contains(const Names& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/// "No <what> <word> of <interface>; did you mean ...?", unless the word is among the names.
+/// Throws "No <what> <word> of <interface>; did you mean ...?" unless `names` contains the word.
 void DemandKnown(const char* what, const std::string& word, const std::string& interface,
                  const Names& names) {
     if (Contains(names, word)) {
@@ -82,8 +82,8 @@ char Lower(char letter) {
     return g_ascii_tolower(letter);
 }
 
-/// How many letters to insert, delete or replace, and neighbours to swap, to make one name of the
-/// other; letter case is ignored.
+/// Optimal string alignment distance, ignoring letter case: insertions, deletions, replacements and
+/// swaps of adjacent letters that turn one name into the other.
 std::size_t EditDistance(const std::string& from, const std::string& to) {
     std::vector<std::vector<std::size_t>> distances(from.size() + 1,
                                                     std::vector<std::size_t>(to.size() + 1));

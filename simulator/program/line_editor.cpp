@@ -38,14 +38,14 @@ struct HistoryDeleter {
     void operator()(History* history) const { history_end(history); }
 };
 
-termios modes_at_start;  // for a signal handler
+termios modes_at_start;  // global for the signal handler
 
 /// In the background tcsetattr(3) would stop the process.
 bool IsInForeground() {
     return tcgetpgrp(STDIN_FILENO) == getpgrp();
 }
 
-/// Sets a signal handler, unless the signal is ignored, and restores the action before.
+/// Sets a signal handler unless the signal is ignored. The destructor restores the previous action.
 class SignalHandler {
   public:
     SignalHandler(int signal, void (*handler)(int), int flags) : signal_(signal) {
@@ -58,7 +58,7 @@ class SignalHandler {
     SignalHandler& operator=(const SignalHandler&) = delete;
     ~SignalHandler() { sigaction(signal_, &before_, nullptr); }
 
-    /// Again, after SA_RESETHAND.
+    /// Call it again after SA_RESETHAND has reset the handler.
     void Set() const {
         if (before_.sa_handler != SIG_IGN) {
             sigaction(signal_, &action_, nullptr);
@@ -78,12 +78,12 @@ void RestoreModes(int signal) {
     raise(signal);
 }
 
-/// Handles SIGCONT, which GLib cannot, like a resize.
+/// Treats SIGCONT, for which g_unix_signal_add() has no source, as a resize.
 void ResizeAtContinue(int /*signal*/) {
     raise(SIGWINCH);
 }
 
-/// In whole characters.
+/// The longest common prefix, without a truncated character.
 std::string CommonBeginning(const std::vector<std::string>& words) {
     std::string common = words.front();
     for (const std::string& word : words) {
@@ -135,7 +135,7 @@ class TerminalEditor : public LineEditor {
     // Non-blocking, since Ctrl-C discards input that poll(2) has reported. Other processes share
     // standard input and would become non-blocking, too.
     const FileDescriptor keys_{open(kTerminal, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
-    guint input_ = 0;  // sources
+    guint input_ = 0;  // GLib source IDs
     guint resize_ = 0;
     const SignalHandler quit_{SIGQUIT, RestoreModes, kOnce};
     const SignalHandler stop_{SIGTSTP, RestoreModes, kOnce};
@@ -199,7 +199,7 @@ void TerminalEditor::Start() {
     resize_ = g_unix_signal_add(SIGWINCH, on_resize, this);
 }
 
-/// Also after SIGCONT, when the modes are those of the shell.
+/// Also runs after SIGCONT, when the shell has changed the terminal's modes.
 void TerminalEditor::OnResize() {
     stop_.Set();
     el_resize(library_.get());

@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// What can replace the end of a line that is being typed.
+/// Replacements for the last word of a line that is being typed.
 struct Completion {
     std::size_t from;  ///< offset in bytes of the word that is completed
     std::vector<std::string> words;

@@ -33,7 +33,7 @@ std::string Progress(const TransferInfo& transfer) {
                : bytes + " (" + std::to_string(transfer.transferred * 100 / transfer.size) + "%)";
 }
 
-/// Without a truncated last character.
+/// Truncates a long text after a complete character.
 std::string Cut(const std::string& text) {
     if (text.size() <= kLongestValue) {
         return text;

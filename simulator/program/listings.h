@@ -6,14 +6,14 @@
 
 namespace simulator {
 
-// The output of commands that list, and of the log: one line for each item; if there is none, one
-// line that says so.
+// The output of listing commands and of the log: one line for each item, or one line that reports
+// that there is none.
 std::string ListPhones(const Daemon& daemon);
 std::string ListSessions(const Daemon& daemon);
 std::string ListTransfers(const Daemon& daemon);
 std::string ListCalls(const Daemon& daemon);
 
-/// A call and what was answered to it; long values are cut.
+/// A call and its answer; long values are truncated.
 std::string LogLine(const Answer& answer);
 
 }  // namespace simulator

@@ -39,7 +39,7 @@ using simulator::Server;
 struct Console {
     Server& server;
     Output& output;
-    std::string typed;  // not yet a whole line
+    std::string typed;  // an incomplete line
 };
 
 std::string SystemBusAddress() {

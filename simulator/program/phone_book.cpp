@@ -36,7 +36,7 @@ std::string ReadWholeFile(const std::string& path) {
     return text;
 }
 
-/// By its byte order mark, or by the zero byte of an ASCII character.
+/// Detects UTF-16 by its byte order mark or by the zero byte of an ASCII character.
 bool IsUtf16(const std::string& text) {
     const std::string beginning = text.substr(0, 2);
     return beginning == "\xff\xfe" || beginning == "\xfe\xff" ||

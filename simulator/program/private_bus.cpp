@@ -71,7 +71,7 @@ pid_t StartDaemon(const WorkDirectory& directory, int output, int errors) {
     return process;
 }
 
-/// The next line, or what is left of the file, without its newline.
+/// The next line, or the rest of the file, without its newline.
 std::string ReadLine(int file) {
     std::string line;
     for (char byte = 0; read(file, &byte, 1) == 1 && byte != '\n';) {

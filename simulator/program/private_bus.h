@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-/// A message bus, run by dbus-daemon, for this user only. Its process has a session of its own, out
-/// of reach of the terminal's Ctrl-C, and ends with this object or with the thread that made it.
+/// A message bus, run by dbus-daemon, for this user only. Its process has a session of its own,
+/// so that Ctrl-C does not reach it, and ends with this object or with the thread that created it.
 class PrivateBus {
   public:
     /// The bus accepts connections when this returns. Throws `std::runtime_error` with one line if

@@ -48,7 +48,7 @@ std::string RuntimeDirectory() {
                                             : "/tmp/morvane-simulator-" + std::to_string(getuid());
 }
 
-/// In /tmp another user could have created it.
+/// Another user could have created the directory in /tmp.
 void DemandOwnDirectory(const std::string& path) {
     struct stat status = {};
     Checked(lstat(path.c_str(), &status), path);
@@ -66,7 +66,7 @@ std::string MakeRuntimeDirectory() {
     return path;
 }
 
-/// Opened and locked before it gets its name, because a named file without a lock is stale.
+/// Locks the file before renaming it: a file with the final name and no lock counts as stale.
 int WriteLocked(const std::string& directory, const Running& running) {
     const std::string path = directory + "/." + running.process;
     const int file =
@@ -91,8 +91,8 @@ bool IsProcessId(const std::string& name) {
     return name.find_first_not_of("0123456789") == std::string::npos;
 }
 
-/// Whether the process that has written the file has ended. A shared lock, because others may be
-/// looking at the same time.
+/// Whether the process that has written the file has ended. Tries a shared lock, because other
+/// processes may check at the same time.
 bool IsStale(const std::string& path) {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     return file.number() >= 0 && flock(file.number(), LOCK_SH | LOCK_NB) == 0;
@@ -162,7 +162,7 @@ RunningFile::RunningFile(Running running)
 
 RunningFile::~RunningFile() {
     unlink(path_.c_str());
-    rmdir(directory_.c_str());  // unless another one runs
+    rmdir(directory_.c_str());  // fails while it contains files of other simulators
 }
 
 }  // namespace simulator

@@ -20,7 +20,7 @@ struct Running {
 /// Throws `std::runtime_error` unless this user owns the directory and no other may access it.
 std::vector<Running> FindRunning();
 
-/// Whether its process is stopped, as by Ctrl-Z.
+/// Whether its process is stopped, for example by Ctrl-Z.
 bool IsStopped(const Running& running);
 
 /// One line for a person.

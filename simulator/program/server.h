@@ -13,13 +13,12 @@
 
 namespace simulator {
 
-/// The daemon of the program, and what controls it, in the main thread and its default main
-/// context.
+/// The daemon of the program and the interfaces that control it. Used in the main thread and its
+/// default main context.
 class Server {
   public:
-    /// `log`: see `Commands`. Throws what `Daemon` throws. A bus that does not admit the control
-    /// interface, or a runtime directory that cannot be written, is reported on standard error
-    /// only.
+    /// `log`: see `Commands`. Throws what `Daemon` throws. If the bus rejects the control interface
+    /// or the runtime directory is not writable, only prints a message on standard error.
     Server(const std::string& address, const Options& options, Commands::Sink log);
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -30,8 +29,8 @@ class Server {
     std::string Execute(const std::string& line);
     /// See `CompleteCommand`.
     Completion Complete(const std::string& typed) { return CompleteCommand(daemon_, typed); }
-    /// Returns after `Stop` or the command `quit`, even if that was before. Throws
-    /// `std::runtime_error` when the bus is lost.
+    /// Returns after `Stop` or the command `quit`, even if they preceded the call. Throws
+    /// `std::runtime_error` if the connection to the bus is lost.
     void Run();
     [[nodiscard]] bool IsQuitting() const { return commands_.IsQuitting(); }
     void Stop() { g_main_loop_quit(loop_.get()); }

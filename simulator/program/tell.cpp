@@ -24,7 +24,7 @@ std::vector<Running> Only(std::vector<Running> all, const Condition& condition) 
     return all;
 }
 
-/// Prefers the one on the bus of this process, as within --exec.
+/// Prefers simulators on the bus of this process, as in a command of --exec.
 std::vector<Running> PreferOwnBus(const std::vector<Running>& all) {
     const gchar* address = g_getenv("DBUS_SYSTEM_BUS_ADDRESS");
     const auto on_bus = Only(

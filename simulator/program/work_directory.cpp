@@ -10,7 +10,7 @@
 namespace simulator {
 namespace {
 
-constexpr std::size_t kLongestSocket = 99;  // that dbus-daemon accepts
+constexpr std::size_t kLongestSocket = 99;  // longest path that dbus-daemon accepts
 
 std::string Pattern() {
     const std::filesystem::path name = "morvane-demo.XXXXXX";

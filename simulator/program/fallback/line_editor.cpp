@@ -1,4 +1,4 @@
-// For builds without the library.
+// For builds without libedit.
 
 #include "simulator/program/line_editor.h"
 
