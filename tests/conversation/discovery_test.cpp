@@ -19,7 +19,7 @@ std::string FoundLine(const std::string& kind, const std::string& path) {
 
 class DiscoveryTest : public ConversationTest {
   protected:
-    /// Does not wait until the tool has processed it.
+    /// Adds a device without waiting for the tool to process it.
     void Publish(const std::string& path, const std::string& alias = "Phone") {
         daemon().AddDevice(path, kPhoneAddress, alias);
     }
@@ -93,7 +93,7 @@ TEST_F(DiscoveryTest, RequestsDaemonActivationFromBus) {
 }
 
 // Additions are processed immediately, removals at the next prompt. The message of a removal may
-// come before or after that prompt.
+// be printed before or after that prompt.
 TEST_F(DiscoveryTest, AddsDevicesDuringCallAndRemovesThemAtNextPrompt) {
     StartDaemon();
     Publish(kDevice);

@@ -43,7 +43,7 @@ class DownloadedFileTest : public ConversationTest {
         Enter("d", messages + Prompt(kTransferMenu), here);
     }
 
-    /// Expects this file in these pieces.
+    /// Displays the file and expects these pieces.
     void ExpectPieces(const std::string& file, const std::vector<std::string>& pieces,
                       Here here = Here::Now()) {
         std::string messages = Normal("Displaying: " + file + "\n");
@@ -120,7 +120,7 @@ TEST_F(DownloadedFileTest, DisplayDoesNotBlockOnUnreadableFile) {
         Announce(name);
         ExpectPieces(name, {});
     }
-    // Not even if a writer has the pipe open.
+    // Nothing is read either if a writer has opened the pipe.
     const FileDescriptor writer(Checked(open(pipe.c_str(), O_RDWR | O_CLOEXEC), "open"));
     Announce(pipe);
     ExpectPieces(pipe, {});

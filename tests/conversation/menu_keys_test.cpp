@@ -78,7 +78,7 @@ TEST_P(QuitKey, ClosesSessionAndExits) {
     EXPECT_EQ(CountCalls("RemoveSession"), InSession(menu) ? 1U : 0U);
 }
 
-// For the transfer menu see transfer_menu_test.cpp.
+// transfer_menu_test.cpp tests the transfer menu.
 INSTANTIATE_TEST_SUITE_P(, QuitKey,
                          testing::Combine(testing::Values(PromptId::kMain,
                                                           PromptId::kPhonebookMenu),

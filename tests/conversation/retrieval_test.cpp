@@ -13,7 +13,7 @@ class RetrievalTest : public ConversationTest {
         daemon().ForgetCalls();  // count only later calls
     }
 
-    // Opens the filter menu of a pull whose reply is fixed; the transfer has no object.
+    // Opens the filter menu of a pull with a fixed reply, whose transfer has no object.
     void OpenPullFilters(Here here = Here::Now()) {
         OpenSelected(here);
         daemon().Reply("Pull", Value("(objectpath '/transfer', {'Name': <'pulled'>})"));

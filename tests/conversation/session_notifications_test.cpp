@@ -93,7 +93,7 @@ TEST_F(SessionNotifications, ReportEveryPropertyOfOneSignal) {
     ExpectLine("Primary Counter: 1");
 }
 
-// A value of another type, and the message for a property without a value.
+// A value of a wrong type, and the message, which is that for a property without a value.
 const std::vector<Change> kAbsent = {
     {kSessionInterface, "Source", "uint32 1", "Source Attribute Received: Unknown"},
     {kSessionInterface, "Destination", "uint32 1", "Destination Attribute Received: Unknown"},

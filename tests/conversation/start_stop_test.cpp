@@ -158,7 +158,7 @@ TEST_F(StartStopTest, ClosesSessionDuringNotifications) {
     EnterAndAwait("x", Prompt());
 }
 
-// For every prompt see robustness/input_torture_test.cpp.
+// robustness/input_torture_test.cpp tests signals and end of input at every prompt.
 class ShutDown : public ConversationTest {};
 
 TEST_F(ShutDown, QuitsOnLineTypedBeforePrompt) {

@@ -26,7 +26,7 @@ namespace {
 constexpr char kWaiting[] = "Waiting for another build in ";
 constexpr char kFilename[] = "Filename: ";
 
-// Stand-in for CMake: fails if another build is running or the lock was inherited. If there is a
+// Stub for CMake: fails if another build is running or the lock was inherited. If there is a
 // pipe "go", the build ends when it can read a line from it.
 constexpr char kCmake[] = R"(
 mkdir build/busy || exit
@@ -54,7 +54,7 @@ class Demo : public testing::Test {
     std::deque<Console> consoles_;
 };
 
-// A phone is reported before it can be chosen, but after those found earlier can be: the examples
+// A phone is reported before it can be chosen, but after earlier phones can be chosen. The examples
 // choose one of the first two.
 void AwaitPhones(Console& console) {
     for (int phone = 0; phone < 3; ++phone) console.Await("Found Device ");

@@ -16,7 +16,7 @@ std::string Replace(const std::string& text, const char* pattern, const char* by
     return std::regex_replace(text, std::regex(pattern), by);
 }
 
-// The order of what both threads print at the start is not defined.
+// The order of the messages that both threads print at the start is undefined.
 std::string ReadmeSession() {
     const std::string session = FencedBlock(ReadSource("README.md"), "console");
     return AwaitingDiscovery(
@@ -24,8 +24,8 @@ std::string ReadmeSession() {
                 "/tmp/morvane-demo\\.XXXXXX/", "[..]/"));
 }
 
-// On a busy machine, too, an announcement must not precede the result of the call, nor a transfer
-// start before the tool has read its properties.
+// Even on a busy machine, the result of a call must precede the announcement, and the tool must
+// have read a transfer's properties before the transfer starts.
 std::string Delays() {
     return " --announce-delay=" + std::to_string(Stretched(Duration(500)).count()) +
            " --start-delay=" + std::to_string(Stretched(Duration(1000)).count());

@@ -8,9 +8,9 @@
 
 namespace morvane_test {
 
-/// A folder with scripts/demo and scripts/test, the programs of this build, and stand-ins for the
-/// commands that the scripts call, which do nothing. ctest reports one passed cell of the fault
-/// matrix.
+/// A folder with scripts/demo and scripts/test, the programs of this build, and stubs for the
+/// commands that the scripts call. The stub of ctest reports one passed cell of the fault matrix;
+/// the others do nothing.
 class ScriptTree {
   public:
     ScriptTree();

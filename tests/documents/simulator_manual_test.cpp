@@ -20,7 +20,7 @@ using morvane_test::ReadSource;
 
 class SimulatorDocuments : public SimulatorTest {
   protected:
-    /// A phone with a session and a transfer, which moves only on command.
+    /// Three phones; the first has a session with a transfer, which advances only on command.
     void SetUp() override {
         Options options = ByHand();
         options.phones = 3;

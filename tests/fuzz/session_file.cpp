@@ -45,14 +45,15 @@ class Model {
     Model(const std::vector<play::Element>& elements, const std::vector<std::string>& lines)
         : elements_(elements), lines_(lines) {}
 
-    // The time that it takes grows exponentially.
+    // The run time of Matches() grows exponentially.
     bool IsSmall() const {
         std::size_t patterns = 0;
         for (const play::Element& element : elements_) patterns += element.lines.size();
         return elements_.size() <= 6 && patterns <= 6 && lines_.size() <= 8;
     }
 
-    /// From this element on, of which some patterns have matched, and from this line on.
+    /// Whether the lines from `line` on match the elements from `element` on, of which the patterns
+    /// in the bit mask `matched` have already matched.
     bool Matches(std::size_t element = 0, unsigned matched = 0, std::size_t line = 0) const {
         if (element == elements_.size()) return line == lines_.size();
         const play::Element& next = elements_[element];

@@ -33,8 +33,8 @@ std::string ReadExample(const std::string& session) {
     return play::ReadFile(Example(session + ".session"));
 }
 
-// On a busy machine, too, an announcement must not precede the result of the call, nor a transfer
-// start before the tool has read its properties.
+// Even on a busy machine, the result of a call must precede the announcement, and the tool must
+// have read a transfer's properties before the transfer starts.
 std::vector<std::string> FastButDelayed() {
     return {"--rate=0",
             "--announce-delay=" + std::to_string(Stretched(std::chrono::milliseconds(500)).count()),
@@ -61,7 +61,7 @@ TEST_P(ExampleSession, AgreesWithTheSimulator) {
 
 TEST_P(ExampleSession, HasTheAnswersOfItsKeys) {
     std::ifstream keys(Example(GetParam() + ".keys"));
-    if (!keys) return;  // not every session has them
+    if (!keys) return;  // not every session has a .keys file
     const play::SessionFile session = play::ParseSession(GetParam(), ReadExample(GetParam()));
     std::vector<std::string> answers;
     for (const play::Step& step : session.steps)

@@ -18,7 +18,8 @@ struct PlayResult {
     std::string output;
 };
 
-/// morvane-play with its arguments. Standard error is redirected to standard output.
+/// Options that run morvane-play with these arguments. Standard error is redirected to standard
+/// output.
 ConsoleOptions Playing(const std::vector<std::string>& arguments);
 
 /// Shell functions for a script in place of the tool: `prompt TEXT MARKER` reads an answer,
@@ -42,17 +43,17 @@ class PlayTest : public testing::Test {
     bool Exists(const std::string& name) const;
 
     void MakePipe() const;
-    /// Writes to that pipe once the script has opened it. Throws std::runtime_error on time-out.
-    /// The script's input ends when the result is destroyed.
+    /// Writes to the pipe of MakePipe() once the script has opened it. Throws std::runtime_error on
+    /// time-out. The script's input ends when the result is destroyed.
     FileDescriptor WriteToPipe(std::string_view text = "") const;
 
-    /// morvane-play in the test's directory, with these arguments and redirections of the shell.
+    /// Runs morvane-play in the test's directory, with these arguments and shell redirections.
     PlayResult Run(const std::vector<std::string>& arguments,
                    const std::string& redirections = "") const;
-    /// The same with a.session and this script.
+    /// Plays `session` as a.session against this script.
     PlayResult Play(const std::string& session, const std::string& script,
                     std::vector<std::string> options = {}) const;
-    /// How to start the same in a `Console`.
+    /// Options for a `Console` that plays the same.
     ConsoleOptions Starting(const std::string& session, const std::string& script,
                             std::vector<std::string> options = {}) const;
     /// A command line: a time-out that no slow machine reaches, `words`, "--", and the command that

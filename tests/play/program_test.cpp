@@ -1,4 +1,4 @@
-// Options, exit statuses, the simulator, and what is left behind.
+// Options, exit statuses, "% tell", signals, and the processes that remain.
 
 #include "play/play_fixture.h"
 
@@ -119,7 +119,7 @@ TEST_F(PlayTest, AwaitReplacesTheTimeout) {
     EXPECT_EQ(result.output, "a.session: agrees\n");
 }
 
-// The script in place of the tool displays what the one in place of the simulator is told.
+// A stub for the tool that displays the commands that the stub for the simulator receives.
 constexpr char kTold[] = R"(
 mkfifo pipe
 echo one
@@ -186,7 +186,7 @@ TEST_F(PlayTest, LetsTheToolEndItsSession) {
 
 class WaitingTool : public PlayTest {
   protected:
-    /// With a script that waits for a line.
+    /// Options for a script that waits for a line.
     ConsoleOptions Options() const {
         MakePipe();
         return Starting("Vantor > q\n", "echo $$ >process; cat pipe; read -r answer");
@@ -229,7 +229,7 @@ TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
     console.ExpectEndBySignal(SIGINT);
 }
 
-// A process that has ended exists for its parent only once its tracer has reaped it.
+// While a tracer has not reaped a process that has ended, its parent cannot reap it.
 TEST_F(WaitingTool, IsLeftIfItCannotBeReaped) {
     Console console(Options());
     const pid_t process = Await();

@@ -12,7 +12,7 @@
 namespace morvane_test {
 namespace {
 
-/// Records a script in place of the tool, on a person's terminal.
+/// Records a script in place of the tool, on an interactive terminal.
 class RecordTest : public PlayTest {
   protected:
     Console& Record(const std::string& script) {
@@ -221,7 +221,7 @@ TEST_F(RecordInShellTest, StopsAndContinuesAsAJob) {
     EXPECT_EQ(Read("a.session"), "$ morvane\n30 100\nVantor > g\ngot g\n");
 }
 
-/// The tool itself, and the simulated daemon.
+/// A recording of the tool with the simulated daemon.
 class RecordedConversation : public ConversationTest {};
 
 TEST_F(RecordedConversation, CanBePlayed) {
@@ -237,12 +237,13 @@ TEST_F(RecordedConversation, CanBePlayed) {
     Start(options);
     for (const char* const answer : {"l\r", "c\r", "0\r", "g\r", "x\r"}) {
         console().TypeBytes(answer);
-        Await(kRedSequence);  // of the next prompt
+        Await(kRedSequence);  // the marker of the next prompt
     }
     console().TypeBytes("q\r");
     ExpectExit(0, Console::Rest::kIgnored);
 
-    // What Start() waits for is displayed among what is there at the start, in no certain order.
+    // The message about the device that Start() adds is among the first messages, in undefined
+    // order.
     const std::string recorded = std::regex_replace(play::ReadFile(directory().File("a.session")),
                                                     std::regex(".*/dev_probe\n"), "");
     const std::string session =

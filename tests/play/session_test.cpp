@@ -1,4 +1,4 @@
-// What is played, and what is reported, for pairs of a file and a program.
+// The result and the report for pairs of a session file and a program.
 
 #include "play/play_fixture.h"
 
@@ -109,7 +109,7 @@ TEST_P(DifferingSession, IsReported) {
     EXPECT_EQ(result.status, 1);
 }
 
-// A time-out is short only where what is awaited never comes; what comes is written at once then.
+// A time-out is short only where it must expire; the script writes all other output at once.
 constexpr Session kDiffering[] = {
     {"OtherLine", R"(# Sizes.
 % needs a phone
@@ -377,7 +377,7 @@ TEST_F(PlayTest, RefusesTooLongAnswer) {
               "morvane-play: a.session:1: the answer is longer than a terminal takes\n");
 }
 
-// As some editors save it by default.
+// Some editors save UTF-16 by default.
 TEST_F(PlayTest, RefusesUtf16) {
     using std::string_literals::operator""s;
     const PlayResult result = Play("\xff\xfeo\0n\0e\0\n\0"s, "");

@@ -7,7 +7,7 @@
 
 namespace morvane_test {
 
-/// What the tool loses by an event.
+/// What the tool loses because of an event.
 enum class Loss { kNone, kSession, kClient };
 
 /// An action of the daemon, or a change of its replies.

@@ -251,7 +251,7 @@ class FaultMatrix : public PromptCaseTest, public testing::WithParamInterface<Ce
             messages.push_back(Notification(At().segment, "Removing: " + PulledPhonebook() + "\n"));
         ExpectInAnyOrder(messages);
     }
-    // Pulls are called even after a loss of connection; gives the call a fixed error.
+    // "Pull" is called even after a loss of connection: makes it fail with a fixed error.
     void RefusePulls() { daemon().Refuse("Pull", kFailed, "no"); }
 
     std::future<void> flood_;

@@ -38,8 +38,8 @@ ConsoleOptions Pipes() {
     return Wired(Wiring::kPipes);
 }
 
-// Makes malloc() return freed memory immediately, so that the peak shows what was in use at the
-// same time.
+// Makes free() return large blocks to the kernel immediately, so that the peak contains only memory
+// that was in use at the same time.
 ConsoleOptions PipesReleasingMemory() {
     ConsoleOptions options = Pipes();
     options.environment = {"MALLOC_MMAP_THRESHOLD_=65536"};
@@ -77,7 +77,7 @@ class InputTorture : public EachPromptTest {
         EXPECT_LT(console().CpuTime() - cpu_time_, Stretched(kCpuTimeLimit));
     }
 
-    // Only while the process is running.
+    // Must be called while the process is running.
     void ExpectMemory(std::size_t growth) {
         if (kMeasuresMemory) {
             EXPECT_LT(PeakMemory(console().ProcessId()), memory_ + growth);
@@ -103,7 +103,7 @@ class InputTorture : public EachPromptTest {
         return prompt().HasTransfer() ? prompt().lost + prompt().end_of_input : prompt().lost;
     }
 
-    // Expects so many calls of the prompt's method since the prompt was opened.
+    // Expects `count` calls of the prompt's method since the prompt was opened.
     void ExpectCalls(std::size_t count) {
         EXPECT_EQ(CountCalls(prompt().call.method), calls_ + count);
     }

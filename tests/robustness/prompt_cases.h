@@ -57,20 +57,20 @@ class PromptCaseTest : public ConversationTest {
   protected:
     /// Starts a daemon with the phone, pulls of 1000 bytes and fixed replies.
     void StartCaseDaemon(const PromptCase& prompt);
-    /// From the main menu to the menu where `opening` begins.
+    /// Opens the menu where `opening` starts, from the main menu.
     void ReachBase(const PromptCase& prompt, Here here = Here::Now());
-    /// From there to the prompt.
+    /// Opens the prompt from that menu.
     void Open(const PromptCase& prompt, Here here = Here::Now());
-    /// Calls the three functions above and Start.
+    /// Calls StartCaseDaemon(), Start(), ReachBase() and Open().
     void Reach(const PromptCase& prompt, const ConsoleOptions& options = {},
                Here here = Here::Now());
 
-    /// Aborts the transfer, if there is one, as the daemon does when the session is closed. Closing
-    /// the session then sends no notification.
+    /// Aborts the transfer, if there is one, as the daemon does when the session is closed, so that
+    /// closing the session then sends no notification.
     void EndTransfer(const PromptCase& prompt, Here here = Here::Now());
     void ExpectEndOfTransfer(const PromptCase& prompt, Here here = Here::Now());
 
-    /// Replaces "<directory>", then as `Expect`.
+    /// Replaces "<directory>", then calls `Expect`.
     void ExpectOutput(const std::string& output, Here here = Here::Now());
     [[nodiscard]] std::string Located(std::string output) const;
 

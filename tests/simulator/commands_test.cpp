@@ -60,7 +60,7 @@ TEST(SimulatorCommandLine, RefusesUnknownOptionsAndInvalidValues) {
     EXPECT_NE(failure_of("--phones=many"), "");
 }
 
-// Any other would be a question mark in the C locale.
+// In the C locale other characters would be printed as question marks.
 TEST(SimulatorCommandLine, HelpHasAsciiCharactersOnly) {
     const string help = ParseCommandLine({"morvane-simulator", "--help"}).help;
     EXPECT_EQ(help.find("Usage:\n  "), 0U) << help;
@@ -74,7 +74,7 @@ class SimulatorCommands : public SimulatorTest {
   protected:
     using Kind = CommandErrorKind;
 
-    /// Three phones; the first has a session, and that a transfer.
+    /// Three phones; the first has a session with a transfer.
     void SetUp() override {
         Options options = ByHand();
         options.phones = 3;
@@ -83,7 +83,7 @@ class SimulatorCommands : public SimulatorTest {
         Access("PullAll", "('/tmp/phonebook.vcf', @a{sv} {})");
         client().TakeSignals();
     }
-    /// The commands' daemon is another one after each `SetUp`.
+    /// Starts another daemon, and new commands for it.
     void StartSelected(const Options& options) {
         commands_.reset();
         StartSession(options);
@@ -251,7 +251,7 @@ TEST_F(SimulatorCommands, ObjectsHaveShortNames) {
     }
 }
 
-// An alias may begin with the whole of another one.
+// One alias may be the beginning of another.
 TEST_F(SimulatorCommands, ExactNameOfAPhoneIsPreferredToABeginning) {
     Execute("add /a/dev_1 00:00:5E:00:53:01 Aster 2");
     EXPECT_EQ(Execute("remove Aster"),

@@ -29,7 +29,7 @@ class ControlInterface : public ProgramTest {
         return CallControl(bus_.Address(), method, arguments);
     }
     std::string Execute(const std::string& command) { return Control("Execute", {command}); }
-    /// A method of the simulated daemon.
+    /// Calls a method of the simulated daemon.
     std::string CallDaemon(const std::string& path, const std::string& method,
                            const std::vector<std::string>& arguments = {}) {
         return Gdbus(bus_.Address(), "com.veltrisonix", path, method, arguments);
@@ -50,7 +50,7 @@ class ControlInterface : public ProgramTest {
                           {"com.veltrisonix.Device1"});
     }
 
-    /// Prints the signals of that owner.
+    /// Runs a program that prints the signals of that bus name.
     Console& Monitor(const std::string& bus_name) {
         monitor_ =
             &Launch(Running({"gdbus", "monitor", "--address", bus_.Address(), "--dest", bus_name}));

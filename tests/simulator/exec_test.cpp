@@ -22,7 +22,7 @@ class Exec : public ProgramTest {
         return Run(words, wiring);
     }
 
-    /// The rest of the line.
+    /// The next line of output.
     static std::string NextLine(Console& console) {
         console.Await("\n");
         std::string output = console.Consumed();
@@ -61,7 +61,7 @@ TEST_F(Exec, EndsByTheSignalThatEndsTheCommand) {
     }
 }
 
-// bash leaves a loop only if the command in it was ended by SIGINT.
+// On Ctrl-C bash leaves a loop only if SIGINT ended the command in it.
 TEST_F(Exec, ControlCEndsALoopOfAShellAroundIt) {
     const std::string script = "for i in 1 2; do " + ProgramLine() +
                                "--exec sh -c 'echo ready; read line'; done; echo after";
@@ -103,7 +103,7 @@ TEST_F(Exec, ServesOnABusOfItsOwn) {
     console.ExpectExit(0, Console::Rest::kIgnored);
 }
 
-// The masks and dispositions of signals, the descriptors and the environment, but for the bus.
+// Prints signal mask, ignored signals, descriptors and environment, without the bus address.
 constexpr char kSurroundings[] =
     "grep -E 'Sig(Blk|Ign)' /proc/self/status; ls /proc/self/fd; env | grep -v BUS_ADDRESS | sort";
 
@@ -154,7 +154,7 @@ TEST_F(Exec, StopsTheBusIfItIsKilled) {
                      &closed);
     console.Signal(SIGKILL);
     while (!closed) g_main_context_iteration(nullptr, TRUE);
-    console.CloseInput();  // of the command, which continues
+    console.CloseInput();  // ends the command, which is still running
     console.ExpectEndBySignal(SIGKILL);
 }
 
@@ -169,7 +169,7 @@ TEST_F(Exec, TerminatesTheCommandIfTheBusEnds) {
     ExpectNothingLeft();
 }
 
-// Prints signals, which interrupt its reading; the line "end" ends it, or the end of input.
+// Prints signals, which interrupt `read`, and lines. Exits after the line "end" or 100 reads.
 constexpr char kCounter[] =
     "for name in HUP INT QUIT TERM; do trap \"echo $name\" $name; done; echo ready; "
     "reads=0; while [ \"$line\" != end ] && [ $((reads += 1)) -lt 100 ]; do "

@@ -15,7 +15,7 @@ class SimulatorFaults : public SimulatorTest {
   protected:
     void SetUp() override { StartSelected(ByHand()); }
 
-    /// A call by another client, which waits in another thread.
+    /// Makes a call with another client, in another thread.
     std::future<string> CallElsewhere(const string& path, const string& method) {
         return std::async(std::launch::async, [address = bus_.Address(), path, method] {
             return TestClient(address).Call(path, method);

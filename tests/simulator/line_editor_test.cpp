@@ -18,7 +18,7 @@ constexpr char kBirchIsOut[] =
 
 class PlainInput : public ProgramTest {
   protected:
-    /// On the test's bus.
+    /// Runs a program on the test's bus.
     Console& RunOnBus(morvane_test::ConsoleOptions options) {
         options.bus_address = bus_.Address();
         return Launch(options);
@@ -33,7 +33,7 @@ class LineEditor : public PlainInput {
         if (!MORVANE_LINE_EDITING) GTEST_SKIP() << "built without libedit";
     }
 
-    /// Awaits the first prompt.
+    /// Starts the simulator on a terminal and waits for the first prompt.
     Console& Edit(const std::vector<std::string>& arguments = {}) {
         Console& console = RunOnBus(RunningProgram(arguments, Wiring::kInteractiveTerminal));
         console.Await("Serving com.veltrisonix\n");
@@ -127,7 +127,7 @@ TEST_F(LineEditor, EndsByControlCAfterALoneEscape) {
     console.ExpectExit(0, Console::Rest::kIgnored);
 }
 
-// With a shell that does not restore the modes itself.
+// The shell does not restore the terminal's modes itself.
 TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
     Console& console = EditInShell("set -m", "; fg");
     console.Await("> ");
@@ -143,7 +143,7 @@ TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
     EndByQuit(console);
 }
 
-// The shell's terminal remains when the simulator has ended.
+// Runs the simulator in a shell, which keeps the terminal open after it.
 TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
     constexpr char kNone[] = "";  // the bus is lost
     for (const char* const keys : {"quit\n", "\x03", "\x1c", kNone}) {

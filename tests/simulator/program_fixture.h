@@ -25,17 +25,17 @@ class ProgramTest : public testing::Test {
     using Console = morvane_test::Console;
     using Wiring = morvane_test::Wiring;
 
-    /// The beginning of a shell's command line that runs the program.
+    /// The beginning of a shell command that runs the program.
     static std::string ProgramLine() {
         return morvane_test::Launcher() + " '" + morvane_test::SimulatorPath() + "' ";
     }
 
     ProgramTest() { std::filesystem::create_directory(TemporaryFolder()); }
 
-    /// Where the program makes its temporary directory.
+    /// The folder in which the program creates its temporary directory.
     std::string TemporaryFolder() const { return directory_.File("tmp"); }
 
-    /// How to run any program as `Run` does.
+    /// Options that run any program in the same environment as `Run`.
     morvane_test::ConsoleOptions Running(std::vector<std::string> words,
                                          Wiring wiring = Wiring::kPipes) const {
         morvane_test::ConsoleOptions options;
@@ -60,7 +60,7 @@ class ProgramTest : public testing::Test {
     Console& Run(const std::vector<std::string>& arguments, Wiring wiring = Wiring::kPipes) {
         return Launch(RunningProgram(arguments, wiring));
     }
-    /// The program must print exactly these lines on standard error, nothing else, and exit.
+    /// Expects exactly these lines on standard error, no other output, and this exit status.
     void ExpectFailure(const std::vector<std::string>& arguments, const std::string& errors,
                        int status = 1) {
         Console& console = Run(arguments);
@@ -68,7 +68,7 @@ class ProgramTest : public testing::Test {
         console.ExpectExit(status);
         EXPECT_EQ(console.Errors(), errors);
     }
-    /// Starts the program with these options, and awaits that it serves on the bus at the address.
+    /// Starts the program with these options and waits until it serves on the bus at the address.
     Console& Serve(const std::string& bus_address, const std::vector<std::string>& arguments = {}) {
         morvane_test::ConsoleOptions options = RunningProgram(arguments);
         options.bus_address = bus_address;

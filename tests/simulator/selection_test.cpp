@@ -45,7 +45,7 @@ Filters Parse(const string& dictionary, FilteredCall call = FilteredCall::kList)
     return ParseFilters(value.get(), call);
 }
 
-/// The refusal's text, or nothing.
+/// The text of the refusal that `action` throws, or an empty text.
 template <typename Action>
 string RefusalOf(Action action) {
     try {

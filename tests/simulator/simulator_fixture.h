@@ -16,10 +16,10 @@
 
 namespace simulator {
 
-/// What `TestClient::TakeSignals` gives.
+/// The result of `TestClient::TakeSignals`.
 using Signals = std::vector<std::string>;
 
-/// The message of the exception that `action` throws, or nothing.
+/// The message of the exception that `action` throws, or an empty text.
 template <typename Action>
 std::string FailureOf(const Action& action) {
     try {
@@ -30,17 +30,17 @@ std::string FailureOf(const Action& action) {
     return {};
 }
 
-/// A daemon on a bus of its own, with a directory for what is pulled.
+/// A daemon on a bus of its own, with a directory for pulled files.
 class SimulatorTest : public testing::Test {
   protected:
     static constexpr char kPhone[] = "02:00:5E:10:00:01";
     static constexpr char kPhonePath[] = "/com/veltrisonix/hci0/dev_02_00_5E_10_00_01";
     static constexpr char kSession[] = "/com/veltrisonix/obex/client/session0";
     static constexpr char kTransfer[] = "/com/veltrisonix/obex/client/session0/transfer0";
-    /// The phone book interface as the client's members take it.
+    /// The phone book interface in the form that `TestClient` expects.
     static constexpr char kAccess[] = "obex.PhonebookAccess1";
 
-    /// The behaviour of a daemon for which nothing was asked but that it answers at once.
+    /// The default options without delays.
     static Options Quick() {
         Options options;
         options.announce_delay = std::chrono::milliseconds(0);
@@ -48,7 +48,7 @@ class SimulatorTest : public testing::Test {
         options.rate = 0;
         return options;
     }
-    /// One phone, and nothing moves by itself.
+    /// One phone; transfers advance only at the test's request.
     static Options ByHand() {
         Options options = Options::Scripted();
         options.phones = 1;
@@ -65,16 +65,16 @@ class SimulatorTest : public testing::Test {
             kClientPath, "obex.Client1.CreateSession",
             "('" + address + "', {'Target': <'0000112f-0000-1000-8000-00805f9b34fb'>})");
     }
-    /// A method of the phone book interface of the first session.
+    /// Calls a method of the phone book interface of the first session.
     std::string Access(const std::string& method, const std::string& arguments = "()") {
         return client_->Call(kSession, std::string(kAccess) + "." + method, arguments);
     }
-    /// Starts, and opens a first session.
+    /// Starts the daemon and opens a session.
     void StartSession(const Options& options) {
         Start(options);
         CreateSession();
     }
-    /// The same, and selects the phone's own phone book.
+    /// Also selects the internal phone book.
     void StartSelected(const Options& options) {
         StartSession(options);
         Access("Select", "('int', 'pb')");

@@ -23,7 +23,7 @@ class Tell : public ProgramTest {
         return RuntimeFolder() + "/" + std::to_string(console.ProcessId());
     }
 
-    /// One in whose company a command runs until its input ends.
+    /// Runs a simulator with a command that ends at the end of its input.
     Console& RunExec(const std::vector<std::string>& options = {}) {
         std::vector<std::string> words = options;
         words.insert(words.end(), {"--exec", "sh", "-c", "echo ready; read line; exit 0"});

@@ -12,7 +12,7 @@
 
 namespace simulator {
 
-/// Speaks to a daemon as a client would, in the text forms of GVariant. Used in one thread.
+/// A D-Bus client of a daemon; arguments and results are GVariant texts. Used in one thread.
 class TestClient {
   public:
     explicit TestClient(const std::string& bus_address)
@@ -20,14 +20,14 @@ class TestClient {
         subscription_ = g_dbus_connection_signal_subscribe(
             connection_.get(), nullptr, nullptr, nullptr, nullptr, nullptr,
             G_DBUS_SIGNAL_FLAGS_NONE, Remember, this, nullptr);
-        Ping();  // once it is answered, the bus knows of the subscription
+        Ping();  // after the reply the bus has added the match rule
     }
     ~TestClient() { g_dbus_connection_signal_unsubscribe(connection_.get(), subscription_); }
     TestClient(const TestClient&) = delete;
     TestClient& operator=(const TestClient&) = delete;
 
-    /// The reply's tuple, or "error.Name: message". `method` lacks "com.veltrisonix." unless it
-    /// begins with "org.".
+    /// Returns the reply's tuple, or "error.Name: message". "com.veltrisonix." is prepended to
+    /// `method` unless it begins with "org.".
     std::string Call(const std::string& path, const std::string& method,
                      const std::string& arguments = "()",
                      const std::string& bus_name = "com.veltrisonix") {
@@ -66,8 +66,7 @@ class TestClient {
         return taken;
     }
 
-    /// Waits for a signal, and removes it and those before it from what `TakeSignals` returns.
-    /// Fails the test after `Patience()`.
+    /// Waits for a signal and consumes it and those before it. Fails the test after `Patience()`.
     void AwaitSignal(const std::string& signal,
                      morvane_test::Here here = morvane_test::Here::Now()) {
         const guint wake_ups = g_timeout_add(

@@ -19,7 +19,7 @@ class SimulatorTransfer : public SimulatorTest {
     }
     string Change(const string& changes) { return Changed(kTransfer, kTransfer1, changes); }
     string Status() { return client().Get(kTransfer, kTransfer1, "Status"); }
-    /// A transfer of ten bytes, moved by hand; what led to it is not in the signals.
+    /// Starts a transfer of ten bytes, which the test advances; discards earlier signals.
     void StartTenBytes() {
         StartSession(ByHand());
         daemon().SetPullContent("0123456789");

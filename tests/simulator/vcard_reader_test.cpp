@@ -35,7 +35,7 @@ string Described(const VcardFile& file) {
     return text;
 }
 
-/// A card with both names, of the version, around `lines`.
+/// A card of this version with N, FN and `lines`.
 string CardOf(const string& version, const string& lines) {
     return "BEGIN:VCARD\r\nVERSION:" + version + "\r\nN:Doe;Ann\r\nFN:Ann\r\n" + lines +
            "END:VCARD\r\n";
@@ -116,7 +116,7 @@ const Row kProperties[] = {
     {"Nothing", "", ""},
 };
 
-/// Behind the malformed part comes a good card.
+/// Appends a valid card to the malformed text.
 Row Malformed(const char* name, const string& text, const string& complaints) {
     return {name, text + CardOf("3.0", ""), kNames + complaints};
 }

@@ -25,7 +25,7 @@ Settings settings;
 
 constexpr char kTemporaryDevice[] = "/com/veltrisonix/hci0/dev_temporary_";
 constexpr std::size_t kTemporaryDevices = 5;
-constexpr std::size_t kWarmUp = 5;  // sessions before caches are filled
+constexpr std::size_t kWarmUp = 5;  // sessions that fill caches before the first measurement
 constexpr std::size_t kBatch = 20;  // notifications per batch
 constexpr std::size_t kShownBytes = 4000;
 
@@ -76,7 +76,7 @@ std::size_t CountMatchRules(GDBusConnection* bus, const std::string& unique_name
     return rules ? g_variant_n_children(rules.get()) : 0;
 }
 
-/// How a session is left from its transfer menu.
+/// Lines that leave a session from its transfer menu.
 struct SessionEnd {
     const char* lines;
     bool removes_client;

@@ -132,15 +132,15 @@ class ConversationTest : public testing::Test {
         Await(text, here);
     }
 
-    // Forwarded to the console.
+    // Functions of the console.
     void Type(std::string_view line, Here here = Here::Now()) { console().Type(line, here); }
     void Expect(std::string_view bytes, Here here = Here::Now()) { console().Expect(bytes, here); }
     void Await(std::string_view bytes, Here here = Here::Now()) { console().Await(bytes, here); }
     void AwaitAll(const std::vector<std::string>& texts, Here here = Here::Now()) {
         console().AwaitAll(texts, here);
     }
-    /// After an error of the main thread, whose next prompt is not displayed unless the thread is
-    /// slower than the pause before it. The input ends for that case.
+    /// Expects the exit after an error of the main thread. If that thread is slower than the pause
+    /// before the next prompt, the tool displays the prompt and exits at the end of the input.
     void ExpectExitUnlessPrompted(Here here = Here::Now()) {
         console().CloseInput();
         console().ExpectExit(0, Console::Rest::kIgnored, here);

@@ -35,7 +35,7 @@ struct Pipe {
     FileDescriptor writer;
 };
 
-/// Returns `result`; throws std::system_error named after `what` if it is negative.
+/// Returns `result`. If it is negative, throws std::system_error with errno and `what`.
 inline int Checked(int result, const char* what) {
     if (result < 0) throw std::system_error(errno, std::generic_category(), what);
     return result;

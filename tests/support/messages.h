@@ -49,8 +49,8 @@ std::string Banner();  ///< printed once before the main menu
 std::string DeviceList(const std::vector<std::string>& devices);  ///< output of "l"
 std::string DeviceBox(const std::vector<std::string>& devices);   ///< choices of "c"
 
-/// Output for a new session: with the properties that the simulator sets and this address; and
-/// without any properties but its `state`, "Connected" or "Disconnected".
+/// Output for a new session with this address and the simulator's properties, and for one with no
+/// property but its `state`, "Connected" or "Disconnected".
 std::string OpenedSession(const std::string& address);
 std::string UnknownSession(const std::string& state);
 

@@ -59,8 +59,8 @@ class Transcript {
 /// Reads from a descriptor into a transcript on its own thread, so that the program never blocks on
 /// output. Descriptor and transcript must outlive the pump.
 ///
-/// With a `pause` it reads at that interval: the pipe buffers 1 MiB, and the program's writes wake
-/// no thread.
+/// With a `pause` it reads at that interval, so that writes of the program wake no thread. The pipe
+/// buffers 1 MiB.
 class Pump {
   public:
     Pump(int descriptor, Transcript& transcript, Duration pause = Duration(0));

@@ -27,7 +27,7 @@ const Row kRows[] = {
     {"\xC3\xA4\xC3", "\xC3\xA4?", "\xC3\xA4"},
     {"ab\xE2\x82", "ab??", "ab"},
     {"ab\xF0\x9F\x98", "ab???", "ab"},
-    // First bytes that restrict the second byte.
+    // After these first bytes not every continuation byte is valid.
     {"\xE0", "?", ""},
     {"\xED", "?", ""},
     {"\xF0", "?", ""},

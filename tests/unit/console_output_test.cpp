@@ -213,8 +213,8 @@ TEST_P(ConsoleThreadsTest, WritesOfTwoThreadsDoNotInterleave) {
 INSTANTIATE_TEST_SUITE_P(Console, ConsoleThreadsTest, testing::ValuesIn(kCalls),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// Between its last write and the moment when the prompt counts as displayed, nothing may be
-// printed. The preemption there is only likely: many attempts.
+// No message may be printed between the last write of a prompt and the update of the flag that
+// marks it as displayed. A preemption there is only likely, hence many attempts.
 TEST(PromptTest, IsDrawnAndStoredAtOnce) {
     const Writes printed_after = {Green("Path"), Red(" > "), "\n\x1b[0mprinted\n" + kRedrawn,
                                   "\n\x1b[0mafter\n" + kRedrawn};
@@ -224,8 +224,8 @@ TEST(PromptTest, IsDrawnAndStoredAtOnce) {
         ASSERT_EQ(WritesOfBoth(prompt, print, 1), printed_after);
 }
 
-// The output if the first write(2) returns `result` with `error` in errno; a positive result writes
-// so many bytes.
+// The output if the first write(2) returns `result` with `error` in errno; a positive result
+// writes that number of bytes.
 std::string OutputAfter(ssize_t result, int error) {
     return OutputOf([&] {
         write_substitute = [&](const void* bytes, std::size_t /*count*/) {

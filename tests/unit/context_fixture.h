@@ -25,8 +25,8 @@ class ContextTest : public testing::Test {
     simulator::Daemon& daemon() { return *daemon_; }
     PrivateBus& bus() { return bus_; }
 
-    /// Runs `make`; calls `announce`, and handles what it sends, after its first message, `first`.
-    /// Returns what is printed after that message.
+    /// Runs `make`. After its first message, `first`, calls `announce` and handles the signals that
+    /// it sends. Returns the output after that message.
     std::string PrintedAfter(const std::string& first, const std::function<void()>& make,
                              const std::function<void()>& announce);
 

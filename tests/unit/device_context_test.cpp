@@ -39,7 +39,7 @@ TEST(DeviceContextTest, UsesDefaultBusNameIfEmpty) {
               Lines({address + "Default", address + "Instance", address + "Default", "/dev_1"}));
 }
 
-// A long text: it has its own pages and takes a while to print.
+// Long enough to have its own pages and to take a while to print.
 GVariant* LongAlias(std::size_t number) {
     constexpr gsize kLength = 200000;
     return g_variant_new_take_string(g_strnfill(kLength, static_cast<gchar>('a' + number % 3)));
@@ -52,7 +52,7 @@ std::string LineOfLongAlias(char letter) {
 }
 
 #ifdef __SANITIZE_THREAD__
-constexpr int kChanges = 20;  // finds a race in any order of the threads, and maps memory slowly
+constexpr int kChanges = 20;  // detects a race in any schedule, and maps memory slowly
 #else
 constexpr int kChanges = 200;
 #endif
@@ -61,7 +61,7 @@ constexpr int kChanges = 200;
 TEST(DeviceContextTest, IsDisplayedDuringAliasChanges) {
     constexpr int kLines = 1000;
     const std::string output = OutputOf([] {
-        mallopt(M_MMAP_THRESHOLD, 100000);  // unmaps freed texts, so that reading one crashes
+        mallopt(M_MMAP_THRESHOLD, 100000);  // unmaps freed texts, so that reading them crashes
         SimulatedBus bus;
         bus.daemon().AddDevice("/dev_1", kDeviceAddress, std::string(200000, 'a'));
         PinToOneProcessor();

@@ -18,7 +18,7 @@ void PrintLine(const char* text) {
     morvane::PROXY_PrintNoPrompt(morvane::kNormal, "%s\n", text);
 }
 
-// The reply of the bus arrives after all signals sent before.
+// The reply of the bus arrives after all signals that were sent before the call.
 void DispatchSignals() {
     const morvane::GlibPtr<GDBusConnection> connection(
         g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));

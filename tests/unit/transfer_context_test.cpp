@@ -42,7 +42,7 @@ class TransferContextTest : public ContextTest {
     }
 };
 
-// For other dictionaries see fuzz/transfer_properties.cpp.
+// fuzz/transfer_properties.cpp tests other dictionaries.
 TEST_F(TransferContextTest, PrintsEntriesInOrderOfDictionary) {
     const Value properties(
         "{'Type': <'text/x-vcard'>, 'Transferred': <uint64 5000000000>, 'Size': <uint64 "
