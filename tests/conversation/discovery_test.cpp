@@ -111,7 +111,7 @@ TEST_F(DiscoveryTest, AddsDevicesDuringCallAndRemovesThemAtNextPrompt) {
 }
 
 // A proxy of a closed session must not report that the daemon disconnects.
-TEST_F(DiscoveryTest, ReportsNothingOfClosedSessionWhenDaemonDisconnects) {
+TEST_F(DiscoveryTest, DoesNotReportClosedSessionWhenDaemonDisconnects) {
     OpenSession();
     Enter("x", Prompt());
     daemon().LeaveBus();

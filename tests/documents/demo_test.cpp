@@ -173,7 +173,7 @@ TEST_P(DemoInDirectory, PullsPhonebookAndRemovesTemporaryFiles) {
     EXPECT_TRUE(std::filesystem::is_empty(directory));
 }
 
-INSTANTIATE_TEST_SUITE_P(Odd, DemoInDirectory, testing::ValuesIn(kOddDirectories),
+INSTANTIATE_TEST_SUITE_P(, DemoInDirectory, testing::ValuesIn(kOddDirectories),
                          [](const auto& directory) { return directory.param.test; });
 
 }  // namespace

@@ -108,7 +108,7 @@ TEST_P(Drawings, AreWellFormed) {
     EXPECT_TRUE(is_good) << error->message;
 }
 
-TEST_P(Drawings, NameIdentifiersOfTheCode) {
+TEST_P(Drawings, NameExistingIdentifiers) {
     std::string code;
     for (const std::string& name :
          FindSources("^(app|client|console|interfaces|phonebook|transfer)/.*[.](h|cpp)$"))
@@ -227,7 +227,7 @@ void PrintTo(const Menu& menu, std::ostream* stream) {
 class Menus : public testing::TestWithParam<Menu> {};
 
 // Filter menus differ: the manual describes their common keys.
-TEST_P(Menus, HaveKeysOfTheManual) {
+TEST_P(Menus, HaveTheKeysInTheManual) {
     Names keys = FindNames(AsSeen(MenuOf(GetParam().id)), "\n (\\w)\\) ");
     if (GetParam().id == PromptId::kPullAllFilters) keys = {"d", "h"};
     const std::string manual = ReadSource("docs/morvane.1");

@@ -102,7 +102,7 @@ TEST(InstallDependenciesFor, AcceptsExactlyOnePurpose) {
     EXPECT_EQ(ScriptTree().OutputOf(script + " build demo", 2), usage);
 }
 
-INSTANTIATE_TEST_SUITE_P(On, InstallDependencies, testing::ValuesIn(kMachines),
+INSTANTIATE_TEST_SUITE_P(, InstallDependencies, testing::ValuesIn(kMachines),
                          [](const auto& machine) { return std::string(machine.param.test); });
 
 }  // namespace

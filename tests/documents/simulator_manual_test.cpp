@@ -82,7 +82,7 @@ TEST(SimulatorProgram, PrintsAnswersAfterFirstLine) {
               "The simulator ends: shown at once; an open session ends at the next answer\n");
 }
 
-TEST(SimulatorGuide, NamesOptionsOfTheManual) {
+TEST(SimulatorGuide, NamesOptionsInTheManual) {
     const Names known = FindNames(ReadSource("docs/morvane-simulator.1"), "Fl \\\\-([a-z][-a-z]*)");
     for (const std::string& option :
          FindAll(ReadSource("docs/simulator.md"), "[ `(]--([a-z][-a-z]*)"))

@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kSession[] = "Vantor > x\ngot x\n";
 
-TEST_F(PlayTest, PlaysAllFilesAndReportsTheWorst) {
+TEST_F(PlayTest, PlaysAllFilesAndExitsWithWorstStatus) {
     Write("good.session", kSession);
     Write("bad.session", "Vantor > x\ngot y\n");
     const PlayResult result = Run(Behind(kOnePrompt, {"bad.session", "good.session"}));
@@ -98,7 +98,7 @@ TEST_F(PlayTest, HelpAndVersionSucceed) {
     EXPECT_EQ(version.status, 0);
 }
 
-TEST_F(PlayTest, FileHasATimeout) {
+TEST_F(PlayTest, FileSetsTimeout) {
     Write("a.session", "% timeout 50ms\none\n");
     Write("tool", "read -r answer");
     const PlayResult result = Run({"a.session", "--", "/bin/sh", "tool"});
@@ -128,14 +128,14 @@ read -r command <pipe; notify "$command" Vantor
 read -r answer
 )";
 
-TEST_F(PlayTest, TellsTheSimulatorWhatIsDisplayedAboveIt) {
+TEST_F(PlayTest, TellSendsCommandAfterPrecedingOutput) {
     WriteProgram("simulator", "#!/bin/sh\n[ \"$1\" = --tell ] && echo \"$2\" >pipe\n");
     const PlayResult result =
         Play("one\n% tell lose it\nlose it\nVantor > q\n", kTold, {"--simulator=./simulator"});
     EXPECT_EQ(result.output, "a.session: agrees\n");
 }
 
-TEST_F(PlayTest, FailsIfTheSimulatorCannotBeTold) {
+TEST_F(PlayTest, FailsIfSimulatorDoesNotExecuteTell) {
     WriteProgram("refusing", "#!/bin/sh\necho unknown command; exit 1\n");
     for (const auto& [simulator, reason] :
          {std::pair("./refusing", "./refusing ended with status 1\nunknown command\n"),
@@ -149,7 +149,7 @@ TEST_F(PlayTest, FailsIfTheSimulatorCannotBeTold) {
     }
 }
 
-TEST_F(PlayTest, AwaitsPromptAboveTell) {
+TEST_F(PlayTest, TellAwaitsPrecedingPrompt) {
     WriteProgram("simulator", "#!/bin/sh\necho \"$2\" >told\n");
     const PlayResult late = Play("one\n% await 50ms\nVantor >\n% tell x\nVantor > q\n",
                                  "echo one; read -r answer", {"--simulator=./simulator"});
@@ -176,7 +176,7 @@ while :; do wait; done
     ExpectGone(Read("sleeper"));
 }
 
-TEST_F(PlayTest, LetsTheToolEndItsSession) {
+TEST_F(PlayTest, ClosesInputOfToolBeforeSendingSignals) {
     const PlayResult result =
         Play("one\n% await 50ms\ntwo\n",
              "printf 'one\nVantor > '; read -r answer || echo removed >session");
@@ -230,7 +230,7 @@ TEST_F(PlayTest, ErasesProgressWhenASignalEndsIt) {
 }
 
 // While a tracer has not reaped a process that has ended, its parent cannot reap it.
-TEST_F(WaitingTool, IsLeftIfItCannotBeReaped) {
+TEST_F(WaitingTool, IsNotAwaitedIfItCannotBeReaped) {
     Console console(Options());
     const pid_t process = Await();
     if (ptrace(PTRACE_SEIZE, process, nullptr, nullptr) != 0)

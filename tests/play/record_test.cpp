@@ -43,7 +43,7 @@ prompt 'Vantor/User Id' ' ? '; echo "got $answer"
 constexpr char kMarker[] = "\x1b[1;31m > \x1b[0m";
 constexpr char kValueMarker[] = "\x1b[1;31m ? \x1b[0m";
 
-TEST_F(RecordTest, WritesWhatIsDisplayedWithAnswersBehindPrompts) {
+TEST_F(RecordTest, WritesDisplayedLinesAndAnswersAfterPrompts) {
     Record(kTwoPrompts);
     Await(kMarker);
     Type("g\r");
@@ -102,7 +102,7 @@ read -r answer; echo "got $answer"
     EXPECT_EQ(Recorded(), "$ morvane\nFolder: pb\nVantor > abc\ngot abc\n");
 }
 
-TEST_F(RecordTest, DoesNotPassReprint) {
+TEST_F(RecordTest, DoesNotForwardReprintKey) {
     Record(kTwoPrompts);
     Await(kMarker);
     Type("a\x12");
@@ -130,7 +130,7 @@ TEST_F(RecordTest, EveryByteCanBePlayed) {
     EXPECT_EQ(Read("got"), line + "\n");
 }
 
-TEST_F(RecordTest, PassesControlC) {
+TEST_F(RecordTest, ForwardsControlC) {
     Record(
         "trap 'echo interrupted >seen' INT\nprintf 'Vantor > '\n"
         "until read -r answer; do :; done; echo \"got $answer\"");
@@ -142,14 +142,14 @@ TEST_F(RecordTest, PassesControlC) {
     EXPECT_EQ(Read("seen"), "interrupted\n");
 }
 
-TEST_F(RecordTest, WritesEndByControlC) {
+TEST_F(RecordTest, WritesSignalThatEndsTool) {
     Record("printf 'Vantor > '; exec cat");
     Await("Vantor > ");
     Type("\x03");
     EXPECT_EQ(Recorded(), "$ morvane\n% exit signal 2\nVantor > ^C\n");
 }
 
-TEST_F(RecordTest, PassesEndOfInput) {
+TEST_F(RecordTest, ForwardsEndOfInput) {
     Record("prompt Vantor ' > ' || echo over");
     Await(kMarker);
     Type("\x04");

@@ -60,7 +60,7 @@ prompt Vantor/Search\ Value ' ? '; echo "found $answer"
      "echo two; echo one; echo last"},
     {"AnyOrderWithOtherLinesFindsTheOnlyAssignment", "% any order\n...\n[..]e\none\n% end\nlast\n",
      "echo one; echo zero; echo three; echo five; echo last"},
-    {"AnyOrderWithOtherLinesBehindAnyLines", "...\n% any order\n4000\n7\n...\n% end\n4999\n...\n",
+    {"AnyOrderWithOtherLinesAfterAnyLines", "...\n% any order\n4000\n7\n...\n% end\n4999\n...\n",
      "seq 5000"},
     {"AnyOrderWithOtherLinesAndLatePrompt", "% any order\none\n...\ntwo\n% end\nVantor > q\n",
      "printf 'zero\nVantor > '; notify two Vantor; notify one Vantor; read -r answer"},
@@ -96,7 +96,7 @@ read -r answer
 prompt Vantor ' > '
 printf 'Vantor > Phonebook Size 25\n'
 )"},
-    {"PromptBehindText", "no line end\nVantor > q\n", "printf 'no line end'; prompt Vantor ' > '"},
+    {"PromptAfterText", "no line end\nVantor > q\n", "printf 'no line end'; prompt Vantor ' > '"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Play, AgreeingSession, testing::ValuesIn(kAgreeing), NameOf);
@@ -236,7 +236,7 @@ displayed since the last answer:
  one
 -two
 )"},
-    {"LineBehindAnyLines", "one\n...\nlast\nVantor > q\n", "echo one; echo two; printf three",
+    {"LineAfterAnyLines", "one\n...\nlast\nVantor > q\n", "echo one; echo two; printf three",
      R"(a.session:3: /bin/sh ended with status 0, awaited was "last"
 --- a.session
 +++ displayed
@@ -263,7 +263,7 @@ displayed since the last answer:
   last
   two
 )"},
-    {"LineBehindManyLines", "1\n% await 50ms\n...\nlast\nVantor > q\n",
+    {"LineAfterManyLines", "1\n% await 50ms\n...\nlast\nVantor > q\n",
      R"(lines=$(seq 20); printf '%s\nVantor > ' "$lines"; read -r answer)",
      R"(a.session:4: "last" did not come within 50 ms; displayed last: "20"
 --- a.session

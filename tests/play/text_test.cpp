@@ -23,7 +23,7 @@ TEST(PatternTest, LiteralMatchesItselfOnly) {
     }
 }
 
-TEST(PatternTest, WritesWildcardsForWhatVaries) {
+TEST(PatternTest, WritesWildcardsForVaryingText) {
     const std::pair<const char*, const char*> lines[] = {
         {" 0) 02:00:5E:10:00:02 | Birch", " 0) [..] | Birch"},
         {"02:00:5E:10:00:02", "[..]"},

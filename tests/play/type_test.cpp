@@ -81,7 +81,7 @@ const Typed kTyped[] = {
 INSTANTIATE_TEST_SUITE_P(Play, TypedInput, testing::ValuesIn(kTyped),
                          [](const auto& typed) { return std::string(typed.param.name); });
 
-TEST_F(TypeTest, EndsAsTheProgram) {
+TEST_F(TypeTest, ExitsWithStatusOrSignalOfProgram) {
     EXPECT_EQ(Type("", "exit 3").status, 3);
     Console console(Typing("kill -KILL $$"));
     console.ExpectEndBySignal(SIGKILL);
@@ -93,7 +93,7 @@ TEST_F(TypeTest, FailsIfTheProgramCannotRun) {
     EXPECT_EQ(result.status, 2);
 }
 
-TEST_F(TypeTest, RefusesLineThatATerminalDoesNotTake) {
+TEST_F(TypeTest, RefusesLineTooLongForTerminal) {
     Write("keys", "g\n" + std::string(4001, 'x') + "\n");
     for (const auto& [keys, line] : {std::pair("keys", "2"), std::pair("/dev/zero", "1")}) {
         const PlayResult result = Run(Behind("while prompt Vantor ' > '; do :; done", {"--type"}),
@@ -125,7 +125,7 @@ TEST_F(TypeTest, ReadsNoMoreInputThanItNeeds) {
     EXPECT_GT(std::stoi(console.Unconsumed()), 1'000'000);
 }
 
-TEST_F(TypeTest, TreatsClosedInputAsItsEnd) {
+TEST_F(TypeTest, TreatsClosedInputAsEndOfInput) {
     EXPECT_EQ(Run(Behind("read -r answer || echo over", {"--type"}), "<&-").output, "over\n");
 }
 
@@ -139,7 +139,7 @@ TEST_F(TypeTest, FailsIfOutputCannotBeWritten) {
     }
 }
 
-TEST_F(TypeTest, FailsIfNothingReadsItsOutput) {
+TEST_F(TypeTest, FailsIfNoProcessReadsItsOutput) {
     MakePipe();
     Console console(Typing("echo $$ >process; cat pipe >/dev/null; echo one; exec cat"));
     FileDescriptor pipe = WriteToPipe();

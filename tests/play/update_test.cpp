@@ -23,7 +23,7 @@ std::ostream& operator<<(std::ostream& out, const Update& update) {
 
 class UpdateTest : public PlayTest, public testing::WithParamInterface<Update> {};
 
-TEST_P(UpdateTest, WritesWhatCame) {
+TEST_P(UpdateTest, UpdatesTheFile) {
     const PlayResult result = Play(GetParam().before, GetParam().script, {"--update"});
     EXPECT_EQ(result.output, "a.session: updated\n");
     EXPECT_EQ(result.status, 0);
@@ -42,26 +42,26 @@ constexpr Update kUpdates[] = {
     {"EscapesByteOrderMark", "one\n", "printf '\\357\\273\\277two\\n'",
      "\\\xef\xbb\xbf"
      "two\n"},
-    {"WritesWildcardsForWhatVaries", "one\n",
+    {"WritesWildcardsForVaryingText", "one\n",
      "echo Address: 02:00:5E:10:00:02; echo Found /hci0/dev_02_00_5E_10_00_02",
      "Address: [..]\nFound /hci0/dev_[..]\n"},
     {"ReplacesPrompt", "one\n% await 50ms\nVantor/Old > q\nbye\n",
      "printf 'one\nVantor/New > '; read -r answer; echo bye",
      "one\n% await 50ms\nVantor/New > q\nbye\n"},
-    {"AwaitsPromptBehindSilence", "one\nVantor > q\n", "echo two; sleep 1; prompt Vantor ' > '",
+    {"AwaitsPromptAfterSilence", "one\nVantor > q\n", "echo two; sleep 1; prompt Vantor ' > '",
      "two\nVantor > q\n"},
     {"KeepsGroupInAnyOrder", "% any order\n[..]e\ntwo\n% end\nlast\n",
      "echo two; echo one; echo other", "% any order\n[..]e\ntwo\n% end\nother\n"},
-    {"KeepsLineBehindAnyLines", "...\nlast\n", "echo one; echo last; echo two; echo three",
+    {"KeepsLineAfterAnyLines", "...\nlast\n", "echo one; echo last; echo two; echo three",
      "...\nlast\ntwo\nthree\n"},
     {"KeepsLineAboveAnyLines", "first\n...\n", "echo new; echo first; echo more",
      "new\nfirst\n...\n"},
     {"KeepsLineBetweenAnyLines", "...\nlast\nnext\n...\n",
      "echo one; echo last; echo two; echo next; echo three", "...\nlast\ntwo\nnext\n...\n"},
-    {"KeepsGroupBehindAnyLines", "...\n% any order\none\ntwo\n% end\n",
+    {"KeepsGroupAfterAnyLines", "...\n% any order\none\ntwo\n% end\n",
      "echo zero; echo two; echo three; echo one; echo four",
      "...\n% any order\none\ntwo\nthree\n% end\nfour\n"},
-    {"RemovesLineThatDidNotComeBehindAnyLines", "...\nlast\n", "echo one; echo two", "...\n"},
+    {"RemovesMissingLineAfterAnyLines", "...\nlast\n", "echo one; echo two", "...\n"},
     {"ReplacesInGroup", "% any order\none\ntwo\n% end\nlast\n", "echo three; echo one; echo last",
      "% any order\none\nthree\n% end\nlast\n"},
     {"KeepsGroupWithOtherLines", "% any order\n[..]e\n...\ntwo\n% end\nlast\nfirst\n",
@@ -70,7 +70,7 @@ constexpr Update kUpdates[] = {
     {"RemovesLineOfGroupWithOtherLines", "first\n% any order\none\n...\ntwo\n% end\nlast\n",
      "echo zero; echo first; echo three; echo two; echo four; echo last",
      "zero\nfirst\n% any order\n...\ntwo\n% end\nlast\n"},
-    {"KeepsOtherLinesOfGroupThatDidNotCome", "% any order\none\n...\ntwo\n% end\nlast\n",
+    {"KeepsAnyLinesOfMissingGroup", "% any order\none\n...\ntwo\n% end\nlast\n",
      "echo three; echo last", "...\nlast\n"},
 };
 

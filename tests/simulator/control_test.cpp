@@ -167,14 +167,14 @@ TEST_F(ControlInterface, AnnouncesCallsAndAnswers) {
     monitor.Await(call + ", 'reply', '', '()', '')\n");
 }
 
-TEST(ControlName, IsThatOfTheInstance) {
+TEST(ControlName, EndsWithTheInstance) {
     EXPECT_EQ(ControlName(""), kControl);
     EXPECT_EQ(ControlName("second"), "org.morvane.Simulator.second");
 }
 
 class ControlOnStrictBus : public ProgramTest {};
 
-TEST_F(ControlOnStrictBus, IsMissingButTheDaemonServes) {
+TEST_F(ControlOnStrictBus, DaemonServesWithoutControlInterface) {
     const PrivateBus bus(
         "<policy context=\"default\"><allow send_destination=\"*\"/><allow receive_sender=\"*\"/>"
         "<allow own=\"com.veltrisonix\"/></policy>");

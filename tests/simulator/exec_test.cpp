@@ -62,7 +62,7 @@ TEST_F(Exec, EndsByTheSignalThatEndsTheCommand) {
 }
 
 // On Ctrl-C bash leaves a loop only if SIGINT ended the command in it.
-TEST_F(Exec, ControlCEndsALoopOfAShellAroundIt) {
+TEST_F(Exec, ControlCEndsALoopInTheCallingShell) {
     const std::string script = "for i in 1 2; do " + ProgramLine() +
                                "--exec sh -c 'echo ready; read line'; done; echo after";
     Console& console = Launch(Running({"bash", "-c", script}, Wiring::kTerminal));

@@ -60,7 +60,7 @@ TEST_F(SimulatorFaults, CallsHangUntilReleased) {
     EXPECT_EQ(daemon().Calls().size(), 4U) << "a released call is recorded once";
 }
 
-TEST_F(SimulatorFaults, CrashAnswersHangingCallsAndEndsSessionsLikeLeave) {
+TEST_F(SimulatorFaults, CrashAndLeaveEndCallsAndSessions) {
     daemon().Hang("GetSize", 1);
     std::future<string> call = CallElsewhere(kSession, "obex.PhonebookAccess1.GetSize");
     ASSERT_TRUE(daemon().AwaitCall("GetSize", kPatience));

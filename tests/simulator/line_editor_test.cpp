@@ -144,7 +144,7 @@ TEST_F(LineEditor, EditsTheSameLineAfterControlZ) {
 }
 
 // Runs the simulator in a shell, which keeps the terminal open after it.
-TEST_F(LineEditor, RestoresTheTerminalHoweverItEnds) {
+TEST_F(LineEditor, RestoresTheTerminalOnEveryExit) {
     constexpr char kNone[] = "";  // the bus is lost
     for (const char* const keys : {"quit\n", "\x03", "\x1c", kNone}) {
         Console& console = EditInShell("trap : INT QUIT; ulimit -c 0");

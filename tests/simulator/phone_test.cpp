@@ -28,7 +28,7 @@ class SimulatedPhone : public testing::Test {
     Phone phone_{"Aster", 1, 25};
 };
 
-TEST_F(SimulatedPhone, IsMadeFromItsSeed) {
+TEST_F(SimulatedPhone, ContentsDependOnTheSeed) {
     const Phone same("Aster", 1, 25);
     const Phone other("Aster", 2, 25);
     for (const char* phonebook : {"pb", "cch", "spd", "fav"}) {
@@ -38,7 +38,7 @@ TEST_F(SimulatedPhone, IsMadeFromItsSeed) {
     EXPECT_EQ(phone_.DatabaseIdentifier(), same.DatabaseIdentifier());
 }
 
-TEST_F(SimulatedPhone, HasItsPhoneBooks) {
+TEST_F(SimulatedPhone, HasThePhoneBooksOfEachLocation) {
     for (const char* location : {"int", "sim1", "sim2"}) {
         for (const char* phonebook : {"pb", "cch", "ich", "och", "mch"}) {
             ASSERT_NE(phone_.Find(location, phonebook), nullptr) << location << phonebook;
@@ -55,7 +55,7 @@ TEST_F(SimulatedPhone, HasItsPhoneBooks) {
     EXPECT_EQ(phone_.Find("sim3", "pb"), nullptr);
 }
 
-TEST_F(SimulatedPhone, HasItsContactsBehindTheOwnersCardWithUniqueIds) {
+TEST_F(SimulatedPhone, HasTheOwnersCardFirstAndUniqueIds) {
     const Phonebook& book = *phone_.Find("int", "pb");
     ASSERT_EQ(book.size(), 26U);
     std::set<string> ids;
@@ -67,7 +67,7 @@ TEST_F(SimulatedPhone, HasItsContactsBehindTheOwnersCardWithUniqueIds) {
     EXPECT_EQ(book[0].card.ListingName(), "Owner;Aster");
 }
 
-TEST_F(SimulatedPhone, HasSomethingForEverySelector) {
+TEST_F(SimulatedPhone, OnlySomeContactsHaveEachProperty) {
     const Phonebook& book = *phone_.Find("int", "pb");
     for (const Field field : {Field::kPhoto, Field::kAdr, Field::kEmail, Field::kBday, Field::kOrg,
                               Field::kNote, Field::kTitle}) {
@@ -77,7 +77,7 @@ TEST_F(SimulatedPhone, HasSomethingForEverySelector) {
     }
 }
 
-TEST_F(SimulatedPhone, HasSmallPhotosOfTheTypeThatTheyName) {
+TEST_F(SimulatedPhone, HasSmallGifPhotos) {
     for (const Entry& entry : *phone_.Find("int", "pb")) {
         const Property* const photo = entry.card.Find(Field::kPhoto);
         if (photo == nullptr) continue;
@@ -89,7 +89,7 @@ TEST_F(SimulatedPhone, HasSmallPhotosOfTheTypeThatTheyName) {
     }
 }
 
-TEST_F(SimulatedPhone, KeepsTheCombinedHistoryLatestFirst) {
+TEST_F(SimulatedPhone, SortsTheCombinedHistoryLatestFirst) {
     const Phonebook& calls = *phone_.Find("int", "cch");
     EXPECT_EQ(calls.front().handle, 1U);
     EXPECT_EQ(TimeOf(calls.front()), "20240101T100000");
@@ -103,7 +103,7 @@ TEST_F(SimulatedPhone, KeepsTheCombinedHistoryLatestFirst) {
     EXPECT_EQ(calls.size(), parts);
 }
 
-TEST_F(SimulatedPhone, MissesCallsOfUnknownNumbersAndContacts) {
+TEST_F(SimulatedPhone, RecordsMissedCallsOfContactsAndUnknownNumbers) {
     const Phonebook& calls = *phone_.Find("int", "mch");
     const std::size_t before = calls.size();
     const std::uint8_t missed = phone_.NewMissedCalls();
@@ -129,13 +129,13 @@ TEST_F(SimulatedPhone, CountsChangesOfItsContacts) {
     EXPECT_EQ(added.card.ListingName(), "Doe;Ann Mary");
 }
 
-TEST(PhoneOfCards, HasNumbersInItsCallsIfItsCardsHaveNone) {
+TEST(PhoneOfCards, CallsHaveNumbersIfCardsHaveNone) {
     const Phone phone("Aster", 1, 25, {{{{Field::kN, {}, {"Doe"}}, {Field::kFn, {}, {"Doe"}}}}});
     EXPECT_EQ(phone.Find("int", "pb")->size(), 2U);
     for (const Entry& call : *phone.Find("int", "cch")) EXPECT_NE(call.card.Text(Field::kTel), "");
 }
 
-TEST(EmptyPhone, HasOnlyItsOwner) {
+TEST(EmptyPhone, HasOnlyTheOwnersCard) {
     const Phone phone("Bare", 1, 0);
     EXPECT_EQ(phone.Find("int", "pb")->size(), 1U);
     EXPECT_TRUE(phone.Find("int", "spd")->empty());

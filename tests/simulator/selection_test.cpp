@@ -81,7 +81,7 @@ const std::pair<const char*, Names> kListings[] = {
     {"{'FilterAll': <['EMAIL']>, 'Offset': <uint16 1>}", {"abel"}},
 };
 
-TEST(Listing, HasTheOrderSelectionAndRangeOfItsFilters) {
+TEST(Listing, AppliesOrderSelectionAndRange) {
     for (const auto& [filters, names] : kListings)
         EXPECT_EQ(NamesOf(SelectEntries(Book(), Parse(filters))), names) << filters;
 }
@@ -136,7 +136,7 @@ TEST(FindEntry, AcceptsUniqueIds) {
     EXPECT_NE(RefusalOf([&] { FindEntry(book, "X-BT-UID:"); }), "");
 }
 
-TEST(Filters, AreReadWithDefaultsThatAskForAll) {
+TEST(Filters, AreReadAndDefaultToAllEntries) {
     const Filters defaults = Parse("{}");
     EXPECT_EQ(defaults.format, VcardFormat::kVcard21);
     EXPECT_EQ(defaults.max_count, 65535);

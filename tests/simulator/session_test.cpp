@@ -10,7 +10,7 @@ using std::string;
 
 class SimulatorSession : public SimulatorTest {};
 
-TEST_F(SimulatorSession, IsRefusedToStrangersAndForOtherServices) {
+TEST_F(SimulatorSession, IsRefusedForUnknownDevicesAndOtherServices) {
     Start(Quick());
     EXPECT_EQ(CreateSession("02:00:5E:10:00:77"),
               Error("DoesNotExist", "No such device: 02:00:5E:10:00:77"));
@@ -52,7 +52,7 @@ TEST_F(SimulatorSession, AnnouncesTheFolderOnlyIfItChanges) {
     EXPECT_EQ(client().TakeSignals(), Signals{});
 }
 
-TEST_F(SimulatorSession, AnnouncesCountersWhenAsked) {
+TEST_F(SimulatorSession, UpdateVersionAnnouncesChangedCounters) {
     StartSession(Quick());
     EXPECT_EQ(client().Get(kSession, kAccess, "PrimaryCounter"), "(<''>,)");
     EXPECT_EQ(Access("UpdateVersion"), "()");
@@ -76,7 +76,7 @@ TEST_F(SimulatorSession, AnnouncesMissedCallsWithSizesAndResetsThem) {
     client().AwaitSignal(Changed(kSession, kAccess, "'NewMissedCalls': <byte 0x00>"));
 }
 
-TEST_F(SimulatorSession, ListsAndCountsEntriesOfItsFilters) {
+TEST_F(SimulatorSession, ListsAndCountsEntriesThatMatchFilters) {
     StartSelected(ByHand());
     EXPECT_EQ(Access("List", "(@a{sv} {'MaxCount': <uint16 1>},)"),
               "([('0.vcf', 'Owner;Aster')],)");
@@ -87,7 +87,7 @@ TEST_F(SimulatorSession, ListsAndCountsEntriesOfItsFilters) {
     EXPECT_EQ(client().Get(kSession, kAccess, "ProfileVersion"), "(<uint16 258>,)");
 }
 
-TEST_F(SimulatorSession, RefusesCallsOnceDisconnectedAndEndsFromThePhonesSide) {
+TEST_F(SimulatorSession, RefusesCallsWhenDisconnectedAndCanBeClosedByThePhone) {
     StartSelected(ByHand());
     daemon().SetConnectionState(kSession, 3);
     EXPECT_EQ(Access("GetSize"), Error("NotConnected", "Session is not connected"));
@@ -101,7 +101,7 @@ TEST_F(SimulatorSession, RefusesCallsOnceDisconnectedAndEndsFromThePhonesSide) {
     EXPECT_THROW(daemon().CloseSession(kSession), std::runtime_error);
 }
 
-TEST_F(SimulatorSession, EndsWithItsPhone) {
+TEST_F(SimulatorSession, EndsWhenItsPhoneIsRemoved) {
     StartSelected(ByHand());
     daemon().RemoveDevice(kPhone);
     const Signals signals = client().TakeSignals();
@@ -114,7 +114,7 @@ TEST_F(SimulatorSession, EndsWithItsPhone) {
     EXPECT_EQ(CreateSession(), "(objectpath '/com/veltrisonix/obex/client/session1',)");
 }
 
-TEST_F(SimulatorSession, EndsSilentlyWithTheClientObject) {
+TEST_F(SimulatorSession, EndsWithoutNotificationWhenClientIsRemoved) {
     StartSelected(ByHand());
     daemon().RemoveClient();
     const Signals signals = client().TakeSignals();
@@ -144,7 +144,7 @@ TEST_F(SimulatorSession, ScriptedDeviceHasExactlyItsProperties) {
     EXPECT_EQ(CreateSession("00:00:00:00:00:01"), "(objectpath '" + string(kSession) + "',)");
 }
 
-TEST_F(SimulatorSession, DeviceAnswersItsMethods) {
+TEST_F(SimulatorSession, DeviceImplementsItsMethods) {
     StartSession(ByHand());
     const std::tuple<const char*, const char*, string> calls[] = {
         {"Disconnect", "()", Error("NotConnected", "Device is not connected")},

@@ -144,7 +144,7 @@ TEST_F(Tell, CannotBeCombinedWithOptionsForServing) {
     ExpectRefusal({"--simulator=1"}, "--simulator needs --tell");
 }
 
-TEST_F(Tell, FindsNoFileLeftAfterASignal) {
+TEST_F(Tell, SignalRemovesTheRuntimeFile) {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         Console& console = Serve(bus_.Address());
         EXPECT_TRUE(std::filesystem::exists(RuntimeFile(console)));

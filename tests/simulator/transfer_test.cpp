@@ -69,7 +69,7 @@ TEST_F(SimulatorTransfer, IsCancelledOnce) {
     EXPECT_THROW(daemon().AbortTransfer(kTransfer), std::runtime_error);
 }
 
-TEST_F(SimulatorTransfer, FailsByAnAbortOrWithItsPhone) {
+TEST_F(SimulatorTransfer, FailsWhenAbortedOrItsPhoneIsRemoved) {
     StartTenBytes();
     daemon().AbortTransfer(kTransfer);
     EXPECT_EQ(client().TakeSignals(), Signals{Change("'Status': <'error'>")});
@@ -105,7 +105,7 @@ TEST_F(SimulatorTransfer, AnnouncesProgressTwiceASecond) {
         (Signals{Change("'Status': <'active'>"), Change("'Transferred': <uint64 300>"), complete}));
 }
 
-TEST_F(SimulatorTransfer, RefusesWhatItCannotPull) {
+TEST_F(SimulatorTransfer, RefusesInvalidArguments) {
     StartSelected(ByHand());
     EXPECT_EQ(Access("Pull", "('FFFF.vcf', '/tmp/card.vcf', @a{sv} {})"),
               Error("DoesNotExist", "No such vCard: FFFF.vcf"));
@@ -134,7 +134,7 @@ TEST_F(SimulatorTransfer, RefusesFilesThatItCannotOpenAndFailsWhenTheDiskIsFull)
     EXPECT_EQ(client().Get(transfer, kTransfer1, "Transferred"), "(<uint64 0>,)");
 }
 
-TEST_F(SimulatorTransfer, RestoresItsPathAndContent) {
+TEST_F(SimulatorTransfer, RestoresPathAndContentOfPulls) {
     StartSelected(ByHand());
     daemon().UseEmptyTransferPath(true);
     daemon().SetPullContent("");

@@ -111,7 +111,7 @@ const Row kProperties[] = {
      "BEGIN:VCARD\nVERSION:2.1\nN:Doe;Ann\nEND:VCARD\nBEGIN:VCARD\nVERSION:2.1\nN:;Ann\n"
      "END:VCARD\nBEGIN:VCARD\nVERSION:3.0\nFN:Ann Doe\nEND:VCARD\n",
      "N=Doe|Ann\nFN=Ann Doe\n--\nN=|Ann\nFN=Ann\n--\nFN=Ann Doe\nN=Ann Doe||||\n"},
-    {"VersionBehindAName", "BEGIN:VCARD\nN:a\\,b\nFN:Ann\nVERSION:3.0\nEND:VCARD\n",
+    {"VersionAfterName", "BEGIN:VCARD\nN:a\\,b\nFN:Ann\nVERSION:3.0\nEND:VCARD\n",
      "N=a,b\nFN=Ann\n"},
     {"Nothing", "", ""},
 };

@@ -49,7 +49,7 @@ TEST(FoldLine, BreaksLinesOf75BytesBetweenCharacters) {
     for (const auto& [line, folded] : rows) EXPECT_EQ(FoldLine(line), folded);
 }
 
-TEST(QuotedPrintable, EncodesOtherThanPlainAsciiInLinesOf76Characters) {
+TEST(QuotedPrintable, EncodesAllButPlainAsciiInLinesOf76Characters) {
     const string x73(73, 'x');
     EXPECT_EQ(QuotedPrintable("a=é\r\n", 0), "a=3D=C3=A9=0D=0A");
     EXPECT_EQ(QuotedPrintable("a b ", 0), "a b=20");
@@ -86,7 +86,7 @@ TEST(WriteVcard, EncodesValuesAsEachVersionRequires) {
     }
 }
 
-TEST(WriteVcard, LongTextStaysInShortLines) {
+TEST(WriteVcard, FoldsLongValues) {
     const Card card{{{Field::kNote, {}, {string(300, 'x')}},
                      {Field::kPhoto, {"GIF"}, {string(300, '\xff')}, true}}};
     for (const VcardFormat format : {VcardFormat::kVcard21, VcardFormat::kVcard30}) {

@@ -215,7 +215,7 @@ INSTANTIATE_TEST_SUITE_P(Console, ConsoleThreadsTest, testing::ValuesIn(kCalls),
 
 // No message may be printed between the last write of a prompt and the update of the flag that
 // marks it as displayed. A preemption there is only likely, hence many attempts.
-TEST(PromptTest, IsDrawnAndStoredAtOnce) {
+TEST(PromptTest, IsDrawnAndStoredAtomically) {
     const Writes printed_after = {Green("Path"), Red(" > "), "\n\x1b[0mprinted\n" + kRedrawn,
                                   "\n\x1b[0mafter\n" + kRedrawn};
     const ConsoleCall& print = kCalls[0];
