@@ -80,7 +80,7 @@ void PrintLines(const Work& work, const Costs& costs) {
     }
 }
 
-// The costs at the largest size.
+// The ratio of the costs at the largest size.
 double Ratio(const Work& work, const Costs& costs, const std::string& baseline,
              const Quantity& quantity) {
     const auto found =

@@ -45,7 +45,7 @@ class Scene {
     const std::string& Address() const { return bus_.Address(); }
     std::string File(const std::string& name) const { return directory_.File(name); }
 
-    /// Any program, with the scene's bus as its system bus.
+    /// Runs any program with the scene's bus as its system bus.
     ProgramPtr Run(const std::string& program, std::vector<std::string> arguments = {},
                    std::vector<std::string> prefix = {});
 
@@ -76,10 +76,10 @@ class Scene {
     unsigned programs_ = 0;
 };
 
-/// Measures from its construction on.
+/// Measures the cost of a program since the construction of the meter.
 class Meter {
   public:
-    /// A program that is already running.
+    /// The program must already be running.
     explicit Meter(Program& program);
     Cost Read() const;
 

@@ -89,7 +89,7 @@ add_library(morvane-test-settings INTERFACE)
 target_compile_options(morvane-test-settings INTERFACE $<${optimised}:-O0> -fPIE)
 target_link_libraries(morvane-test-settings INTERFACE morvane-language)
 
-# Also for generated code and tests.
+# Applies to generated code and tests, too.
 if(MORVANE_SANITIZER)
     add_compile_options(-fsanitize=${MORVANE_SANITIZER} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)

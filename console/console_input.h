@@ -3,8 +3,8 @@
 namespace morvane {
 
 // The operator's answers. Menu thread only. Each function displays its prompt, waits for one line
-// of standard input and clears the prompt. `prompt` is the path displayed before the marker. Bad
-// input does not throw.
+// of standard input and clears the prompt. `prompt` is the path displayed before the marker.
+// Invalid input does not throw.
 
 /// Returned by a number input if the operator typed "x" or the input has ended.
 inline constexpr unsigned int kInputLeft = 0xFFFFFFFF;

@@ -9,7 +9,7 @@ template <typename Row>
 class Table {
   public:
     template <std::size_t N>
-    // NOLINTNEXTLINE(google-explicit-constructor): rows are written where a view of them is taken
+    // NOLINTNEXTLINE(google-explicit-constructor): arrays of rows are passed as views
     constexpr Table(const Row (&rows)[N]) : first_(rows), size_(N) {}
 
     [[nodiscard]] constexpr const Row* begin() const { return first_; }

@@ -46,7 +46,7 @@ class Out {
     Out& operator=(const Out&) = delete;
     ~Out() { target_.reset(raw_); }
 
-    operator T**() noexcept { return &raw_; }  // NOLINT(google-explicit-constructor): reads as `&`
+    operator T**() noexcept { return &raw_; }  // NOLINT(google-explicit-constructor): used like `&`
 
   private:
     GlibPtr<T>& target_;

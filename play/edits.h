@@ -36,8 +36,8 @@ class Edits {
     std::vector<std::vector<std::string>> inserted_;
 };
 
-/// Adds the fewest edits that make the step's output match `displayed`. Lines that match stay as
-/// they are written, with their wildcards.
+/// Adds the fewest edits that make the step's output match `displayed`. Matching lines are
+/// kept as they are in the file, with their wildcards.
 void Align(const Step& step, const std::vector<std::string>& displayed, Edits& edits);
 
 }  // namespace play

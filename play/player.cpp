@@ -52,7 +52,7 @@ void Player::End() {
     }
 }
 
-// Whether the next step can be played.
+// Returns whether the next step can be played.
 bool Player::PlayStep(const Step& step) {
     Outcome outcome = Await(step);
     if (outcome != Outcome::kReached) {

@@ -133,7 +133,7 @@ bool Program::HasEnded() {
     return has_ended_;
 }
 
-// Returns whether there was any.
+// Returns whether there was any output.
 bool Program::ReadOutput(std::string& output) {
     std::array<char, 65536> chunk;
     const ssize_t count = is_closed_ ? 0 : read(Terminal(), chunk.data(), chunk.size());

@@ -19,7 +19,7 @@ std::optional<Duration> ParseDuration(std::string_view text);
 /// "10 s" or "500 ms".
 std::string Describe(Duration duration);
 
-// Lines of a file are counted from 0 here, and from 1 wherever a person sees them.
+// Lines of a file are counted from 0 here, and from 1 in messages.
 
 struct PatternLine {
     std::size_t line;

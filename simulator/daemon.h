@@ -80,7 +80,7 @@ class Daemon {
     void AddDevice(const std::string& path, GVariant* properties);
     /// Adds a device with default values for properties other than its address and alias.
     void AddDevice(const std::string& path, const std::string& address, const std::string& alias);
-    /// Removes it with its sessions, whose loss of connection is announced. A device that
+    /// Removes a device and its sessions, whose loss of connection is announced. A device that
     /// `AddDevice` added is deleted; a phone can return.
     void RemoveDevice(const std::string& path);
     /// Adds a phone again that `RemoveDevice` has removed.
@@ -102,7 +102,7 @@ class Daemon {
     [[nodiscard]] std::vector<std::string> Transfers() const;  ///< paths, oldest first
     [[nodiscard]] std::vector<SessionInfo> DescribeSessions() const;
     [[nodiscard]] std::vector<TransferInfo> DescribeTransfers() const;
-    /// Sets and announces it.
+    /// Sets and announces the state.
     bool SetConnectionState(const std::string& session, std::uint8_t state);
     /// Ends the session from the phone's side: announces state 0 and removes the object.
     void CloseSession(const std::string& session);
@@ -114,7 +114,7 @@ class Daemon {
     /// and announces Transferred, and Status if it changes. After its last byte the transfer is
     /// complete. Refused if it is already complete or in error.
     void AdvanceTransfer(const std::string& transfer, std::uint64_t bytes);
-    /// Makes it active, and announces that, without writing.
+    /// Makes the transfer active and announces that, without writing.
     bool StartTransfer(const std::string& transfer);
     /// Writes all remaining bytes.
     void CompleteTransfer(const std::string& transfer);

@@ -96,7 +96,6 @@ TEST_F(SelectionTest, IsClearedIfDaemonRefusesNextOne) {
     Enter("g", kSize);
 }
 
-// Messages of GLib must not be translated.
 TEST_F(SelectionTest, ErrorsAreNotTranslated) {
     if (!std::filesystem::exists("/usr/share/locale/de/LC_MESSAGES/glib20.mo"))
         GTEST_SKIP() << "the German translation of GLib is not installed";

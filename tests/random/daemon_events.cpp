@@ -22,7 +22,7 @@ constexpr PropertyRow::Interface kSession = {"{session} ", simulator::kSessionIn
 constexpr PropertyRow::Interface kPhonebook = {"{session} ", simulator::kPhonebookInterface};
 constexpr PropertyRow::Interface kTransfer = {"{transfer} ", simulator::kTransferInterface};
 
-// Without ConnectionState, for which there are separate events.
+// ConnectionState is not among them: it has events of its own.
 constexpr PropertyRow kProperties[] = {
     {kDevice, "Address", {"'02:00:5E:10:00:01'", "''", "'%s%n'", "'\\n'"}},
     {kDevice, "Alias", {"'New alias'", "''", "'%s%d %'", "'☎ Ærø'"}},

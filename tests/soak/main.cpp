@@ -111,7 +111,7 @@ class Soak : public ConversationTest {
         daemon().ForgetCalls();
     }
 
-    /// At the main menu, with the phone as the only device.
+    /// Must be called at the main menu, with the phone as the only device.
     Footprint Measure() {
         for (std::size_t device = 0; device < kTemporaryDevices; ++device)
             if (is_added_.at(device)) ToggleTemporaryDevice(device);

@@ -80,7 +80,7 @@ struct KeyRow {
     bool needs_selection = false;  ///< refused unless a phone book is selected
 };
 
-/// In display order.
+/// The keys of a menu, in display order.
 std::vector<KeyRow> KeysOf(PromptId menu);
 /// The output of the menu's "h".
 std::string MenuOf(PromptId menu);
