@@ -34,8 +34,8 @@ struct Target {
 /// The same task for several programs, the tool first.
 struct Work {
     std::string title;
-    std::string unit;             ///< what `size` counts
-    std::vector<unsigned> sizes;  ///< the targets are judged at the last
+    std::string unit;             ///< unit of `sizes`
+    std::vector<unsigned> sizes;  ///< targets apply at the last one
     std::vector<Subject> subjects;
     std::vector<Target> targets;
     std::vector<const Quantity*> shown;

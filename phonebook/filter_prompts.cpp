@@ -9,7 +9,7 @@ namespace {
 
 // A prompt for a number in the filter dictionary.
 struct NumberPrompt {
-    const char* segment;  // of the prompt path
+    const char* segment;  // last part of the prompt path
     const char* title;
     const char* error;
     const char* key;

@@ -13,7 +13,7 @@ namespace morvane {
 
 /// A numbered list of which the operator chooses one entry.
 struct ChoicePrompt {
-    const char* segment;  ///< of the prompt path
+    const char* segment;  ///< last part of the prompt path
     const char* title;
     const char* error;  ///< text of the InvalidValueException for any other answer
 };

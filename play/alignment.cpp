@@ -14,7 +14,7 @@ struct Cell {
 
     std::uint64_t cost = std::numeric_limits<std::uint64_t>::max();
     Move move = Move::kNone;
-    std::size_t count = 0;  ///< of lines, in a group
+    std::size_t count = 0;  ///< number of lines, for kGroup
 };
 
 // The largest comparison, in cells. If a step needs more, all of its output is replaced.

@@ -16,7 +16,7 @@ struct Answer {
     };
 
     std::string keys;  ///< ends with a newline, unless the last key takes effect without one
-    std::string echo;  ///< what the terminal displays for them, without the newline
+    std::string echo;  ///< what the terminal displays for `keys`, without the newline
     std::vector<Flush> flushes = {};  ///< in order; the first key needs none
 };
 

@@ -11,7 +11,7 @@ namespace {
 struct OptionRow {
     const char* name;
     char letter;
-    const char* value;  ///< its name; null if it has none
+    const char* value;  ///< name of the option's value; null if it has none
     const char* help;
     void (*apply)(CommandLine& to, const std::string& value);
 };

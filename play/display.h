@@ -11,7 +11,7 @@ namespace play {
 /// A line of a session file.
 struct DisplayedLine {
     std::string text;    ///< without the prompt
-    std::string prompt;  ///< at which `text` was typed; empty for output
+    std::string prompt;  ///< the prompt at which `text` was typed; empty for output
 };
 
 /// What a terminal displays, line by line, without colours and without prompts that were redrawn

@@ -18,7 +18,7 @@ namespace play {
 struct PlayOptions {
     std::vector<std::string> command = {"morvane"};
     std::string simulator = "morvane-simulator";  ///< called with "--tell"
-    std::optional<Duration> limit;                ///< instead of that of the file
+    std::optional<Duration> limit;                ///< replaces the time-out in the file
     bool update = false;
     /// Called with the number of a line before it is played.
     std::function<void(std::size_t line)> progress = [](std::size_t) {};

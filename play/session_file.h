@@ -31,8 +31,8 @@ struct Element {
     enum class Kind { kLine, kAnyLines, kAnyOrder };
 
     Kind kind;
-    std::size_t begin;  ///< its first line in the file
-    std::size_t end;    ///< the line after its last one
+    std::size_t begin;  ///< first line in the file
+    std::size_t end;    ///< line after the last one
     std::vector<PatternLine> lines;
     std::optional<Duration> limit;
     /// For kAnyOrder: the line of "...", which allows other lines before and between these. An
@@ -44,11 +44,11 @@ struct Element {
 struct Step {
     enum class Action { kType, kTell, kEnd };
 
-    std::size_t begin = 0;  ///< where its output begins in the file
+    std::size_t begin = 0;  ///< first line of the output in the file
     std::vector<Element> output;
     Action action = Action::kEnd;
-    std::size_t line = 0;  ///< of the action
-    std::string prompt;    ///< at which the answer is typed, or the command is given; may be empty
+    std::size_t line = 0;  ///< line of the action
+    std::string prompt;    ///< the prompt before the answer or command; may be empty
     std::string text;      ///< the answer as written, or the command
     std::optional<Duration> limit;
 };
@@ -56,7 +56,7 @@ struct Step {
 /// How the tool ends.
 struct Ending {
     bool by_signal = false;
-    int number = 0;  ///< of the signal, or the exit status
+    int number = 0;  ///< the signal or the exit status
 
     bool operator==(const Ending& other) const {
         return by_signal == other.by_signal && number == other.number;

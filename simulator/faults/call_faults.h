@@ -17,9 +17,9 @@ using MessagePtr = morvane::GlibPtr<GDBusMessage>;
 struct CallFault {
     enum class Kind { kRefuse, kReply, kHang };
     Kind kind;
-    std::string error_name;     ///< of kRefuse
-    std::string error_message;  ///< of kRefuse
-    morvane::VariantPtr body;   ///< of kReply
+    std::string error_name;     ///< for kRefuse
+    std::string error_message;  ///< for kRefuse
+    morvane::VariantPtr body;   ///< for kReply
 };
 
 /// A fault's answer to a call.

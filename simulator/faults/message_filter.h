@@ -44,10 +44,10 @@ class MessageFilter {
     struct Pending {
         Call call;
         bool is_released = false;     ///< the reply is first sent to the connection itself
-        const char* fault = nullptr;  ///< name of its command; null when none applies
+        const char* fault = nullptr;  ///< name of the fault's command; null if no fault applies
         bool hangs = false;
-        bool reads_objects = false;    ///< GetManagedObjects
-        bool reads_interface = false;  ///< GetAll, of this one:
+        bool reads_objects = false;    ///< the call is GetManagedObjects
+        bool reads_interface = false;  ///< the call is GetAll, of this interface:
         std::string interface;
     };
 

@@ -24,12 +24,12 @@ struct Answer {
     enum class Kind {
         kReply,
         kError,
-        kHangs,      ///< not yet; another answer follows if the call is released
+        kHangs,      ///< no answer yet; another one follows if the call is released
         kNotWanted,  ///< the caller expects no reply
     };
     Call call;
     Kind kind;
-    std::string error_name;  ///< of kError, otherwise empty
+    std::string error_name;  ///< for kError, otherwise empty
     std::string body;        ///< GVariant text with type annotations; empty without an answer
     /// The command whose fault changed the answer, such as "refuse"; empty if none did.
     std::string fault;

@@ -10,7 +10,7 @@ inline constexpr std::uint8_t kDisconnected = 0;
 
 /// A phone with contents, made from the seed, or a device that was added.
 struct PhoneInfo {
-    std::string path;  ///< of its device object
+    std::string path;  ///< path of the device object
     std::string address;
     std::string name;
     bool demands_authentication;

@@ -18,12 +18,12 @@ class Devices {
 
     struct Device {
         std::string path;
-        std::string address;  ///< empty when it has none
+        std::string address;  ///< empty if the device has none
         std::string alias;
         bool scripted;
         bool demands_authentication;
-        std::shared_ptr<Phone> phone;          ///< whose contents sessions access
-        std::unique_ptr<DeviceObject> object;  ///< null while it is out of reach
+        std::shared_ptr<Phone> phone;          ///< the contents that sessions access
+        std::unique_ptr<DeviceObject> object;  ///< null while the device is out of reach
     };
 
     /// The device with that address that is in reach, or null.

@@ -23,7 +23,7 @@ struct Options {
 
     unsigned phones = 3;     ///< at most 99
     unsigned contacts = 25;  ///< in the internal memory of each phone; at most 9999
-    std::uint32_t seed = 1;  ///< equal seeds give equal contents
+    std::uint32_t seed = 1;  ///< the contents depend only on the seed
     /// If not empty, the contacts of the first phone instead of invented ones.
     std::vector<Card> phone_book;
 
@@ -49,7 +49,7 @@ struct Options {
     /// its call.
     std::chrono::milliseconds announce_delay{50};
 
-    std::uint8_t connection_state = 5;  ///< of new sessions; 5 is connected
+    std::uint8_t connection_state = 5;  ///< initial state of sessions; 5 is connected
 
     /// If there are several phones, the one with the highest address accepts only clients that have
     /// set these credentials on the client object.

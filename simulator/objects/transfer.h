@@ -14,10 +14,10 @@ namespace simulator {
 
 /// Content and target file of a pull.
 struct Download {
-    std::string name;     ///< of the object on the phone
-    std::string type;     ///< its MIME type
+    std::string name;     ///< name of the object on the phone
+    std::string type;     ///< MIME type
     std::string file;     ///< absolute path
-    std::string content;  ///< all of it
+    std::string content;  ///< the complete content
 };
 
 /// A download: writes its file in chunks and announces its progress.

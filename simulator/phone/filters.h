@@ -19,9 +19,9 @@ struct Filters {
     std::uint16_t max_count = 65535;
     std::uint16_t offset = 0;
     bool reset_new_missed_calls = false;
-    FieldSet fields;  ///< empty: all
-    FieldSet all;     ///< properties each of which a card must have
-    FieldSet any;     ///< properties one of which a card must have, unless empty
+    FieldSet fields;  ///< properties to send; empty: all
+    FieldSet all;     ///< a card must have all of these properties
+    FieldSet any;     ///< unless empty, a card must have one of these properties
 };
 
 enum class FilteredCall { kPullAll, kPull, kList, kSize };

@@ -43,9 +43,9 @@ enum class Encoding { kNone, kQuotedPrintable, kBase64 };
 
 /// An unfolded line: a property as it is in the file.
 struct ContentLine {
-    std::size_t number = 0;          ///< of its first line
-    std::string name;                ///< in capitals, without a group
-    std::vector<std::string> types;  ///< in capitals
+    std::size_t number = 0;          ///< number of the first line
+    std::string name;                ///< in upper case, without a group
+    std::vector<std::string> types;  ///< in upper case
     Encoding encoding = Encoding::kNone;
     std::string charset;  ///< empty: UTF-8
     bool is_uri = false;

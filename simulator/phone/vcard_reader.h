@@ -10,7 +10,7 @@ namespace simulator {
 
 /// Why a part of a file was skipped.
 struct VcardComplaint {
-    std::size_t line;  ///< the first is 1
+    std::size_t line;  ///< counted from 1
     std::string reason;
 };
 

@@ -33,14 +33,14 @@ using Names = std::vector<std::string>;
 struct Typing {
     Daemon& daemon;
     const Names& earlier;      ///< the arguments before it
-    const std::string& typed;  ///< its beginning
+    const std::string& typed;  ///< the beginning of the argument
 };
 
 struct Kind {
     const char* name;
     Word (*resolve)(const Situation& situation, const std::string& word);
     Names (*complete)(const Typing& typing) = nullptr;
-    bool is_verbatim = false;  ///< takes the rest of the line with quotation marks and blanks
+    bool is_verbatim = false;  ///< the rest of the line, including quotation marks and blanks
 };
 
 CommandError NoSuch(const std::string& message) {

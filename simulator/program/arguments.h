@@ -12,8 +12,8 @@ namespace simulator {
 
 /// An argument of a command.
 struct Word {
-    std::string value;  ///< resolved, such as a full object path
-    std::string label;  ///< short, for answers, such as "session0"
+    std::string value;  ///< the resolved value, such as a full object path
+    std::string label;  ///< a short form for answers, such as "session0"
 };
 using Words = std::vector<Word>;
 

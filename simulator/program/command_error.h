@@ -9,7 +9,7 @@ enum class CommandErrorKind {
     kUnknownCommand,
     kBadArguments,  ///< too few or too many, malformed, or with a name that the interfaces lack
     kNoSuchObject,  ///< no such session, transfer or device
-    kOtherFailure,  ///< understood, but not possible now
+    kOtherFailure,  ///< valid, but currently impossible
 };
 
 /// Why a command was not executed, in one line.

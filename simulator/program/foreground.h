@@ -18,7 +18,7 @@ namespace simulator {
 /// How a process ended.
 struct Ending {
     int status;
-    int signal = 0;  ///< that ended it, or 0
+    int signal = 0;  ///< the signal that ended the process, or 0
 };
 
 /// Ends this process by the signal, without a core dump, or returns the exit status. On Ctrl-C a

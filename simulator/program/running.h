@@ -9,8 +9,8 @@ namespace simulator {
 
 /// Where another process can reach a running simulator.
 struct Running {
-    std::string process;  ///< its id
-    std::string since;    ///< local time
+    std::string process;  ///< process id
+    std::string since;    ///< start, in local time
     std::string bus_name;
     std::string control_name;
     std::string bus_address;

@@ -16,9 +16,9 @@ morvane::TextArrayPtr ToTextArray(const std::vector<std::string>& words);
 /// A child process to start. It gets its program from PATH.
 struct Spawn {
     std::vector<std::string> words;  ///< the program's name or path first
-    GSpawnFlags flags;               ///< besides those for the search and for waitpid()
-    gchar** environment;             ///< null: as this process
-    int output;                      ///< a descriptor for standard output; -1: as the flags have it
+    GSpawnFlags flags;               ///< in addition to those for PATH and waitpid()
+    gchar** environment;             ///< null: that of this process
+    int output;                      ///< descriptor for standard output; -1: as `flags` specify
     int errors;                      ///< the same for standard error
     GSpawnChildSetupFunc prepare;  ///< runs in the child before exec; async-signal-safe calls only
     gpointer data;                 ///< for `prepare`

@@ -216,7 +216,7 @@ INSTANTIATE_TEST_SUITE_P(Programs, Manuals,
                          [](const auto& program) { return AsTestName(program.param.name); });
 
 struct Menu {
-    const char* name;  ///< in the man page
+    const char* name;  ///< the name in the man page
     PromptId id;
 };
 

@@ -80,8 +80,8 @@ INSTANTIATE_TEST_SUITE_P(Play, ExampleSession, testing::ValuesIn(ExampleSessions
 
 struct Late {
     const char* name;
-    std::vector<std::string> commands;  ///< before the tool starts
-    const char* session;                ///< above that which is played
+    std::vector<std::string> commands;  ///< executed before the tool starts
+    const char* session;                ///< inserted before the example
 };
 
 class LateDaemon : public testing::TestWithParam<Late> {};

@@ -11,7 +11,7 @@ struct Session {
     const char* name;
     const char* session;
     const char* script;
-    const char* report = "";  ///< before the last line
+    const char* report = "";  ///< the report without its last line
 };
 
 std::ostream& operator<<(std::ostream& out, const Session& session) {

@@ -37,7 +37,7 @@ struct Plan {
     bool waits_for_first_prompt;
     std::vector<Step> steps;
     Termination termination;
-    std::string last_input;  ///< of kUnterminatedLine and kQuit
+    std::string last_input;  ///< for kUnterminatedLine and kQuit
 
     bool Has(DaemonTrait trait) const;
 };

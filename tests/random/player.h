@@ -31,7 +31,7 @@ struct PlayResult {
     std::vector<LostSession> lost_sessions;
     std::string stuck;                     ///< the step after which no prompt appeared
     std::string not_redrawn;               ///< the step after which a prompt was not redrawn
-    std::optional<std::size_t> control_c;  ///< size of the output when it was first typed
+    std::optional<std::size_t> control_c;  ///< size of the output when Ctrl-C was first typed
     unsigned interrupts = 0;
     bool hung_up = false;
     bool bus_died = false;

@@ -24,9 +24,9 @@ class FaultMatrix;
 
 struct Fault {
     std::string name;
-    void (FaultMatrix::*prepare)();  ///< before the tool starts, or null
-    void (FaultMatrix::*begin)();    ///< before the prompt is opened, or null
-    void (FaultMatrix::*inject)();   ///< at the prompt
+    void (FaultMatrix::*prepare)();  ///< called before the tool starts, or null
+    void (FaultMatrix::*begin)();    ///< called before the prompt is opened, or null
+    void (FaultMatrix::*inject)();   ///< called at the prompt
     bool in_call = false;            ///< affects the call that an answer makes
 };
 
@@ -40,7 +40,7 @@ struct Expectation {
     Names prompts;  ///< empty: all
     std::string output;
     Sends sends = Sends::kNothing;
-    void (FaultMatrix::*ending)() = nullptr;  ///< checked instead of `output`
+    void (FaultMatrix::*ending)() = nullptr;  ///< called instead of expecting `output`
     const char* cannot_occur = nullptr;       ///< the reason, if the combination is impossible
 };
 

@@ -36,11 +36,11 @@ struct PromptProperty {
 /// them is replaced by the directory of the pulled files.
 struct PromptCase : PromptRow {
     std::vector<Answer> opening;        ///< answers in the main or phone book menu that open it
-    std::string output;                 ///< for `answer`
-    std::string lost;                   ///< if the session or client has been lost
-    std::string invalid_answer_output;  ///< for an invalid line
-    std::string end_of_input;           ///< at end of input, up to the exit
-    std::string unterminated;           ///< at end of input after `answer` without a newline
+    std::string output;                 ///< output for `answer`
+    std::string lost;                   ///< output if the session or client has been lost
+    std::string invalid_answer_output;  ///< output for an invalid line
+    std::string end_of_input;           ///< output at end of input, up to the exit
+    std::string unterminated;           ///< output for `answer` without a newline at end of input
     AnswerCall call;
     PromptProperty property;
     /// The prompt does not report a lost session: its call is made and fails.

@@ -16,7 +16,7 @@ namespace morvane_test {
 /// Parameters of a child process. It gets copies of the descriptors; the caller keeps its own.
 struct ChildSetup {
     std::vector<std::string> command;
-    std::vector<std::string> environment;  ///< the complete one, as "NAME=value"
+    std::vector<std::string> environment;  ///< the complete environment, as "NAME=value"
     std::string directory;
     int input;
     int output;

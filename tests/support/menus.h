@@ -54,10 +54,10 @@ enum class Move {
 
 struct PromptRow {
     PromptId id;
-    std::string name;     ///< in test names
+    std::string name;     ///< name of the prompt in test names
     std::string segment;  ///< text after the tool's title in the prompt
     Asks asks;
-    std::string title;   ///< of the question or menu; may be empty
+    std::string title;   ///< title of the question or menu; may be empty
     std::string answer;  ///< a valid answer
     Move move = Move::kStay;
     PromptId next = {};
@@ -110,9 +110,9 @@ struct Operation {
     std::string method;
     std::vector<std::string> lines;  ///< typed in the phone book menu, up to the filter menu
     std::optional<PromptId> filters;
-    std::string arguments;  ///< of the call without filters
+    std::string arguments;  ///< arguments of the call without filters
     std::string reply_type;
-    std::string reply;   ///< a valid one
+    std::string reply;   ///< a valid reply
     std::string result;  ///< output for that reply
 
     /// `lines`, followed by "d" for the filter menu if there is one.
