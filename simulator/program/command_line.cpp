@@ -80,9 +80,10 @@ constexpr std::array<NumberOption, 7> kNumbers = {{
     {"contacts", &Arguments::contacts, 0, 9999, "N", "Contacts in each phone"},
     {"seed", &Arguments::seed, 0, std::numeric_limits<std::uint32_t>::max(), "N",
      "Equal seeds give equal contents"},
-    {"rate", &Arguments::rate, 0, kAnyNumber, "N", "Bytes a second of a transfer, 0 for no limit"},
-    {"start-delay", &Arguments::start_delay, 0, kOneHour, "MS", "A transfer's time in the queue"},
-    {"announce-delay", &Arguments::announce_delay, 0, kOneHour, "MS", "From a reply to its news"},
+    {"rate", &Arguments::rate, 0, kAnyNumber, "N", "Bytes per second of a transfer, 0: no limit"},
+    {"start-delay", &Arguments::start_delay, 0, kOneHour, "MS", "How long a transfer stays queued"},
+    {"announce-delay", &Arguments::announce_delay, 0, kOneHour, "MS",
+     "From a reply to the announcement of its changes"},
     {"state", &Arguments::state, 0, 255, "N", "Connection state of new sessions"},
 }};
 
@@ -95,10 +96,10 @@ struct FlagOption {
 
 constexpr std::array<FlagOption, 7> kFlags = {{
     {"help", 'h', &Arguments::help, "Show the options"},
-    {"by-hand", 0, &Arguments::by_hand, "Transfers move only by command"},
+    {"by-hand", 0, &Arguments::by_hand, "Transfers progress only by command"},
     {"late-size", 0, &Arguments::late_size, "A transfer's size is known only when it starts"},
     {"silent", 0, &Arguments::silent, "Do not announce folder, counters and missed calls"},
-    {"list", 0, &Arguments::list, "List the simulators that run"},
+    {"list", 0, &Arguments::list, "List the running simulators"},
     {"exec", 0, &Arguments::exec, "Run the command that follows, on a private bus"},
     {"version", 0, &Arguments::version, "Show the version"},
 }};
@@ -114,9 +115,9 @@ constexpr std::array<TextOption, 6> kTexts = {{
     {"instance", &Arguments::instance, "NAME", "Own com.veltrisonix.NAME"},
     {"directory", &Arguments::directory, "DIR", "Write pulled files here"},
     {"phone-book", &Arguments::phone_book, "FILE.vcf", "Contacts of the first phone"},
-    {"user-id", &Arguments::user_id, "TEXT", "Demanded by the phone with the highest address"},
-    {"password", &Arguments::password, "TEXT", "Demanded by the phone with the highest address"},
-    {"simulator", &Arguments::simulator, "PID", "The simulator to tell, if several run"},
+    {"user-id", &Arguments::user_id, "TEXT", "Required by the phone with the highest address"},
+    {"password", &Arguments::password, "TEXT", "Required by the phone with the highest address"},
+    {"simulator", &Arguments::simulator, "PID", "Simulator for --tell, if several are running"},
 }};
 
 Arguments Defaults() {
