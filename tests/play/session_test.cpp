@@ -3,6 +3,7 @@
 #include "play/play_fixture.h"
 
 #include <ostream>
+#include <utility>
 
 namespace morvane_test {
 namespace {
@@ -318,12 +319,7 @@ displayed since the last answer:
 
 INSTANTIATE_TEST_SUITE_P(Play, DifferingSession, testing::ValuesIn(kDiffering), NameOf);
 
-struct Malformed {
-    const char* session;
-    const char* reason;
-};
-
-constexpr Malformed kMalformed[] = {
+constexpr std::pair<const char*, const char*> kMalformed[] = {
     {"", "a.session:1: no output and no answer"},
     {"# nothing\n$ morvane\n", "a.session:1: no output and no answer"},
     {"% frobnicate\n", "a.session:1: unknown directive \"frobnicate\""},
@@ -359,17 +355,15 @@ constexpr Malformed kMalformed[] = {
     {"\x1b[1mbold\n", "a.session:1: a control character"},
 };
 
-class MalformedSession : public PlayTest, public testing::WithParamInterface<Malformed> {};
-
-TEST_P(MalformedSession, IsRefusedBeforeAnythingIsRun) {
+TEST_F(PlayTest, RefusesMalformedSessionsBeforeAnythingIsRun) {
     Write("good.session", "one\n");
-    const PlayResult result = Play(GetParam().session, "echo one >ran", {"good.session"});
-    EXPECT_EQ(result.output, "morvane-play: " + std::string(GetParam().reason) + "\n");
-    EXPECT_EQ(result.status, 2);
-    EXPECT_FALSE(Exists("ran"));
+    for (const auto& [session, reason] : kMalformed) {
+        const PlayResult result = Play(session, "echo one >ran", {"good.session"});
+        EXPECT_EQ(result.output, "morvane-play: " + std::string(reason) + "\n");
+        EXPECT_EQ(result.status, 2) << reason;
+        EXPECT_FALSE(Exists("ran")) << reason;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Play, MalformedSession, testing::ValuesIn(kMalformed));
 
 TEST_F(PlayTest, RefusesTooLongAnswer) {
     const PlayResult result = Play("Vantor > " + std::string(4001, 'x') + "\n", "");
