@@ -63,8 +63,16 @@ class AnswerReader {
     }
 
   private:
+    // Call it before each key. Whether the key takes effect without Enter.
+    void BeginKey(bool acts) {
+        const bool follows_signal = std::exchange(acts_, acts);
+        if (follows_signal || (acts && !answer_.keys.empty())) {
+            answer_.pauses.push_back({answer_.keys.size(), answer_.echo.size(), follows_signal});
+        }
+    }
+
     void ReadText() {
-        acts_ = false;
+        BeginKey(false);
         if (!written_.empty()) {
             answer_.keys += written_.front();
             answer_.echo += written_.front();
@@ -74,11 +82,7 @@ class AnswerReader {
 
     void ReadKey() {
         const bool is_literal = written_[1] == kLiteralKey && IsKey(written_.substr(2));
-        if (is_literal) {
-            answer_.keys += ByteOf(kLiteralKey);
-            written_.remove_prefix(2);
-        }
-        const char letter = written_[1];
+        const char letter = written_[is_literal ? 3 : 1];
         if (!is_literal && Contains(kUntypable, letter)) {
             throw std::invalid_argument(std::string("the key ^") + letter +
                                         " cannot be typed; a caret is written \\^");
@@ -86,13 +90,13 @@ class AnswerReader {
         if (!is_literal && letter == 'D') {
             throw std::invalid_argument("^D must be the whole answer");
         }
-        acts_ = !is_literal && Contains(kActing, letter);
-        if (acts_ && !answer_.keys.empty()) {
-            answer_.flushes.push_back({answer_.keys.size(), answer_.echo.size()});
+        BeginKey(!is_literal && Contains(kActing, letter));
+        if (is_literal) {
+            answer_.keys += ByteOf(kLiteralKey);
         }
         answer_.keys += ByteOf(letter);
         answer_.echo += {'^', letter};
-        written_.remove_prefix(2);
+        written_.remove_prefix(is_literal ? 4 : 2);
     }
 
     std::string_view written_;

@@ -9,15 +9,17 @@ namespace play {
 
 /// What is typed at a prompt.
 struct Answer {
-    /// Offsets of a key at which the terminal discards the echo that has not been read yet.
-    struct Flush {
+    /// Offsets at which typing pauses until the echo is displayed: with a key such as Ctrl-C the
+    /// terminal discards the echo that has not been read yet.
+    struct Pause {
         std::size_t keys;
         std::size_t echo;
+        bool follows_signal;  ///< the program must also have handled the signal of the last key
     };
 
     std::string keys;  ///< ends with a newline, unless the last key takes effect without one
     std::string echo;  ///< what the terminal displays for `keys`, without the newline
-    std::vector<Flush> flushes = {};  ///< in order; the first key needs none
+    std::vector<Pause> pauses = {};  ///< in order
 };
 
 /// Parses the answer that follows a prompt in a session file. "^C" is a key, "^V^C" the character

@@ -10,6 +10,7 @@ namespace {
 
 constexpr Duration kDefaultLimit(10000);
 constexpr Duration kSilence(500);  // output that differs is complete after this pause
+constexpr Duration kSignalHandling(500);
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 constexpr std::size_t kMostOfUnfinished = 1000;
 constexpr std::size_t kMostLinesListed = 15;
@@ -74,22 +75,26 @@ void Player::Act(const Step& step) {
     if (step.action == Step::Action::kTell) {
         Tell(step);
     } else if (step.action == Step::Action::kType) {
-        Type(ParseAnswer(step.text), Clock::now() + Limit(step));
+        Type(ParseAnswer(step.text), Limit(step));
         received_ = 0;
     }
 }
 
-void Player::Type(const Answer& answer, Clock::time_point deadline) {
+void Player::Type(const Answer& answer, Duration limit) {
     display_.ExpectEcho(answer.echo, answer.keys.back() == '\n');
     const std::string_view keys = answer.keys;
     const std::string_view echo = answer.echo;
     std::size_t typed = 0;
-    for (const Answer::Flush& flush : answer.flushes) {
-        program_.Type(keys.substr(typed, flush.keys - typed), deadline);
-        AwaitEcho(echo.substr(0, flush.echo), deadline);
-        typed = flush.keys;
+    for (const Answer::Pause& pause : answer.pauses) {
+        const Clock::time_point deadline = Clock::now() + limit;
+        program_.Type(keys.substr(typed, pause.keys - typed), deadline);
+        AwaitEcho(echo.substr(0, pause.echo), deadline);
+        if (pause.follows_signal) {
+            AwaitHandling();
+        }
+        typed = pause.keys;
     }
-    program_.Type(keys.substr(typed), deadline);
+    program_.Type(keys.substr(typed), Clock::now() + limit);
 }
 
 // A missing echo is reported later, as a difference.
@@ -99,6 +104,14 @@ void Player::AwaitEcho(std::string_view echo, Clock::time_point deadline) {
         return line.size() >= echo.size() && line.substr(line.size() - echo.size()) == echo;
     };
     while (!is_displayed() && !has_ended_ && Clock::now() < deadline) {
+        Receive(deadline);
+    }
+}
+
+// Nothing is displayed when a signal has been handled.
+void Player::AwaitHandling() {
+    const Clock::time_point deadline = Clock::now() + kSignalHandling;
+    while (!has_ended_ && Clock::now() < deadline) {
         Receive(deadline);
     }
 }

@@ -42,8 +42,9 @@ class Player {
     bool PlayStep(const Step& step);
     void End();
     void Act(const Step& step);
-    void Type(const Answer& answer, Clock::time_point deadline);
+    void Type(const Answer& answer, Duration limit);
     void AwaitEcho(std::string_view echo, Clock::time_point deadline);
+    void AwaitHandling();
     void Tell(const Step& step);
 
     Outcome Await(const Step& step);

@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -26,6 +27,15 @@ TEST_F(PlayTest, PlaysAllFilesAndExitsWithWorstStatus) {
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.output.find("bad.session: FAILED\ngood.session: agrees\n"), std::string::npos)
         << result.output;
+}
+
+TEST_F(PlayTest, GivesTheToolTimeToHandleASignal) {
+    const auto start = std::chrono::steady_clock::now();
+    const PlayResult result = Play(
+        "Vantor > ^C^Cq\nbye q\n",
+        "trap : INT; printf 'Vantor > '; until read -r answer; do :; done; echo \"bye $answer\"");
+    EXPECT_EQ(result.output, "a.session: agrees\n");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 2 * std::chrono::milliseconds(500));
 }
 
 TEST_F(PlayTest, PrintsTestAnythingProtocol) {

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace play {
 namespace {
@@ -70,6 +72,26 @@ TEST(AnswerTest, ReadsKeys) {
     for (const auto& [answer, keys, echo] : rows) {
         EXPECT_EQ(ParseAnswer(answer).keys, keys) << answer;
         EXPECT_EQ(ParseAnswer(answer).echo, echo) << answer;
+    }
+}
+
+TEST(AnswerTest, PausesAtKeysThatSendSignals) {
+    using Pauses = std::vector<std::tuple<std::size_t, std::size_t, bool>>;
+    const std::pair<const char*, Pauses> rows[] = {
+        {"ab", {}},
+        {"^C", {}},
+        {"^V^Cq", {}},
+        {"^Cq", {{1, 2, true}}},
+        {"^C\\", {{1, 2, true}}},
+        {"^C^V^C", {{1, 2, true}}},
+        {"ab^C^\\", {{2, 2, false}, {3, 4, true}}},
+        {"^Ca^C", {{1, 2, true}, {2, 3, false}}},
+    };
+    for (const auto& [answer, expected] : rows) {
+        Pauses pauses;
+        for (const Answer::Pause& pause : ParseAnswer(answer).pauses)
+            pauses.emplace_back(pause.keys, pause.echo, pause.follows_signal);
+        EXPECT_EQ(pauses, expected) << answer;
     }
 }
 
