@@ -134,6 +134,12 @@ std::string Display::Prompt() const {
     return IsRedrawn(line_, first_drawn_) ? first_drawn_ : line_;
 }
 
+bool Display::IsAnswerUnfinished() const {
+    const std::size_t length = PromptLength(line_);
+    return is_answered_ && length > 0 && echo_ &&
+           echo_->compare(0, line_.size() - length, line_, length) == 0;
+}
+
 void Display::ExpectEcho(std::optional<std::string> echo, bool ends_line) {
     is_answered_ = true;
     echo_ = std::move(echo);

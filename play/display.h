@@ -27,6 +27,8 @@ class Display {
     [[nodiscard]] std::string Prompt() const;
     /// The last line, which is not finished.
     [[nodiscard]] const std::string& Unfinished() const { return line_; }
+    /// Whether that is an answer, or its beginning, behind its prompt.
+    [[nodiscard]] bool IsAnswerUnfinished() const;
 
     /// Call it after typing an answer. `echo` is what the terminal displays for it, or nothing if
     /// that is unknown. `ends_line` is false for keys that act without Enter.

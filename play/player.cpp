@@ -232,7 +232,8 @@ void Player::Settle(const Step& step, Outcome outcome) {
 // The lines of this step, including the last one if it is not finished.
 std::vector<std::string> Player::Displayed() const {
     std::vector<std::string> lines = matcher_->Lines();
-    if (display_.Prompt().empty() && !display_.Unfinished().empty()) {
+    if (display_.Prompt().empty() && !display_.Unfinished().empty() &&
+        !display_.IsAnswerUnfinished()) {
         lines.push_back(display_.Unfinished().substr(0, kMostOfUnfinished));
     }
     return lines;

@@ -204,6 +204,17 @@ displayed since the last answer:
  % await 50ms
 -Vantor > q
 )"},
+    {"NothingDisplayedBehindControlC", "Vantor > a^C\n% await 50ms\nVantor > q\n",
+     "trap : INT; printf 'Vantor > '; until read -r answer; do :; done",
+     R"(a.session:3: the prompt "Vantor >" did not come within 50 ms; nothing was displayed
+--- a.session
++++ displayed
+@@ -1,3 +1,2 @@
+ Vantor > a^C
+ % await 50ms
+-Vantor > q
+/bin/sh did not end with its input and was ended by SIGHUP
+)"},
     {"NothingDisplayed", "% await 50ms\none\n", "read -r answer",
      R"(a.session:2: "one" did not come within 50 ms; nothing was displayed
 --- a.session
