@@ -10,6 +10,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -77,6 +78,20 @@ INSTANTIATE_TEST_SUITE_P(Play, ExampleSession, testing::ValuesIn(ExampleSessions
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
+
+// The literal text below a heading of the manual.
+std::string ManualSession() {
+    const std::string page = play::ReadFile(MORVANE_SOURCE_DIR "/docs/morvane-play.1");
+    constexpr std::string_view kBegin = ".Bd -literal -offset indent\n";
+    const std::size_t begin = page.find(kBegin, page.find(".Sh SESSION FILES")) + kBegin.size();
+    const std::string text = page.substr(begin, page.find(".Ed\n", begin) - begin);
+    return std::regex_replace(text, std::regex(R"(\\&)"), "");
+}
+
+TEST(ManualTest, SessionAgreesWithTheSimulator) {
+    const std::string session = AwaitingDiscovery(ManualSession());
+    EXPECT_EQ(PlayOnSimulator(session, FastButDelayed()).output, "a.session: agrees\n");
+}
 
 struct Late {
     const char* name;
