@@ -213,10 +213,10 @@ Player::Outcome Player::Await(const Step& step) {
     return matcher_->IsViable() ? Outcome::kReached : Outcome::kDiffers;
 }
 
-// Receives the output up to the next prompt or the end, for the report.
+// Receives the output up to the next prompt or the end, for the report or the update.
 void Player::Settle(const Step& step, Outcome outcome) {
     const Clock::time_point deadline = Clock::now() + Limit(step);
-    const std::size_t most = received_ + kMostBytesAfterDifference;
+    const std::size_t most = options_.update ? kMostBytes : received_ + kMostBytesAfterDifference;
     Program::Event event = Program::Event::kOutput;
     while (event == Program::Event::kOutput && received_ < most && Clock::now() < deadline) {
         const bool may_be_complete = outcome == Outcome::kTimedOut || !display_.Prompt().empty();

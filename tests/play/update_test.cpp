@@ -89,6 +89,13 @@ TEST_F(PlayTest, DoesNotUpdateFileThatCannotBePlayedToItsEnd) {
     EXPECT_EQ(Read("a.session"), kBefore);
 }
 
+TEST_F(PlayTest, UpdatesLongOutput) {
+    const PlayResult result =
+        Play("one\nVantor > q\n", "seq 30000; prompt Vantor ' > '", {"--update"});
+    EXPECT_EQ(result.output, "a.session: updated\n");
+    EXPECT_NE(Read("a.session").find("\n30000\nVantor > q\n"), std::string::npos);
+}
+
 class UpdatedFileTest : public PlayTest {};
 
 TEST_F(UpdatedFileTest, IsNotWrittenIfItAgrees) {
