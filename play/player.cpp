@@ -64,6 +64,9 @@ bool Player::PlayStep(const Step& step) {
                                    : !has_ended_ && !display_.Prompt().empty();
         if (!options_.update || !can_go_on || outcome == Outcome::kFlooded) {
             Report(step, outcome);
+            if (options_.update) {
+                report_ += Place(step.line) + "cannot be played on and is not updated\n";
+            }
             return false;
         }
     }

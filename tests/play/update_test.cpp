@@ -89,6 +89,26 @@ TEST_F(PlayTest, DoesNotUpdateFileThatCannotBePlayedToItsEnd) {
     EXPECT_EQ(Read("a.session"), kBefore);
 }
 
+TEST_F(PlayTest, ReportsWhereAnUpdateEnds) {
+    const PlayResult result = Play("one\nVantor > x\n% await 50ms\nthree\nVantor > q\n",
+                                   "echo two; prompt Vantor ' > '; read -r answer", {"--update"});
+    EXPECT_EQ(result.output,
+              R"(a.session:4: "three" did not come within 50 ms; nothing was displayed
+--- a.session
++++ displayed
+@@ -1,5 +1,3 @@
+-one
++two
+ Vantor > x
+ % await 50ms
+-three
+-Vantor > q
+a.session:5: cannot be played on and is not updated
+a.session: FAILED
+)");
+    EXPECT_EQ(result.status, 1);
+}
+
 TEST_F(PlayTest, UpdatesLongOutput) {
     const PlayResult result =
         Play("one\nVantor > q\n", "seq 30000; prompt Vantor ' > '", {"--update"});
