@@ -199,7 +199,10 @@ class Parser {
     }
 
     void ParseEnd(std::string_view rest) {
-        if (!group_ || !rest.empty()) {
+        if (!rest.empty()) {
+            Fail("unknown directive " + Quoted("end " + std::string(rest)));
+        }
+        if (!group_) {
             Fail(R"("% end" without "% any order")");
         }
         if (group_->lines.empty()) {

@@ -361,6 +361,7 @@ constexpr std::pair<const char*, const char*> kMalformed[] = {
     {"% any order\nVantor > q\n", "a.session:2: a prompt inside \"% any order\""},
     {"% any order\n...\n% end\n", "a.session:3: \"% any order\" without lines"},
     {"% end\n", "a.session:1: \"% end\" without \"% any order\""},
+    {"% any order\none\n% end two\n", "a.session:3: unknown directive \"end two\""},
     {"Vantor > ^U\n", "a.session:1: the key ^U cannot be typed; a caret is written \\^"},
     {"Vantor > x^D\n", "a.session:1: ^D must be the whole answer"},
     {"\x1b[1mbold\n", "a.session:1: a control character"},
