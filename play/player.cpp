@@ -8,7 +8,6 @@
 namespace play {
 namespace {
 
-constexpr Duration kDefaultLimit(10000);
 constexpr Duration kSilence(500);  // output that differs is complete after this pause
 constexpr Duration kSignalHandling(500);
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;

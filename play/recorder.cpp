@@ -6,10 +6,14 @@
 #include "play/line_editor.h"
 #include "play/output.h"
 #include "play/program.h"
+#include "play/session_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -51,6 +55,9 @@ class RawTerminal {
 // The number and position of these lines differ between runs.
 constexpr std::string_view kProgress = "Transferred Percent: ";
 
+// The player's default limit leaves a margin over this.
+constexpr Duration kLongestUsualWait = kDefaultLimit * 3 / 4;
+
 class Recorder {
   public:
     explicit Recorder(const std::vector<std::string>& command)
@@ -67,6 +74,7 @@ class Recorder {
         }
         display_.End();
         TakeLines();
+        WriteWait(lines_.size());
     }
 
     // The lines of the session file.
@@ -92,6 +100,7 @@ class Recorder {
         WriteOutput(output);  // fails if the terminal has hung up: SIGHUP follows
         display_.Feed(output);
         TakeLines();
+        NotePrompt();
         if (event == Program::Event::kInput) {
             ReadKeys();
         } else if (event == Program::Event::kSignal) {
@@ -116,7 +125,7 @@ class Recorder {
 
     // The kernel does not stop an orphaned process group by Ctrl-Z. Therefore this function stops
     // the program and then this process, and both continue together.
-    void Suspend() const {
+    void Suspend() {
         program_.Signal(SIGSTOP);
         terminal_.Restore();
         sigset_t stop;
@@ -128,6 +137,7 @@ class Recorder {
         terminal_.MakeRaw();
         ResizeTerminal();
         program_.Signal(SIGCONT);
+        waits_since_ = Clock::now();
     }
 
     void ReadKeys() {
@@ -203,6 +213,8 @@ class Recorder {
         interrupts_.clear();
         editor_.Clear();
         is_answering_ = false;
+        has_prompt_ = false;
+        waits_since_ = Clock::now();
         if (ends_line) {
             display_.ExpectEcho(std::nullopt, true);
         } else {
@@ -211,6 +223,7 @@ class Recorder {
     }
 
     void TakeLines() {
+        const std::size_t before = lines_.size();
         for (const DisplayedLine& line : display_.TakeLines()) {
             if (!line.prompt.empty()) {
                 lines_.push_back(line.prompt + answer_);
@@ -219,6 +232,29 @@ class Recorder {
             } else {
                 lines_.push_back(WriteGeneral(line.text));
             }
+        }
+        if (lines_.size() > before) {
+            WriteWait(before);
+        }
+    }
+
+    // A redrawn prompt is not awaited.
+    void NotePrompt() {
+        if (!has_prompt_ && !display_.Prompt().empty()) {
+            has_prompt_ = true;
+            WriteWait(lines_.size());
+        }
+    }
+
+    // If this line, prompt or end came late, a player must await it for longer than by default.
+    void WriteWait(std::size_t line) {
+        const Clock::time_point now = Clock::now();
+        const auto wait =
+            std::chrono::ceil<std::chrono::seconds>(now - std::exchange(waits_since_, now));
+        const std::chrono::seconds limit = std::min<std::chrono::seconds>(2 * wait, kLongestLimit);
+        if (wait > kLongestUsualWait) {
+            lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(line),
+                          "% await " + std::to_string(limit.count()) + "s");
         }
     }
 
@@ -235,6 +271,8 @@ class Recorder {
     bool is_answering_ = false;
     std::vector<std::string> lines_;
     bool has_progress_ = false;
+    bool has_prompt_ = false;                       // since the last answer
+    Clock::time_point waits_since_ = Clock::now();  // for a line, a prompt or the end
 };
 
 // The arguments of another program, such as ssh, are not those of the tool.

@@ -309,7 +309,6 @@ constexpr std::array<Unit, 4> kUnits = {{{"", 1000}, {"s", 1000}, {"ms", 1}, {"m
 }  // namespace
 
 std::optional<Duration> ParseDuration(std::string_view text) {
-    constexpr Duration kLongest = std::chrono::hours(24);
     const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
     const std::optional<int> number = ParseNumber(text.substr(0, digits));
     const auto* const unit = std::find_if(kUnits.begin(), kUnits.end(), [&](const Unit& one) {
@@ -319,7 +318,8 @@ std::optional<Duration> ParseDuration(std::string_view text) {
         return std::nullopt;
     }
     const Duration duration = std::int64_t{*number} * Duration(unit->milliseconds);
-    return duration > Duration(0) && duration <= kLongest ? std::optional(duration) : std::nullopt;
+    return duration > Duration(0) && duration <= kLongestLimit ? std::optional(duration)
+                                                               : std::nullopt;
 }
 
 std::string Write(const Ending& ending) {

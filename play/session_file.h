@@ -12,6 +12,9 @@
 namespace play {
 
 using Duration = std::chrono::milliseconds;
+/// How long a line is awaited without any directive or option.
+constexpr Duration kDefaultLimit(10000);
+constexpr std::chrono::hours kLongestLimit(24);
 
 /// Reads "10s", "500ms", "2min" or, in seconds, "10". Returns nothing for other texts, and for less
 /// than 1 ms or more than a day.

@@ -85,6 +85,17 @@ TEST_F(RecordTest, IgnoresProgress) {
     EXPECT_EQ(result.output, "a.session: agrees\n");
 }
 
+TEST_F(RecordTest, AwaitsLateOutputForLonger) {
+    Record("echo active; prompt Vantor ' > '; echo 'Transferred Percent: 3%'; sleep 8; echo over");
+    Await(kMarker);
+    Type("x\r");
+    const std::string session = Recorded();
+    EXPECT_TRUE(std::regex_match(session, std::regex(R"((.+\n)+Vantor > x\n% await \d+s\nover\n)")))
+        << session;
+    EXPECT_EQ(Play(session, "echo active; prompt Vantor ' > '; echo over").output,
+              "a.session: agrees\n");
+}
+
 TEST_F(RecordTest, WritesHalfTypedAnswerOnce) {
     MakePipe();
     Record(R"(
