@@ -13,9 +13,7 @@ void ObexProxy::AllocClient(const std::string& path) {
     {
         const LockGuard guard(contents_mutex_);
         client_.swap(client);
-        if (client) {
-            replaced_clients_.push_back(std::move(client));
-        }
+        replaced_clients_.push_back(std::move(client));
     }
     // A client re-added without a removal. An addition must not wait: if the menu thread has the
     // registry mutex locked, that thread destroys the replaced client before its next input.
