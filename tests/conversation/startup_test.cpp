@@ -74,13 +74,14 @@ TEST_F(ClosedStreams, AllStreamsCanBeClosed) {
     ExpectExit(0);
 }
 
-TEST_F(ClosedStreams, ClosedOutputIsReplacedByDevNull) {
+TEST_F(ClosedStreams, OnlyClosedStreamsAreReplacedByDevNull) {
     StartDaemon();
     BusMonitor monitor(bus().Address(), "GetManagedObjects");
     LaunchClosing(">&- 2>&-");
     monitor.AwaitCall();
     EXPECT_EQ(OpenedAs(1), "/dev/null");
     EXPECT_EQ(OpenedAs(2), "/dev/null");
+    EXPECT_NE(OpenedAs(3), "/dev/null");
     Type("q");
     ExpectExit(0);
 }
