@@ -23,7 +23,7 @@ void OnNotify(Proxy* proxy, GParamSpec* /*property*/, gpointer row) {
     notice->report(proxy, notice->label);
 }
 
-/// Reports every later change of the properties in `notices`, for the lifetime of `proxy`.
+/// Reports every later change of the listed properties, for the lifetime of `proxy`.
 template <typename Proxy>
 void FollowChanges(Proxy* proxy, Table<PropertyNotice<Proxy>> notices) {
     for (const PropertyNotice<Proxy>& notice : notices) {
